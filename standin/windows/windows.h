@@ -1,0 +1,294 @@
+#ifndef OV_STANDIN_WINDOWS_H
+#define OV_STANDIN_WINDOWS_H
+
+#include <cstddef>
+#include <cstdint>
+
+/// The calls of Windows that the plug-in and the host program make, for systems that aren't Windows.
+///
+/// Names, argument order, numbers and record layouts are those of Windows, so that sources compile unchanged
+/// against the real header. Differences that no source of ours can see:
+/// - wchar_t has this system's size. Wide text carries one byte, or one character, in each element.
+/// - Narrow text (code page 0) is ISO 8859-1: a character up to 0xFF is the byte of that value. Native paths
+/// are
+///   widened the same way, byte by byte, so a path survives the way to wide text and back whatever its
+///   encoding.
+/// - Windows are records; desktop.h makes them and shows what became of them.
+///
+/// Operations that act on the desktop report to calls.h and can be told to fail there: they then do nothing
+/// and give back their failure value. All operations may be called from any thread; timers and messages
+/// belong to the thread that asks for them.
+
+#define CALLBACK
+#define WINAPI
+#define APIENTRY
+
+using BOOL = int;
+using BYTE = std::uint8_t;
+using WORD = std::uint16_t;
+using DWORD = std::uint32_t;
+using UINT = std::uint32_t;
+using INT = int;
+using LONG = std::int32_t;
+using ULONG = std::uint32_t;
+using CHAR = char;
+using WCHAR = wchar_t;
+using INT_PTR = std::intptr_t;
+using UINT_PTR = std::uintptr_t;
+using LONG_PTR = std::intptr_t;
+using ULONG_PTR = std::uintptr_t;
+using DWORD_PTR = std::uintptr_t;
+using WPARAM = UINT_PTR;
+using LPARAM = LONG_PTR;
+using LRESULT = LONG_PTR;
+using LPVOID = void*;
+using LPSTR = char*;
+using LPCSTR = const char*;
+using LPWSTR = wchar_t*;
+using LPCWSTR = const wchar_t*;
+using LPCCH = const char*;
+using LPCWCH = const wchar_t*;
+using LPBOOL = BOOL*;
+using HANDLE = void*;
+using HWND = struct HWND__*;
+using HINSTANCE = struct HINSTANCE__*;
+using HMODULE = HINSTANCE;
+using FARPROC = INT_PTR(WINAPI*)();
+using TIMERPROC = void(CALLBACK*)(HWND window, UINT message, UINT_PTR timerId, DWORD tickCount);
+
+#ifndef TRUE
+#define TRUE 1
+#endif
+#ifndef FALSE
+#define FALSE 0
+#endif
+
+struct POINT {
+  LONG x;
+  LONG y;
+};
+
+struct SIZE {
+  LONG cx;
+  LONG cy;
+};
+
+struct RECT {
+  LONG left;
+  LONG top;
+  LONG right;
+  LONG bottom;
+};
+
+struct MSG {
+  HWND hwnd;
+  UINT message;
+  WPARAM wParam;
+  LPARAM lParam;
+  DWORD time;
+  POINT pt;
+};
+
+struct SCROLLINFO {
+  UINT cbSize;
+  UINT fMask;
+  int nMin;
+  int nMax;
+  UINT nPage;
+  int nPos;
+  int nTrackPos;
+};
+
+struct SYSTEMTIME {
+  WORD wYear;
+  WORD wMonth;
+  WORD wDayOfWeek;
+  WORD wDay;
+  WORD wHour;
+  WORD wMinute;
+  WORD wSecond;
+  WORD wMilliseconds;
+};
+
+using LPPOINT = POINT*;
+using LPRECT = RECT*;
+using LPMSG = MSG*;
+using LPSCROLLINFO = SCROLLINFO*;
+using LPSYSTEMTIME = SYSTEMTIME*;
+
+static_assert(sizeof(SCROLLINFO) == 28, "the record's size travels in cbSize");
+static_assert(sizeof(SYSTEMTIME) == 16, "eight words");
+
+constexpr int MAX_PATH = 260;
+constexpr DWORD INFINITE = 0xFFFFFFFF;
+
+constexpr int DLL_PROCESS_DETACH = 0;
+constexpr int DLL_PROCESS_ATTACH = 1;
+constexpr int DLL_THREAD_ATTACH = 2;
+constexpr int DLL_THREAD_DETACH = 3;
+
+constexpr int WM_NULL = 0x0000;
+constexpr int WM_QUIT = 0x0012;
+constexpr int WM_TIMER = 0x0113;
+constexpr int WM_HSCROLL = 0x0114;
+constexpr int WM_VSCROLL = 0x0115;
+constexpr int WM_MOUSEWHEEL = 0x020A;
+constexpr int WM_USER = 0x0400;
+constexpr int WM_APP = 0x8000;
+
+constexpr int WHEEL_DELTA = 120;
+
+constexpr int PM_NOREMOVE = 0;
+constexpr int PM_REMOVE = 1;
+
+constexpr int GW_HWNDNEXT = 2;
+constexpr int GW_CHILD = 5;
+
+constexpr int SB_HORZ = 0;
+constexpr int SB_VERT = 1;
+constexpr int SB_LINEUP = 0;
+constexpr int SB_LINELEFT = 0;
+constexpr int SB_LINEDOWN = 1;
+constexpr int SB_LINERIGHT = 1;
+
+constexpr int SIF_RANGE = 0x01;
+constexpr int SIF_PAGE = 0x02;
+constexpr int SIF_POS = 0x04;
+constexpr int SIF_TRACKPOS = 0x10;
+constexpr int SIF_ALL = SIF_RANGE | SIF_PAGE | SIF_POS | SIF_TRACKPOS;
+
+constexpr UINT USER_TIMER_MINIMUM = 0x0000000A;
+constexpr UINT USER_TIMER_MAXIMUM = 0x7FFFFFFF;
+
+constexpr int CP_ACP = 0;
+
+constexpr UINT MB_OK = 0x00000000;
+constexpr UINT MB_OKCANCEL = 0x00000001;
+constexpr UINT MB_ICONERROR = 0x00000010;
+constexpr int IDOK = 1;
+constexpr int IDCANCEL = 2;
+
+constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
+constexpr DWORD FILE_ATTRIBUTE_READONLY = 0x00000001;
+constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x00000010;
+constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x00000080;
+
+constexpr WORD LOWORD(DWORD_PTR value) {
+  return static_cast<WORD>(value & 0xFFFF);
+}
+constexpr WORD HIWORD(DWORD_PTR value) {
+  return static_cast<WORD>((value >> 16) & 0xFFFF);
+}
+constexpr LONG MAKELONG(DWORD_PTR low, DWORD_PTR high) {
+  return static_cast<LONG>((low & 0xFFFF) | ((high & 0xFFFF) << 16));
+}
+constexpr LPARAM MAKELPARAM(DWORD_PTR low, DWORD_PTR high) {
+  return static_cast<LPARAM>(static_cast<DWORD>(MAKELONG(low, high)));
+}
+constexpr WPARAM MAKEWPARAM(DWORD_PTR low, DWORD_PTR high) {
+  return static_cast<WPARAM>(static_cast<DWORD>(MAKELONG(low, high)));
+}
+
+extern "C" {
+
+// ---- Time -------------------------------------------------------------------------------------------------
+
+/// Milliseconds since the system started; wraps at 32 bits. Not reported.
+DWORD WINAPI GetTickCount(void);
+/// The time now, in UTC. Not reported.
+void WINAPI GetSystemTime(LPSYSTEMTIME time);
+/// Suspends the calling thread. Reported only on the thread that desktop::watchThisThread() named, so that
+/// threads in the background don't disturb a transcript.
+void WINAPI Sleep(DWORD milliseconds);
+
+// ---- Messages and timers of a thread ----------------------------------------------------------------------
+
+/// Arms a repeating timer on the calling thread, which delivers it through its message loop.
+/// window        must be null: timers of windows aren't needed and give 0
+/// timerId       ignored without a window; the result is a new number, not used before in this process
+/// milliseconds  held to USER_TIMER_MINIMUM and USER_TIMER_MAXIMUM
+/// procedure     called by DispatchMessageW; may be null
+UINT_PTR WINAPI SetTimer(HWND window, UINT_PTR timerId, UINT milliseconds, TIMERPROC procedure);
+/// Ends a timer of the calling thread, together with a message of it that hasn't been dispatched yet.
+BOOL WINAPI KillTimer(HWND window, UINT_PTR timerId);
+
+/// Waits for the calling thread's next message: posted ones first, then WM_QUIT, then due timers.
+/// Gives 0 for WM_QUIT, -1 if a window is named (there are only messages of threads), else 1. Not reported.
+BOOL WINAPI GetMessageW(LPMSG message, HWND window, UINT first, UINT last);
+/// The same without waiting; gives 0 if there is no message. Not reported.
+BOOL WINAPI PeekMessageW(LPMSG message, HWND window, UINT first, UINT last, UINT remove);
+/// Does nothing, as there are no key messages. Not reported.
+BOOL WINAPI TranslateMessage(const MSG* message);
+/// Calls the procedure of a timer that is still armed; anything else has no taker. Not reported.
+LRESULT WINAPI DispatchMessageW(const MSG* message);
+/// Ends the calling thread's message loop once its posted messages are used up.
+void WINAPI PostQuitMessage(int exitCode);
+/// Posts to a thread that has asked for a message or armed a timer before; others have no queue, which gives
+/// 0.
+BOOL WINAPI PostThreadMessageW(DWORD threadId, UINT message, WPARAM wParam, LPARAM lParam);
+
+// ---- Pointer and windows ----------------------------------------------------------------------------------
+
+BOOL WINAPI GetCursorPos(LPPOINT point);
+BOOL WINAPI SetCursorPos(int x, int y);
+/// The topmost visible window at that point and, within it, the topmost visible child, and so on; or null.
+HWND WINAPI WindowFromPoint(POINT point);
+/// False, with the rectangle untouched, if there is no such window.
+BOOL WINAPI GetWindowRect(HWND window, LPRECT rect);
+HWND WINAPI GetParent(HWND window);
+/// command  GW_HWNDNEXT or GW_CHILD; others give null
+HWND WINAPI GetWindow(HWND window, UINT command);
+/// Left and top edges count as inside, right and bottom ones don't.
+BOOL WINAPI PtInRect(const RECT* rect, POINT point);
+/// True only if the window and all windows above it are shown.
+BOOL WINAPI IsWindowVisible(HWND window);
+/// Copies at most count - 1 characters and a terminator; gives the number of characters copied, 0 for no
+/// window.
+int WINAPI GetClassNameW(HWND window, LPWSTR buffer, int count);
+/// Fills what fMask asks for. False, with the record untouched, if there is no such window or bar, or cbSize
+/// is not the record's size.
+BOOL WINAPI GetScrollInfo(HWND window, int bar, LPSCROLLINFO info);
+/// Hands the message over at once; gives 0. See desktop.h for what the records do with it.
+LRESULT WINAPI SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+BOOL WINAPI UpdateWindow(HWND window);
+
+// ---- Text, user, process ----------------------------------------------------------------------------------
+
+/// Wide to narrow text; what has no narrow form becomes the default character, or "?" if that is null.
+/// codePage     must be CP_ACP
+/// textCount    characters, or -1 for all up to and including the terminator
+/// bufferCount  0 asks for the bytes needed
+/// Gives the number of bytes, or 0 if the buffer is too small or an argument makes no sense.
+int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, LPCWCH text, int textCount, LPSTR buffer,
+                               int bufferCount, LPCCH defaultChar, LPBOOL usedDefaultChar);
+/// Recorded and answered by desktop::setMessageBoxAnswer(); IDOK at once if nobody set one.
+int WINAPI MessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type);
+/// Recorded; makes no sound and takes no time.
+BOOL WINAPI Beep(DWORD frequency, DWORD milliseconds);
+/// Not reported.
+DWORD WINAPI GetCurrentProcessId(void);
+/// Not reported.
+DWORD WINAPI GetCurrentThreadId(void);
+/// Attributes of a file, the path being native; INVALID_FILE_ATTRIBUTES if there is none. Not reported.
+DWORD WINAPI GetFileAttributesA(LPCSTR path);
+
+// ---- Modules ----------------------------------------------------------------------------------------------
+
+/// Loads a module and calls its DllMain(handle, DLL_PROCESS_ATTACH, nullptr), if it exports one. Either slash
+/// separates folders. Null if the module can't be loaded, or if DllMain gave FALSE. Loading it once more only
+/// counts. Not reported, and neither are the three that follow.
+HMODULE WINAPI LoadLibraryW(LPCWSTR path);
+HMODULE WINAPI LoadLibraryA(LPCSTR path);
+/// The last one calls DllMain(handle, DLL_PROCESS_DETACH, nullptr) and unloads the module.
+BOOL WINAPI FreeLibrary(HMODULE module);
+/// Null for what the module doesn't export; ordinals aren't known here.
+FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name);
+/// Full path of a loaded module, or of the program for null, with backslashes between its folders.
+/// Gives the length; a path that doesn't fit is cut, terminated, and gives count. 0 for an unknown module.
+DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD count);
+/// Modules carry no resources here: gives 0 and an empty text.
+int WINAPI LoadStringW(HINSTANCE module, UINT id, LPWSTR buffer, int count);
+
+} // extern "C"
+
+#endif
