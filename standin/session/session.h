@@ -1,0 +1,108 @@
+#ifndef SESSION_H
+#define SESSION_H
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Sessions: text files that say what happens when, to the device and at the host. Daemon and host read the same
+/// file, each plays its own lines. Nothing here keeps state; all may be called from any thread.
+///
+///     # seconds  who     what
+///     0.5        device  motion 0 0 300 0 0 0
+///     6.0        host    select 1 4
+///
+/// A line holds time, player, verb and arguments, separated by blanks or tabs. A word that begins with # starts a
+/// comment, except in the text of `type` and `caption`. Times never decrease; lines of equal time are played in
+/// the order in which they stand.
+namespace session {
+
+enum class Who { device, host };
+
+enum class Verb {
+  // device
+  motion,   ///< mAxes: x y z a b c
+  view,     ///< mEventCode
+  zoom,     ///< mEventCode
+  key,      ///< mEventCode
+  rotation, ///< mRotationCode, mIsOn = zoom to all after a view; mEventCode asks the client to read them
+  mode,     ///< mEventCode: the client is to announce its mode
+  event,    ///< mEventCode, as given, 0 or more
+  away,     ///< mDuration: the daemon is gone for so long
+  // host
+  select,      ///< mSelection, mObjects
+  type,        ///< mText, as typed; without the return at the end
+  layout,      ///< mIsOn
+  perspective, ///< mIsOn
+  pointer,     ///< mPointer: what the mouse pointer rests on from now on
+  look,        ///< mLook: eye, target, up
+  fit,         ///< zoom to extents without the command line
+  caption,     ///< mText, for the report
+  wait         ///< nothing; keeps the host going until this time
+};
+
+enum class Selection { objects, all, none, line };
+enum class Pointer { view, tree, list, edit, wheel, none };
+
+/// Event codes of the device, as the client library delivers them.
+constexpr std::int32_t kEventRotationChanged = 0x20001;
+constexpr std::int32_t kEventViewFront = 0x20009;
+constexpr std::int32_t kEventViewRight = 0x2000A;
+constexpr std::int32_t kEventViewTop = 0x2000B;
+constexpr std::int32_t kEventZoomAll = 0x2000C;
+constexpr std::int32_t kEventAnnounceMode = 0x20013;
+constexpr std::int32_t kEventViewBack = 0x20016;
+constexpr std::int32_t kEventViewLeft = 0x20017;
+constexpr std::int32_t kEventViewBottom = 0x20018;
+constexpr std::int32_t kEventFirstKey = 0x20020;
+constexpr int kMaxKey = 100000;
+
+constexpr std::size_t kMaxFileBytes = 10 * 1000 * 1000;
+/// Longest time and longest absence, seconds: one day.
+constexpr double kMaxSeconds = 86400;
+
+/// One line of a session. Only the fields that the verb names above have a meaning.
+struct Action {
+  double mSeconds = 0; ///< since the start of the session
+  Who mWho = Who::device;
+  Verb mVerb = Verb::wait;
+  int mLine = 0; ///< in its file, from 1
+
+  std::array<std::int16_t, 6> mAxes{}; ///< device counts
+  std::int32_t mEventCode = 0;
+  std::int32_t mRotationCode = 0;
+  double mDuration = 0; ///< seconds
+  bool mIsOn = false;
+  Selection mSelection = Selection::none;
+  std::vector<int> mObjects; ///< numbers of objects in drawing order, from 1
+  Pointer mPointer = Pointer::none;
+  std::array<double, 9> mLook{}; ///< eye x y z, target x y z, up x y z; world coordinates
+  std::string mText;             ///< UTF-8, no control characters but tab
+};
+
+/// What came of reading a session. If anything was wrong, mActions is empty: nothing is to be played.
+struct Session {
+  std::vector<Action> mActions;     ///< both players' lines, in order
+  std::vector<std::string> mErrors; ///< each "FILE:LINE: reason", or "FILE: reason"; the first 20
+
+  bool isGood() const { return mErrors.empty(); }
+  /// The lines of one player, in order.
+  std::vector<Action> actionsOf(Who who) const;
+};
+
+/// Reads a session from a file. Missing, unreadable, too large or binary files are errors like bad lines.
+Session read(const std::string& path);
+
+/// Reads a session from a text in memory; fileName is for the error messages.
+Session parse(std::string_view text, const std::string& fileName);
+
+/// Reads one line of a device without time and player, as in "motion 0 0 300 0 0 0"; so the daemon takes them from
+/// its standard input. Gives true and fills the action, or false and fills the error with the reason. A line that
+/// is empty or a comment gives false with an empty error.
+bool parseDeviceLine(std::string_view line, Action& action, std::string& error);
+
+} // namespace session
+
+#endif
