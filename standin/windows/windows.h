@@ -7,12 +7,10 @@
 /// The calls of Windows that the plug-in and the host program make, for systems that aren't Windows.
 ///
 /// Names, argument order, numbers and record layouts are those of Windows, so that sources compile unchanged
-/// against the real header. Differences that no source of ours can see:
-/// - wchar_t has this system's size. Wide text carries one byte, or one character, in each element.
+/// against the real header. What differs:
+/// - wchar_t has this system's size.
 /// - Narrow text (code page 0) is ISO 8859-1: a character up to 0xFF is the byte of that value. Native paths
-/// are
-///   widened the same way, byte by byte, so a path survives the way to wide text and back whatever its
-///   encoding.
+///   are widened byte by byte, so a path survives the way to wide text and back whatever its encoding.
 /// - Windows are records; desktop.h makes them and shows what became of them.
 ///
 /// Operations that act on the desktop report to calls.h and can be told to fail there: they then do nothing
@@ -276,7 +274,7 @@ DWORD WINAPI GetFileAttributesA(LPCSTR path);
 
 /// Loads a module and calls its DllMain(handle, DLL_PROCESS_ATTACH, nullptr), if it exports one. Either slash
 /// separates folders. Null if the module can't be loaded, or if DllMain gave FALSE. Loading it once more only
-/// counts. Not reported, and neither are the three that follow.
+/// counts. Not reported, and neither are FreeLibrary and GetProcAddress.
 HMODULE WINAPI LoadLibraryW(LPCWSTR path);
 HMODULE WINAPI LoadLibraryA(LPCSTR path);
 /// The last one calls DllMain(handle, DLL_PROCESS_DETACH, nullptr) and unloads the module.

@@ -1,0 +1,142 @@
+#include "report.h"
+#include "state.h"
+
+#include <chrono>
+#include <ctime>
+#include <stdexcept>
+#include <thread>
+
+using desktop::detail::State;
+using desktop::detail::state;
+using Lock = std::lock_guard<std::mutex>;
+
+namespace {
+
+// What a sleep costs while the clock is held. Sleeps pass at once, but a loop that polls another thread must
+// leave that thread room to run.
+constexpr std::chrono::microseconds WATCHED_NAP(50);
+constexpr std::chrono::milliseconds OTHER_NAP(1);
+
+void requireHeld(const State& s, const char* operation) {
+  if (!s.isClockHeld)
+    throw std::logic_error(std::string(operation) + ": the clock is not held");
+}
+
+} // namespace
+
+namespace desktop {
+
+void watchThisThread() {
+  State& s = state();
+  const Lock lock(s.mutex);
+  s.watchedThread = GetCurrentThreadId();
+}
+
+void holdClock() {
+  State& s = state();
+  const Lock lock(s.mutex);
+  s.heldTime = detail::clockNow(s);
+  s.isClockHeld = true;
+  s.watchedThread = GetCurrentThreadId();
+  s.sleeps.clear();
+  detail::wakeAll(s);
+}
+
+void releaseClock() {
+  State& s = state();
+  const Lock lock(s.mutex);
+  if (!s.isClockHeld)
+    return;
+  s.isClockHeld = false;
+  // Goes on from where it was held, so that no timer jumps.
+  s.clockSkew += s.heldTime - detail::clockNow(s);
+  detail::wakeAll(s);
+}
+
+void advanceClock(DWORD milliseconds) {
+  State& s = state();
+  const Lock lock(s.mutex);
+  requireHeld(s, "advanceClock");
+  detail::setHeldTime(s, s.heldTime + milliseconds);
+}
+
+void setTickStep(DWORD milliseconds) {
+  State& s = state();
+  const Lock lock(s.mutex);
+  s.tickStep = milliseconds;
+}
+
+void setTickCount(DWORD ticks) {
+  State& s = state();
+  const Lock lock(s.mutex);
+  s.tickOffset = static_cast<std::int64_t>(ticks) - detail::clockNow(s);
+}
+
+void setSystemTime(const std::optional<SYSTEMTIME>& time) {
+  State& s = state();
+  const Lock lock(s.mutex);
+  s.systemTime = time;
+}
+
+std::vector<SleepRecord> sleeps() {
+  State& s = state();
+  const Lock lock(s.mutex);
+  return s.sleeps;
+}
+
+} // namespace desktop
+
+DWORD WINAPI GetTickCount(void) {
+  State& s = state();
+  const Lock lock(s.mutex);
+  const DWORD ticks = desktop::detail::ticksNow(s);
+  if (s.isClockHeld && s.tickStep > 0)
+    desktop::detail::setHeldTime(s, s.heldTime + s.tickStep);
+  return ticks;
+}
+
+void WINAPI GetSystemTime(LPSYSTEMTIME time) {
+  {
+    State& s = state();
+    const Lock lock(s.mutex);
+    if (s.systemTime) {
+      *time = *s.systemTime;
+      return;
+    }
+  }
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  tm parts{};
+  gmtime_r(&now.tv_sec, &parts);
+  time->wYear = static_cast<WORD>(parts.tm_year + 1900);
+  time->wMonth = static_cast<WORD>(parts.tm_mon + 1);
+  time->wDayOfWeek = static_cast<WORD>(parts.tm_wday);
+  time->wDay = static_cast<WORD>(parts.tm_mday);
+  time->wHour = static_cast<WORD>(parts.tm_hour);
+  time->wMinute = static_cast<WORD>(parts.tm_min);
+  // Windows knows no leap second.
+  time->wSecond = static_cast<WORD>(parts.tm_sec > 59 ? 59 : parts.tm_sec);
+  time->wMilliseconds = static_cast<WORD>(now.tv_nsec / 1000000);
+}
+
+void WINAPI Sleep(DWORD milliseconds) {
+  State& s = state();
+  bool isWatched = false;
+  {
+    const Lock lock(s.mutex);
+    isWatched = s.watchedThread == GetCurrentThreadId();
+  }
+  if (isWatched && desktop::detail::report("Sleep", milliseconds))
+    return;
+  std::chrono::microseconds nap = std::chrono::milliseconds(milliseconds);
+  {
+    const Lock lock(s.mutex);
+    if (s.isClockHeld) {
+      s.sleeps.push_back({isWatched, milliseconds});
+      nap = isWatched ? WATCHED_NAP : std::chrono::microseconds(OTHER_NAP);
+      if (isWatched)
+        desktop::detail::setHeldTime(s, s.heldTime + milliseconds);
+    }
+  }
+  std::this_thread::sleep_for(nap);
+}

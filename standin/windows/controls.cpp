@@ -1,0 +1,92 @@
+#include "report.h"
+#include "state.h"
+
+#include <algorithm>
+
+using desktop::ScrollBar;
+using desktop::Window;
+using desktop::detail::find;
+using desktop::detail::Hex;
+using desktop::detail::report;
+using desktop::detail::State;
+using desktop::detail::state;
+using Lock = std::lock_guard<std::mutex>;
+
+namespace {
+
+void scrollLine(std::optional<ScrollBar>& bar, WORD request) {
+  if (!bar || (request != SB_LINEUP && request != SB_LINEDOWN))
+    return;
+  // The last page is full: the position ends where the page's end meets the range's.
+  const int page = std::max(static_cast<int>(bar->page), 1);
+  const int last = std::max(bar->min, bar->max - page + 1);
+  const int wanted = bar->position + (request == SB_LINEUP ? -1 : 1);
+  bar->position = std::clamp(wanted, bar->min, last);
+}
+
+void handle(Window& window, UINT message, WPARAM wParam) {
+  switch (message) {
+  case WM_VSCROLL:
+    scrollLine(window.vertical, LOWORD(wParam));
+    break;
+  case WM_HSCROLL:
+    scrollLine(window.horizontal, LOWORD(wParam));
+    break;
+  case WM_MOUSEWHEEL:
+    window.wheelNotches += static_cast<std::int16_t>(HIWORD(wParam)) / WHEEL_DELTA;
+    break;
+  default:
+    break;
+  }
+}
+
+} // namespace
+
+BOOL WINAPI GetScrollInfo(HWND window, int bar, LPSCROLLINFO info) {
+  if (report("GetScrollInfo", window, bar) || info->cbSize != sizeof(SCROLLINFO))
+    return FALSE;
+  State& s = state();
+  const Lock lock(s.mutex);
+  const Window* const record = find(s, window);
+  if (record == nullptr || (bar != SB_HORZ && bar != SB_VERT))
+    return FALSE;
+  const std::optional<ScrollBar>& found = bar == SB_VERT ? record->vertical : record->horizontal;
+  if (!found)
+    return FALSE;
+  if ((info->fMask & SIF_RANGE) != 0) {
+    info->nMin = found->min;
+    info->nMax = found->max;
+  }
+  if ((info->fMask & SIF_PAGE) != 0)
+    info->nPage = found->page;
+  if ((info->fMask & SIF_POS) != 0)
+    info->nPos = found->position;
+  if ((info->fMask & SIF_TRACKPOS) != 0)
+    info->nTrackPos = found->position;
+  return TRUE;
+}
+
+LRESULT WINAPI SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  if (report("SendMessageW", window, Hex{message, 4}, Hex{wParam}, Hex{static_cast<std::uint64_t>(lParam)}))
+    return 0;
+  State& s = state();
+  const Lock lock(s.mutex);
+  Window* const record = find(s, window);
+  if (record == nullptr)
+    return 0;
+  record->sent.push_back({message, wParam, lParam});
+  handle(*record, message, wParam);
+  return 0;
+}
+
+BOOL WINAPI UpdateWindow(HWND window) {
+  if (report("UpdateWindow", window))
+    return FALSE;
+  State& s = state();
+  const Lock lock(s.mutex);
+  Window* const record = find(s, window);
+  if (record == nullptr)
+    return FALSE;
+  ++record->updates;
+  return TRUE;
+}

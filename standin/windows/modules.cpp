@@ -1,0 +1,171 @@
+#include "report.h"
+#include "state.h"
+
+#include <algorithm>
+#include <dlfcn.h>
+#include <filesystem>
+#include <link.h>
+#include <optional>
+
+using desktop::detail::State;
+using desktop::detail::state;
+
+namespace {
+
+using EntryPoint = BOOL(WINAPI*)(HINSTANCE, DWORD, LPVOID);
+
+struct Module {
+  void* library = nullptr; ///< from dlopen; the handle of Windows is the same value
+  int loads = 0;
+  EntryPoint entryPoint = nullptr; ///< DllMain, or null
+};
+
+/// Loading and unloading happen one at a time. Recursive, since DllMain may load more.
+std::recursive_mutex& loaderMutex() {
+  static auto* const mutexP = new std::recursive_mutex;
+  return *mutexP;
+}
+
+/// The modules that were loaded through us; wants the loader's lock.
+std::vector<Module>& modules() {
+  static auto* const modulesP = new std::vector<Module>;
+  return *modulesP;
+}
+
+HMODULE handle(void* library) {
+  return static_cast<HMODULE>(library);
+}
+
+std::vector<Module>::iterator find(const void* library) {
+  return std::find_if(modules().begin(), modules().end(),
+                      [library](const Module& module) { return module.library == library; });
+}
+
+/// What the module itself exports: dlsym looks into the libraries that it leans on as well, Windows doesn't.
+void* ownSymbol(void* library, const char* name) {
+  void* const symbol = dlsym(library, name);
+  link_map* own = nullptr;
+  link_map* found = nullptr;
+  Dl_info info{};
+  if (symbol == nullptr || dlinfo(library, RTLD_DI_LINKMAP, &own) != 0 ||
+      dladdr1(symbol, &info, reinterpret_cast<void**>(&found), RTLD_DL_LINKMAP) == 0)
+    return nullptr;
+  return own == found ? symbol : nullptr;
+}
+
+/// Path of the module, or of the program for null, with this system's slashes; empty for an unknown module.
+std::string nativePath(HMODULE module) {
+  std::error_code error;
+  if (module == nullptr)
+    return std::filesystem::read_symlink("/proc/self/exe", error).string();
+  const std::lock_guard<std::recursive_mutex> lock(loaderMutex());
+  link_map* map = nullptr;
+  if (find(module) == modules().end() || dlinfo(module, RTLD_DI_LINKMAP, &map) != 0)
+    return {};
+  return std::filesystem::absolute(map->l_name, error).lexically_normal().string();
+}
+
+void unload(std::vector<Module>::iterator module) {
+  void* const library = module->library;
+  const EntryPoint entryPoint = module->entryPoint;
+  if (entryPoint != nullptr)
+    entryPoint(handle(library), DLL_PROCESS_DETACH, nullptr);
+  modules().erase(find(library));
+  dlclose(library);
+}
+
+} // namespace
+
+namespace desktop {
+
+void setModulePath(const std::optional<std::wstring>& path) {
+  State& s = state();
+  const std::lock_guard<std::mutex> lock(s.mutex);
+  s.modulePath = path;
+}
+
+} // namespace desktop
+
+HMODULE WINAPI LoadLibraryA(LPCSTR path) {
+  std::string native = path == nullptr ? "" : path;
+  std::replace(native.begin(), native.end(), '\\', '/');
+  if (native.empty())
+    return nullptr;
+  const std::lock_guard<std::recursive_mutex> lock(loaderMutex());
+  void* const library = dlopen(native.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (library == nullptr)
+    return nullptr;
+  const auto known = find(library);
+  if (known != modules().end()) {
+    ++known->loads;
+    return handle(library);
+  }
+  Module module;
+  module.library = library;
+  module.loads = 1;
+  module.entryPoint = reinterpret_cast<EntryPoint>(ownSymbol(library, "DllMain"));
+  modules().push_back(module);
+  if (module.entryPoint == nullptr ||
+      module.entryPoint(handle(library), DLL_PROCESS_ATTACH, nullptr) != FALSE)
+    return handle(library);
+  // As Windows does, the module is told that it goes even though it refused to come.
+  unload(find(library));
+  return nullptr;
+}
+
+HMODULE WINAPI LoadLibraryW(LPCWSTR path) {
+  std::string narrow;
+  for (; path != nullptr && *path != 0; ++path) {
+    if (*path < 0 || *path > 0xFF)
+      return nullptr;
+    narrow += static_cast<char>(*path);
+  }
+  return LoadLibraryA(narrow.c_str());
+}
+
+BOOL WINAPI FreeLibrary(HMODULE module) {
+  const std::lock_guard<std::recursive_mutex> lock(loaderMutex());
+  const auto known = find(module);
+  if (known == modules().end())
+    return FALSE;
+  if (--known->loads > 0)
+    dlclose(known->library);
+  else
+    unload(known);
+  return TRUE;
+}
+
+FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name) {
+  constexpr std::uintptr_t LAST_ORDINAL = 0xFFFF;
+  const std::lock_guard<std::recursive_mutex> lock(loaderMutex());
+  if (find(module) == modules().end() || reinterpret_cast<std::uintptr_t>(name) <= LAST_ORDINAL)
+    return nullptr;
+  return reinterpret_cast<FARPROC>(ownSymbol(module, name));
+}
+
+DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD count) {
+  if (desktop::detail::report("GetModuleFileNameW", count) || count == 0)
+    return 0;
+  std::optional<std::wstring> path;
+  {
+    State& s = state();
+    const std::lock_guard<std::mutex> lock(s.mutex);
+    path = s.modulePath;
+  }
+  if (!path) {
+    path = std::wstring();
+    for (const char c : nativePath(module))
+      path->push_back(c == '/' ? L'\\' : static_cast<wchar_t>(static_cast<unsigned char>(c)));
+  }
+  const auto length = static_cast<DWORD>(path->size());
+  const DWORD copied = std::min(length, count - 1);
+  path->copy(buffer, copied);
+  buffer[copied] = 0;
+  return copied < length ? count : length;
+}
+
+int WINAPI LoadStringW(HINSTANCE, UINT, LPWSTR buffer, int count) {
+  if (buffer != nullptr && count > 0)
+    buffer[0] = 0;
+  return 0;
+}

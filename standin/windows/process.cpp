@@ -1,0 +1,83 @@
+#include "report.h"
+#include "state.h"
+
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+using desktop::detail::Quoted;
+using desktop::detail::report;
+using desktop::detail::State;
+using desktop::detail::state;
+using Lock = std::lock_guard<std::mutex>;
+
+namespace desktop {
+
+std::vector<MessageBox> messageBoxes() {
+  State& s = state();
+  const Lock lock(s.mutex);
+  return s.boxes;
+}
+
+void setMessageBoxAnswer(std::function<int(const MessageBox&)> answer) {
+  State& s = state();
+  const Lock lock(s.mutex);
+  s.boxAnswer = std::move(answer);
+}
+
+std::vector<BeepRecord> beeps() {
+  State& s = state();
+  const Lock lock(s.mutex);
+  return s.beeps;
+}
+
+} // namespace desktop
+
+int WINAPI MessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type) {
+  if (report("MessageBoxW", owner, Quoted{text}, Quoted{caption}, type))
+    return 0;
+  desktop::MessageBox box;
+  box.owner = owner;
+  box.caption = caption == nullptr ? L"Error" : caption; // what Windows shows for none
+  box.text = text == nullptr ? L"" : text;
+  box.type = type;
+  std::function<int(const desktop::MessageBox&)> answer;
+  {
+    State& s = state();
+    const Lock lock(s.mutex);
+    s.boxes.push_back(box);
+    answer = s.boxAnswer;
+  }
+  return answer ? answer(box) : IDOK;
+}
+
+BOOL WINAPI Beep(DWORD frequency, DWORD milliseconds) {
+  if (report("Beep", frequency, milliseconds))
+    return FALSE;
+  State& s = state();
+  const Lock lock(s.mutex);
+  s.beeps.push_back({frequency, milliseconds});
+  return TRUE;
+}
+
+DWORD WINAPI GetCurrentProcessId(void) {
+  return static_cast<DWORD>(getpid());
+}
+
+DWORD WINAPI GetCurrentThreadId(void) {
+  // The log asks for it at each record; the system call is worth saving.
+  thread_local const DWORD id = static_cast<DWORD>(syscall(SYS_gettid));
+  return id;
+}
+
+DWORD WINAPI GetFileAttributesA(LPCSTR path) {
+  struct stat status {};
+  if (path == nullptr || stat(path, &status) != 0)
+    return INVALID_FILE_ATTRIBUTES;
+  DWORD attributes = 0;
+  if (S_ISDIR(status.st_mode))
+    attributes |= FILE_ATTRIBUTE_DIRECTORY;
+  if ((status.st_mode & S_IWUSR) == 0)
+    attributes |= FILE_ATTRIBUTE_READONLY;
+  return attributes == 0 ? FILE_ATTRIBUTE_NORMAL : attributes;
+}

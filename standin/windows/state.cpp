@@ -1,0 +1,87 @@
+#include "state.h"
+
+#include "report.h"
+
+#include <chrono>
+#include <iomanip>
+
+namespace desktop {
+
+namespace detail {
+
+State& state() {
+  static State* const stateP = new State;
+  return *stateP;
+}
+
+std::int64_t clockNow(const State& s) {
+  if (s.isClockHeld)
+    return s.heldTime;
+  const auto sinceStart = std::chrono::steady_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(sinceStart).count() + s.clockSkew;
+}
+
+DWORD ticksNow(const State& s) {
+  return static_cast<DWORD>(clockNow(s) + s.tickOffset);
+}
+
+void setHeldTime(State& s, std::int64_t time) {
+  s.heldTime = time;
+  wakeAll(s);
+}
+
+void wakeAll(State& s) {
+  for (const auto& entry : s.queues)
+    entry.second->arrived.notify_all();
+}
+
+Window* find(State& s, HWND window) {
+  const auto it = s.windows.find(number(window));
+  return it == s.windows.end() ? nullptr : &it->second;
+}
+
+void write(std::ostream& os, Hex hex) {
+  os << "0x" << std::hex << std::uppercase << std::setfill('0') << std::setw(hex.digits) << hex.value
+     << std::dec;
+}
+
+void write(std::ostream& os, Quoted quoted) {
+  os << '"';
+  for (const wchar_t* c = quoted.text; c != nullptr && *c != 0; ++c) {
+    if (*c == L'\n')
+      os << "\\n";
+    else
+      os << (*c > 0 && *c <= 0xFF ? static_cast<char>(*c) : '?');
+  }
+  os << '"';
+}
+
+} // namespace detail
+
+void reset() {
+  releaseClock();
+  detail::State& s = detail::state();
+  const std::lock_guard<std::mutex> lock(s.mutex);
+  s.windows.clear();
+  s.children.clear();
+  s.lastNumber = 0;
+  s.pointer = POINT{0, 0};
+  s.tickOffset = 0;
+  s.tickStep = 0;
+  s.watchedThread = 0;
+  s.systemTime.reset();
+  s.sleeps.clear();
+  for (const auto& entry : s.queues) {
+    entry.second->posted.clear();
+    entry.second->isQuitting = false;
+  }
+  // Timer numbers go on: a callback that was about to kill its timer must not hit a new one.
+  s.timers.clear();
+  s.boxes.clear();
+  s.boxAnswer = nullptr;
+  s.beeps.clear();
+  s.modulePath.reset();
+  detail::wakeAll(s);
+}
+
+} // namespace desktop

@@ -1,0 +1,27 @@
+#include "report.h"
+
+#include <cwchar>
+
+int WINAPI WideCharToMultiByte(UINT codePage, DWORD, LPCWCH text, int textCount, LPSTR buffer,
+                               int bufferCount, LPCCH defaultChar, LPBOOL usedDefaultChar) {
+  constexpr wchar_t LAST_NARROW = 0xFF;
+  if (desktop::detail::report("WideCharToMultiByte", desktop::detail::Hex{codePage}, textCount, bufferCount))
+    return 0;
+  if (codePage != CP_ACP || text == nullptr || textCount == 0 || textCount < -1 || bufferCount < 0)
+    return 0;
+  const int count = textCount == -1 ? static_cast<int>(std::wcslen(text)) + 1 : textCount;
+  if (bufferCount == 0)
+    return count;
+  if (buffer == nullptr || bufferCount < count)
+    return 0;
+  BOOL isDefaultUsed = FALSE;
+  for (int i = 0; i < count; ++i) {
+    const bool isNarrow = text[i] >= 0 && text[i] <= LAST_NARROW;
+    if (!isNarrow)
+      isDefaultUsed = TRUE;
+    buffer[i] = isNarrow ? static_cast<char>(text[i]) : (defaultChar == nullptr ? '?' : *defaultChar);
+  }
+  if (usedDefaultChar != nullptr)
+    *usedDefaultChar = isDefaultUsed;
+  return count;
+}
