@@ -1,0 +1,19 @@
+#ifndef REPORT_H
+#define REPORT_H
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <string>
+
+namespace program {
+
+/// The report: one page that needs nothing beside it, made from a session's data.
+/// Numbers are rounded to what a picture needs; the full ones are in session.json.
+std::string reportPage(const nlohmann::json& session);
+
+/// A JSON text that may stand inside a script element: nothing in it can end the element or open a comment.
+std::string forScriptElement(const nlohmann::json& value);
+
+} // namespace program
+
+#endif

@@ -1,0 +1,37 @@
+#ifndef ACCMD_H
+#define ACCMD_H
+
+#include <windows.h>
+
+#include "acadstatus.h"
+#include "rxobject.h"
+
+typedef void (*AcRxFunctionPtr)();
+
+class AcEdUIContext : public AcRxObject {};
+
+/// One registered command.
+class AcEdCommand : public AcRxObject {
+public:
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
+  virtual const ACHAR* globalName() const = 0;
+  virtual const ACHAR* localName() const = 0;
+  virtual AcRxFunctionPtr functionAddr() const = 0;
+};
+
+/// The commands that applications have added to the host's own.
+class AcEdCommandStack : public AcRxObject {
+public:
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
+  /// Adds a command. All names compare without case. eDuplicateKey if the group has that global name already.
+  /// out  the new command, owned by the stack; may be null
+  virtual Acad::ErrorStatus addCommand(const ACHAR* group, const ACHAR* globalName, const ACHAR* localName,
+                                       Adesk::Int32 flags, AcRxFunctionPtr function,
+                                       AcEdUIContext* context = nullptr, int commandId = -1,
+                                       HINSTANCE resource = nullptr, AcEdCommand** out = nullptr) = 0;
+  virtual Acad::ErrorStatus removeCmd(const ACHAR* group, const ACHAR* globalName) = 0;
+};
+
+#endif

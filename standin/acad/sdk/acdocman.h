@@ -1,0 +1,59 @@
+#ifndef ACDOCMAN_H
+#define ACDOCMAN_H
+
+#include "acadstatus.h"
+#include "rxobject.h"
+
+namespace AcAp {
+enum DocLockMode {
+  kNone = 0,
+  kAutoWrite = 1,
+  kNotLocked = 2,
+  kWrite = 4,
+  kProtectedAutoWrite = 0x14,
+  kRead = 0x20,
+  kXWrite = 0x40
+};
+} // namespace AcAp
+
+class AcApDocument : public AcRxObject {
+public:
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
+};
+
+/// Hears about documents. Each operation is called on the host's main thread.
+class AcApDocManagerReactor : public AcRxObject {
+public:
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
+  virtual void documentCreated(AcApDocument* document);
+  virtual void documentToBeDestroyed(AcApDocument* document);
+};
+
+class AcApDocManager : public AcRxObject {
+public:
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
+
+  /// Null if no document is open.
+  virtual AcApDocument* curDocument() const = 0;
+  /// Locks a document for changes from outside a command; locks add up.
+  virtual Acad::ErrorStatus lockDocument(AcApDocument* document, AcAp::DocLockMode mode = AcAp::kWrite,
+                                         const ACHAR* globalCommand = nullptr,
+                                         const ACHAR* localCommand = nullptr, bool prompt = true) = 0;
+  /// Takes back one lock. eNotLocked if there is none.
+  virtual Acad::ErrorStatus unlockDocument(AcApDocument* document) = 0;
+  /// Has the text typed at the command line, later. Gives back at once.
+  virtual Acad::ErrorStatus sendStringToExecute(AcApDocument* document, const ACHAR* text,
+                                                bool activate = true, bool wrapUpInactiveDoc = false,
+                                                bool echoString = true) = 0;
+  /// The reactor stays its owner's, and must be removed before it goes.
+  virtual void addReactor(AcApDocManagerReactor* reactor) = 0;
+  virtual void removeReactor(AcApDocManagerReactor* reactor) = 0;
+};
+
+/// Null while the host has none.
+AcApDocManager* acDocManagerPtr();
+
+#endif

@@ -1,0 +1,37 @@
+#ifndef ACEDADS_H
+#define ACEDADS_H
+
+#include "adesk.h"
+#include "dbobject.h"
+
+/// The host's plain functions. Those with an int result give RTNORM for success.
+
+/// Prints on the command line, as printf does; %s takes a wide string.
+int acutPrintf(const ACHAR* format, ...);
+
+/// Reads a system variable. Names compare without case. On a failure the result stays as it is.
+int acedGetVar(const ACHAR* name, resbuf* result);
+
+/// Makes a selection set, to be freed with acedSSFree. Mode L"I" takes what is selected now and fails if that
+/// is nothing; other modes are not known here.
+int acedSSGet(const ACHAR* mode, const void* pt1, const void* pt2, const resbuf* filter, ads_name ss);
+int acedSSLength(const ads_name ss, Adesk::Int32* length);
+/// The name of the entity at a position, counted from 0.
+int acedSSName(const ads_name ss, Adesk::Int32 i, ads_name entity);
+int acedSSFree(const ads_name ss);
+
+/// Draws an entity anew. mode 1 shows it.
+int acedRedraw(const ads_name entity, int mode);
+
+/// The viewport that is current on a layout; null on the model tab.
+AcDbObjectId acedActiveViewportId();
+
+/// Functions that an application lends to the command line, each under a code of its own.
+int acedDefun(const ACHAR* name, short code);
+int acedUndef(const ACHAR* name, short code);
+int acedRegFunc(int (*function)(), int code);
+/// The code of the function that is called now; RTERROR if none is.
+int acedGetFunCode();
+int acedRetVoid();
+
+#endif

@@ -1,0 +1,72 @@
+#ifndef ACGS_H
+#define ACGS_H
+
+#include <vector>
+
+#include "adesk.h"
+#include "gemat.h"
+
+/// A word that is compared by its address.
+class AcUniqueString {
+public:
+  explicit AcUniqueString(const ACHAR* text) : mText(text) {}
+  const ACHAR* text() const { return mText; }
+
+private:
+  const ACHAR* mText;
+};
+
+/// What a caller asks of the graphics system.
+class AcGsKernelDescriptor {
+public:
+  static const AcUniqueString* k3DDrawing;
+
+  void addRequirement(const AcUniqueString* requirement) {
+    mRequirements[mCount < kMax ? mCount++ : kMax - 1] = requirement;
+  }
+  bool supports(const AcUniqueString* requirement) const {
+    for (int i = 0; i < mCount; ++i)
+      if (mRequirements[i] == requirement)
+        return true;
+    return false;
+  }
+
+private:
+  // Room in place rather than a container: one such descriptor is made for every motion sample.
+  static constexpr int kMax = 4;
+  const AcUniqueString* mRequirements[kMax] = {};
+  int mCount = 0;
+};
+
+/// The camera of a viewport. It lives in memory; the drawing learns of a change through
+/// acgsSetViewParameters.
+class AcGsView {
+public:
+  enum Projection { kParallel = 0, kPerspective = 1 };
+
+  virtual ~AcGsView() = default;
+  virtual AcGePoint3d position() const = 0;
+  virtual AcGePoint3d target() const = 0;
+  virtual AcGeVector3d upVector() const = 0;
+  /// Size of what is seen at the target, drawing units.
+  virtual double fieldWidth() const = 0;
+  virtual double fieldHeight() const = 0;
+  virtual bool isPerspective() const = 0;
+  virtual void setView(const AcGePoint3d& position, const AcGePoint3d& target, const AcGeVector3d& upVector,
+                       double fieldWidth, double fieldHeight, Projection projection = kParallel) = 0;
+  /// Divides both sizes of the field by the factor, in either projection: above 1 the picture grows.
+  virtual void zoom(double factor) = 0;
+  /// Shows the view as it is now.
+  virtual void update() = 0;
+  virtual bool isValid() const = 0;
+};
+
+/// The graphics view of a viewport, owned by the host; null if there is no such viewport or no descriptor's
+/// requirement is met.
+AcGsView* acgsObtainAcGsView(int viewport, const AcGsKernelDescriptor& descriptor);
+
+/// Writes the view into the drawing. False if there is no such viewport or view.
+bool acgsSetViewParameters(int viewport, const AcGsView* view, bool regenRequired, bool rescaleRequired,
+                           bool syncRequired);
+
+#endif

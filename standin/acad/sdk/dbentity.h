@@ -1,0 +1,47 @@
+#ifndef DBENTITY_H
+#define DBENTITY_H
+
+#include <vector>
+
+#include "dbobject.h"
+#include "gemat.h"
+
+/// The box along the world's axes around something. Empty at first.
+class AcDbExtents {
+public:
+  AcDbExtents();
+  AcDbExtents(const AcGePoint3d& low, const AcGePoint3d& high) : mMin(low), mMax(high) {}
+
+  AcGePoint3d minPoint() const { return mMin; }
+  AcGePoint3d maxPoint() const { return mMax; }
+  bool isEmpty() const { return mMin.x > mMax.x; }
+  void addPoint(const AcGePoint3d& p);
+  void addExt(const AcDbExtents& other);
+
+private:
+  AcGePoint3d mMin;
+  AcGePoint3d mMax;
+};
+
+/// A line through points, as the screen shows it.
+typedef std::vector<AcGePoint3d> AcDbStroke;
+
+/// Something with a shape.
+class AcDbEntity : public AcDbObject {
+public:
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
+
+  /// The exact extents of the shape. On a failure the argument stays as it is.
+  virtual Acad::ErrorStatus getGeomExtents(AcDbExtents& extents) const;
+  /// Moves the entity, which must be open for write if it lives in a drawing.
+  virtual Acad::ErrorStatus transformBy(const AcGeMatrix3d& transform);
+
+  /// Adds the extents of the shape as the transform would leave it; no transform if null.
+  virtual void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const = 0;
+  virtual Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) = 0;
+  /// Adds the shape's lines, as the transform would leave them; no transform if null.
+  virtual void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const = 0;
+};
+
+#endif

@@ -1,0 +1,265 @@
+#ifndef DBENTS_H
+#define DBENTS_H
+
+#include <memory>
+#include <vector>
+
+#include "dbentity.h"
+
+/// The entities of a drawing. Angles are in radians, lengths in drawing units, all points and directions in
+/// world coordinates. An entity is made by its constructor and belongs to its maker until a drawing takes it
+/// over.
+
+class AcDbPoint : public AcDbEntity {
+public:
+  explicit AcDbPoint(const AcGePoint3d& position) : mPosition(position) {}
+
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
+  AcGePoint3d position() const { return mPosition; }
+
+  void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
+  Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
+  void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
+
+private:
+  AcGePoint3d mPosition;
+};
+
+class AcDbLine : public AcDbEntity {
+public:
+  AcDbLine(const AcGePoint3d& start, const AcGePoint3d& end) : mStart(start), mEnd(end) {}
+
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
+  AcGePoint3d startPoint() const;
+  AcGePoint3d endPoint() const;
+  /// On a failure the argument stays as it is.
+  Acad::ErrorStatus getStartPoint(AcGePoint3d& point) const;
+  Acad::ErrorStatus getEndPoint(AcGePoint3d& point) const;
+
+  void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
+  Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
+  void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
+
+private:
+  AcGePoint3d mStart;
+  AcGePoint3d mEnd;
+};
+
+/// A part of an ellipse: centre + major * cos t + minor * sin t, for t from start to start + sweep. Any
+/// affine transform of such a curve is one again, so circles, arcs and ellipses all rest on it.
+struct AcDbEllipticArc {
+  AcGePoint3d centre;
+  AcGeVector3d major;
+  AcGeVector3d minor;
+  double start = 0;
+  double sweep = 0; // 2 pi for the whole curve
+
+  AcGePoint3d at(double t) const;
+  AcDbEllipticArc transformedBy(const AcGeMatrix3d& transform) const;
+  void addExtents(AcDbExtents& extents) const;
+  AcDbStroke stroke() const;
+};
+
+/// What circle, arc and ellipse have in common.
+class AcDbEllipticCurve : public AcDbEntity {
+public:
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
+  AcGePoint3d center() const { return mArc.centre; }
+  AcGeVector3d normal() const { return mArc.major.crossProduct(mArc.minor).normalize(); }
+  const AcDbEllipticArc& geometry() const { return mArc; }
+
+  void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
+  Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
+  void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
+
+protected:
+  explicit AcDbEllipticCurve(const AcDbEllipticArc& arc) : mArc(arc) {}
+  /// A circle must stay a circle: the transform may then turn and scale, but not distort.
+  virtual bool mustStayRound() const { return true; }
+
+private:
+  AcDbEllipticArc mArc;
+};
+
+class AcDbCircle : public AcDbEllipticCurve {
+public:
+  AcDbCircle(const AcGePoint3d& centre, const AcGeVector3d& normal, double radius);
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
+  double radius() const { return geometry().major.length(); }
+};
+
+/// Runs counter-clockwise about its normal. Angles are measured from the direction that an arc with that
+/// normal has as its x axis (world X if the normal is world Z).
+class AcDbArc : public AcDbEllipticCurve {
+public:
+  AcDbArc(const AcGePoint3d& centre, const AcGeVector3d& normal, double radius, double startAngle,
+          double endAngle);
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
+  double radius() const { return geometry().major.length(); }
+};
+
+class AcDbEllipse : public AcDbEllipticCurve {
+public:
+  /// majorAxis from the centre to the far end, ratio of the minor to the major axis. Angles are parameters, 0
+  /// at the end of the major axis; 0 to 2 pi gives the whole ellipse.
+  AcDbEllipse(const AcGePoint3d& centre, const AcGeVector3d& normal, const AcGeVector3d& majorAxis,
+              double ratio, double startAngle, double endAngle);
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
+
+protected:
+  bool mustStayRound() const override { return false; }
+};
+
+/// A flat line of straight and round pieces.
+class AcDbPolyline : public AcDbEntity {
+public:
+  /// A corner in the line's plane; bulge is the tangent of a quarter of the angle of the arc to the next
+  /// corner, positive for counter-clockwise, 0 for a straight piece.
+  struct Vertex {
+    double x = 0;
+    double y = 0;
+    double bulge = 0;
+  };
+  /// elevation  distance of the plane from the origin along the normal
+  AcDbPolyline(const std::vector<Vertex>& vertices, bool isClosed, double elevation = 0,
+               const AcGeVector3d& normal = AcGeVector3d::kZAxis);
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
+  unsigned numVerts() const { return static_cast<unsigned>(mPoints.size()); }
+  bool isClosed() const { return mIsClosed; }
+
+  void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
+  Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
+  void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
+
+private:
+  struct RoundPiece {
+    size_t from = 0; // corner at which it starts
+    AcDbEllipticArc arc;
+  };
+  AcDbStroke mPoints;
+  std::vector<RoundPiece> mRoundPieces; // in the order of their corners; pieces not named here are straight
+  bool mIsClosed;
+};
+
+class AcDb3dPolyline : public AcDbEntity {
+public:
+  AcDb3dPolyline(std::vector<AcGePoint3d> points, bool isClosed);
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
+  const std::vector<AcGePoint3d>& points() const { return mPoints; }
+  bool isClosed() const { return mIsClosed; }
+
+  void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
+  Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
+  void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
+
+private:
+  std::vector<AcGePoint3d> mPoints;
+  bool mIsClosed;
+};
+
+class AcDbPolyFaceMesh : public AcDbEntity {
+public:
+  /// Corners of a face, counted from 0; the fourth is -1 for a triangle.
+  struct Face {
+    int corner[4] = {-1, -1, -1, -1};
+  };
+  /// Faces with a corner that is no vertex are left out.
+  AcDbPolyFaceMesh(std::vector<AcGePoint3d> vertices, const std::vector<Face>& faces);
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
+  size_t numVertices() const { return mVertices.size(); }
+  size_t numFaces() const { return mFaces.size(); }
+
+  void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
+  Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
+  /// Each edge once, however many faces share it.
+  void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
+
+private:
+  std::vector<AcGePoint3d> mVertices;
+  std::vector<Face> mFaces;
+};
+
+class AcDbFace : public AcDbEntity {
+public:
+  /// A triangle if the last two corners are equal.
+  AcDbFace(const AcGePoint3d& a, const AcGePoint3d& b, const AcGePoint3d& c, const AcGePoint3d& d);
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
+
+  void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
+  Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
+  void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
+
+private:
+  AcGePoint3d mCorners[4];
+};
+
+/// Entities under one name, to be inserted any number of times. Shared by its inserts, never changed once one
+/// exists.
+struct AcDbBlock {
+  AcGePoint3d base; // the point that an insert puts at its own place
+  std::vector<std::unique_ptr<AcDbEntity>> entities;
+};
+
+class AcDbBlockReference : public AcDbEntity {
+public:
+  /// transform  from the block's coordinates, in which its base lies at the origin, to the world's
+  AcDbBlockReference(std::shared_ptr<const AcDbBlock> block, const AcGeMatrix3d& transform)
+      : mBlockP(std::move(block)), mTransform(transform) {}
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
+  AcGePoint3d position() const { return AcGePoint3d::kOrigin + mTransform.translation(); }
+  AcGeMatrix3d blockTransform() const { return mTransform; }
+
+  void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
+  Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
+  void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
+
+private:
+  AcGeMatrix3d fromBlock(const AcGeMatrix3d* transform) const;
+
+  std::shared_ptr<const AcDbBlock> mBlockP;
+  AcGeMatrix3d mTransform;
+};
+
+/// A viewport on a layout: a rectangle of paper with a flat view in it.
+class AcDbViewport : public AcDbEntity {
+public:
+  AcDbViewport(double width, double height, double viewHeight, const AcGePoint2d& viewCentre);
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
+
+  /// Size on paper, paper units.
+  double width() const;
+  double height() const;
+  /// What the view shows, drawing units.
+  double viewHeight() const;
+  AcGePoint2d viewCenter() const;
+  /// eNotOpenForWrite unless the viewport is open for write; eInvalidInput for a height that is not above 0.
+  Acad::ErrorStatus setViewCenter(const AcGePoint2d& centre);
+  Acad::ErrorStatus setViewHeight(double height);
+  /// Shows the view as it is now.
+  Acad::ErrorStatus updateDisplay() const;
+
+  void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
+  Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
+  void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
+
+private:
+  friend struct HostAccess;
+  double mWidth;
+  double mHeight;
+  double mViewHeight;
+  AcGePoint2d mViewCentre;
+};
+
+#endif

@@ -1,0 +1,119 @@
+#ifndef DBOBJECT_H
+#define DBOBJECT_H
+
+#include "acadstatus.h"
+#include "adesk.h"
+#include "rxobject.h"
+
+struct HostAccess;
+
+namespace AcDb {
+enum OpenMode { kForRead = 0, kForWrite = 1 };
+} // namespace AcDb
+
+/// Names an object of the drawing for as long as the drawing lives. An id of a drawing that is gone opens
+/// nothing.
+class AcDbObjectId {
+public:
+  static const AcDbObjectId kNull;
+
+  AcDbObjectId() = default;
+  explicit AcDbObjectId(Adesk::Int64 value) : mValue(value) {}
+
+  bool isNull() const { return mValue == 0; }
+  Adesk::Int64 asOldId() const { return mValue; }
+  bool operator==(const AcDbObjectId& id) const { return mValue == id.mValue; }
+  bool operator!=(const AcDbObjectId& id) const { return mValue != id.mValue; }
+  bool operator<(const AcDbObjectId& id) const { return mValue < id.mValue; }
+
+private:
+  Adesk::Int64 mValue = 0;
+};
+
+/// An object that can live in a drawing. While it does, the drawing owns it, and others open and close it.
+class AcDbObject : public AcRxObject {
+public:
+  AcDbObject() = default;
+  AcDbObject(const AcDbObject&) = delete;
+  AcDbObject& operator=(const AcDbObject&) = delete;
+  ~AcDbObject() override;
+
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
+
+  /// Null while the object is in no drawing.
+  AcDbObjectId objectId() const { return mId; }
+  /// Ends one opening. eNotOpen if there is none.
+  Acad::ErrorStatus close();
+  bool isReadEnabled() const { return mOpenCount != 0; }
+  bool isWriteEnabled() const { return mOpenCount < 0; }
+
+private:
+  friend struct HostAccess;
+  AcDbObjectId mId;
+  int mOpenCount = 0;       // openings for read, or -1: open for write
+  int mNumber = 0;          // position in model space from 1; 0: not in model space
+  int mMovedSlot = -1;      // place among what has moved since the last frame
+  unsigned char mFlags = 0; // what the object refuses
+};
+
+/// The id behind an entity's name. eUnknownObjectId if the name is none of an entity.
+Acad::ErrorStatus acdbGetObjectId(AcDbObjectId& id, const ads_name name);
+
+/// Opens an object if it is of that class or derived from it. Any number of readers or one writer at a time.
+/// On a failure object is null.
+Acad::ErrorStatus acdbOpenObject(AcDbObject*& object, AcDbObjectId id, const AcRxClass* aClass,
+                                 AcDb::OpenMode mode, bool openErased);
+
+template <class T>
+Acad::ErrorStatus acdbOpenObject(T*& object, AcDbObjectId id, AcDb::OpenMode mode = AcDb::kForRead,
+                                 bool openErased = false) {
+  object = nullptr;
+  AcDbObject* openedP = nullptr;
+  const Acad::ErrorStatus status = acdbOpenObject(openedP, id, T::desc(), mode, openErased);
+  object = static_cast<T*>(openedP);
+  return status;
+}
+
+/// Closes what it has opened when it goes.
+template <class T> class AcDbObjectPointer {
+public:
+  AcDbObjectPointer() = default;
+  AcDbObjectPointer(AcDbObjectId id, AcDb::OpenMode mode, bool openErased = false) {
+    open(id, mode, openErased);
+  }
+  AcDbObjectPointer(const AcDbObjectPointer&) = delete;
+  AcDbObjectPointer& operator=(const AcDbObjectPointer&) = delete;
+  ~AcDbObjectPointer() {
+    try {
+      close();
+    } catch (...) { // nothing may leave a destructor
+    }
+  }
+
+  /// Closes what was open before. On a failure object() is null.
+  Acad::ErrorStatus open(AcDbObjectId id, AcDb::OpenMode mode, bool openErased = false) {
+    close();
+    return mStatus = acdbOpenObject(mObjectP, id, mode, openErased);
+  }
+  /// An object of the drawing is closed, any other deleted.
+  Acad::ErrorStatus close() {
+    if (!mObjectP)
+      return Acad::eOk;
+    T* const objectP = mObjectP;
+    mObjectP = nullptr;
+    if (!objectP->objectId().isNull())
+      return objectP->close();
+    delete objectP;
+    return Acad::eOk;
+  }
+  Acad::ErrorStatus openStatus() const { return mStatus; }
+  T* object() const { return mObjectP; }
+  T* operator->() const { return mObjectP; }
+
+private:
+  T* mObjectP = nullptr;
+  Acad::ErrorStatus mStatus = Acad::eNullObjectId;
+};
+
+#endif

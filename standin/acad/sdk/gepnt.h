@@ -1,0 +1,144 @@
+#ifndef GEPNT_H
+#define GEPNT_H
+
+#include <cmath>
+
+/// Points, vectors and tolerances. Operations that change their object give it back by reference.
+
+/// How close is equal.
+class AcGeTol {
+public:
+  double equalVector() const { return mEqualVector; }
+  double equalPoint() const { return mEqualPoint; }
+  AcGeTol& setEqualVector(double value) {
+    mEqualVector = value;
+    return *this;
+  }
+  AcGeTol& setEqualPoint(double value) {
+    mEqualPoint = value;
+    return *this;
+  }
+
+private:
+  double mEqualVector = 1e-12;
+  double mEqualPoint = 1e-10;
+};
+
+struct AcGeContext {
+  /// Stands in wherever a tolerance is left out.
+  static AcGeTol gTol;
+};
+
+class AcGeVector2d {
+public:
+  double x = 0;
+  double y = 0;
+
+  AcGeVector2d() = default;
+  AcGeVector2d(double xx, double yy) : x(xx), y(yy) {}
+  double length() const { return std::hypot(x, y); }
+};
+
+class AcGePoint2d {
+public:
+  double x = 0;
+  double y = 0;
+  static const AcGePoint2d kOrigin;
+
+  AcGePoint2d() = default;
+  AcGePoint2d(double xx, double yy) : x(xx), y(yy) {}
+  AcGeVector2d operator-(const AcGePoint2d& p) const { return {x - p.x, y - p.y}; }
+  AcGePoint2d operator+(const AcGeVector2d& v) const { return {x + v.x, y + v.y}; }
+};
+
+class AcGeVector3d {
+public:
+  double x = 0;
+  double y = 0;
+  double z = 0;
+  static const AcGeVector3d kIdentity;
+  static const AcGeVector3d kXAxis;
+  static const AcGeVector3d kYAxis;
+  static const AcGeVector3d kZAxis;
+
+  AcGeVector3d() = default;
+  AcGeVector3d(double xx, double yy, double zz) : x(xx), y(yy), z(zz) {}
+
+  AcGeVector3d operator+(const AcGeVector3d& v) const { return {x + v.x, y + v.y, z + v.z}; }
+  AcGeVector3d operator-(const AcGeVector3d& v) const { return {x - v.x, y - v.y, z - v.z}; }
+  AcGeVector3d operator-() const { return {-x, -y, -z}; }
+  AcGeVector3d operator*(double f) const { return {x * f, y * f, z * f}; }
+  AcGeVector3d operator/(double f) const { return {x / f, y / f, z / f}; }
+  AcGeVector3d& operator+=(const AcGeVector3d& v) { return *this = *this + v; }
+  AcGeVector3d& operator-=(const AcGeVector3d& v) { return *this = *this - v; }
+  AcGeVector3d& operator*=(double f) { return *this = *this * f; }
+  AcGeVector3d& operator/=(double f) { return *this = *this / f; }
+  bool operator==(const AcGeVector3d& v) const { return isEqualTo(v); }
+  bool operator!=(const AcGeVector3d& v) const { return !isEqualTo(v); }
+
+  AcGeVector3d& set(double xx, double yy, double zz) { return *this = AcGeVector3d(xx, yy, zz); }
+  AcGeVector3d& negate() { return *this = -*this; }
+  double dotProduct(const AcGeVector3d& v) const { return x * v.x + y * v.y + z * v.z; }
+  AcGeVector3d crossProduct(const AcGeVector3d& v) const {
+    return {y * v.z - z * v.y, z * v.x - x * v.z, x * v.y - y * v.x};
+  }
+  double lengthSqrd() const { return dotProduct(*this); }
+  double length() const { return std::sqrt(lengthSqrd()); }
+  bool isZeroLength(const AcGeTol& tol = AcGeContext::gTol) const { return !(length() > tol.equalVector()); }
+  bool isEqualTo(const AcGeVector3d& v, const AcGeTol& tol = AcGeContext::gTol) const {
+    return (*this - v).isZeroLength(tol);
+  }
+  /// Makes the length 1. A vector no longer than the tolerance stays as it is.
+  AcGeVector3d& normalize(const AcGeTol& tol = AcGeContext::gTol) {
+    const double size = length();
+    return size > tol.equalVector() ? *this /= size : *this;
+  }
+  AcGeVector3d normal(const AcGeTol& tol = AcGeContext::gTol) const {
+    return AcGeVector3d(*this).normalize(tol);
+  }
+  /// Any vector of length 1 that stands upright on this one.
+  AcGeVector3d perpVector() const;
+  /// Turns about the axis, right-handed. angle in radians; the axis may have any length but zero, which turns
+  /// nothing.
+  AcGeVector3d& rotateBy(double angle, const AcGeVector3d& axis);
+};
+
+inline AcGeVector3d operator*(double f, const AcGeVector3d& v) {
+  return v * f;
+}
+
+class AcGePoint3d {
+public:
+  double x = 0;
+  double y = 0;
+  double z = 0;
+  static const AcGePoint3d kOrigin;
+
+  AcGePoint3d() = default;
+  AcGePoint3d(double xx, double yy, double zz) : x(xx), y(yy), z(zz) {}
+
+  AcGeVector3d operator-(const AcGePoint3d& p) const { return {x - p.x, y - p.y, z - p.z}; }
+  AcGePoint3d operator+(const AcGeVector3d& v) const { return {x + v.x, y + v.y, z + v.z}; }
+  AcGePoint3d operator-(const AcGeVector3d& v) const { return {x - v.x, y - v.y, z - v.z}; }
+  AcGePoint3d operator*(double f) const { return {x * f, y * f, z * f}; }
+  AcGePoint3d operator/(double f) const { return {x / f, y / f, z / f}; }
+  AcGePoint3d& operator+=(const AcGeVector3d& v) { return *this = *this + v; }
+  AcGePoint3d& operator-=(const AcGeVector3d& v) { return *this = *this - v; }
+  AcGePoint3d& operator*=(double f) { return *this = *this * f; }
+  AcGePoint3d& operator/=(double f) { return *this = *this / f; }
+  bool operator==(const AcGePoint3d& p) const { return isEqualTo(p); }
+  bool operator!=(const AcGePoint3d& p) const { return !isEqualTo(p); }
+
+  AcGePoint3d& set(double xx, double yy, double zz) { return *this = AcGePoint3d(xx, yy, zz); }
+  AcGeVector3d asVector() const { return {x, y, z}; }
+  double distanceTo(const AcGePoint3d& p) const { return (*this - p).length(); }
+  bool isEqualTo(const AcGePoint3d& p, const AcGeTol& tol = AcGeContext::gTol) const {
+    return distanceTo(p) <= tol.equalPoint();
+  }
+  /// Turns about the line through the centre along the axis, as AcGeVector3d::rotateBy does.
+  AcGePoint3d& rotateBy(double angle, const AcGeVector3d& axis, const AcGePoint3d& centre = kOrigin) {
+    return *this = centre + (*this - centre).rotateBy(angle, axis);
+  }
+};
+
+#endif
