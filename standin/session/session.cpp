@@ -1,0 +1,113 @@
+#include "session.h"
+
+#include "verbs.h"
+#include "words.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace session {
+
+namespace {
+
+constexpr std::size_t kMaxErrors = 20; ///< more would only hide the first
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+Action readLine(std::string_view line, double earliest) {
+  Words words(line);
+  Action action;
+  action.mSeconds = words.number("time", 0, kMaxSeconds);
+  if (action.mSeconds < earliest)
+    throw LineError("time is before that of the line above");
+  const std::string_view who = words.word("player");
+  if (who != "device" && who != "host")
+    throw LineError("unknown player " + quoted(who) + "; known: device, host");
+  action.mWho = who == "device" ? Who::device : Who::host;
+  readVerb(words, action);
+  return action;
+}
+
+Session failed(const std::string& fileName, const std::string& reason) { return {{}, {fileName + ": " + reason}}; }
+
+} // namespace
+
+std::vector<Action> Session::actionsOf(Who who) const {
+  std::vector<Action> found;
+  std::copy_if(mActions.begin(), mActions.end(), std::back_inserter(found),
+               [who](const Action& action) { return action.mWho == who; });
+  return found;
+}
+
+Session parse(std::string_view text, const std::string& fileName) {
+  if (text.size() > kMaxFileBytes)
+    return failed(fileName, "larger than " + std::to_string(kMaxFileBytes / 1000000) + " MB");
+  if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark)
+    text.remove_prefix(kByteOrderMark.size());
+  if (text.find('\0') != std::string_view::npos)
+    return failed(fileName, "not a text file");
+
+  Session session;
+  double earliest = 0;
+  for (int number = 1; !text.empty() && session.mErrors.size() < kMaxErrors; ++number) {
+    std::string_view line = text.substr(0, text.find('\n'));
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+    if (!line.empty() && line.back() == '\r')
+      line.remove_suffix(1);
+    try {
+      checkIsText(line);
+      if (Words(line).isAtEnd())
+        continue;
+      session.mActions.push_back(readLine(line, earliest));
+      session.mActions.back().mLine = number;
+      earliest = session.mActions.back().mSeconds;
+    } catch (const LineError& error) {
+      session.mErrors.push_back(fileName + ":" + std::to_string(number) + ": " + error.what());
+    }
+  }
+  if (!session.isGood())
+    session.mActions.clear();
+  return session;
+}
+
+Session read(const std::string& path) {
+  std::error_code ignored;
+  if (std::filesystem::is_directory(path, ignored))
+    return failed(path, "is a folder");
+  errno = 0;
+  std::ifstream file(path, std::ios::binary);
+  if (!file)
+    return failed(path, std::string("can't be opened: ") + std::strerror(errno));
+  // One byte more than allowed tells a file that is too large from one that just fits, also where no size is known.
+  std::string text(kMaxFileBytes + 1, '\0');
+  file.read(text.data(), static_cast<std::streamsize>(text.size()));
+  if (file.bad())
+    return failed(path, "can't be read");
+  text.resize(static_cast<std::size_t>(file.gcount()));
+  return parse(text, path);
+}
+
+bool parseDeviceLine(std::string_view line, Action& action, std::string& error) {
+  error.clear();
+  if (!line.empty() && line.back() == '\r')
+    line.remove_suffix(1);
+  try {
+    checkIsText(line);
+    Words words(line);
+    if (words.isAtEnd())
+      return false;
+    Action found;
+    found.mWho = Who::device;
+    readVerb(words, found);
+    action = std::move(found);
+    return true;
+  } catch (const LineError& reason) {
+    error = reason.what();
+    return false;
+  }
+}
+
+} // namespace session
