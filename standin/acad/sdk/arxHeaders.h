@@ -9,6 +9,7 @@
 #include <windows.h>
 
 #include "acadstatus.h"
+#include "acdatamanager.h"
 #include "accmd.h"
 #include "acdocman.h"
 #include "acedads.h"

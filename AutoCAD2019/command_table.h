@@ -1,0 +1,23 @@
+#ifndef COMMAND_TABLE_H
+#define COMMAND_TABLE_H
+
+#include <arxHeaders.h>
+
+/// One command of the plug-in, as the host registers it.
+struct CommandEntry {
+  const ACHAR* group;
+  const ACHAR* globalName;
+  const ACHAR* localName; // null: taken from the string resource of stringId
+  Adesk::Int32 flags;
+  AcRxFunctionPtr function;
+  AcEdUIContext* context;
+  UINT stringId;
+};
+
+/// Adds the four toggle commands to the host's command stack. Does nothing if the host has none.
+/// module  the plug-in's own library
+void addCommands(HINSTANCE module);
+/// Takes them away again.
+void removeCommands();
+
+#endif

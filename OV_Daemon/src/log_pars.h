@@ -1,0 +1,52 @@
+#ifndef LOG_PARS_H
+#define LOG_PARS_H
+
+#include <cstdint>
+#include <iosfwd>
+#include <string>
+
+class Cnfg;
+
+/// The parameters of the log, as the settings file's section for the log keeps them. A plain record.
+class LogPars {
+public:
+  LogPars();
+
+  /// Reads the thirteen keys. A key that isn't found is logged, and the others are read all the same.
+  /// Gives the sum of the codes of all keys: 0 if each was there.
+  int read(Cnfg& cnfg);
+  /// Writes the section.
+  /// width  columns that a value takes; a longer one takes its own length
+  void write(std::ostream& os, int width) const;
+  /// The values as text, a line each, with no line feed behind the last.
+  /// indent  blanks in front of each line
+  std::string dump(int indent) const;
+
+  std::string mSectionName;
+  std::string mSettingsDirPath; // folder of a log file that has no folder in its name
+  std::string mLogFile;         // name or full path
+  std::int32_t mMaxSize;        // limit of the log file, units of 1000 bytes
+  bool mIsLogToFile;
+  bool mIsLogToCnsl; // to standard output
+  bool mIsWarning;
+  bool mIsCreation;
+  bool mIsTrace;
+  bool mIsDevCom;
+  bool mIsIntCom;
+  bool mIsInfo;
+  bool mIsDebug;
+  bool mIsTmp;
+  std::string mExclFileToLog; // if not empty, the one source file whose records are logged
+};
+
+/// One parameter line of the settings file, its line feed included.
+/// head     tab, key, "=" and blank, 25 characters
+/// comment  with its "#"
+void writeParameterLine(std::ostream& os, const char* key, const std::string& value, int width,
+                        const char* comment);
+
+/// The number that a text starts with, 0 if it doesn't start with one. A number out of range becomes the
+/// nearest one that fits.
+std::int32_t toNumber(const std::string& text);
+
+#endif

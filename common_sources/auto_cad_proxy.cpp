@@ -1,0 +1,185 @@
+#include "auto_cad_proxy.h"
+
+#include <cstdlib>
+
+#include "logging.h"
+#include "ov_auto_cad.h"
+#include "util.h"
+
+AutoCadProxy* gAutoCadProxyP = nullptr;
+HINSTANCE gModuleInstance = nullptr;
+
+namespace {
+
+constexpr UINT kMovingInterval = 10; // milliseconds between two ticks while the cap moves
+constexpr UINT kRestInterval = 100;  // milliseconds between two ticks at rest
+
+constexpr std::int32_t kHoverDigit = 4; // last digit "camhover": kCamStandard with the hover flag
+
+/// A 16-bit system variable. False, and the value stays, if the host doesn't give it.
+bool readVariable(const ACHAR* name, short& value) {
+  resbuf result = {};
+  if (acedGetVar(name, &result) != RTNORM)
+    return false;
+  value = result.resval.rint;
+  return true;
+}
+
+} // namespace
+
+AutoCadProxy::AutoCadProxy(OvAutoCad* ovAutoCadP)
+    : mOvAutoCadP(ovAutoCadP), mTraSensBase(ovAutoCadP->mTraSensBase), mRotSensBase(ovAutoCadP->mRotSensBase),
+      mMaxContMoveTime(static_cast<std::uint32_t>(ovAutoCadP->mMaxContMoveTime)),
+      mUseInt3dIntrfce(ovAutoCadP->mUseInt3dIntrfce), mViewMode(0), mCapIsMoving(false), mIsPumpRunning(true),
+      mIsDocLocked(false), mRotMode(0), mZoomAllAfterView(false), mKeepHorizon(false), mHoverMode(false),
+      mObjectMoveMode(false), mMenuIsLoaded(false), mTimerId(0) {
+  OV_LOG(CRT, "AutoCadProxy", "AutoCadProxy::AutoCadProxy", "Constructing ...");
+  if (!mUseInt3dIntrfce)
+    StartDotNETPlugin();
+  gAutoCadProxyP = this;
+  mTimerId = SetTimer(nullptr, 0, kRestInterval, TimerProc);
+  OV_LOG(CRT, "AutoCadProxy", "AutoCadProxy::AutoCadProxy", "AutoCadProxy constructed.");
+}
+
+AutoCadProxy::~AutoCadProxy() {
+  OV_LOG(CRT, "AutoCadProxy", "AutoCadProxy::~AutoCadProxy", "Destructing ...");
+  mIsPumpRunning = false;
+  KillTimer(nullptr, mTimerId);
+  // A tick that is under way somewhere below us, or a command that the host still runs, finds nothing to work
+  // on.
+  gAutoCadProxyP = nullptr;
+  OV_LOG(CRT, "AutoCadProxy", "AutoCadProxy::~AutoCadProxy", "Destructed.");
+}
+
+void CALLBACK TimerProc(HWND, UINT, UINT_PTR, DWORD) {
+  AutoCadProxy* const proxyP = gAutoCadProxyP;
+  if (!proxyP)
+    return;
+  try {
+    // One-shot, so that a tick that runs long isn't entered again from a message loop below it.
+    KillTimer(nullptr, proxyP->mTimerId);
+    if (!proxyP->mMenuIsLoaded)
+      proxyP->loadMenufile();
+    proxyP->doTransform();
+    if (!proxyP->mIsPumpRunning)
+      return;
+    proxyP->mTimerId =
+        SetTimer(nullptr, 0, proxyP->mCapIsMoving ? kMovingInterval : kRestInterval, TimerProc);
+  } catch (...) {
+    // The timer stays disarmed: the pump stands still until the plug-in is loaded again.
+    OV_LOG(ERR, "Global", "TimerProc", "Error TimerProc()");
+  }
+}
+
+void AutoCadProxy::doTransform() {
+  const std::uint32_t start = Util::getTickCount();
+  std::uint32_t elapsed = 0;
+  bool keepGoing = true;
+  while (elapsed < mMaxContMoveTime && keepGoing) {
+    // Takes effect at the next test: a pass that has begun is always completed. Unsigned, so the counter may
+    // wrap.
+    elapsed = Util::getTickCount() - start;
+    try {
+      handleDeviceKeys();
+      keepGoing = !mUseInt3dIntrfce && handleDeviceCap();
+    } catch (...) {
+      OV_LOG(ERR, "AutoCadProxy", "AutoCadProxy::doTransform", "Error doTransform()");
+    }
+  }
+}
+
+void AutoCadProxy::handleDeviceKeys() {
+  try {
+    const std::int32_t key = mOvAutoCadP->mPendingKey;
+    if (key >= 0) {
+      execApplFunction(key);
+      mOvAutoCadP->mPendingKey = -1;
+    }
+    const std::int32_t special = mOvAutoCadP->mPendingSpecial;
+    if (special > 0) {
+      execSpecialApplFunction(special);
+      mOvAutoCadP->mPendingSpecial = 0;
+    }
+  } catch (...) {
+    // The slot whose action threw stays filled: the action is tried again at the next pass.
+    OV_LOG(ERR, "AutoCadProxy", "AutoCadProxy::handleDeviceKeys", "Error handleDeviceKeys()");
+  }
+}
+
+bool AutoCadProxy::handleDeviceCap() {
+  const int threshold = static_cast<std::int16_t>(static_cast<std::uint16_t>(mOvAutoCadP->mMinThreshold));
+  const std::int32_t mode = retrieveMode();
+  const std::int16_t x = mOvAutoCadP->mCapX;
+  const std::int16_t y = mOvAutoCadP->mCapY;
+  const std::int16_t z = mOvAutoCadP->mCapZ;
+  const std::int16_t a = mOvAutoCadP->mCapA;
+  const std::int16_t b = mOvAutoCadP->mCapB;
+  const std::int16_t c = mOvAutoCadP->mCapC;
+
+  const auto isDeflected = [threshold](int axis) { return std::abs(axis) > threshold; };
+  if (!isDeflected(x) && !isDeflected(y) && !isDeflected(z) && !isDeflected(a) && !isDeflected(b) &&
+      !isDeflected(c)) {
+    handleCapIsReleased(mode);
+    return false;
+  }
+  if (scrollTreesAndLists(x, y, z))
+    return true; // no cap movement: the tick interval stays that of the rest state
+  if (mode == kMode2D)
+    handleCapIsDeflectedIn2DMode(x, y, z);
+  else
+    handleCapIsDeflectedIn3DMode(x, y, z, a, b, c);
+  if (!mCapIsMoving) {
+    mCapIsMoving = true;
+    OV_LOG(INF, "AutoCadProxy", "AutoCadProxy::handleDeviceCap", "Cap moving.");
+  }
+  return true;
+}
+
+std::int32_t AutoCadProxy::retrieveMode() {
+  // If the host doesn't give a variable, the user is most likely where he was: the mode stays, and is 3D as
+  // long as there was none.
+  short tilemode = mViewMode == kMode2D ? 0 : 1;
+  short cvport = mViewMode == kMode2D ? 1 : 2;
+  readVariable(L"tilemode", tilemode);
+  readVariable(L"cvport", cvport);
+  const std::int32_t mode = tilemode == 0 && cvport == 1 ? kMode2D : kMode3D;
+  mViewMode = mode;
+  return mode;
+}
+
+std::string AutoCadProxy::getModeName() const {
+  const auto modes = mModes.get();
+  const auto index = static_cast<std::uint32_t>(static_cast<std::int32_t>(mViewMode));
+  return index < modes->size() ? (*modes)[index] : "Unknown";
+}
+
+void AutoCadProxy::setRotMode(std::int32_t code) {
+  // Codes below zero and last digits above 4 name no mode: the scene then turns about the point looked at,
+  // which surprises least. What the other digits say stays in force.
+  if (code < 0)
+    code = 0;
+  const std::int32_t digits = code % 100;
+  std::int32_t rotMode = digits % 10;
+  bool isHover = code >= 100;
+  if (rotMode == kHoverDigit) {
+    rotMode = kCamStandard;
+    isHover = true;
+  } else if (rotMode > kCamTarget) {
+    rotMode = kObjScreen;
+  }
+  mHoverMode = isHover;
+  mKeepHorizon = digits >= 10;
+  mRotMode = rotMode;
+}
+
+bool AutoCadProxy::toggleRotationCenter() {
+  return mOvAutoCadP->mToggleRotationCenter = !mOvAutoCadP->mToggleRotationCenter;
+}
+
+bool AutoCadProxy::toggleRotationAxis() {
+  return mOvAutoCadP->mToggleRotationAxis = !mOvAutoCadP->mToggleRotationAxis;
+}
+
+bool AutoCadProxy::toggleScrollMode() {
+  return mOvAutoCadP->mScrollTreeAndList = !mOvAutoCadP->mScrollTreeAndList;
+}

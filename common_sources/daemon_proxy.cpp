@@ -1,0 +1,175 @@
+#include "daemon_proxy.h"
+
+#include <cstring>
+
+#include <ov_devlink.h>
+
+#include "auto_cad_proxy.h"
+#include "event_codes.h"
+#include "logging.h"
+#include "ov_auto_cad.h"
+#include "util.h"
+
+namespace {
+
+constexpr char kClientName[] = "acad";
+constexpr char kApplicationName[] = "AutoCAD";
+constexpr int kDevice = 0;                       // no device is chosen, the first one serves
+constexpr std::uint32_t kReadPollInterval = 200; // milliseconds
+
+// Records of the device library: their sizes, and where in them stands what we read, in bytes.
+constexpr std::size_t kDevInfoSize = 96;
+constexpr std::size_t kDevInfoText = 20;
+constexpr std::size_t kAdvancedSettingsSize = 148;
+constexpr std::size_t kRotationCode = 132;
+constexpr std::size_t kZoomAllAfterView = 138;
+
+void* readThreadEntry(void* argument) {
+  OV_LOG(CRT, "Global", "readThreadEntry", "Creating reading thread ...");
+  static_cast<DaemonProxy*>(argument)->readMouseEvents();
+  OV_LOG(CRT, "Global", "readThreadEntry", "Reading thread ended.");
+  return nullptr;
+}
+
+} // namespace
+
+DaemonProxy::DaemonProxy(OvAutoCad* ovAutoCadP)
+    : mOvAutoCadP(ovAutoCadP), mReadThread(), mIsToRead(true), mIsReading(false), mIsConnected(false),
+      mIsToSendMode(false), mHasReadThread(false) {
+  OV_LOG(CRT, "DaemonProxy", "DaemonProxy::DaemonProxy", "Constructing ...");
+  mOvAutoCadP->mPendingKey = -1;
+  mIsConnected = connect();
+  mHasReadThread = pthread_create(&mReadThread, nullptr, readThreadEntry, this) == 0;
+  OV_LOG(CRT, "DaemonProxy", "DaemonProxy::DaemonProxy", "Constructed.");
+}
+
+DaemonProxy::~DaemonProxy() {
+  OV_LOG(CRT, "DaemonProxy", "DaemonProxy::~DaemonProxy", "Destructing ...");
+  mIsToRead = false;
+  if (ovDisconnect() != 0)
+    OV_LOG(ERR, "DaemonProxy", "DaemonProxy::~DaemonProxy", "Error in ovDisConnect()!");
+  while (mIsReading)
+    Util::sleep(kReadPollInterval);
+  // Behind its flag the thread still writes a record and leaves our code. The host unmaps that code soon.
+  if (mHasReadThread)
+    pthread_join(mReadThread, nullptr);
+  OV_LOG(CRT, "DaemonProxy", "DaemonProxy::~DaemonProxy", "Destructed.");
+}
+
+bool DaemonProxy::connect() {
+  OV_LOG(TRC, "DaemonProxy", "DaemonProxy::connect", "Checking connection ...");
+  mIsConnected = false;
+  if (ovConnect(0, kClientName) != 0) {
+    OV_LOG(ERR, "DaemonProxy", "DaemonProxy::connect", "Error in ovConnect()!");
+    return false;
+  }
+  int count = 0;
+  int unused1 = 0;
+  int unused2 = 0;
+  if (ovGetDevNum(&count, &unused1, &unused2) != 0) {
+    OV_LOG(ERR, "DaemonProxy", "DaemonProxy::connect", "Error in ovGetDevNum()!");
+    return false;
+  }
+  for (int devIdx = 0; devIdx < count; ++devIdx) {
+    char record[kDevInfoSize + 1] = {}; // one more, so that the text has an end whatever the library wrote
+    if (ovGetDevInfo(devIdx, record) != 0) {
+      OV_LOG(ERR, "DaemonProxy", "DaemonProxy::connect", "Error in ovGetDevInfo()!");
+      return false;
+    }
+    record[kDevInfoSize] = 0;
+    OV_LOG(INF, "DaemonProxy", "DaemonProxy::connect", "devIdx: " << devIdx << ":" << record + kDevInfoText);
+  }
+  retrieveRotMode();
+  mIsConnected = true;
+  mIsToSendMode = true;
+  return true;
+}
+
+bool DaemonProxy::checkConnection() {
+  int count = 0;
+  int unused1 = 0;
+  int unused2 = 0;
+  if (ovGetDevNum(&count, &unused1, &unused2) == 0) {
+    mIsConnected = true;
+    return true;
+  }
+  OV_LOG(ERR, "DaemonProxy", "DaemonProxy::checkConnection", "Error in ovGetDevNum()!");
+  mIsConnected = false;
+  if (ovDisconnect() != 0)
+    OV_LOG(ERR, "DaemonProxy", "DaemonProxy::checkConnection", "Error in ovDisconnect()!");
+  return false;
+}
+
+void DaemonProxy::retrieveRotMode() {
+  char record[kAdvancedSettingsSize] = {};
+  if (ovGetAdvancedSettings(kDevice, record) != 0)
+    OV_LOG(ERR, "DaemonProxy", "DaemonProxy::retrieveRotMode", "Error in ovGetAdvancedSettings()!");
+  std::int32_t code = 0;
+  std::memcpy(&code, record + kRotationCode, sizeof code);
+  mOvAutoCadP->mAutoCadProxyP->setRotMode(code);
+  mOvAutoCadP->mAutoCadProxyP->mZoomAllAfterView = record[kZoomAllAfterView] != 0;
+}
+
+void DaemonProxy::readMouseEvents() {
+  mIsReading = true;
+  OV_LOG(CRT, "DaemonProxy", "DaemonProxy::readMouseEvents",
+         "Invoking reading loop ... mIsToRead: " << static_cast<bool>(mIsToRead));
+  std::string lastMode; // what the daemon was last told
+  while (mIsToRead) {
+    short x = 0, y = 0, z = 0, a = 0, b = 0, c = 0;
+    int unused1 = 0, unused2 = 0, unused3 = 0, unused4 = 0;
+    int eventCode = 0;
+    if (ovFetchEvent(kDevice, &x, &y, &z, &a, &b, &c, &unused1, &unused2, &eventCode, &unused3, &unused4) ==
+        0) {
+      if (eventCode < 0) {
+        mOvAutoCadP->mCapX = x;
+        mOvAutoCadP->mCapY = y;
+        mOvAutoCadP->mCapZ = z;
+        mOvAutoCadP->mCapA = a;
+        mOvAutoCadP->mCapB = b;
+        mOvAutoCadP->mCapC = c;
+      } else {
+        handleEvent(eventCode, lastMode);
+      }
+    }
+    const std::string mode = mOvAutoCadP->getModeName();
+    if (mode == lastMode && !mIsToSendMode)
+      continue;
+    // Cleared before the call rather than behind it, so that a connection made meanwhile is still told of the
+    // mode.
+    mIsToSendMode = false;
+    if (ovSetApplMode(kApplicationName, mode.c_str()) == 0)
+      lastMode = mode;
+  }
+  OV_LOG(CRT, "DaemonProxy", "DaemonProxy::readMouseEvents", "Reading loop left.");
+  mIsReading = false;
+}
+
+void DaemonProxy::handleEvent(std::int32_t eventCode, std::string& lastMode) {
+  OV_LOG(DBG, "DaemonProxy", "DaemonProxy::readMouseEvents",
+         "event: " << eventCode << ", APPL_FUNC_START: " << APPL_FUNC_START);
+  if (eventCode >= APPL_FUNC_START) {
+    mOvAutoCadP->mPendingKey = eventCode - APPL_FUNC_START;
+    return;
+  }
+  switch (eventCode) {
+  case kRotationSettingsEvent1:
+  case kRotationSettingsEvent2:
+    retrieveRotMode();
+    break;
+  case kViewFrontEvent:
+  case kViewRightEvent:
+  case kViewTopEvent:
+  case kZoomAllEvent:
+  case kViewBackEvent:
+  case kViewLeftEvent:
+  case kViewBottomEvent:
+    mOvAutoCadP->mPendingSpecial = eventCode;
+    break;
+  case kAnnounceModeEvent:
+    lastMode.clear();
+    break;
+  default:
+    break;
+  }
+}

@@ -1,0 +1,47 @@
+// Keys that the user has bound to menu items: the item's macro is typed at the command line, line by line.
+
+#include "auto_cad_proxy.h"
+
+#include <algorithm>
+
+#include "logging.h"
+#include "util.h"
+
+namespace {
+
+constexpr wchar_t kCancel[] = L"\x1B\x1B"; // whatever runs in the host ends
+
+/// One line of input for one token of a macro.
+std::wstring inputFor(const std::string& token) {
+  // Byte by byte: nothing says which code page the menu file is in, and the menus of the host's languages
+  // that need one are written in ASCII.
+  const std::wstring wide = Util::toWide(token);
+  if (token.compare(0, 2, "M=") == 0)
+    return L"(command (menucmd \"" + wide + L"\"))\n";
+  return wide + L"\n";
+}
+
+} // namespace
+
+void AutoCadProxy::execApplFunction(int keyEvent) {
+  AcApDocManager* const managerP = acDocManagerPtr();
+  AcApDocument* const documentP = managerP ? managerP->curDocument() : nullptr;
+  const auto count = static_cast<int>(mMenuEntries.size());
+  if (keyEvent >= count) {
+    OV_LOG(ERR, "AutoCadProxy", "AutoCadProxy::execApplFunction",
+           "keyEvent (" << keyEvent << "') too big (max. is " << count - 1 << ")!");
+    return;
+  }
+  const std::string macro = mMenuEntries[static_cast<std::size_t>(keyEvent)];
+  if (macro.empty() || !managerP)
+    return;
+  managerP->sendStringToExecute(documentP, kCancel, true, false, true);
+  // Text behind the last ";" is a token if there is any, so a macro that ends in ";" sends no Enter for it.
+  std::size_t start = 0;
+  while (start < macro.size()) {
+    const std::size_t end = std::min(macro.find(';', start), macro.size());
+    managerP->sendStringToExecute(documentP, inputFor(macro.substr(start, end - start)).c_str(), true, false,
+                                  true);
+    start = end + 1;
+  }
+}

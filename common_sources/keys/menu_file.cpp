@@ -1,0 +1,60 @@
+// The menu file, which the menu reader writes: names of the modes, and the macros behind the keys.
+
+#include "auto_cad_proxy.h"
+
+#include <utility>
+
+#include "cnfg.h"
+#include "logging.h"
+#include "ov_auto_cad.h"
+#include "util.h"
+
+namespace {
+
+constexpr char kMenuFileName[] = "autocad.mnu";
+
+/// Cuts the macro out of a value: behind the first "}", up to the first "|" behind that. False: there is
+/// none.
+bool cutMacro(const std::string& value, std::string& macro) {
+  const std::size_t brace = value.find('}');
+  if (brace == std::string::npos || brace + 1 == value.size())
+    return false;
+  const std::size_t bar = value.find('|', brace + 1);
+  macro.assign(value, brace + 1, bar == std::string::npos ? bar : bar - brace - 1);
+  return true;
+}
+
+} // namespace
+
+void AutoCadProxy::loadMenufile() {
+  const std::string path = mOvAutoCadP->mApplicationsDirPath + "\\" + kMenuFileName;
+  if (!mModes.get()->empty())
+    mModes.publish({});
+  mMenuEntries.clear();
+  if (!Util::fileExists(path))
+    return;
+  Cnfg cnfg;
+  if (cnfg.open(path) != Cnfg::kOk)
+    return;
+
+  std::string name;
+  std::string value;
+  std::vector<std::string> modes;
+  cnfg.selectSection("Modes");
+  while (cnfg.readNextParameter(name, value, true) == Cnfg::kOk)
+    modes.push_back(name);
+
+  std::string macro;
+  cnfg.selectSection("MenuBar");
+  while (cnfg.readNextParameter(name, value, true) == Cnfg::kOk) {
+    if (cutMacro(value, macro))
+      mMenuEntries.push_back(macro);
+  }
+  const bool hasModes = !modes.empty();
+  // Whole and in one step: the reading thread looks names up meanwhile.
+  mModes.publish(std::move(modes));
+  OV_LOG(CRT, "AutoCadProxy", "AutoCadProxy::loadMenufile",
+         "Menu file '" << path << "' with " << mMenuEntries.size() << " entries loaded.");
+  if (hasModes)
+    mMenuIsLoaded = true;
+}

@@ -1,0 +1,35 @@
+#include "motion_state.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace motion {
+
+namespace {
+
+constexpr double kSmallestZoom = 0.8; // factor of one step
+constexpr double kLargestZoom = 1.2;
+
+} // namespace
+
+AcGsView* viewP = nullptr;
+std::int32_t cvportNumber = 0;
+AcGePoint3d selCenterPoint(0, 0, 0);
+AcGeVector3d selAxisVector(0, 0, 0);
+bool selCenterValid = false;
+bool selAxisValid = false;
+const AcGePoint3d worldOrigin(0, 0, 0);
+
+bool isFinite(double x, double y, double z) {
+  return std::isfinite(x) && std::isfinite(y) && std::isfinite(z);
+}
+
+double divisor(std::int32_t setting, std::int32_t defaultValue) {
+  return setting != 0 ? setting : defaultValue;
+}
+
+double zoomFactor(double value) {
+  return std::clamp(1 + value, kSmallestZoom, kLargestZoom);
+}
+
+} // namespace motion

@@ -1,0 +1,49 @@
+#ifndef MOTION_STATE_H
+#define MOTION_STATE_H
+
+#include <cstdint>
+
+#include <arxHeaders.h>
+
+/// What exists once for the whole plug-in and is shared by the operations on views and selections. It belongs
+/// to the host's main thread.
+namespace motion {
+
+/// The view of the last retrieveViewParams, null if that failed. The host's own.
+extern AcGsView* viewP;
+/// The last value that could be read of the system variable CVPORT.
+extern std::int32_t cvportNumber;
+
+/// Centre and axis from the selection, read with the first rotating sample of a deflection and kept until the
+/// first sample of the next one overwrites them.
+extern AcGePoint3d selCenterPoint;
+extern AcGeVector3d selAxisVector;
+extern bool selCenterValid;
+extern bool selAxisValid;
+
+/// Rotation centre of last resort.
+extern const AcGePoint3d worldOrigin;
+
+/// False if a coordinate is infinite or not a number. The host's view must never be given one: it doesn't
+/// recover.
+bool isFinite(double x, double y, double z);
+inline bool isFinite(const AcGePoint3d& p) {
+  return isFinite(p.x, p.y, p.z);
+}
+inline bool isFinite(const AcGeVector3d& v) {
+  return isFinite(v.x, v.y, v.z);
+}
+
+/// A divisor from the settings file as it is used. Zero, which the file may hold, would make every motion
+/// infinite; the default serves instead.
+double divisor(std::int32_t setting, std::int32_t defaultValue);
+
+constexpr std::int32_t kDefaultTraSensBase = 20000; // device counts
+constexpr std::int32_t kDefaultRotSensBase = 10000; // device counts
+
+/// Factor of one zoom step: 1 + value, held within 0.8 and 1.2.
+double zoomFactor(double value);
+
+} // namespace motion
+
+#endif

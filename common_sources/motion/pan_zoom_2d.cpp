@@ -1,0 +1,78 @@
+// The flat view of a layout. Amounts are fractions of the view: a sample value of one mTraSensBase is a whole
+// view width or height.
+
+#include "auto_cad_proxy.h"
+
+#include <cmath>
+
+#include "logging.h"
+#include "motion_state.h"
+
+using namespace motion;
+
+namespace {
+
+/// Opens the layout's viewport for write, or logs that it can't be had.
+bool openViewport(AcDbObjectPointer<AcDbViewport>& viewport) {
+  viewport.open(acedActiveViewportId(), AcDb::kForWrite, false);
+  if (viewport.object())
+    return true;
+  OV_LOG(ERR, "Global", "openViewport", "AcDbObjectPointer could not be retrieved!");
+  return false;
+}
+
+} // namespace
+
+void AutoCadProxy::handleCapIsDeflectedIn2DMode(short x, short y, short z) {
+  try {
+    if (mObjectMoveMode && transformSelection2d(x, y))
+      return;
+    if (!mCapIsMoving) {
+      AcApDocManager* const managerP = acDocManagerPtr();
+      if (managerP)
+        managerP->lockDocument(managerP->curDocument(), AcAp::kWrite, nullptr, nullptr, true);
+      mIsDocLocked = true;
+      OV_LOG(TRC, "AutoCadProxy", "AutoCadProxy::handleCapIsDeflectedIn2DMode", "Document locked");
+    }
+    const double base = divisor(mTraSensBase, kDefaultTraSensBase);
+    // The view moves against the cap, so that the drawing follows it.
+    if (x != 0 || y != 0)
+      pan2D(-(x / base), -(y / base));
+    if (z != 0)
+      zoom2D(-(z / base));
+  } catch (...) {
+    OV_LOG(ERR, "AutoCadProxy", "AutoCadProxy::handleCapIsDeflectedIn2DMode",
+           "Error handleCapIsDeflectedIn2DMode()");
+  }
+}
+
+void AutoCadProxy::pan2D(double dx, double dy) {
+  AcDbObjectPointer<AcDbViewport> viewport;
+  if (!openViewport(viewport))
+    return;
+  const double width = viewport->width();
+  const double height = viewport->height();
+  const double viewHeight = viewport->viewHeight();
+  const AcGePoint2d centre = viewport->viewCenter();
+  const AcGePoint2d moved(centre.x + width / height * viewHeight * dx, centre.y + viewHeight * dy);
+  // A viewport without a height has no aspect ratio: no motion, rather than a centre that isn't a number.
+  if (std::isfinite(moved.x) && std::isfinite(moved.y)) {
+    viewport->setViewCenter(moved);
+    viewport->updateDisplay();
+  }
+  viewport.close();
+}
+
+void AutoCadProxy::zoom2D(double dz) {
+  const double factor = zoomFactor(dz);
+  AcDbObjectPointer<AcDbViewport> viewport;
+  if (!openViewport(viewport))
+    return;
+  const double viewHeight = factor * viewport->viewHeight();
+  // Repeated zooming out would end in an infinite view, zooming in at nothing; both are no view any more.
+  if (std::isfinite(viewHeight) && viewHeight > 0) {
+    viewport->setViewHeight(viewHeight);
+    viewport->updateDisplay();
+  }
+  viewport.close();
+}

@@ -1,0 +1,102 @@
+#ifndef CNFG_H
+#define CNFG_H
+
+#include <cstdint>
+#include <fstream>
+#include <string>
+#include <vector>
+
+/// Reads and changes a text file of sections and parameters:
+///
+///     [SECTION]
+///         name = value     # comment
+///
+/// Names compare exactly, case included. "=" and tab separate a name from its value; a value ends at "#" or
+/// at the line's end. In reading, a section ends at the first line that gives no name and doesn't start with
+/// "#" in its first column; so a blank line ends it.
+///
+/// Results are codes, kept in mError as well; there are no exceptions and no log records of its own. After a
+/// failed open() only errorText() makes sense. An object belongs to one thread.
+class Cnfg {
+public:
+  enum Code : std::int32_t {
+    kOk = 0,
+    kNoFile = 1,          // the file can't be opened
+    kNoSection = 2,       // no such section
+    kNoParameter = 3,     // no such parameter
+    kNoMoreParameters = 4 // the section has no further parameter
+  };
+
+  Cnfg();
+  /// The same as open(), with its code in status.
+  Cnfg(const std::string& fileName, int& status);
+
+  /// Opens a file for reading. Other processes may hold it open at the same time.
+  int open(const std::string& fileName);
+
+  /// Moves the read position behind the line of the first section of that name.
+  int selectSection(const std::string& section);
+  /// Fetches the next parameter from the read position. A line without a name is consumed and gives 4, with
+  /// both texts empty; at the file's end both stay as they were. trim  removes blanks and tabs from both ends
+  /// of the value
+  int readNextParameter(std::string& name, std::string& value, bool trim);
+  /// Looks a parameter up by name; the first of two with one name wins.
+  /// section  empty: the search goes on from the read position
+  int readParameter(const std::string& name, std::string& value, const std::string& section, bool trim);
+  /// Gives the parameter at a place in a section.
+  /// index  from 0
+  int readParameterAt(std::string& name, std::string& value, const std::string& section, unsigned index,
+                      bool trim);
+
+  /// The text of mError, with what was searched for.
+  std::string errorText() const;
+
+  /// Gives a parameter a new value, in memory. Blank lines don't end the section here.
+  /// section  empty: the search goes on behind the line of the last writing operation
+  /// value    is cut at a character that would end it in reading
+  int writeParameter(const std::string& name, const std::string& value, const std::string& section);
+  /// Makes a line of a section into a parameter, whatever it held, in memory.
+  /// name    a name as readNextParameter would give it: no separator, no "#" or "[" in front
+  /// offset  lines behind the first line after the section's line
+  int writeParameterAt(const std::string& name, const std::string& value, const std::string& section,
+                       unsigned offset);
+  /// Writes what the writing operations have changed to the file. Gives 1 if it can't be opened or written.
+  int save();
+
+  char mCommentChar;
+  std::string mSeparators;
+  std::string mLineEnds; // what ends a value
+  std::string mFileName;
+  std::string mSection;   // of the last search, for messages
+  std::string mParameter; // of the last search, for messages
+  std::fstream mFile;     // open for reading during the object's whole life; its read position is the state
+  bool mIsLoaded;         // mLines holds the file
+  std::int32_t mError;    // code of the last operation
+  std::uint32_t mLineIndex;
+  std::vector<std::string> mLines; // for the writing operations only
+
+private:
+  /// A line taken apart, each piece as it stands there; put together they give the line again.
+  struct Cut {
+    std::string leading;   // blanks and tabs in front
+    std::string name;      // with no blanks at its end
+    std::string separator; // the run of separators
+    std::string value;     // untrimmed
+    std::string tail;      // from the first value end on
+  };
+
+  enum class Kind { Blank, Comment, Section, Parameter };
+
+  int setError(std::int32_t code);
+  bool readLine(std::string& line);
+  Kind kindOf(const std::string& line) const;
+  bool isSectionLine(const std::string& line, const std::string& section) const;
+  Cut cut(const std::string& line) const;
+  void cutNameAndValue(const std::string& line, std::string& name, std::string& value) const;
+  void load();
+  bool findSectionLine(const std::string& section);
+  void rebuildLine(std::string& line, const Cut& old, const std::string& name,
+                   const std::string& value) const;
+};
+
+#endif
