@@ -1,0 +1,291 @@
+#include "calls.h"
+#include "desktop.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <ctime>
+#include <thread>
+
+using testing::ElementsAre;
+
+namespace {
+
+struct Tick {
+  UINT_PTR id;
+  DWORD ticks;
+  DWORD thread;
+};
+
+// Timer callbacks get no context of their own.
+std::vector<Tick> gTicks;
+UINT_PTR gArmed = 0;
+
+void CALLBACK noteTick(HWND, UINT, UINT_PTR id, DWORD ticks) {
+  gTicks.push_back({id, ticks, GetCurrentThreadId()});
+}
+
+// The way of a one-shot timer that arms itself anew, with work of 500 ms in between.
+void CALLBACK rearm(HWND window, UINT message, UINT_PTR id, DWORD ticks) {
+  noteTick(window, message, id, ticks);
+  KillTimer(nullptr, gArmed);
+  Sleep(500);
+  gArmed = SetTimer(nullptr, 0, 10, rearm);
+}
+
+void CALLBACK slowTick(HWND window, UINT message, UINT_PTR id, DWORD ticks) {
+  noteTick(window, message, id, ticks);
+  Sleep(50);
+}
+
+void CALLBACK quitTick(HWND, UINT, UINT_PTR, DWORD) {
+  PostQuitMessage(3);
+}
+
+std::vector<DWORD> tickCounts() {
+  std::vector<DWORD> counts;
+  for (const Tick& tick : gTicks)
+    counts.push_back(tick.ticks);
+  return counts;
+}
+
+/// Processor time that this thread has used, in nanoseconds.
+std::int64_t threadTime() {
+  timespec used{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &used);
+  return static_cast<std::int64_t>(used.tv_sec) * 1000000000 + used.tv_nsec;
+}
+
+class Messages : public testing::Test {
+protected:
+  void SetUp() override {
+    desktop::reset();
+    desktop::holdClock();
+    desktop::setTickCount(0);
+    gTicks.clear();
+  }
+  void TearDown() override {
+    calls::clear();
+    desktop::reset();
+  }
+};
+
+} // namespace
+
+TEST_F(Messages, TimerRepeatsAtItsInterval) {
+  const UINT_PTR id = SetTimer(nullptr, 0, 100, noteTick);
+  EXPECT_EQ(desktop::runTimers(99), 0);
+  EXPECT_EQ(desktop::runTimers(1), 1);
+  EXPECT_EQ(desktop::runTimers(250), 2);
+  EXPECT_THAT(tickCounts(), ElementsAre(100, 200, 300));
+  EXPECT_EQ(gTicks[0].id, id);
+  EXPECT_TRUE(KillTimer(nullptr, id));
+  EXPECT_EQ(desktop::runTimers(1000), 0);
+  EXPECT_FALSE(KillTimer(nullptr, id));
+}
+
+TEST_F(Messages, IntervalIsAtLeastTenMilliseconds) {
+  SetTimer(nullptr, 0, 1, noteTick);
+  desktop::runTimers(25);
+  EXPECT_THAT(tickCounts(), ElementsAre(10, 20));
+}
+
+TEST_F(Messages, TimerWaitsAsOneMessageHoweverLongNobodyAsks) {
+  SetTimer(nullptr, 0, 10, noteTick);
+  desktop::advanceClock(1000);
+  EXPECT_EQ(desktop::runMessages(), 1);
+  EXPECT_EQ(desktop::runMessages(), 0);
+  // The next one is due an interval after the delivery.
+  EXPECT_EQ(desktop::runTimers(9), 0);
+  EXPECT_EQ(desktop::runTimers(1), 1);
+}
+
+TEST_F(Messages, TimersFireInTheOrderInWhichTheyFallDue) {
+  const UINT_PTR late = SetTimer(nullptr, 0, 40, noteTick);
+  const UINT_PTR early = SetTimer(nullptr, 0, 30, noteTick);
+  desktop::runTimers(40);
+  desktop::advanceClock(80); // both wait now, early since 60 and late since 80
+  desktop::runMessages();
+  ASSERT_EQ(gTicks.size(), 4u);
+  EXPECT_EQ(gTicks[0].id, early);
+  EXPECT_EQ(gTicks[1].id, late);
+  EXPECT_EQ(gTicks[2].id, early);
+  EXPECT_EQ(gTicks[3].id, late);
+}
+
+TEST_F(Messages, CallbackMayRearmItself) {
+  gArmed = SetTimer(nullptr, 0, 100, rearm);
+  desktop::runTimers(1200);
+  EXPECT_THAT(tickCounts(), ElementsAre(100, 610, 1120));
+  const auto timers = desktop::activeTimers();
+  ASSERT_EQ(timers.size(), 1u);
+  EXPECT_EQ(timers[0].id, gArmed);
+  EXPECT_EQ(timers[0].interval, 10u);
+  EXPECT_EQ(timers[0].dueIn, 10u);
+  EXPECT_EQ(timers[0].threadId, GetCurrentThreadId());
+}
+
+TEST_F(Messages, SlowCallbackDoesNotKeepTheLoopForEver) {
+  SetTimer(nullptr, 0, 10, slowTick);
+  desktop::advanceClock(10);
+  EXPECT_EQ(desktop::runMessages(), 1);
+}
+
+TEST_F(Messages, KillTakesAwayAMessageThatIsUnderWay) {
+  const UINT_PTR id = SetTimer(nullptr, 0, 10, noteTick);
+  desktop::advanceClock(20);
+  MSG message{};
+  ASSERT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE));
+  EXPECT_EQ(message.message, static_cast<UINT>(WM_TIMER));
+  EXPECT_EQ(message.wParam, id);
+  EXPECT_EQ(message.time, 20u);
+  KillTimer(nullptr, id);
+  DispatchMessageW(&message);
+  EXPECT_TRUE(gTicks.empty());
+
+  const UINT_PTR second = SetTimer(nullptr, 0, 10, noteTick);
+  desktop::advanceClock(20);
+  KillTimer(nullptr, second);
+  EXPECT_FALSE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE));
+}
+
+TEST_F(Messages, TimerNumbersAreNotUsedAgain) {
+  const UINT_PTR first = SetTimer(nullptr, 0, 10, noteTick);
+  KillTimer(nullptr, first);
+  const UINT_PTR second = SetTimer(nullptr, 0, 10, noteTick);
+  EXPECT_NE(first, 0u);
+  EXPECT_NE(second, first);
+  desktop::reset();
+  EXPECT_TRUE(desktop::activeTimers().empty());
+  EXPECT_NE(SetTimer(nullptr, 0, 10, noteTick), first);
+}
+
+TEST_F(Messages, TimersBelongToTheirThread) {
+  const UINT_PTR own = SetTimer(nullptr, 0, 10, noteTick);
+  std::thread([own] {
+    EXPECT_FALSE(KillTimer(nullptr, own));
+    SetTimer(nullptr, 0, 10, noteTick);
+    EXPECT_EQ(desktop::activeTimers().size(), 2u);
+    desktop::advanceClock(10);
+    EXPECT_EQ(desktop::runMessages(), 1);
+    EXPECT_EQ(gTicks.back().thread, GetCurrentThreadId());
+  }).join();
+  // The other thread's timer went with it; ours is still waiting.
+  EXPECT_EQ(desktop::activeTimers().size(), 1u);
+  EXPECT_EQ(desktop::runMessages(), 1);
+  EXPECT_EQ(gTicks.back().id, own);
+}
+
+TEST_F(Messages, PostedComeBeforeQuitAndQuitBeforeTimers) {
+  SetTimer(nullptr, 0, 10, noteTick);
+  desktop::advanceClock(10);
+  PostQuitMessage(5);
+  ASSERT_TRUE(PostThreadMessageW(GetCurrentThreadId(), WM_APP + 1, 11, -12));
+  MSG message{};
+  EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), 1);
+  EXPECT_EQ(message.message, static_cast<UINT>(WM_APP + 1));
+  EXPECT_EQ(message.wParam, 11u);
+  EXPECT_EQ(message.lParam, -12);
+  EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), 0);
+  EXPECT_EQ(message.message, static_cast<UINT>(WM_QUIT));
+  EXPECT_EQ(message.wParam, 5u);
+  EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), 1);
+  EXPECT_EQ(message.message, static_cast<UINT>(WM_TIMER));
+}
+
+TEST_F(Messages, PeekMayLeaveTheMessageAndFilter) {
+  SetTimer(nullptr, 0, 10, noteTick);
+  PostThreadMessageW(GetCurrentThreadId(), WM_APP, 0, 0);
+  desktop::advanceClock(10);
+  MSG message{};
+  EXPECT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE));
+  EXPECT_EQ(message.message, static_cast<UINT>(WM_APP));
+  EXPECT_TRUE(PeekMessageW(&message, nullptr, WM_TIMER, WM_TIMER, PM_NOREMOVE));
+  EXPECT_EQ(message.message, static_cast<UINT>(WM_TIMER));
+  EXPECT_TRUE(PeekMessageW(&message, nullptr, WM_TIMER, WM_TIMER, PM_REMOVE));
+  EXPECT_FALSE(PeekMessageW(&message, nullptr, WM_TIMER, WM_TIMER, PM_REMOVE));
+  EXPECT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE));
+  EXPECT_EQ(message.message, static_cast<UINT>(WM_APP));
+}
+
+TEST_F(Messages, PostingNeedsAThreadWithAQueue) {
+  std::atomic<DWORD> idle{0};
+  std::atomic<bool> isDone{false};
+  std::thread thread([&] {
+    idle = GetCurrentThreadId();
+    while (!isDone)
+      std::this_thread::yield();
+  });
+  while (idle == 0)
+    std::this_thread::yield();
+  EXPECT_FALSE(PostThreadMessageW(idle, WM_APP, 0, 0));
+  isDone = true;
+  thread.join();
+}
+
+TEST_F(Messages, WaitingThreadIsWokenByPostsAndByTheHeldClock) {
+  std::atomic<DWORD> waiting{0};
+  std::vector<UINT> got;
+  std::thread thread([&] {
+    SetTimer(nullptr, 0, 1000, nullptr);
+    waiting = GetCurrentThreadId();
+    MSG message{};
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+      got.push_back(message.message);
+      if (message.message == static_cast<UINT>(WM_TIMER))
+        PostQuitMessage(0);
+      else
+        waiting = 0;
+    }
+  });
+  while (waiting == 0)
+    std::this_thread::yield();
+  EXPECT_TRUE(PostThreadMessageW(waiting, WM_APP, 0, 0));
+  while (waiting != 0)
+    std::this_thread::yield();
+  desktop::advanceClock(1000);
+  thread.join();
+  EXPECT_THAT(got, ElementsAre(WM_APP, WM_TIMER));
+}
+
+TEST_F(Messages, RealClockDeliversWithoutSpinning) {
+  constexpr UINT WAIT = 300;
+  constexpr std::int64_t WAIT_NANOSECONDS = std::int64_t{WAIT} * 1000000;
+  desktop::releaseClock();
+  const DWORD start = GetTickCount();
+  SetTimer(nullptr, 0, WAIT, quitTick);
+  const std::int64_t before = threadTime();
+  int turns = 0;
+  MSG message{};
+  for (; GetMessageW(&message, nullptr, 0, 0) > 0; ++turns) {
+    TranslateMessage(&message);
+    DispatchMessageW(&message);
+  }
+  EXPECT_EQ(message.wParam, 3u);
+  EXPECT_EQ(turns, 1);
+  EXPECT_GE(GetTickCount() - start, WAIT);
+  // A wait that spins costs the whole of it.
+  EXPECT_LT(threadTime() - before, WAIT_NANOSECONDS / 2);
+}
+
+TEST_F(Messages, WindowsHaveNoMessagesAndNoTimers) {
+  const HWND window = desktop::addWindow({});
+  MSG message{};
+  EXPECT_EQ(SetTimer(window, 1, 10, noteTick), 0u);
+  EXPECT_EQ(GetMessageW(&message, window, 0, 0), -1);
+  EXPECT_FALSE(PeekMessageW(&message, window, 0, 0, PM_REMOVE));
+}
+
+TEST_F(Messages, TimerCallsAreReportedAndCanFail) {
+  calls::startRecording();
+  const UINT_PTR id = SetTimer(nullptr, 0, 100, noteTick);
+  KillTimer(nullptr, id);
+  EXPECT_THAT(calls::stopRecording(), ElementsAre("SetTimer 100", "KillTimer " + std::to_string(id)));
+
+  const UINT_PTR armed = SetTimer(nullptr, 0, 100, noteTick);
+  calls::failAt("SetTimer", 1);
+  calls::failAt("KillTimer", 1);
+  EXPECT_EQ(SetTimer(nullptr, 0, 100, noteTick), 0u);
+  EXPECT_FALSE(KillTimer(nullptr, armed));
+  EXPECT_EQ(desktop::activeTimers().size(), 1u);
+}

@@ -1,0 +1,3 @@
+extern "C" int plainAnswer() {
+  return 7;
+}

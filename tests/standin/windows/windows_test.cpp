@@ -1,0 +1,229 @@
+#include "calls.h"
+#include "desktop.h"
+
+#include <gmock/gmock.h>
+
+using testing::ElementsAre;
+
+namespace {
+
+/// A main window at (100, 100) with two panels that overlap, and a list in the lower one.
+class Windows : public testing::Test {
+protected:
+  void SetUp() override {
+    desktop::reset();
+    mMain = add(nullptr, L"Main", desktop::rectangle(100, 100, 400, 300));
+    mUpper = add(mMain, L"Upper", desktop::rectangle(100, 100, 200, 200));
+    mLower = add(mMain, L"Lower", desktop::rectangle(150, 150, 200, 200));
+    mList = add(mLower, L"SysListView32", desktop::rectangle(200, 200, 100, 100));
+  }
+  void TearDown() override {
+    calls::clear();
+    desktop::reset();
+  }
+
+  static HWND add(HWND parent, const wchar_t* className, RECT rect) {
+    desktop::Window window;
+    window.className = className;
+    window.rect = rect;
+    window.parent = parent;
+    return desktop::addWindow(window);
+  }
+
+  static void show(HWND window, bool isVisible) {
+    desktop::changeWindow(window, [isVisible](desktop::Window& record) { record.isVisible = isVisible; });
+  }
+
+  static void setBars(HWND window, desktop::ScrollBar vertical, desktop::ScrollBar horizontal) {
+    desktop::changeWindow(window, [&](desktop::Window& record) {
+      record.vertical = vertical;
+      record.horizontal = horizontal;
+    });
+  }
+
+  HWND mMain = nullptr;
+  HWND mUpper = nullptr;
+  HWND mLower = nullptr;
+  HWND mList = nullptr;
+};
+
+} // namespace
+
+TEST_F(Windows, TreeOfWindows) {
+  EXPECT_EQ(GetParent(mMain), nullptr);
+  EXPECT_EQ(GetParent(mList), mLower);
+  EXPECT_EQ(GetWindow(mMain, GW_CHILD), mUpper);
+  EXPECT_EQ(GetWindow(mUpper, GW_HWNDNEXT), mLower);
+  EXPECT_EQ(GetWindow(mLower, GW_HWNDNEXT), nullptr);
+  EXPECT_EQ(GetWindow(mList, GW_CHILD), nullptr);
+  const HWND second = add(nullptr, L"Second", desktop::rectangle(0, 0, 10, 10));
+  EXPECT_EQ(GetWindow(mMain, GW_HWNDNEXT), second);
+  desktop::raiseWindow(mLower);
+  EXPECT_EQ(GetWindow(mMain, GW_CHILD), mLower);
+  EXPECT_EQ(GetWindow(mLower, GW_HWNDNEXT), mUpper);
+}
+
+TEST_F(Windows, PointFindsTheTopmostVisibleWindow) {
+  EXPECT_EQ(WindowFromPoint({50, 50}), nullptr);
+  EXPECT_EQ(WindowFromPoint({100, 100}), mUpper);
+  EXPECT_EQ(WindowFromPoint({250, 250}), mUpper);
+  show(mUpper, false);
+  EXPECT_EQ(WindowFromPoint({250, 250}), mList);
+  EXPECT_EQ(WindowFromPoint({199, 199}), mLower);
+  EXPECT_EQ(WindowFromPoint({499, 399}), mMain);
+  EXPECT_EQ(WindowFromPoint({500, 399}), nullptr);
+  show(mUpper, true);
+  desktop::raiseWindow(mLower);
+  EXPECT_EQ(WindowFromPoint({250, 250}), mList);
+}
+
+TEST_F(Windows, VisibleMeansVisibleAllTheWayUp) {
+  EXPECT_TRUE(IsWindowVisible(mList));
+  show(mMain, false);
+  EXPECT_FALSE(IsWindowVisible(mList));
+  show(mMain, true);
+  show(mList, false);
+  EXPECT_FALSE(IsWindowVisible(mList));
+  EXPECT_TRUE(IsWindowVisible(mLower));
+}
+
+TEST_F(Windows, RemovedWindowsTakeTheirChildrenAlong) {
+  desktop::removeWindow(mLower);
+  RECT rect{1, 2, 3, 4};
+  EXPECT_FALSE(GetWindowRect(mList, &rect));
+  EXPECT_EQ(rect.bottom, 4);
+  EXPECT_FALSE(IsWindowVisible(mList));
+  EXPECT_EQ(GetParent(mList), nullptr);
+  EXPECT_EQ(GetWindow(mUpper, GW_HWNDNEXT), nullptr);
+  wchar_t name[10];
+  EXPECT_EQ(GetClassNameW(mList, name, 10), 0);
+  EXPECT_NE(add(mMain, L"New", {}), mList);
+  EXPECT_THROW(add(mList, L"Orphan", {}), std::invalid_argument);
+}
+
+TEST_F(Windows, RectanglesAndTheirEdges) {
+  RECT rect{};
+  EXPECT_TRUE(GetWindowRect(mList, &rect));
+  EXPECT_EQ(rect.left, 200);
+  EXPECT_EQ(rect.bottom, 300);
+  EXPECT_TRUE(PtInRect(&rect, {200, 200}));
+  EXPECT_TRUE(PtInRect(&rect, {299, 299}));
+  EXPECT_FALSE(PtInRect(&rect, {300, 250}));
+  EXPECT_FALSE(PtInRect(&rect, {250, 300}));
+  EXPECT_FALSE(PtInRect(&rect, {199, 250}));
+  EXPECT_FALSE(PtInRect(&rect, {250, 199}));
+}
+
+TEST_F(Windows, ClassNameIsCutToTheBuffer) {
+  wchar_t name[14] = {};
+  EXPECT_EQ(GetClassNameW(mList, name, 14), 13);
+  EXPECT_STREQ(name, L"SysListView32");
+  EXPECT_EQ(GetClassNameW(mList, name, 4), 3);
+  EXPECT_STREQ(name, L"Sys");
+}
+
+TEST_F(Windows, PointerGoesWhereItIsPut) {
+  POINT point{};
+  EXPECT_TRUE(SetCursorPos(-20, 30));
+  EXPECT_TRUE(GetCursorPos(&point));
+  EXPECT_EQ(point.x, -20);
+  EXPECT_EQ(point.y, 30);
+}
+
+TEST_F(Windows, ScrollInfoFillsWhatIsAskedFor) {
+  setBars(mList, {0, 250, 20, 7}, {1, 90, 10, 5});
+  SCROLLINFO info{};
+  info.cbSize = sizeof(info);
+  info.fMask = SIF_ALL;
+  EXPECT_TRUE(GetScrollInfo(mList, SB_VERT, &info));
+  EXPECT_EQ(info.nMax, 250);
+  EXPECT_EQ(info.nPage, 20u);
+  EXPECT_EQ(info.nPos, 7);
+  info.fMask = SIF_POS;
+  EXPECT_TRUE(GetScrollInfo(mList, SB_HORZ, &info));
+  EXPECT_EQ(info.nMax, 250);
+  EXPECT_EQ(info.nPos, 5);
+  info.fMask = SIF_ALL;
+  EXPECT_TRUE(GetScrollInfo(mList, SB_HORZ, &info));
+  EXPECT_EQ(info.nMin, 1);
+
+  const SCROLLINFO before = info;
+  EXPECT_FALSE(GetScrollInfo(mUpper, SB_VERT, &info));
+  EXPECT_FALSE(GetScrollInfo(nullptr, SB_VERT, &info));
+  EXPECT_FALSE(GetScrollInfo(mList, 2, &info));
+  EXPECT_EQ(info.nMin, before.nMin);
+  EXPECT_EQ(info.nMax, before.nMax);
+  info.cbSize = 20;
+  EXPECT_FALSE(GetScrollInfo(mList, SB_VERT, &info));
+}
+
+TEST_F(Windows, LinesMoveABarWithinItsRange) {
+  setBars(mList, {0, 10, 4, 6}, {5, 20, 0, 6});
+  SendMessageW(mList, WM_VSCROLL, SB_LINEDOWN, 0);
+  EXPECT_EQ(desktop::window(mList).vertical->position, 7);
+  SendMessageW(mList, WM_VSCROLL, SB_LINEDOWN, 0);
+  EXPECT_EQ(desktop::window(mList).vertical->position, 7);
+  SendMessageW(mList, WM_VSCROLL, SB_LINEUP, 0);
+  EXPECT_EQ(desktop::window(mList).vertical->position, 6);
+  EXPECT_EQ(desktop::window(mList).horizontal->position, 6);
+  for (int i = 0; i < 3; ++i)
+    SendMessageW(mList, WM_HSCROLL, SB_LINELEFT, 0);
+  EXPECT_EQ(desktop::window(mList).horizontal->position, 5);
+  for (int i = 0; i < 30; ++i)
+    SendMessageW(mList, WM_HSCROLL, SB_LINERIGHT, 0);
+  EXPECT_EQ(desktop::window(mList).horizontal->position, 20);
+}
+
+TEST_F(Windows, FullyVisibleListStaysWhereItIs) {
+  setBars(mList, {0, 10, 11, 0}, {0, 10, 50, 0});
+  SendMessageW(mList, WM_VSCROLL, SB_LINEDOWN, 0);
+  SendMessageW(mList, WM_HSCROLL, SB_LINERIGHT, 0);
+  EXPECT_EQ(desktop::window(mList).vertical->position, 0);
+  EXPECT_EQ(desktop::window(mList).horizontal->position, 0);
+}
+
+TEST_F(Windows, WheelIsCountedWithItsSignAndOtherMessagesAreKept) {
+  SendMessageW(mList, WM_MOUSEWHEEL, 0x00780000, MAKELPARAM(200, 201));
+  SendMessageW(mList, WM_MOUSEWHEEL, 0x00780000, 0);
+  SendMessageW(mList, WM_MOUSEWHEEL, 0xFF880000, 0);
+  SendMessageW(mList, WM_USER, 1, 2);
+  SendMessageW(nullptr, WM_USER, 1, 2);
+  const desktop::Window record = desktop::window(mList);
+  EXPECT_EQ(record.wheelNotches, 1);
+  ASSERT_EQ(record.sent.size(), 4u);
+  EXPECT_EQ(record.sent[0].lParam, 0x00C900C8);
+  EXPECT_EQ(record.sent[2].wParam, 0xFF880000u);
+  EXPECT_EQ(record.sent[3].message, static_cast<UINT>(WM_USER));
+  EXPECT_TRUE(UpdateWindow(mList));
+  EXPECT_EQ(desktop::window(mList).updates, 1);
+  EXPECT_FALSE(UpdateWindow(nullptr));
+}
+
+TEST_F(Windows, CallsAreReportedInOrderWithTheirArguments) {
+  calls::startRecording();
+  POINT point{};
+  GetCursorPos(&point);
+  WindowFromPoint({250, 250});
+  SendMessageW(mList, WM_MOUSEWHEEL, 0xFF880000, 0x00C800C8);
+  UpdateWindow(mList);
+  EXPECT_THAT(calls::stopRecording(),
+              ElementsAre("GetCursorPos", "WindowFromPoint 250 250",
+                          "SendMessageW 4 0x020A 0xFF880000 0xC800C8", "UpdateWindow 4"));
+}
+
+TEST_F(Windows, OrderedFailuresLeaveNoTrace) {
+  setBars(mList, {0, 10, 1, 5}, {});
+  calls::failAt("SendMessageW", 1);
+  calls::failAt("WindowFromPoint", 1);
+  calls::failAt("GetScrollInfo", 1);
+  SendMessageW(mList, WM_VSCROLL, SB_LINEDOWN, 0);
+  EXPECT_EQ(desktop::window(mList).vertical->position, 5);
+  EXPECT_TRUE(desktop::window(mList).sent.empty());
+  EXPECT_EQ(WindowFromPoint({250, 250}), nullptr);
+  SCROLLINFO info{};
+  info.cbSize = sizeof(info);
+  info.fMask = SIF_ALL;
+  EXPECT_FALSE(GetScrollInfo(mList, SB_VERT, &info));
+  EXPECT_EQ(info.nMax, 0);
+  EXPECT_EQ(WindowFromPoint({250, 250}), mUpper);
+}
