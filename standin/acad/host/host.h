@@ -24,6 +24,8 @@ void reset();
 /// stay.
 void closeDocument();
 /// Whether there is a document, and whether there is a document manager at all. Both true after reset().
+/// Without them curDocument() and acDocManagerPtr() give null and the manager's operations eNoDocument; the
+/// rest goes on.
 void setHasDocument(bool hasDocument);
 void setHasDocumentManager(bool hasManager);
 
@@ -103,7 +105,8 @@ struct ViewCounts {
   std::int64_t zooms = 0;
   std::int64_t updates = 0;
   std::int64_t storedViews = 0;    // calls of acgsSetViewParameters that wrote the drawing
-  std::int64_t nonFiniteCalls = 0; // calls of setView and zoom with a number that is infinite or none
+  std::int64_t nonFiniteCalls = 0; // calls of setView, zoom, transformBy, setViewCenter and setViewHeight
+                                   // with a number that is infinite or none
 };
 ViewCounts viewCounts();
 

@@ -5,7 +5,8 @@
 
 #include "acdocman.h"
 
-/// An application's data for each document, dropped when the document goes. Belongs to the host's main thread.
+/// An application's data for each document, dropped when the document goes. Belongs to the host's main
+/// thread.
 template <class T> class AcApDataManager : public AcApDocManagerReactor {
 public:
   AcApDataManager() {

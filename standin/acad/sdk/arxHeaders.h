@@ -9,8 +9,8 @@
 #include <windows.h>
 
 #include "acadstatus.h"
-#include "acdatamanager.h"
 #include "accmd.h"
+#include "acdatamanager.h"
 #include "acdocman.h"
 #include "acedads.h"
 #include "acgs.h"

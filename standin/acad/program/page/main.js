@@ -34,7 +34,7 @@ function badges(frame, t) {
   }
   for (const s of session.states || []) {
     const at = lastAt(s.changes, t, c => c[0]);
-    if (at >= 0 && s.changes[at][1] !== s.rest) names.push([s.name + (s.changes[at][1] === true ? '' : ': ' + s.changes[at][1]), true]);
+    if (at >= 0 && s.changes[at][1] !== s.rest) names.push(s.changes[at][1] === true ? [s.name, true] : [s.changes[at][1], false]);
   }
   if (isThinned) names.push(['thinned while it moves', false]);
   byId('badges').replaceChildren(...names.map(([name, isOn]) => {

@@ -60,7 +60,7 @@ frames.forEach((frame, i) => {
   for (const group of frame.moved || []) {
     const step = aroundMiddle(group.matrix);
     const known = new Map();
-    for (const id of group.objects) {
+    for (const id of group.objects || session.lists[group.list]) {
       const o = objectById.get(id);
       if (!o) continue;
       const before = o.steps.length ? o.steps[o.steps.length - 1].m : null;

@@ -1,4 +1,4 @@
-#include "report.h"
+#include "report_page.h"
 
 #include "page.h"
 

@@ -1,5 +1,5 @@
-#ifndef REPORT_H
-#define REPORT_H
+#ifndef REPORT_PAGE_H
+#define REPORT_PAGE_H
 
 #include <nlohmann/json_fwd.hpp>
 

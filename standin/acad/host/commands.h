@@ -1,0 +1,23 @@
+#ifndef COMMANDS_H
+#define COMMANDS_H
+
+#include <memory>
+#include <string>
+
+namespace host {
+
+/// One of the host's own commands while it asks for its inputs.
+class RunningCommand {
+public:
+  enum Progress { kGoesOn, kIsOver };
+  virtual ~RunningCommand() = default;
+  /// Takes what was typed up to a blank or Enter; a bare Enter gives an empty input.
+  virtual Progress take(const std::wstring& input) = 0;
+};
+
+/// The command of that name, in lower case and without marks; null if the host has none.
+std::unique_ptr<RunningCommand> makeCommand(const std::wstring& name);
+
+} // namespace host
+
+#endif

@@ -1,0 +1,183 @@
+#include <windows.h>
+
+#include "acedads.h"
+#include "state.h"
+
+const AcDbObjectId AcDbObjectId::kNull;
+
+namespace {
+
+constexpr int kMaxReaders = 256;
+constexpr Adesk::Int64 kPlaceMask = 0xFFFFFFFF;
+
+size_t placeOf(AcDbObjectId id) {
+  return static_cast<size_t>(id.asOldId() & kPlaceMask);
+}
+
+Acad::ErrorStatus openForWrite(AcDbObject& object) {
+  int& count = HostAccess::openCount(object);
+  if (count != 0)
+    return count < 0 ? Acad::eWasOpenForWrite : Acad::eWasOpenForRead;
+  count = -1;
+  host::Document& d = host::document();
+  ++d.held.openForWrite;
+  if (d.held.locks == 0)
+    ++d.writesWithoutLock;
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus openForRead(AcDbObject& object) {
+  int& count = HostAccess::openCount(object);
+  if (count < 0)
+    return Acad::eWasOpenForWrite;
+  if (count >= kMaxReaders)
+    return Acad::eAtMaxReaders;
+  ++count;
+  ++host::document().held.openForRead;
+  return Acad::eOk;
+}
+
+} // namespace
+
+AcDbObject::~AcDbObject() {
+  // Deleted by someone else than its drawing: the drawing must not hold on to it.
+  AcDbObject* const residentP = host::find(mId);
+  if (residentP != this)
+    return;
+  host::Document& d = host::document();
+  d.objects[placeOf(mId)] = nullptr;
+  if (mNumber > 0)
+    d.modelSpace[static_cast<size_t>(mNumber) - 1] = nullptr;
+}
+
+Acad::ErrorStatus AcDbObject::close() {
+  if (calls::enter("close"))
+    return Acad::eNotOpen;
+  if (mOpenCount == 0)
+    return Acad::eNotOpen;
+  host::Held& held = host::document().held;
+  if (mOpenCount < 0) {
+    mOpenCount = 0;
+    --held.openForWrite;
+  } else {
+    --mOpenCount;
+    --held.openForRead;
+  }
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus acdbOpenObject(AcDbObject*& object, AcDbObjectId id, const AcRxClass* aClass,
+                                 AcDb::OpenMode mode, bool) {
+  object = nullptr;
+  if (calls::enter("acdbOpenObject",
+                   calls::isRecording() ? (mode == AcDb::kForWrite ? "write" : "read") : ""))
+    return Acad::eCannotBeOpened;
+  if (id.isNull())
+    return Acad::eNullObjectId;
+  AcDbObject* const foundP = host::find(id);
+  if (!foundP)
+    return Acad::eUnknownObjectId;
+  if (!foundP->isA()->isDerivedFrom(aClass))
+    return Acad::eNotThatKindOfClass;
+  if (HostAccess::hasFlag(*foundP, HostAccess::kCannotBeOpened))
+    return Acad::eCannotBeOpened;
+  const Acad::ErrorStatus status = mode == AcDb::kForWrite ? openForWrite(*foundP) : openForRead(*foundP);
+  if (status == Acad::eOk)
+    object = foundP;
+  return status;
+}
+
+namespace host {
+
+AcDbObject* find(AcDbObjectId id) {
+  const Document& d = document();
+  const size_t place = placeOf(id);
+  return (id.asOldId() >> 32) == d.generation && place < d.objects.size() ? d.objects[place] : nullptr;
+}
+
+AcDbObjectId add(std::unique_ptr<AcDbEntity> entity) {
+  Document& d = document();
+  AcDbEntity* const entityP = entity.get();
+  d.modelSpace.push_back(entityP);
+  HostAccess::number(*entityP) = static_cast<int>(d.modelSpace.size());
+  return d.addObject(std::move(entity));
+}
+
+int entityCount() {
+  return static_cast<int>(document().modelSpace.size());
+}
+
+const AcDbEntity* entity(int number) {
+  const auto& space = document().modelSpace;
+  return number >= 1 && static_cast<size_t>(number) <= space.size() ? space[static_cast<size_t>(number) - 1]
+                                                                    : nullptr;
+}
+
+AcDbObjectId entityId(int number) {
+  const AcDbEntity* const entityP = entity(number);
+  return entityP ? entityP->objectId() : AcDbObjectId::kNull;
+}
+
+int entityNumber(AcDbObjectId id) {
+  const AcDbObject* const objectP = find(id);
+  return objectP ? HostAccess::number(*objectP) : 0;
+}
+
+int firstLine() {
+  for (int i = 1; i <= entityCount(); ++i) {
+    const AcDbEntity* const entityP = entity(i);
+    if (entityP && entityP->isKindOf(AcDbLine::desc()))
+      return i;
+  }
+  return 0;
+}
+
+AcDbExtents extents() {
+  AcDbExtents result;
+  for (const AcDbEntity* const entityP : document().modelSpace)
+    if (entityP)
+      entityP->subAddExtents(nullptr, result);
+  return result;
+}
+
+std::vector<AcDbStroke> strokes(const AcDbEntity& shown) {
+  std::vector<AcDbStroke> result;
+  shown.subAddStrokes(nullptr, result);
+  return result;
+}
+
+std::vector<AcDbStroke> strokes(int number) {
+  const AcDbEntity* const entityP = entity(number);
+  return entityP ? strokes(*entityP) : std::vector<AcDbStroke>();
+}
+
+namespace {
+
+void mark(AcDbObjectId id, HostAccess::Flag flag, bool isOn) {
+  if (AcDbObject* const objectP = find(id))
+    HostAccess::setFlag(*objectP, flag, isOn);
+}
+
+} // namespace
+
+void setCannotBeOpened(AcDbObjectId id, bool isOn) {
+  mark(id, HostAccess::kCannotBeOpened, isOn);
+}
+
+void setHasNoExtents(AcDbObjectId id, bool isOn) {
+  mark(id, HostAccess::kHasNoExtents, isOn);
+}
+
+void setRefusesTransform(AcDbObjectId id, bool isOn) {
+  mark(id, HostAccess::kRefusesTransform, isOn);
+}
+
+Held held() {
+  return document().held;
+}
+
+std::int64_t writesWithoutLock() {
+  return document().writesWithoutLock;
+}
+
+} // namespace host

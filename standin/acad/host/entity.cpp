@@ -1,0 +1,54 @@
+#include "dbentity.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "state.h"
+
+AcDbExtents::AcDbExtents() {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  mMin.set(kInfinity, kInfinity, kInfinity);
+  mMax.set(-kInfinity, -kInfinity, -kInfinity);
+}
+
+void AcDbExtents::addPoint(const AcGePoint3d& p) {
+  mMin.set(std::min(mMin.x, p.x), std::min(mMin.y, p.y), std::min(mMin.z, p.z));
+  mMax.set(std::max(mMax.x, p.x), std::max(mMax.y, p.y), std::max(mMax.z, p.z));
+}
+
+void AcDbExtents::addExt(const AcDbExtents& other) {
+  if (other.isEmpty())
+    return;
+  addPoint(other.mMin);
+  addPoint(other.mMax);
+}
+
+Acad::ErrorStatus AcDbEntity::getGeomExtents(AcDbExtents& extents) const {
+  if (calls::enter("getGeomExtents"))
+    return Acad::eInvalidExtents;
+  if (!objectId().isNull() && !isReadEnabled())
+    return Acad::eNotOpen;
+  if (HostAccess::hasFlag(*this, HostAccess::kHasNoExtents))
+    return Acad::eInvalidExtents;
+  AcDbExtents own;
+  subAddExtents(nullptr, own);
+  if (own.isEmpty()) // an insert of an empty block
+    return Acad::eInvalidExtents;
+  extents = own;
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus AcDbEntity::transformBy(const AcGeMatrix3d& transform) {
+  if (calls::enter("transformBy"))
+    return Acad::eNotApplicable;
+  if (!host::isFinite(transform))
+    ++host::document().viewCounts.nonFiniteCalls;
+  if (!objectId().isNull() && !isWriteEnabled())
+    return Acad::eNotOpenForWrite;
+  if (HostAccess::hasFlag(*this, HostAccess::kRefusesTransform))
+    return Acad::eOnLockedLayer;
+  const Acad::ErrorStatus status = subTransformBy(transform);
+  if (status == Acad::eOk)
+    host::noteMotion(*this, transform);
+  return status;
+}

@@ -1,0 +1,71 @@
+#include <cmath>
+#include <thread>
+
+#include "state.h"
+
+namespace host {
+
+namespace {
+
+/// The display's refreshes come at whole multiples of the period, whether or not anybody waits for them.
+void waitForRefresh(double hz) {
+  using Clock = std::chrono::steady_clock;
+  static const Clock::time_point sFirst = Clock::now();
+  const double elapsed = std::chrono::duration<double>(Clock::now() - sFirst).count();
+  const double next = (std::floor(elapsed * hz) + 1) / hz;
+  std::this_thread::sleep_until(
+      sFirst + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(next)));
+}
+
+} // namespace
+
+void noteMotion(AcDbEntity& entity, const AcGeMatrix3d& transform) {
+  if (!state().frameSink || HostAccess::number(entity) == 0)
+    return;
+  auto& moved = document().moved;
+  int& slot = HostAccess::movedSlot(entity);
+  if (slot < 0) {
+    slot = static_cast<int>(moved.size());
+    moved.push_back({HostAccess::number(entity), transform});
+    return;
+  }
+  Moved& own = moved[static_cast<size_t>(slot)];
+  own.transform = transform * own.transform;
+}
+
+void showFrame(bool is2d) {
+  State& s = state();
+  Document& d = document();
+  d.isRedrawPending = false;
+  if (s.refreshRate > 0)
+    waitForRefresh(s.refreshRate);
+  if (!s.frameSink)
+    return;
+  for (const Moved& moved : d.moved)
+    if (AcDbEntity* const entityP = d.modelSpace[static_cast<size_t>(moved.entity) - 1])
+      HostAccess::movedSlot(*entityP) = -1;
+  const Frame frame{is2d, d.view, layout(), std::move(d.moved)};
+  d.moved.clear();
+  const auto sink = s.frameSink; // it may set another one
+  sink(frame);
+}
+
+void setFrameSink(std::function<void(const Frame&)> sink) {
+  Document& d = document();
+  for (const Moved& moved : d.moved)
+    if (AcDbEntity* const entityP = d.modelSpace[static_cast<size_t>(moved.entity) - 1])
+      HostAccess::movedSlot(*entityP) = -1;
+  d.moved.clear();
+  state().frameSink = std::move(sink);
+}
+
+void setRefreshRate(double hz) {
+  state().refreshRate = hz > 0 ? hz : 0;
+}
+
+void showPending() {
+  if (document().isRedrawPending)
+    showFrame(isLayout());
+}
+
+} // namespace host

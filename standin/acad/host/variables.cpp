@@ -1,0 +1,110 @@
+#include <windows.h>
+
+#include <cstdarg>
+#include <cwchar>
+#include <cwctype>
+
+#include "acedads.h"
+#include "state.h"
+
+namespace {
+
+bool isSameName(const ACHAR* given, const std::wstring& lowerName) {
+  for (const wchar_t c : lowerName)
+    if (static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(*given++))) != c)
+      return false;
+  return *given == 0;
+}
+
+host::Variable* findVariable(const ACHAR* name) {
+  for (host::Variable& variable : host::document().variables)
+    if (isSameName(name, variable.name))
+      return &variable;
+  return nullptr;
+}
+
+/// The compilers' libraries disagree on what %s means to a wide printf; %ls means a wide string to all.
+std::wstring withWideStrings(const ACHAR* format) {
+  std::wstring result;
+  for (const ACHAR* p = format; *p; ++p) {
+    result += *p;
+    if (*p != L'%')
+      continue;
+    for (++p; *p && std::wcschr(L"-+ #0123456789.*", *p); ++p)
+      result += *p;
+    if (*p == L's' || *p == L'c')
+      result += L'l';
+    if (!*p)
+      break;
+    result += *p;
+  }
+  return result;
+}
+
+} // namespace
+
+int acedGetVar(const ACHAR* name, resbuf* result) {
+  if (calls::enter("acedGetVar", calls::isRecording() && name ? host::narrow(name) : std::string()))
+    return RTERROR;
+  const host::Variable* const variableP = name ? findVariable(name) : nullptr;
+  if (!variableP || !result)
+    return RTERROR;
+  result->restype = RTSHORT;
+  result->resval.rint = variableP->value;
+  return RTNORM;
+}
+
+int acutPrintf(const ACHAR* format, ...) {
+  constexpr size_t kMaxText = 1 << 16;
+  const std::wstring wideFormat = withWideStrings(format);
+  std::wstring text(256, 0);
+  int length = -1;
+  while (length < 0 && text.size() <= kMaxText) {
+    va_list arguments;
+    va_start(arguments, format);
+    length = std::vswprintf(&text[0], text.size(), wideFormat.c_str(), arguments);
+    va_end(arguments);
+    if (length < 0)
+      text.resize(text.size() * 2);
+  }
+  text.resize(length < 0 ? 0 : static_cast<size_t>(length));
+  if (calls::enter("acutPrintf", calls::isRecording() ? host::escaped(text) : std::string()) || length < 0)
+    return RTERROR;
+  host::print(text);
+  return RTNORM;
+}
+
+namespace host {
+
+void setVariable(const std::string& name, short value) {
+  const std::wstring key = lowered(widen(name));
+  if (Variable* const variableP = findVariable(key.c_str()))
+    variableP->value = value;
+  else
+    document().variables.push_back({key, value});
+}
+
+short variable(const std::string& name) {
+  const Variable* const variableP = findVariable(widen(name).c_str());
+  return variableP ? variableP->value : static_cast<short>(0);
+}
+
+void removeVariable(const std::string& name) {
+  auto& variables = document().variables;
+  for (size_t i = 0; i < variables.size(); ++i)
+    if (isSameName(widen(name).c_str(), variables[i].name)) {
+      variables.erase(variables.begin() + static_cast<std::ptrdiff_t>(i));
+      return;
+    }
+}
+
+void setLayout(bool isOn) {
+  setVariable("tilemode", isOn ? 0 : 1);
+  setVariable("cvport", isOn ? 1 : 2);
+}
+
+bool isLayout() {
+  return variable("tilemode") == 0 && variable("cvport") == 1;
+}
+
+} // namespace host

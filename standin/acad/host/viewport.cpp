@@ -1,0 +1,110 @@
+#include <windows.h>
+
+#include <cmath>
+
+#include "acedads.h"
+#include "state.h"
+
+AcDbViewport::AcDbViewport(double width, double height, double viewHeight, const AcGePoint2d& viewCentre)
+    : mWidth(width), mHeight(height), mViewHeight(viewHeight), mViewCentre(viewCentre) {}
+
+double AcDbViewport::width() const {
+  calls::enter("width");
+  return mWidth;
+}
+
+double AcDbViewport::height() const {
+  calls::enter("height");
+  return mHeight;
+}
+
+double AcDbViewport::viewHeight() const {
+  calls::enter("viewHeight");
+  return mViewHeight;
+}
+
+AcGePoint2d AcDbViewport::viewCenter() const {
+  calls::enter("viewCenter");
+  return mViewCentre;
+}
+
+Acad::ErrorStatus AcDbViewport::setViewCenter(const AcGePoint2d& centre) {
+  if (calls::enter("setViewCenter", calls::isRecording()
+                                        ? host::number(centre.x) + " " + host::number(centre.y)
+                                        : std::string()))
+    return Acad::eInvalidInput;
+  if (!isWriteEnabled())
+    return Acad::eNotOpenForWrite;
+  if (!std::isfinite(centre.x) || !std::isfinite(centre.y)) {
+    ++host::document().viewCounts.nonFiniteCalls;
+    return Acad::eInvalidInput;
+  }
+  mViewCentre = centre;
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus AcDbViewport::setViewHeight(double height) {
+  if (calls::enter("setViewHeight", calls::isRecording() ? host::number(height) : std::string()))
+    return Acad::eInvalidInput;
+  if (!isWriteEnabled())
+    return Acad::eNotOpenForWrite;
+  if (!std::isfinite(height))
+    ++host::document().viewCounts.nonFiniteCalls;
+  if (!std::isfinite(height) || height <= 0)
+    return Acad::eInvalidInput;
+  mViewHeight = height;
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus AcDbViewport::updateDisplay() const {
+  if (calls::enter("updateDisplay"))
+    return Acad::eNotApplicable;
+  host::showFrame(true);
+  return Acad::eOk;
+}
+
+void AcDbViewport::subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const {
+  for (const double sx : {-0.5, 0.5})
+    for (const double sy : {-0.5, 0.5})
+      extents.addPoint(host::apply(transform, AcGePoint3d(sx * mWidth, sy * mHeight, 0)));
+}
+
+Acad::ErrorStatus AcDbViewport::subTransformBy(const AcGeMatrix3d&) {
+  return Acad::eNotApplicable; // the paper's rectangle stays where it is
+}
+
+void AcDbViewport::subAddStrokes(const AcGeMatrix3d*, std::vector<AcDbStroke>&) const {}
+
+AcDbObjectId acedActiveViewportId() {
+  if (calls::enter("acedActiveViewportId") || host::variable("tilemode") != 0)
+    return AcDbObjectId::kNull;
+  return host::document().viewport;
+}
+
+namespace host {
+
+AcDbViewport& layoutViewport() {
+  Document& d = document();
+  AcDbObject* objectP = find(d.viewport);
+  if (!objectP) { // somebody deleted it; a layout always has one
+    const LayoutState fresh;
+    d.viewport = d.addObject(
+        std::make_unique<AcDbViewport>(fresh.width, fresh.height, fresh.viewHeight, fresh.centre));
+    objectP = find(d.viewport);
+  }
+  return static_cast<AcDbViewport&>(*objectP);
+}
+
+AcDbObjectId viewportId() {
+  return layoutViewport().objectId();
+}
+
+LayoutState layout() {
+  return HostAccess::layout(layoutViewport());
+}
+
+void setLayoutState(const LayoutState& newState) {
+  HostAccess::setLayout(layoutViewport(), newState);
+}
+
+} // namespace host

@@ -1,0 +1,46 @@
+#ifndef ARX_MODULE_H
+#define ARX_MODULE_H
+
+#include <windows.h>
+
+#include <stdexcept>
+#include <string>
+
+namespace program {
+
+/// A mistake that ends the program with one line.
+class Error : public std::runtime_error {
+public:
+  using std::runtime_error::runtime_error;
+};
+
+/// A plug-in in this process, with the two functions that it must export.
+class ArxModule {
+public:
+  /// Loads the library and asks for the interface version that it was built for. Throws Error if the library, one
+  /// of its functions or the version is not what the host can use.
+  explicit ArxModule(const std::string& path);
+  /// Unloads the library if unload() hasn't.
+  ~ArxModule();
+  ArxModule(const ArxModule&) = delete;
+  ArxModule& operator=(const ArxModule&) = delete;
+
+  /// Hands a message to the plug-in; true if it took it.
+  bool tell(int messageCode);
+  /// Gives the library back to the system; true if that succeeded.
+  bool unload();
+
+private:
+  using EntryPoint = int (*)(int messageCode, void* applicationData);
+  using GetApiVersion = int (*)();
+
+  template <class Function> Function require(const char* name);
+
+  std::string mPath;
+  HMODULE mModule = nullptr;
+  EntryPoint mEntryPointP = nullptr;
+};
+
+} // namespace program
+
+#endif

@@ -1,0 +1,59 @@
+#ifndef CONTROLS_H
+#define CONTROLS_H
+
+#include "session.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+/// The windows of the host that the mouse pointer can rest on.
+namespace program {
+
+/// A scroll bar's range; nothing to scroll if max is not above min.
+struct ScrollRange {
+  int mMin = 0;
+  int mMax = 0;
+  int mPage = 0;
+};
+
+struct ControlInfo {
+  std::string mName; ///< as sessions call it: tree, list, edit, wheel
+  std::string mClassName;
+  ScrollRange mVertical;
+  ScrollRange mHorizontal;
+};
+
+/// Where a control has been scrolled to. For a control without scroll bars, mVertical counts the wheel's notches
+/// downwards.
+struct ScrollState {
+  int mVertical = 0;
+  int mHorizontal = 0;
+
+  bool operator==(const ScrollState& other) const {
+    return mVertical == other.mVertical && mHorizontal == other.mHorizontal;
+  }
+};
+
+/// The one interface between the program and a desktop, be it one of records or a real one. Belongs to the main
+/// thread; the windows go with the object.
+class Controls {
+public:
+  virtual ~Controls() = default;
+
+  /// In a fixed order, which states() follows.
+  virtual const std::vector<ControlInfo>& infos() const = 0;
+  virtual std::vector<ScrollState> states() const = 0;
+  /// Puts the mouse pointer over a control or the view, or where no window is.
+  virtual void point(session::Pointer where) = 0;
+};
+
+/// Makes the host's windows on this system's desktop.
+std::unique_ptr<Controls> makeControls();
+
+/// As sessions write it.
+const char* pointerName(session::Pointer where);
+
+} // namespace program
+
+#endif

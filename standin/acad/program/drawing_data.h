@@ -1,0 +1,44 @@
+#ifndef DRAWING_DATA_H
+#define DRAWING_DATA_H
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace program {
+
+using Line = std::vector<std::array<double, 3>>;
+
+/// One object of the drawing as it stood when the host opened or drew it.
+struct DrawnObject {
+  int mNumber = 0;
+  std::string mKind;   ///< face, mesh, line or curve
+  double mSeconds = 0; ///< when it came into the drawing, since the session's start
+  std::vector<Line> mLines;
+};
+
+/// The drawing as the report shows it: lines through points, in world coordinates.
+class DrawingData {
+public:
+  /// Takes in the objects of the host's drawing that it hasn't seen yet.
+  void takeNew(double seconds);
+  /// The picture, thinned out to so many segments: half of the budget goes to the longest ones, which give a
+  /// drawing its shape, the rest evenly to the others.
+  nlohmann::json toJson(const std::string& name, std::size_t budget) const;
+
+  std::size_t segmentCount() const;
+  const std::vector<DrawnObject>& objects() const { return mObjects; }
+
+private:
+  std::vector<DrawnObject> mObjects;
+};
+
+/// Which segments stay: true for those that do. Lengths in any unit; at most budget entries are true.
+std::vector<bool> segmentsToKeep(const std::vector<double>& lengths, std::size_t budget);
+
+} // namespace program
+
+#endif

@@ -1,0 +1,141 @@
+#include "host_player.h"
+
+#include "utf8.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iomanip>
+#include <ostream>
+
+namespace program {
+
+namespace {
+
+/// Shape of the host's window, and how much of it a fitted drawing leaves free.
+constexpr double kAspect = 16.0 / 9.0;
+constexpr double kRoom = 1.35;
+/// Distance of the eye in sizes of the field: near enough for a perspective that can be seen.
+constexpr double kEyeDistance = 1.7;
+/// A drawing flatter than this part of its breadth is looked at more steeply.
+constexpr double kFlat = 0.02;
+
+void setBothViews(const host::ViewState& view) {
+  host::setView(view);
+  host::setStoredView(view);
+}
+
+/// The vector across the line of sight that leans most towards world Z.
+AcGeVector3d uprightFor(const AcGeVector3d& look) {
+  const AcGeVector3d sideways = AcGeVector3d(0, 0, 1).crossProduct(look);
+  return look.crossProduct(sideways).normalize();
+}
+
+double larger(double a, double b) {
+  return a > b ? a : b;
+}
+
+} // namespace
+
+void fitFirstView() {
+  const AcDbExtents extents = host::extents();
+  if (extents.isEmpty())
+    return;
+  const AcGeVector3d size = extents.maxPoint() - extents.minPoint();
+  const bool isFlat = size.z < kFlat * larger(size.x, size.y);
+  const AcGeVector3d look = (isFlat ? AcGeVector3d(0.25, -0.9, 1.6) : AcGeVector3d(0.75, -1, 0.62)).normalize();
+  host::ViewState view;
+  view.target = extents.minPoint() + size * 0.5;
+  view.position = view.target + look * 100.0;
+  view.up = uprightFor(look);
+  view.fieldHeight = 9;
+  view.fieldWidth = view.fieldHeight * kAspect;
+  setBothViews(view);
+  host::zoomExtents();
+
+  view = host::view();
+  view.fieldHeight = larger(view.fieldHeight, view.fieldWidth / kAspect) * kRoom;
+  view.fieldWidth = view.fieldHeight * kAspect;
+  const double distance = larger(kEyeDistance * view.fieldWidth, size.length());
+  view.position = view.target + look * distance;
+  setBothViews(view);
+}
+
+HostPlayer::HostPlayer(const session::Session& session, Controls& controls, Recorder& recorder, std::ostream& log)
+    : mActions(session.actionsOf(session::Who::host)), mControls(controls), mRecorder(recorder), mLog(log) {
+  for (const session::Action& action : session.mActions) {
+    const bool isAway = action.mVerb == session::Verb::away;
+    mEnd = std::max(mEnd, action.mSeconds + (isAway ? action.mDuration : 0));
+  }
+}
+
+void HostPlayer::play(double seconds) {
+  while (mNext < mActions.size() && mActions[mNext].mSeconds <= seconds)
+    perform(mActions[mNext++]);
+}
+
+void HostPlayer::tell(const session::Action& action, const std::string& text) {
+  mLog << std::fixed << std::setprecision(1) << std::setw(7) << action.mSeconds << " s  " << text << '\n' << std::flush;
+}
+
+void HostPlayer::select(const session::Action& action) {
+  using session::Selection;
+  if (action.mSelection == Selection::all) {
+    host::selectAll();
+  } else if (action.mSelection == Selection::line) {
+    const int line = host::firstLine();
+    if (line == 0)
+      tell(action, "(no line to select)");
+    host::selectNumbers(line == 0 ? std::vector<int>{} : std::vector<int>{line});
+  } else {
+    const std::vector<int> numbers = action.mSelection == Selection::objects ? action.mObjects : std::vector<int>{};
+    host::selectNumbers(numbers);
+    if (host::selected().size() < numbers.size())
+      tell(action, "(only " + std::to_string(host::selected().size()) + " of these objects to select)");
+  }
+  mRecorder.selection();
+}
+
+void HostPlayer::perform(const session::Action& action) {
+  using session::Verb;
+  switch (action.mVerb) {
+  case Verb::select:
+    select(action);
+    break;
+  case Verb::type:
+    host::type(widened(action.mText) + L"\n");
+    break;
+  case Verb::layout:
+    host::setLayout(action.mIsOn);
+    break;
+  case Verb::perspective: {
+    host::ViewState view = host::view();
+    view.perspective = action.mIsOn;
+    setBothViews(view);
+    break;
+  }
+  case Verb::pointer:
+    mControls.point(action.mPointer);
+    mRecorder.pointer(action.mPointer);
+    break;
+  case Verb::look: {
+    host::ViewState view = host::view();
+    const auto& v = action.mLook;
+    view.position = {v[0], v[1], v[2]};
+    view.target = {v[3], v[4], v[5]};
+    view.up = {v[6], v[7], v[8]};
+    setBothViews(view);
+    break;
+  }
+  case Verb::fit:
+    host::zoomExtents();
+    break;
+  case Verb::caption:
+    mRecorder.caption(action.mText);
+    tell(action, action.mText);
+    break;
+  default: // wait does nothing but keep the host going; the rest is the device's
+    break;
+  }
+}
+
+} // namespace program

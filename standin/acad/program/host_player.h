@@ -1,0 +1,43 @@
+#ifndef HOST_PLAYER_H
+#define HOST_PLAYER_H
+
+#include "controls.h"
+#include "recorder.h"
+#include "session.h"
+
+#include <iosfwd>
+#include <vector>
+
+namespace program {
+
+/// Does at the host what a session's host lines say, each when its time has come. Belongs to the main thread.
+class HostPlayer {
+public:
+  /// log  hears one line for each caption, and for each line of the session that had no effect
+  HostPlayer(const session::Session& session, Controls& controls, Recorder& recorder, std::ostream& log);
+
+  /// Plays the lines that are due.
+  void play(double seconds);
+  /// Time of the session's last line, the device's lines and absences included.
+  double end() const { return mEnd; }
+
+private:
+  void perform(const session::Action& action);
+  void select(const session::Action& action);
+  void tell(const session::Action& action, const std::string& text);
+
+  std::vector<session::Action> mActions;
+  std::size_t mNext = 0;
+  double mEnd = 0;
+  Controls& mControls;
+  Recorder& mRecorder;
+  std::ostream& mLog;
+};
+
+/// Turns the host to a first view of the drawing that shows its depth: from the front right, above, with some
+/// room around.
+void fitFirstView();
+
+} // namespace program
+
+#endif

@@ -1,0 +1,27 @@
+#ifndef OPTIONS_H
+#define OPTIONS_H
+
+#include <string>
+
+namespace program {
+
+/// What the command line asks for. Paths as given, in UTF-8.
+struct Options {
+  std::string mDrawing;
+  std::string mSession;
+  std::string mModule;
+  std::string mOut = "out";
+  std::string mDeviceRecord; ///< empty: none
+  std::string mHome;         ///< empty: "home" in mOut
+  double mRefresh = 60;      ///< Hz; 0 shows frames without waiting
+  double mHold = 1;          ///< seconds that the host goes on after the session's last line
+  bool mIsCheckOnly = false; ///< read drawing and session, tell what is wrong with them, and end
+};
+
+/// Reads the command line. Gives true if the program is to run; otherwise the exit status is set, and help or one
+/// line about the mistake has been printed.
+bool readOptions(int count, char** arguments, Options& options, int& exitStatus);
+
+} // namespace program
+
+#endif

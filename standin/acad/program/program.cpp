@@ -1,0 +1,131 @@
+#include "program.h"
+
+#include "arx_module.h"
+#include "arxHeaders.h"
+#include "clock.h"
+#include "controls.h"
+#include "drawing_file.h"
+#include "host_player.h"
+#include "message_loop.h"
+#include "output.h"
+#include "recorder.h"
+
+#include <atomic>
+#include <csignal>
+#include <filesystem>
+#include <iostream>
+
+namespace program {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Lines of the log that go into the report.
+constexpr std::size_t kLogLines = 20000;
+
+/// Set by Ctrl-C: the session ends early, but in order.
+std::atomic<bool> gIsToStop{false};
+
+extern "C" void onInterrupt(int) {
+  gIsToStop = true;
+  std::signal(SIGINT, SIG_DFL); // a second one ends the program at once
+}
+
+/// The plug-in's life, from its load message to its unloading.
+class PlugIn {
+public:
+  explicit PlugIn(const std::string& path) : mModule(path) {
+    if (!mModule.tell(AcRx::kInitAppMsg))
+      throw Error("plug-in " + path + " refused to be loaded");
+    mModule.tell(AcRx::kLoadDwgMsg);
+  }
+  /// True if the plug-in and the system both agreed.
+  bool unload() {
+    mModule.tell(AcRx::kUnloadDwgMsg);
+    const bool isTaken = mModule.tell(AcRx::kUnloadAppMsg);
+    host::runQueue(); // what it sent last must not run after it is gone
+    return mModule.unload() && isTaken;
+  }
+
+private:
+  ArxModule mModule;
+};
+
+void playSession(HostPlayer& player, Recorder& recorder, double hold) {
+  runMessageLoop([&] {
+    const double seconds = unixNow() - recorder.start();
+    player.play(seconds);
+    host::runQueue();
+    host::showPending();
+    recorder.look();
+    return seconds < player.end() + hold && !gIsToStop;
+  });
+}
+
+bool tookEvents(const std::vector<DeviceEvent>& events, const Options& options, const Recorder& recorder) {
+  // Without a record the frames are all there is to tell it from: only a sample of the cap makes one.
+  if (options.mDeviceRecord.empty())
+    return recorder.shownFrames() > 0;
+  for (const DeviceEvent& event : events) {
+    if (event.mKind == DeviceEvent::Kind::motion || event.mKind == DeviceEvent::Kind::event)
+      return true;
+  }
+  return false;
+}
+
+int runSession(const Options& options, const session::Session& session) {
+  const Folders folders = Folders::make(options.mOut, options.mHome);
+  fitFirstView();
+  host::setClock(unixNow);
+  host::setRefreshRate(options.mRefresh);
+  const std::unique_ptr<Controls> controlsP = makeControls();
+  controlsP->point(session::Pointer::view);
+
+  SessionInput input;
+  Recorder recorder(*controlsP);
+  PlugIn plugIn(options.mModule);
+  input.mOutcome.mIsLoaded = true;
+  std::cout << "Plug-in loaded, playing " << options.mSession << '\n' << std::flush;
+  HostPlayer player(session, *controlsP, recorder, std::cout);
+  std::signal(SIGINT, onInterrupt);
+  playSession(player, recorder, options.mHold);
+  input.mEnd = unixNow();
+  std::cout << "Unloading the plug-in\n" << std::flush;
+  input.mOutcome.mIsUnloaded = plugIn.unload();
+
+  input.mDrawingName = fs::u8path(options.mDrawing).filename().u8string();
+  input.mSessionName = fs::u8path(options.mSession).filename().u8string();
+  if (!options.mDeviceRecord.empty())
+    input.mEvents = readDeviceRecord(options.mDeviceRecord);
+  input.mDeviceActions = session.actionsOf(session::Who::device);
+  input.mHistory = host::history();
+  input.mLog = lastLines(folders.log().u8string(), kLogLines);
+  input.mControls = controlsP->infos();
+  input.mOutcome.mTookEvents = tookEvents(input.mEvents, options, recorder);
+  input.mOutcome.mMovedView = recorder.hasViewMoved();
+  writeOutputs(folders, recorder, input);
+  printSummary(std::cout, folders, recorder, input);
+  return input.mOutcome.isGood() ? kExitGood : kExitFailed;
+}
+
+} // namespace
+
+int run(const Options& options) {
+  const session::Session session = session::read(options.mSession);
+  for (const std::string& error : session.mErrors)
+    std::cerr << error << '\n';
+  if (!session.isGood())
+    return kExitUnusable;
+  host::reset();
+  std::string reason;
+  if (!openDrawing(options.mDrawing, reason)) {
+    std::cerr << reason << '\n';
+    return kExitUnusable;
+  }
+  if (options.mIsCheckOnly)
+    return kExitGood;
+  return runSession(options, session);
+}
+
+} // namespace program

@@ -1,0 +1,19 @@
+#ifndef PROGRAM_H
+#define PROGRAM_H
+
+#include "options.h"
+
+namespace program {
+
+constexpr int kExitGood = 0;
+/// The plug-in didn't do all that it should, or something failed on the way.
+constexpr int kExitFailed = 1;
+/// The command line, the session or the drawing can't be used; nothing was played.
+constexpr int kExitUnusable = 2;
+
+/// Runs the whole program and gives its exit status. Mistakes are told in one line each on standard error.
+int run(const Options& options);
+
+} // namespace program
+
+#endif

@@ -1,0 +1,137 @@
+#include "recorder.h"
+
+#include "clock.h"
+
+#include <algorithm>
+
+namespace program {
+
+namespace {
+
+/// Frames closer together than this are kept as one, seconds: without a display's pace there may be any number.
+constexpr double kShortestFrame = 0.004;
+/// A longer gap than this between frames is rest, seconds.
+constexpr double kLongestGap = 0.25;
+/// More frames than this are not kept: an hour and a half of motion at 60 Hz.
+constexpr std::size_t kMaxFrames = 300000;
+/// More objects than this are not listed as selected.
+constexpr std::size_t kMaxListed = 100000;
+
+bool isSamePoint(const AcGePoint3d& a, const AcGePoint3d& b) {
+  return a.x == b.x && a.y == b.y && a.z == b.z;
+}
+
+bool isSameLayout(const host::LayoutState& a, const host::LayoutState& b) {
+  return a.centre.x == b.centre.x && a.centre.y == b.centre.y && a.viewHeight == b.viewHeight;
+}
+
+bool isSameEntries(const AcGeMatrix3d& a, const AcGeMatrix3d& b) {
+  return std::equal(&a.entry[0][0], &a.entry[0][0] + 16, &b.entry[0][0]);
+}
+
+/// Objects that were moved by one and the same matrix, together. A selection moves as one, so there are few.
+std::vector<MovedGroup> grouped(const std::vector<host::Moved>& moved) {
+  std::vector<MovedGroup> groups;
+  for (const host::Moved& m : moved) {
+    if (groups.empty() || !isSameEntries(groups.back().mTransform, m.transform))
+      groups.push_back({{}, m.transform});
+    groups.back().mObjects.push_back(m.entity);
+  }
+  return groups;
+}
+
+/// Adds a later motion to an earlier one.
+void append(std::vector<MovedGroup>& earlier, const std::vector<MovedGroup>& later) {
+  if (earlier.size() == 1 && later.size() == 1 && earlier[0].mObjects == later[0].mObjects) {
+    earlier[0].mTransform = later[0].mTransform * earlier[0].mTransform;
+    return;
+  }
+  // Groups are applied in order, so a later one for the same object simply follows.
+  earlier.insert(earlier.end(), later.begin(), later.end());
+}
+
+} // namespace
+
+bool isSameView(const host::ViewState& a, const host::ViewState& b) {
+  return isSamePoint(a.position, b.position) && isSamePoint(a.target, b.target) && a.up.x == b.up.x &&
+         a.up.y == b.up.y && a.up.z == b.up.z && a.fieldWidth == b.fieldWidth && a.fieldHeight == b.fieldHeight &&
+         a.perspective == b.perspective;
+}
+
+Recorder::Recorder(const Controls& controls) : mControls(controls), mStart(unixNow()) {
+  mFrames.push_back({mStart, host::isLayout(), host::view(), host::layout(), {}});
+  mDrawing.takeNew(0);
+  lookAtControls(mStart);
+  host::setFrameSink([this](const host::Frame& frame) { onFrame(frame); });
+}
+
+Recorder::~Recorder() {
+  host::setFrameSink(nullptr);
+}
+
+void Recorder::onFrame(const host::Frame& frame) {
+  const double now = unixNow();
+  const double gap = now - mLastShown;
+  if (mShownFrames > 0 && gap < kLongestGap) {
+    mBusySeconds += gap;
+    ++mBusyFrames;
+  }
+  ++mShownFrames;
+  mLastShown = now;
+  const RecordedFrame& last = mFrames.back();
+  if (frame.is2d ? !isSameLayout(frame.layout, last.mLayout) : !isSameView(frame.view, last.mView))
+    mHasViewMoved = true;
+  // Only the state of what is shown comes with a frame.
+  keep({now, frame.is2d, frame.is2d ? host::view() : frame.view, frame.is2d ? frame.layout : host::layout(),
+        grouped(frame.moved)});
+}
+
+void Recorder::keep(RecordedFrame frame) {
+  RecordedFrame& last = mFrames.back();
+  const bool isTooClose = frame.mUnixSeconds - last.mUnixSeconds < kShortestFrame && mFrames.size() > 1;
+  if ((isTooClose && frame.mIs2d == last.mIs2d) || mFrames.size() >= kMaxFrames) {
+    // The picture is the newer one's; its time stays, or a dense stream of frames would never leave the first.
+    last.mIs2d = frame.mIs2d;
+    last.mView = frame.mView;
+    last.mLayout = frame.mLayout;
+    append(last.mMoved, frame.mMoved);
+    return;
+  }
+  mFrames.push_back(std::move(frame));
+}
+
+void Recorder::look() {
+  const double now = unixNow();
+  const RecordedFrame& last = mFrames.back();
+  RecordedFrame frame{now, host::isLayout(), host::view(), host::layout(), {}};
+  if (frame.mIs2d != last.mIs2d || !isSameView(frame.mView, last.mView) || !isSameLayout(frame.mLayout, last.mLayout))
+    keep(std::move(frame));
+  mDrawing.takeNew(now - mStart);
+  lookAtControls(now);
+}
+
+void Recorder::lookAtControls(double now) {
+  std::vector<ScrollState> states = mControls.states();
+  if (mScrolls.empty() || !(mScrolls.back().mValue == states))
+    mScrolls.push_back({now, std::move(states)});
+}
+
+void Recorder::caption(const std::string& text) {
+  mCaptions.push_back({unixNow(), text});
+}
+
+void Recorder::pointer(session::Pointer where) {
+  mPointers.push_back({unixNow(), where});
+}
+
+void Recorder::selection() {
+  std::vector<int> numbers;
+  for (const AcDbObjectId& id : host::selected()) {
+    if (numbers.size() == kMaxListed)
+      break;
+    numbers.push_back(host::entityNumber(id));
+  }
+  mSelections.push_back({unixNow(), std::move(numbers)});
+}
+
+} // namespace program

@@ -1,0 +1,89 @@
+#ifndef RECORDER_H
+#define RECORDER_H
+
+#include "controls.h"
+#include "drawing_data.h"
+#include "host.h"
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace program {
+
+/// Objects that moved together since the frame before, and how.
+struct MovedGroup {
+  std::vector<int> mObjects; ///< numbers
+  AcGeMatrix3d mTransform;
+};
+
+struct RecordedFrame {
+  double mUnixSeconds = 0;
+  bool mIs2d = false;
+  host::ViewState mView;
+  host::LayoutState mLayout;
+  std::vector<MovedGroup> mMoved;
+};
+
+template <class Value> struct At {
+  double mUnixSeconds = 0;
+  Value mValue;
+};
+
+/// Writes down what there is to see while a session runs: frames, captions, the pointer, the selection, scroll
+/// positions, new objects. Belongs to the main thread.
+class Recorder {
+public:
+  /// Starts with the view as it is, and hears the host's frames from then on.
+  explicit Recorder(const Controls& controls);
+  ~Recorder();
+  Recorder(const Recorder&) = delete;
+  Recorder& operator=(const Recorder&) = delete;
+
+  /// Looks for what changes without a frame: views set by commands, the tab, new objects, scrolled controls.
+  void look();
+  void caption(const std::string& text);
+  void pointer(session::Pointer where);
+  void selection();
+
+  double start() const { return mStart; }
+  const std::vector<RecordedFrame>& frames() const { return mFrames; }
+  /// Frames that the host showed, also those too close to another to be kept.
+  std::int64_t shownFrames() const { return mShownFrames; }
+  /// Frames a second while frames followed each other; 0 if they never did.
+  double framesPerSecond() const { return mBusySeconds > 0 ? mBusyFrames / mBusySeconds : 0; }
+  /// Whether a frame showed another view than the one before it.
+  bool hasViewMoved() const { return mHasViewMoved; }
+  const DrawingData& drawing() const { return mDrawing; }
+  const std::vector<At<std::string>>& captions() const { return mCaptions; }
+  const std::vector<At<session::Pointer>>& pointers() const { return mPointers; }
+  const std::vector<At<std::vector<int>>>& selections() const { return mSelections; }
+  const std::vector<At<std::vector<ScrollState>>>& scrolls() const { return mScrolls; }
+
+private:
+  void onFrame(const host::Frame& frame);
+  void keep(RecordedFrame frame);
+  void lookAtControls(double now);
+
+  const Controls& mControls;
+  double mStart = 0;
+  std::vector<RecordedFrame> mFrames;
+  std::int64_t mShownFrames = 0;
+  double mLastShown = 0;
+  double mBusySeconds = 0;
+  std::int64_t mBusyFrames = 0;
+  bool mHasViewMoved = false;
+  DrawingData mDrawing;
+  std::vector<At<std::string>> mCaptions;
+  std::vector<At<session::Pointer>> mPointers;
+  std::vector<At<std::vector<int>>> mSelections;
+  std::vector<At<std::vector<ScrollState>>> mScrolls;
+};
+
+/// Whether two pictures are the same.
+bool isSameView(const host::ViewState& a, const host::ViewState& b);
+
+} // namespace program
+
+#endif

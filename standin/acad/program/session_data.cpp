@@ -1,0 +1,259 @@
+#include "session_data.h"
+
+#include "utf8.h"
+
+#include <nlohmann/json.hpp>
+
+#include <deque>
+#include <fstream>
+
+namespace program {
+
+namespace {
+
+using nlohmann::json;
+
+/// Segments of the drawing in the report: a page that a browser moves without effort.
+constexpr std::size_t kSegmentBudget = 60000;
+/// Longer lists of objects that move together are written once, under a number.
+constexpr std::size_t kLongList = 24;
+
+json point(const AcGePoint3d& p) {
+  return {p.x, p.y, p.z};
+}
+
+json vector(const AcGeVector3d& v) {
+  return {v.x, v.y, v.z};
+}
+
+json matrix(const AcGeMatrix3d& m) {
+  json out = json::array();
+  for (int row = 0; row < 3; ++row) {
+    for (int column = 0; column < 4; ++column)
+      out.push_back(m.entry[row][column]);
+  }
+  return out;
+}
+
+/// The moved objects of frames. A long list comes again with every frame of a deflection, so it is kept once.
+class MovedWriter {
+public:
+  json write(const std::vector<MovedGroup>& groups) {
+    json out = json::array();
+    for (const MovedGroup& group : groups) {
+      json entry = {{"count", group.mObjects.size()}, {"matrix", matrix(group.mTransform)}};
+      if (group.mObjects.size() <= kLongList)
+        entry["objects"] = group.mObjects;
+      else
+        entry["list"] = listNumber(group.mObjects);
+      out.push_back(std::move(entry));
+    }
+    return out;
+  }
+  json lists() const { return mLists; }
+
+private:
+  std::size_t listNumber(const std::vector<int>& objects) {
+    for (std::size_t i = mLists.size(); i > 0; --i) {
+      if (mLists[i - 1] == objects)
+        return i - 1;
+    }
+    mLists.push_back(objects);
+    return mLists.size() - 1;
+  }
+
+  std::vector<std::vector<int>> mLists;
+};
+
+json framesJson(const Recorder& recorder, const std::vector<DeviceEvent>& events, MovedWriter& moved) {
+  json out = json::array();
+  SampleCursor samples(events);
+  double before = 0;
+  for (const RecordedFrame& frame : recorder.frames()) {
+    json entry = {{"t", frame.mUnixSeconds - recorder.start()},
+                  {"sample", samples.at(frame.mUnixSeconds)},
+                  {"eye", point(frame.mView.position)},
+                  {"target", point(frame.mView.target)},
+                  {"up", vector(frame.mView.up)},
+                  {"field", {frame.mView.fieldWidth, frame.mView.fieldHeight}},
+                  {"perspective", frame.mView.perspective},
+                  {"mode", frame.mIs2d ? 1 : 2},
+                  {"moved", moved.write(frame.mMoved)}};
+    if (frame.mIs2d) {
+      entry["centre"] = {frame.mLayout.centre.x, frame.mLayout.centre.y};
+      entry["height"] = frame.mLayout.viewHeight;
+    }
+    const double gap = frame.mUnixSeconds - before;
+    if (gap < 0.25) // a longer gap is rest
+      entry["ms"] = gap * 1000;
+    before = frame.mUnixSeconds;
+    out.push_back(std::move(entry));
+  }
+  return out;
+}
+
+json eventsJson(const std::vector<DeviceEvent>& events, double start) {
+  json out = json::array();
+  for (const DeviceEvent& event : events) {
+    json entry = {{"t", event.mUnixSeconds - start}};
+    switch (event.mKind) {
+    case DeviceEvent::Kind::motion:
+      entry["kind"] = "motion";
+      entry["sample"] = event.mSample;
+      break;
+    case DeviceEvent::Kind::event:
+      entry["kind"] = "event";
+      entry["code"] = event.mCode;
+      break;
+    case DeviceEvent::Kind::mode:
+      entry["kind"] = "mode";
+      entry["name"] = event.mText;
+      break;
+    case DeviceEvent::Kind::other:
+      entry["kind"] = "other";
+      entry["text"] = event.mText;
+      break;
+    }
+    out.push_back(std::move(entry));
+  }
+  return out;
+}
+
+json historyJson(const std::vector<host::HistoryLine>& history, double start, bool isTyped) {
+  json out = json::array();
+  for (const host::HistoryLine& line : history) {
+    if (line.isTyped == isTyped)
+      out.push_back({{"t", line.seconds - start}, {"text", narrowed(line.text)}});
+  }
+  return out;
+}
+
+json rangeJson(const ScrollRange& range) {
+  return {{"min", range.mMin}, {"max", range.mMax}, {"page", range.mPage}};
+}
+
+json controlsJson(const Recorder& recorder, const std::vector<ControlInfo>& infos) {
+  json out = json::array();
+  for (std::size_t i = 0; i < infos.size(); ++i) {
+    json positions = json::array();
+    for (const auto& scroll : recorder.scrolls()) {
+      const ScrollState& state = scroll.mValue[i];
+      const json entry = {scroll.mUnixSeconds - recorder.start(), state.mVertical, state.mHorizontal};
+      if (positions.empty() || positions.back()[1] != entry[1] || positions.back()[2] != entry[2])
+        positions.push_back(entry);
+    }
+    out.push_back({{"name", infos[i].mName},
+                   {"class", infos[i].mClassName},
+                   {"vertical", rangeJson(infos[i].mVertical)},
+                   {"horizontal", rangeJson(infos[i].mHorizontal)},
+                   {"positions", std::move(positions)}});
+  }
+  return out;
+}
+
+std::string rotationName(int code) {
+  static const char* const kNames[] = {"objscreen", "objorigin", "camstandard", "camtarget", "camhover"};
+  const int mode = code % 10;
+  std::string name = mode >= 0 && mode <= 4 ? kNames[mode] : std::to_string(code);
+  if (code % 100 >= 10)
+    name += ", horizon kept";
+  if (code >= 100 && mode != 4)
+    name += ", hover";
+  return name;
+}
+
+/// Settings that the session changed, over time: what the toggle commands printed, and the device's rotation mode.
+json statesJson(const SessionInput& input, double start) {
+  json rotation = json::array({{0.0, rotationName(0)}});
+  for (const session::Action& action : input.mDeviceActions) {
+    if (action.mVerb == session::Verb::rotation)
+      rotation.push_back({action.mSeconds, rotationName(action.mRotationCode)});
+  }
+  json out = json::array({{{"name", "rotation"}, {"rest", ""}, {"changes", rotation}}});
+  for (const host::HistoryLine& line : input.mHistory) {
+    const std::string text = narrowed(line.text);
+    const std::size_t from = text.find("=> ");
+    const std::size_t to = text.find(':');
+    if (line.isTyped || from == std::string::npos || to == std::string::npos || to < from)
+      continue;
+    const std::string name = text.substr(from + 3, to - from - 3);
+    const json change = {line.seconds - start, text.find(" on", to) != std::string::npos};
+    bool isKnown = false;
+    for (json& state : out) {
+      if (state["name"] == name) {
+        state["changes"].push_back(change);
+        isKnown = true;
+      }
+    }
+    if (!isKnown)
+      out.push_back({{"name", name}, {"rest", false}, {"changes", json::array({change})}});
+  }
+  return out;
+}
+
+json countsJson(const Recorder& recorder, const SessionInput& input) {
+  std::int64_t motions = 0;
+  std::int64_t others = 0;
+  for (const DeviceEvent& event : input.mEvents) {
+    motions += event.mKind == DeviceEvent::Kind::motion ? 1 : 0;
+    others += event.mKind == DeviceEvent::Kind::event ? 1 : 0;
+  }
+  std::int64_t typed = 0;
+  for (const host::HistoryLine& line : input.mHistory)
+    typed += line.isTyped ? 1 : 0;
+  return {{"deviceEvents", motions + others},      {"motions", motions},
+          {"keys", others},                        {"frames", recorder.shownFrames()},
+          {"framesKept", recorder.frames().size()}, {"framesPerSecond", recorder.framesPerSecond()},
+          {"typed", typed}};
+}
+
+} // namespace
+
+json sessionData(const Recorder& recorder, const SessionInput& input) {
+  const double start = recorder.start();
+  MovedWriter moved;
+  json out;
+  out["session"] = input.mSessionName;
+  out["unix"] = start;
+  out["seconds"] = input.mEnd - start;
+  out["drawing"] = recorder.drawing().toJson(input.mDrawingName, kSegmentBudget);
+  out["frames"] = framesJson(recorder, input.mEvents, moved);
+  out["lists"] = moved.lists();
+  out["layout"] = {{"width", host::layout().width}, {"height", host::layout().height}};
+  out["commands"] = historyJson(input.mHistory, start, true);
+  out["printed"] = historyJson(input.mHistory, start, false);
+  out["events"] = eventsJson(input.mEvents, start);
+  out["controls"] = controlsJson(recorder, input.mControls);
+  out["states"] = statesJson(input, start);
+  out["captions"] = json::array();
+  for (const auto& caption : recorder.captions())
+    out["captions"].push_back({{"t", caption.mUnixSeconds - start}, {"text", caption.mValue}});
+  out["pointer"] = json::array();
+  for (const auto& pointer : recorder.pointers())
+    out["pointer"].push_back({{"t", pointer.mUnixSeconds - start}, {"on", pointerName(pointer.mValue)}});
+  out["selection"] = json::array();
+  for (const auto& selection : recorder.selections())
+    out["selection"].push_back({{"t", selection.mUnixSeconds - start}, {"objects", selection.mValue}});
+  out["log"] = input.mLog;
+  out["counts"] = countsJson(recorder, input);
+  out["result"] = {{"loaded", input.mOutcome.mIsLoaded},
+                   {"tookEvents", input.mOutcome.mTookEvents},
+                   {"movedView", input.mOutcome.mMovedView},
+                   {"unloaded", input.mOutcome.mIsUnloaded}};
+  return out;
+}
+
+std::vector<std::string> lastLines(const std::string& path, std::size_t limit) {
+  std::deque<std::string> lines;
+  std::ifstream file(path, std::ios::binary);
+  for (std::string line; std::getline(file, line);) {
+    if (!line.empty() && line.back() == '\r')
+      line.pop_back();
+    lines.push_back(std::move(line));
+    if (lines.size() > limit)
+      lines.pop_front();
+  }
+  return {lines.begin(), lines.end()};
+}
+
+} // namespace program

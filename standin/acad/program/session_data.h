@@ -1,0 +1,45 @@
+#ifndef SESSION_DATA_H
+#define SESSION_DATA_H
+
+#include "device_record.h"
+#include "recorder.h"
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <string>
+#include <vector>
+
+namespace program {
+
+/// What became of the plug-in.
+struct Outcome {
+  bool mIsLoaded = false;
+  bool mTookEvents = false;
+  bool mMovedView = false;
+  bool mIsUnloaded = false;
+
+  bool isGood() const { return mIsLoaded && mTookEvents && mMovedView && mIsUnloaded; }
+};
+
+/// Everything there is to say of a session that has ended.
+struct SessionInput {
+  std::string mDrawingName; ///< without folders
+  std::string mSessionName;
+  double mEnd = 0; ///< unix seconds
+  std::vector<DeviceEvent> mEvents;
+  std::vector<session::Action> mDeviceActions;
+  std::vector<host::HistoryLine> mHistory; ///< times in unix seconds
+  std::vector<std::string> mLog;
+  std::vector<ControlInfo> mControls;
+  Outcome mOutcome;
+};
+
+/// The session as session.json holds it. Times are in seconds since its start, `unix` is that start.
+nlohmann::json sessionData(const Recorder& recorder, const SessionInput& input);
+
+/// The lines of a text file, the last ones if there are many; none if there is no such file.
+std::vector<std::string> lastLines(const std::string& path, std::size_t limit);
+
+} // namespace program
+
+#endif
