@@ -56,7 +56,9 @@ void playSession(HostPlayer& player, Recorder& recorder, double hold) {
   runMessageLoop([&] {
     const double seconds = unixNow() - recorder.start();
     player.play(seconds);
+    recorder.typing(true);
     host::runQueue();
+    recorder.typing(false);
     host::showPending();
     recorder.look();
     return seconds < player.end() + hold && !gIsToStop;
@@ -66,7 +68,7 @@ void playSession(HostPlayer& player, Recorder& recorder, double hold) {
 bool tookEvents(const std::vector<DeviceEvent>& events, const Options& options, const Recorder& recorder) {
   // Without a record the frames are all there is to tell it from: only a sample of the cap makes one.
   if (options.mDeviceRecord.empty())
-    return recorder.shownFrames() > 0;
+    return recorder.capFrames() > 0;
   for (const DeviceEvent& event : events) {
     if (event.mKind == DeviceEvent::Kind::motion || event.mKind == DeviceEvent::Kind::event)
       return true;

@@ -71,13 +71,16 @@ Recorder::~Recorder() {
 
 void Recorder::onFrame(const host::Frame& frame) {
   const double now = unixNow();
-  const double gap = now - mLastShown;
-  if (mShownFrames > 0 && gap < kLongestGap) {
-    mBusySeconds += gap;
-    ++mBusyFrames;
-  }
   ++mShownFrames;
-  mLastShown = now;
+  if (!mIsTyping) {
+    const double gap = now - mLastCapFrame;
+    if (mCapFrames > 0 && gap < kLongestGap) {
+      mBusySeconds += gap;
+      ++mBusyFrames;
+    }
+    ++mCapFrames;
+    mLastCapFrame = now;
+  }
   const RecordedFrame& last = mFrames.back();
   if (frame.is2d ? !isSameLayout(frame.layout, last.mLayout) : !isSameView(frame.view, last.mView))
     mHasViewMoved = true;

@@ -46,12 +46,16 @@ public:
   void caption(const std::string& text);
   void pointer(session::Pointer where);
   void selection();
+  /// While this is on, frames come from what is typed, and don't count as motion.
+  void typing(bool isOn) { mIsTyping = isOn; }
 
   double start() const { return mStart; }
   const std::vector<RecordedFrame>& frames() const { return mFrames; }
   /// Frames that the host showed, also those too close to another to be kept.
   std::int64_t shownFrames() const { return mShownFrames; }
-  /// Frames a second while frames followed each other; 0 if they never did.
+  /// Frames that came of the cap.
+  std::int64_t capFrames() const { return mCapFrames; }
+  /// Frames a second while frames of the cap followed each other; 0 if they never did.
   double framesPerSecond() const { return mBusySeconds > 0 ? mBusyFrames / mBusySeconds : 0; }
   /// Whether a frame showed another view than the one before it.
   bool hasViewMoved() const { return mHasViewMoved; }
@@ -70,7 +74,9 @@ private:
   double mStart = 0;
   std::vector<RecordedFrame> mFrames;
   std::int64_t mShownFrames = 0;
-  double mLastShown = 0;
+  std::int64_t mCapFrames = 0;
+  bool mIsTyping = false;
+  double mLastCapFrame = 0;
   double mBusySeconds = 0;
   std::int64_t mBusyFrames = 0;
   bool mHasViewMoved = false;

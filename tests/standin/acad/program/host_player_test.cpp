@@ -1,0 +1,167 @@
+#include "host_player.h"
+
+#include "host.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <sstream>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class FakeControls : public program::Controls {
+public:
+  const std::vector<program::ControlInfo>& infos() const override { return mInfos; }
+  std::vector<program::ScrollState> states() const override { return mStates; }
+  void point(session::Pointer where) override { mPointer = where; }
+
+  std::vector<program::ControlInfo> mInfos{{"tree", "SysTreeView32", {0, 9, 3}, {}}};
+  std::vector<program::ScrollState> mStates{1};
+  session::Pointer mPointer = session::Pointer::none;
+};
+
+class HostPlayerTest : public testing::Test {
+protected:
+  void SetUp() override {
+    host::reset();
+    host::add(std::make_unique<AcDbCircle>(AcGePoint3d(10, 0, 0), AcGeVector3d(0, 0, 1), 5));
+    host::add(std::make_unique<AcDbLine>(AcGePoint3d(0, 0, 0), AcGePoint3d(20, 10, 30)));
+    mRecorderP = std::make_unique<program::Recorder>(mControls);
+  }
+  void TearDown() override {
+    mRecorderP.reset();
+    host::reset();
+  }
+  void play(const std::string& text, double seconds = 1000) {
+    const session::Session session = session::parse(text, "test.session");
+    ASSERT_TRUE(session.isGood()) << session.mErrors.front();
+    program::HostPlayer(session, mControls, *mRecorderP, mLog).play(seconds);
+  }
+  std::vector<int> selected() const {
+    std::vector<int> numbers;
+    for (const AcDbObjectId& id : host::selected())
+      numbers.push_back(host::entityNumber(id));
+    return numbers;
+  }
+
+  FakeControls mControls;
+  std::unique_ptr<program::Recorder> mRecorderP;
+  std::ostringstream mLog;
+};
+
+TEST_F(HostPlayerTest, PlaysWhatIsDueOnceAndInOrder) {
+  const session::Session session =
+      session::parse("1 host type ONE\n1 device key 3\n1.5 host type TWO\n2 host type THREE\n2 device away 3.5\n", "t");
+  program::HostPlayer player(session, mControls, *mRecorderP, mLog);
+  EXPECT_DOUBLE_EQ(player.end(), 5.5) << "an absence belongs to the session";
+  player.play(0.99);
+  EXPECT_EQ(host::queueLength(), 0);
+  player.play(1.5);
+  EXPECT_EQ(host::queueLength(), 2);
+  player.play(1.7);
+  EXPECT_EQ(host::queueLength(), 2);
+  player.play(9);
+  host::runQueue();
+  std::vector<std::wstring> typed;
+  for (const host::HistoryLine& line : host::history()) {
+    if (line.isTyped)
+      typed.push_back(line.text);
+  }
+  EXPECT_THAT(typed, ElementsAre(L"ONE\n", L"TWO\n", L"THREE\n"));
+}
+
+TEST_F(HostPlayerTest, Selects) {
+  play("0 host select 1 2\n");
+  EXPECT_THAT(selected(), ElementsAre(1, 2));
+  play("0 host select line\n");
+  EXPECT_THAT(selected(), ElementsAre(2)) << "the first line, not the first object";
+  play("0 host select 2 77\n");
+  EXPECT_THAT(selected(), ElementsAre(2));
+  EXPECT_THAT(mLog.str(), HasSubstr("only 1 of these"));
+  play("0 host select none\n");
+  EXPECT_TRUE(selected().empty());
+  ASSERT_EQ(mRecorderP->selections().size(), 4u);
+  EXPECT_THAT(mRecorderP->selections()[0].mValue, ElementsAre(1, 2));
+}
+
+TEST_F(HostPlayerTest, SetsTabPointerAndView) {
+  play("0 host layout on\n0 host pointer edit\n0 host look 1 2 3 4 5 6 0 0 1\n0 host perspective on\n");
+  EXPECT_TRUE(host::isLayout());
+  EXPECT_EQ(mControls.mPointer, session::Pointer::edit);
+  for (const host::ViewState& view : {host::view(), host::storedView()}) {
+    EXPECT_EQ(view.position.y, 2);
+    EXPECT_EQ(view.target.z, 6);
+    EXPECT_EQ(view.up.z, 1);
+    EXPECT_TRUE(view.perspective);
+  }
+  play("0 host layout off\n0 host perspective off\n0 host caption So it goes\n");
+  EXPECT_FALSE(host::isLayout());
+  EXPECT_FALSE(host::view().perspective);
+  EXPECT_EQ(mRecorderP->captions().at(0).mValue, "So it goes");
+}
+
+// All of the drawing lies within the first view, with room, and it fills a good part of it.
+TEST_F(HostPlayerTest, FirstViewShowsTheWholeDrawing) {
+  program::fitFirstView();
+  const host::ViewState view = host::view();
+  const AcGeVector3d look = (view.position - view.target).normalize();
+  EXPECT_NEAR(look.dotProduct(view.up), 0, 1e-12);
+  EXPECT_GT(view.up.z, 0.5) << "upright";
+  const AcGeVector3d right = view.up.crossProduct(look);
+  double widest = 0;
+  for (int number = 1; number <= 2; ++number) {
+    for (const AcDbStroke& stroke : host::strokes(number)) {
+      for (const AcGePoint3d& p : stroke) {
+        const double x = std::fabs(right.dotProduct(p - view.target)) / view.fieldWidth * 2;
+        const double y = std::fabs(view.up.dotProduct(p - view.target)) / view.fieldHeight * 2;
+        EXPECT_LT(x, 0.95);
+        EXPECT_LT(y, 0.95);
+        widest = std::max({widest, x, y});
+      }
+    }
+  }
+  EXPECT_GT(widest, 0.4);
+}
+
+// Frames that come faster than anyone could see are kept as one, but no motion is lost.
+TEST_F(HostPlayerTest, DenseFramesKeepTheWholeMotion) {
+  AcDbEntity* entityP = nullptr;
+  host::setRefreshRate(0);
+  for (int i = 0; i < 200; ++i) {
+    ASSERT_EQ(acdbOpenObject(entityP, host::entityId(1), AcDb::kForWrite), Acad::eOk);
+    entityP->transformBy(AcGeMatrix3d::translation({1, 0, 0}));
+    entityP->close();
+    acgsObtainAcGsView(2, AcGsKernelDescriptor())->update();
+  }
+  AcGeMatrix3d all;
+  for (const program::RecordedFrame& frame : mRecorderP->frames()) {
+    for (const program::MovedGroup& group : frame.mMoved) {
+      EXPECT_THAT(group.mObjects, ElementsAre(1));
+      all = group.mTransform * all;
+    }
+  }
+  EXPECT_NEAR(all.translation().x, 200, 1e-9);
+  EXPECT_EQ(mRecorderP->shownFrames(), 200);
+  EXPECT_FALSE(mRecorderP->hasViewMoved()) << "objects moved, the view did not";
+}
+
+TEST_F(HostPlayerTest, ViewsThatNoFrameShowedAreSeenAtALook) {
+  const std::size_t before = mRecorderP->frames().size();
+  mRecorderP->look();
+  EXPECT_EQ(mRecorderP->frames().size(), before) << "nothing has changed";
+  host::ViewState view = host::view();
+  view.fieldWidth = 77;
+  host::setView(view);
+  mControls.mStates[0].mVertical = 5;
+  mRecorderP->look();
+  ASSERT_EQ(mRecorderP->frames().size(), before + 1);
+  EXPECT_EQ(mRecorderP->frames().back().mView.fieldWidth, 77);
+  ASSERT_EQ(mRecorderP->scrolls().size(), 2u);
+  EXPECT_EQ(mRecorderP->scrolls().back().mValue[0].mVertical, 5);
+}
+
+} // namespace
