@@ -50,7 +50,7 @@ double sweepFrom(double start, double end) {
 
 AcDbEllipticArc roundArc(const AcGePoint3d& centre, const AcGeVector3d& normal, double radius, double start,
                          double sweep) {
-  const AcGeMatrix3d plane = host::planeToWorld(normal);
+  const AcGeMatrix3d plane = AcGeMatrix3d::planeToWorld(normal);
   return {centre, plane * AcGeVector3d(radius, 0, 0), plane * AcGeVector3d(0, radius, 0), start, sweep};
 }
 

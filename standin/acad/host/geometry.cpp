@@ -97,6 +97,16 @@ bool AcGeMatrix3d::isEqualTo(const AcGeMatrix3d& m, const AcGeTol& tol) const {
   return true;
 }
 
+AcGeMatrix3d AcGeMatrix3d::planeToWorld(const AcGeVector3d& normal) {
+  // The rule of the DXF format: near world Z the x axis is taken upright on world Y, elsewhere on world Z.
+  constexpr double kNearZ = 1.0 / 64;
+  AcGeVector3d z = normal.isZeroLength() ? AcGeVector3d::kZAxis : normal;
+  z.normalize();
+  const bool isNearZ = std::fabs(z.x) < kNearZ && std::fabs(z.y) < kNearZ;
+  const AcGeVector3d x = (isNearZ ? AcGeVector3d::kYAxis : AcGeVector3d::kZAxis).crossProduct(z).normalize();
+  return AcGeMatrix3d::alignCoordSys(AcGePoint3d::kOrigin, x, z.crossProduct(x), z);
+}
+
 namespace host {
 
 bool isFinite(const AcGeMatrix3d& m) {
@@ -105,16 +115,6 @@ bool isFinite(const AcGeMatrix3d& m) {
       if (!std::isfinite(value))
         return false;
   return true;
-}
-
-AcGeMatrix3d planeToWorld(const AcGeVector3d& normal) {
-  // The rule of the DXF format: near world Z the x axis is taken upright on world Y, elsewhere on world Z.
-  constexpr double kNearZ = 1.0 / 64;
-  AcGeVector3d z = normal.isZeroLength() ? AcGeVector3d::kZAxis : normal;
-  z.normalize();
-  const bool isNearZ = std::fabs(z.x) < kNearZ && std::fabs(z.y) < kNearZ;
-  const AcGeVector3d x = (isNearZ ? AcGeVector3d::kYAxis : AcGeVector3d::kZAxis).crossProduct(z).normalize();
-  return AcGeMatrix3d::alignCoordSys(AcGePoint3d::kOrigin, x, z.crossProduct(x), z);
 }
 
 } // namespace host

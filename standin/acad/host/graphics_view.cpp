@@ -71,10 +71,18 @@ void GraphicsView::zoom(double factor) {
     return;
   host::Document& d = host::document();
   ++d.viewCounts.zooms;
-  d.view.fieldWidth /= factor;
-  d.view.fieldHeight /= factor;
-  if (!std::isfinite(factor) || !std::isfinite(d.view.fieldWidth) || !std::isfinite(d.view.fieldHeight))
+  if (!std::isfinite(factor) || factor <= 0) {
     ++d.viewCounts.nonFiniteCalls;
+    return;
+  }
+  // A zoom ends where numbers end: someone who holds the cap for a minute gets there, and has to come back.
+  const double width = d.view.fieldWidth / factor;
+  const double height = d.view.fieldHeight / factor;
+  const double area = width * height;
+  if (std::isfinite(area) && (area > 0 || d.view.fieldWidth * d.view.fieldHeight <= 0)) {
+    d.view.fieldWidth = width;
+    d.view.fieldHeight = height;
+  }
 }
 
 AcGsView& graphicsView() {

@@ -34,7 +34,7 @@ AcDbEllipticArc bulgeArc(const AcGePoint3d& p, const AcGePoint3d& q, double bulg
 AcDbPolyline::AcDbPolyline(const std::vector<Vertex>& vertices, bool isClosed, double elevation,
                            const AcGeVector3d& normal)
     : mIsClosed(isClosed) {
-  const AcGeMatrix3d plane = host::planeToWorld(normal);
+  const AcGeMatrix3d plane = AcGeMatrix3d::planeToWorld(normal);
   const AcGeVector3d up = plane * AcGeVector3d::kZAxis;
   mPoints.reserve(vertices.size());
   for (const Vertex& v : vertices)

@@ -77,7 +77,7 @@ void setClock(std::function<double()> clock) {
 std::string narrow(const std::wstring& text) {
   std::string result;
   for (const wchar_t c : text)
-    result += c >= 0 && c <= 0xFF ? static_cast<char>(static_cast<unsigned char>(c)) : '?';
+    result += static_cast<unsigned long>(c) <= 0xFF ? static_cast<char>(static_cast<unsigned char>(c)) : '?';
   return result;
 }
 

@@ -103,10 +103,6 @@ inline AcGePoint3d apply(const AcGeMatrix3d* transform, const AcGePoint3d& p) {
   return transform ? *transform * p : p;
 }
 
-/// From the coordinates of a flat entity with that normal to the world's: files give such entities in a
-/// system of their own, whose x axis follows from the normal alone.
-AcGeMatrix3d planeToWorld(const AcGeVector3d& normal);
-
 } // namespace host
 
 /// The host's way to what objects keep to themselves.

@@ -28,6 +28,10 @@ public:
   static AcGeMatrix3d alignCoordSys(const AcGePoint3d& origin, const AcGeVector3d& x, const AcGeVector3d& y,
                                     const AcGeVector3d& z);
 
+  /// From the coordinates of a flat entity with that normal to the world's. Such entities have a system of
+  /// their own, whose x axis follows from the normal alone; world Z gives the identity.
+  static AcGeMatrix3d planeToWorld(const AcGeVector3d& normal);
+
   /// M * R applies R first.
   AcGeMatrix3d operator*(const AcGeMatrix3d& r) const;
   AcGeMatrix3d& operator*=(const AcGeMatrix3d& r) { return *this = *this * r; }

@@ -1,0 +1,29 @@
+#ifndef DXF_READER_H
+#define DXF_READER_H
+
+#include <map>
+#include <string>
+
+/// Reads drawings from DXF files, with dxflib. Only the host program links this, since dxflib is under the
+/// GPL.
+namespace dxf {
+
+struct Result {
+  /// One line with the file, the line where there is one, and the reason. Empty on success.
+  std::string error;
+  int entities = 0;
+  /// What was left out: kind, and how often.
+  std::map<std::string, int> skipped;
+
+  bool isLoaded() const { return error.empty(); }
+  /// "12 entities; left out: 3 TEXT, 1 HATCH", for a person to read.
+  std::string summary() const;
+};
+
+/// Adds the drawing in the file to the host's model space. Adds nothing if it fails: when the file can't be
+/// read, isn't a whole DXF file in text form, holds numbers that are none, or has nothing to show.
+Result load(const std::string& path);
+
+} // namespace dxf
+
+#endif
