@@ -24,15 +24,12 @@ extern bool selAxisValid;
 /// Rotation centre of last resort.
 extern const AcGePoint3d worldOrigin;
 
-/// False if a coordinate is infinite or not a number. The host's view must never be given one: it doesn't
-/// recover.
-bool isFinite(double x, double y, double z);
-inline bool isFinite(const AcGePoint3d& p) {
-  return isFinite(p.x, p.y, p.z);
-}
-inline bool isFinite(const AcGeVector3d& v) {
-  return isFinite(v.x, v.y, v.z);
-}
+bool isFinite(const AcGeVector3d& v);
+
+/// Sets the view, unless a number of it is infinite or none: the host's view doesn't recover from that, so
+/// the step is dropped and the view stays what it is.
+void setFiniteView(AcGsView& view, const AcGePoint3d& position, const AcGePoint3d& target,
+                   const AcGeVector3d& up, double fieldWidth, double fieldHeight, bool isPerspective);
 
 /// A divisor from the settings file as it is used. Zero, which the file may hold, would make every motion
 /// infinite; the default serves instead.

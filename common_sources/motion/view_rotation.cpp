@@ -40,11 +40,7 @@ void AutoCadProxy::rotate(AcGsView* view, double angle, std::int32_t axisIndex, 
     up.rotateBy(angle, axis);
     const double height = view->fieldHeight();
     const double width = view->fieldWidth();
-    // A centre or a view that isn't a number: this step is dropped, the view stays what it is.
-    if (!motion::isFinite(position) || !motion::isFinite(target) || !motion::isFinite(up))
-      return;
-    view->setView(position, target, up, width, height,
-                  isPerspective ? AcGsView::kPerspective : AcGsView::kParallel);
+    motion::setFiniteView(*view, position, target, up, width, height, isPerspective);
   } catch (...) {
     OV_LOG(ERR, "AutoCadProxy", "AutoCadProxy::rotate", "Error rotate()");
   }

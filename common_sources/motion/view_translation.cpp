@@ -64,12 +64,7 @@ void AutoCadProxy::move3D(AcGsView* view, double value, const AcGeVector3d& axis
     position += shift;
     target += shift;
     const AcGeVector3d up = view->upVector();
-    // A field that isn't a number, or coordinates out of range: this step is dropped, the view stays what it
-    // is.
-    if (!motion::isFinite(position) || !motion::isFinite(target))
-      return;
-    view->setView(position, target, up, width, height,
-                  isPerspective ? AcGsView::kPerspective : AcGsView::kParallel);
+    motion::setFiniteView(*view, position, target, up, width, height, isPerspective);
   } catch (...) {
     OV_LOG(ERR, "AutoCadProxy", "AutoCadProxy::move3D", "Error move3D()");
   }

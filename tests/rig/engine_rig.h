@@ -1,0 +1,78 @@
+#ifndef ENGINE_RIG_H
+#define ENGINE_RIG_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "auto_cad_proxy.h"
+#include "host.h"
+#include "ov_auto_cad.h"
+
+#include "devlink_twin.h"
+#include "temp_folder.h"
+
+/// What tests of the whole engine stand on: a home folder of their own, a fresh host, the twin of the device
+/// library, and where Windows is a stand-in a fresh desktop with the clock in hand.
+namespace rig {
+
+/// Makes the home folder of this test program and points USERPROFILE there. Idempotent.
+void useOwnHome();
+/// The home folder; it lives as long as the program.
+TempFolder& home();
+constexpr char kMenuFile[] = "Orvaner/Applications/autocad.mnu";
+constexpr char kSettingsFile[] = "Orvaner/Applications/autocad_addin.ini";
+
+/// Text of a settings file with all values at their defaults, all log types on, and the given keys changed:
+/// {"transSensBase", "0"}.
+std::string settingsText(const std::vector<std::pair<std::string, std::string>>& changes = {});
+
+/// The records of the log file from a position on, each as "ERR text", in order. Records of the device link's
+/// class come from other threads and are left out.
+std::vector<std::string> records(std::size_t from);
+std::size_t logSize();
+
+/// A view that looks from the given eye to the target.
+host::ViewState viewFrom(AcGePoint3d eye, AcGePoint3d target, AcGeVector3d up, double width = 40,
+                         double height = 10, bool perspective = false);
+
+/// "x y z" with the given number of digits behind the point, without negative zeros.
+std::string text(const AcGePoint3d& p, int digits = 5);
+std::string text(const AcGeVector3d& v, int digits = 5);
+
+/// A line entity for host::add.
+std::unique_ptr<AcDbLine> line(AcGePoint3d start, AcGePoint3d end);
+
+} // namespace rig
+
+/// A test with a running engine. The engine is made once for the program, since each unload waits for the
+/// connection watch, and is set back between tests; restart() makes a new one on other settings.
+class EngineTest : public ::testing::Test {
+protected:
+  void SetUp() override;
+  /// Everything borrowed from the host has been given back, and the view never got a number that is none.
+  void TearDown() override;
+
+  static void restart(const std::vector<std::pair<std::string, std::string>>& settingsChanges = {});
+  static void stop();
+
+  OvAutoCad& plugin();
+  AutoCadProxy& proxy();
+
+  /// Leaves a sample for the pump.
+  void setSample(int x, int y, int z, int a = 0, int b = 0, int c = 0);
+  /// setSample and one pass of handleDeviceCap.
+  bool pass(int x, int y, int z, int a = 0, int b = 0, int c = 0);
+  /// A pass with all axes at zero.
+  void release();
+
+  /// Records since the test's start or the last call.
+  std::vector<std::string> takeRecords();
+
+private:
+  std::size_t mLogStart = 0;
+};
+
+#endif
