@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdlib>
+#include <ctime>
 #include <thread>
 
 using testing::ElementsAre;
@@ -97,6 +99,9 @@ TEST_F(Clock, SleepThatFailsNeitherSleepsNorMovesTheClock) {
 }
 
 TEST_F(Clock, SystemTimeIsUtcUnlessSet) {
+  // On a machine that runs in UTC, the local time would pass as well.
+  setenv("TZ", "EAST-5", 1);
+  tzset();
   const std::time_t before = std::time(nullptr);
   SYSTEMTIME now{};
   GetSystemTime(&now);
@@ -112,6 +117,8 @@ TEST_F(Clock, SystemTimeIsUtcUnlessSet) {
   EXPECT_LE(told, std::time(nullptr));
   EXPECT_EQ(now.wDayOfWeek, parts.tm_wday);
   EXPECT_LT(now.wMilliseconds, 1000);
+  unsetenv("TZ");
+  tzset();
 
   desktop::setSystemTime(SYSTEMTIME{2019, 3, 2, 5, 9, 5, 3, 7});
   GetSystemTime(&now);
