@@ -1,5 +1,6 @@
 #include "host_player.h"
 
+#include "acgs.h"
 #include "host.h"
 
 #include <gmock/gmock.h>
@@ -130,12 +131,14 @@ TEST_F(HostPlayerTest, FirstViewShowsTheWholeDrawing) {
 // Frames that come faster than anyone could see are kept as one, but no motion is lost.
 TEST_F(HostPlayerTest, DenseFramesKeepTheWholeMotion) {
   AcDbEntity* entityP = nullptr;
+  AcGsKernelDescriptor descriptor;
+  descriptor.addRequirement(AcGsKernelDescriptor::k3DDrawing);
   host::setRefreshRate(0);
   for (int i = 0; i < 200; ++i) {
     ASSERT_EQ(acdbOpenObject(entityP, host::entityId(1), AcDb::kForWrite), Acad::eOk);
     entityP->transformBy(AcGeMatrix3d::translation({1, 0, 0}));
     entityP->close();
-    acgsObtainAcGsView(2, AcGsKernelDescriptor())->update();
+    acgsObtainAcGsView(2, descriptor)->update();
   }
   AcGeMatrix3d all;
   for (const program::RecordedFrame& frame : mRecorderP->frames()) {
