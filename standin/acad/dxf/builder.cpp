@@ -16,30 +16,14 @@ constexpr double kMaxSize = 5e6;    // entities that one insert may stand for, a
 constexpr double kMaxTotal = 2e7;   // ... and all of model space
 constexpr double kMaxCells = 10000; // places of an insert in rows and columns
 
-// Bits of a polyline's and a vertex's flags.
+// Bits of a polyline's flags.
 constexpr int kClosed = 1;
 constexpr int kIs3d = 8;
 constexpr int kIsGrid = 16;
 constexpr int kClosedAcross = 32;
 constexpr int kIsFaceMesh = 64;
-constexpr int kSplineControl = 16;
-constexpr int kMeshCorner = 64;
-constexpr int kFaceMeshPart = 128;
 
 } // namespace
-
-void Builder::processCodeValuePair(unsigned int code, const std::string& value) {
-  if (code == 0) {
-    mDone = std::move(mReading);
-    mReading.clear();
-  }
-  mReading[code] = value;
-}
-
-int Builder::raw(unsigned int code) const {
-  const auto found = mDone.find(code);
-  return found == mDone.end() ? 0 : std::atoi(found->second.c_str());
-}
 
 AcGeVector3d Builder::normal() {
   double direction[3] = {0, 0, 1};
@@ -50,13 +34,7 @@ AcGeVector3d Builder::normal() {
 }
 
 void Builder::addItem(Item item) {
-  constexpr unsigned int kPaperSpace = 67;
-  if (mBlockP)
-    mBlockP->items.push_back(std::move(item));
-  else if (raw(kPaperSpace) == 1)
-    skip("entity on a layout");
-  else
-    mModelSpace.push_back(std::move(item));
+  (mBlockP ? mBlockP->items : mModelSpace).push_back(std::move(item));
 }
 
 void Builder::add(std::unique_ptr<AcDbEntity> entity) {
@@ -145,10 +123,8 @@ void Builder::addSolid(const DL_SolidData& data) {
 
 void Builder::addPolyline(const DL_PolylineData& data) {
   finishOpen();
-  const auto kind = mDone.find(0);
   mPolyline = {};
   mPolyline.isOpen = true;
-  mPolyline.isLight = kind != mDone.end() && kind->second == "LWPOLYLINE";
   mPolyline.flags = data.flags;
   mPolyline.m = static_cast<int>(data.m);
   mPolyline.n = static_cast<int>(data.n);
@@ -161,15 +137,7 @@ void Builder::addVertex(const DL_VertexData& data) {
     skip("VERTEX without a polyline");
     return;
   }
-  Vertex vertex;
-  vertex.point.set(data.x, data.y, data.z);
-  vertex.bulge = data.bulge;
-  if (!mPolyline.isLight) {
-    vertex.flags = raw(70);
-    for (unsigned int i = 0; i < 4; ++i)
-      vertex.corner[i] = raw(71 + i);
-  }
-  mPolyline.vertices.push_back(vertex);
+  mPolyline.vertices.push_back({AcGePoint3d(data.x, data.y, data.z), data.bulge});
 }
 
 void Builder::endSequence() {
@@ -177,10 +145,7 @@ void Builder::endSequence() {
 }
 
 void Builder::endEntity() {
-  if (mPolyline.isOpen && mPolyline.isLight)
-    finishPolyline();
-  if (mSpline.isOpen)
-    finishSpline();
+  finishOpen();
 }
 
 void Builder::finishPolyline() {
@@ -197,52 +162,49 @@ void Builder::finishPolyline() {
   if (entityP)
     add(std::move(entityP));
   else
-    skip(polyline.isLight ? "LWPOLYLINE without points" : "POLYLINE without points");
+    skip("polyline without points");
 }
 
-std::unique_ptr<AcDbEntity> Builder::flatPolyline(const Polyline& polyline) const {
-  std::vector<AcDbPolyline::Vertex> flat;
-  std::vector<AcGePoint3d> points;
-  double elevation = polyline.elevation;
-  for (const Vertex& vertex : polyline.vertices) {
-    if (vertex.flags & kSplineControl) // shapes the line, but doesn't lie on it
-      continue;
-    if (!polyline.isLight && flat.empty())
-      elevation = vertex.point.z;
-    flat.push_back({vertex.point.x, vertex.point.y, vertex.bulge});
-    points.push_back(vertex.point);
-  }
-  if (flat.empty())
+std::unique_ptr<AcDbEntity> Builder::flatPolyline(const Polyline& polyline) {
+  if (polyline.vertices.empty())
     return nullptr;
   const bool isClosed = (polyline.flags & kClosed) != 0;
   if (polyline.flags & kIs3d)
-    return std::make_unique<AcDb3dPolyline>(std::move(points), isClosed);
+    return std::make_unique<AcDb3dPolyline>(pointsOf(polyline, polyline.vertices.size()), isClosed);
+  std::vector<AcDbPolyline::Vertex> flat;
+  for (const Vertex& vertex : polyline.vertices)
+    flat.push_back({vertex.point.x, vertex.point.y, vertex.bulge});
+  // One kind of line has its height in its head, the other in its points; the other place holds 0.
+  const double elevation = polyline.elevation + polyline.vertices[0].point.z;
   return std::make_unique<AcDbPolyline>(flat, isClosed, elevation, polyline.normal);
 }
 
-std::unique_ptr<AcDbEntity> Builder::faceMesh(const Polyline& polyline) {
+std::vector<AcGePoint3d> Builder::pointsOf(const Polyline& polyline, size_t count) {
   std::vector<AcGePoint3d> points;
+  for (size_t i = 0; i < count; ++i)
+    points.push_back(polyline.vertices[i].point);
+  return points;
+}
+
+/// The first m vertices are points. The rest are faces in the guise of points: see EntityWriter.
+std::unique_ptr<AcDbEntity> Builder::faceMesh(const Polyline& polyline) {
+  const size_t count = std::min(polyline.vertices.size(), static_cast<size_t>(std::max(0, polyline.m)));
+  if (count == 0)
+    return nullptr;
   std::vector<AcDbPolyFaceMesh::Face> faces;
-  for (const Vertex& vertex : polyline.vertices) {
-    if (!(vertex.flags & kFaceMeshPart) || (vertex.flags & kMeshCorner)) {
-      points.push_back(vertex.point);
-      continue;
-    }
+  for (size_t i = count; i < polyline.vertices.size(); ++i) {
+    const Vertex& v = polyline.vertices[i];
+    const double corners[] = {v.point.x, v.point.y, v.point.z, v.bulge}; // numbers from 1; 0 for none
     AcDbPolyFaceMesh::Face face;
-    for (int i = 0; i < 4; ++i)
-      face.corner[i] = std::abs(vertex.corner[i]) - 1; // none at all gives -1
+    for (int k = 0; k < 4; ++k)
+      face.corner[k] = static_cast<int>(corners[k]) - 1;
     faces.push_back(face);
   }
-  if (points.empty())
-    return nullptr;
-  return std::make_unique<AcDbPolyFaceMesh>(std::move(points), faces);
+  return std::make_unique<AcDbPolyFaceMesh>(pointsOf(polyline, count), faces);
 }
 
 std::unique_ptr<AcDbEntity> Builder::gridMesh(const Polyline& polyline) {
-  std::vector<AcGePoint3d> points;
-  for (const Vertex& vertex : polyline.vertices)
-    if (!(vertex.flags & kSplineControl))
-      points.push_back(vertex.point);
+  std::vector<AcGePoint3d> points = pointsOf(polyline, polyline.vertices.size());
   const int m = polyline.m;
   const int n = polyline.n;
   if (m < 2 || n < 2 || static_cast<double>(m) * n != static_cast<double>(points.size()))

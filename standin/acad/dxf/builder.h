@@ -21,8 +21,6 @@ public:
   /// To be called once, at the end: the entities of model space in the file's order.
   std::vector<std::unique_ptr<AcDbEntity>> takeEntities();
 
-  using DL_CreationAdapter::processCodeValuePair;
-  void processCodeValuePair(unsigned int code, const std::string& value) override;
   void addBlock(const DL_BlockData& data) override;
   void endBlock() override;
   void addPoint(const DL_PointData& data) override;
@@ -60,12 +58,9 @@ private:
   struct Vertex {
     AcGePoint3d point;
     double bulge = 0;
-    int flags = 0;
-    int corner[4] = {0, 0, 0, 0}; // of a face: numbers of vertices from 1, negative where the edge is hidden
   };
   struct Polyline {
     bool isOpen = false; // vertices are still coming
-    bool isLight = false;
     int flags = 0;
     int m = 0, n = 0; // size of a mesh
     double elevation = 0;
@@ -89,11 +84,11 @@ private:
   void finishOpen();
   void finishPolyline();
   void finishSpline();
-  std::unique_ptr<AcDbEntity> flatPolyline(const Polyline& polyline) const;
+  static std::unique_ptr<AcDbEntity> flatPolyline(const Polyline& polyline);
+  static std::vector<AcGePoint3d> pointsOf(const Polyline& polyline, size_t count);
   static std::unique_ptr<AcDbEntity> faceMesh(const Polyline& polyline);
   static std::unique_ptr<AcDbEntity> gridMesh(const Polyline& polyline);
   AcGeVector3d normal();
-  int raw(unsigned int code) const;
 
   std::unique_ptr<AcDbEntity> buildInsert(const Item& item, int depth, double& size);
   Block* built(const std::string& name, int depth);
@@ -104,10 +99,6 @@ private:
   Block* mBlockP = nullptr; // the one that is being read
   Polyline mPolyline;
   Spline mSpline;
-  // What the file says of the entity that dxflib reports now, and of the one that it is reading: dxflib
-  // reports an entity when the next one begins, and keeps the corners of faces to itself.
-  std::map<unsigned int, std::string> mDone;
-  std::map<unsigned int, std::string> mReading;
 };
 
 /// Points along a rational B-spline, ends included; empty if the knots don't fit.

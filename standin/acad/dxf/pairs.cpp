@@ -13,9 +13,10 @@ namespace dxf {
 namespace {
 
 constexpr std::uintmax_t kMaxFileSize = std::uintmax_t(1) << 30; // bytes
-constexpr double kMaxNumber = 1e15; // drawing units; beyond, doubles hold no useful fraction
-constexpr size_t kMaxShown = 40;    // characters of a bad value that a message shows
-constexpr size_t kMaxValue = 255;   // characters of a name that are kept
+constexpr double kMaxNumber = 1e15;  // drawing units; beyond, doubles hold no useful fraction
+constexpr size_t kMaxShown = 40;     // characters of a bad value that a message shows
+constexpr size_t kMaxValue = 255;    // characters of a name that are kept
+constexpr long kMaxInt = 1000000000; // more vertices or faces no file of ours can hold
 constexpr int kLowestCode = -5;
 constexpr int kHighestCode = 1071;
 
@@ -106,13 +107,31 @@ void checkNumber(const Pair& pair, size_t line) {
     throw BadFile(line, shown(pair.value) + " is too large for a coordinate");
 }
 
-/// Collects an entity and writes it out when the next one comes.
+typedef std::vector<Pair> Pairs;
+
+int intOf(const Pairs& pairs, int code) {
+  for (const Pair& pair : pairs)
+    if (pair.code == code)
+      return static_cast<int>(std::clamp(std::strtol(pair.value.c_str(), nullptr, 10), -kMaxInt, kMaxInt));
+  return 0;
+}
+
+std::string textOf(const Pairs& pairs, int code) {
+  for (const Pair& pair : pairs)
+    if (pair.code == code)
+      return pair.value;
+  return "0";
+}
+
+/// Collects entities and writes them out when they are whole. A polyline is whole with all its vertices.
 class EntityWriter {
 public:
   explicit EntityWriter(std::map<std::string, int>& skipped) : mSkipped(skipped) {}
 
   void start(const std::string& kind) {
-    finish();
+    finishEntity();
+    if (kind != "VERTEX")
+      finishPolyline();
     mKind = kind;
     mIsKnown = isKnownKind(kind);
   }
@@ -123,45 +142,109 @@ public:
       mPairs.push_back(pair);
   }
   void finish() {
-    if (!mKind.empty() && !mIsKnown)
-      ++mSkipped[shownKind()];
-    if (mIsKnown)
-      write();
-    mKind.clear();
-    mIsKnown = false;
-    mPairs.clear();
+    finishEntity();
+    finishPolyline();
   }
   void writePair(int code, const std::string& value) { mOut << code << '\n' << value << '\n'; }
   std::string text() const { return mOut.str(); }
 
 private:
-  std::string shownKind() const { return mKind.substr(0, kMaxShown); }
-
-  long count(int code) const {
-    return std::count_if(mPairs.begin(), mPairs.end(), [code](const Pair& p) { return p.code == code; });
+  void finishEntity() {
+    constexpr int kPaperSpace = 67;
+    if (mKind == "VERTEX")
+      mVertices.push_back(std::move(mPairs));
+    else if (!mKind.empty() && !mIsKnown)
+      ++mSkipped[mKind.substr(0, kMaxShown)];
+    else if (mIsKnown && !isFrame() && intOf(mPairs, kPaperSpace) == 1)
+      ++mSkipped["entity on a layout"];
+    else if (mKind == "POLYLINE") {
+      mPolyline = std::move(mPairs);
+      mIsInPolyline = true;
+    } else if (mIsKnown && mKind != "SEQEND")
+      writeEntity();
+    mKind.clear();
+    mIsKnown = false;
+    mPairs.clear();
   }
-  void writeCount(int code, int counted) { writePair(code, std::to_string(count(counted))); }
-  void write() {
+
+  /// What only stands around entities. A layout's block is read as a block that nobody inserts.
+  bool isFrame() const { return mKind == "BLOCK" || mKind == "ENDBLK" || mKind == "SEQEND"; }
+
+  void writeEntity() {
+    std::set<int> counts;
+    if (mKind == "LWPOLYLINE")
+      counts = {90};
+    else if (mKind == "SPLINE")
+      counts = {72, 73, 74};
     writePair(0, mKind);
-    std::set<int> replaced;
-    if (mKind == "LWPOLYLINE") {
+    if (mKind == "LWPOLYLINE")
       writeCount(90, 10);
-      replaced = {90};
-    } else if (mKind == "SPLINE") {
+    if (mKind == "SPLINE") {
       writeCount(72, 40);
       writeCount(73, 10);
       writeCount(74, 11);
-      replaced = {72, 73, 74};
     }
-    for (const Pair& pair : mPairs)
-      if (replaced.count(pair.code) == 0)
+    writePairs(mPairs, counts);
+  }
+  void writeCount(int code, int counted) {
+    writePair(code, std::to_string(std::count_if(mPairs.begin(), mPairs.end(),
+                                                 [counted](const Pair& p) { return p.code == counted; })));
+  }
+  void writePairs(const Pairs& pairs, const std::set<int>& leftOut) {
+    for (const Pair& pair : pairs)
+      if (leftOut.count(pair.code) == 0)
         writePair(pair.code, pair.value.substr(0, kMaxValue));
+  }
+
+  /// Points that lie on the line or mesh come first. dxflib passes over the faces of a mesh, so they go in
+  /// the guise of points behind them, with their corners as coordinates and bulge; the mesh's first size says
+  /// where they begin.
+  void finishPolyline() {
+    constexpr int kIsFaceMesh = 64;
+    if (mIsInPolyline) {
+      const bool isFaceMesh = (intOf(mPolyline, 70) & kIsFaceMesh) != 0;
+      Pairs points;
+      Pairs faces;
+      int count = 0;
+      for (const Pairs& vertex : mVertices)
+        addVertex(vertex, isFaceMesh, points, faces, count);
+      writePair(0, "POLYLINE");
+      if (isFaceMesh)
+        writePair(71, std::to_string(count));
+      writePairs(mPolyline, isFaceMesh ? std::set<int>{71} : std::set<int>());
+      writePairs(points, {});
+      writePairs(faces, {});
+      writePair(0, "SEQEND");
+    }
+    mIsInPolyline = false;
+    mPolyline.clear();
+    mVertices.clear();
+  }
+  static void addVertex(const Pairs& vertex, bool isFaceMesh, Pairs& points, Pairs& faces, int& count) {
+    constexpr int kSplineControl = 16;
+    constexpr int kMeshCorner = 64;
+    constexpr int kFaceMeshPart = 128;
+    const int flags = intOf(vertex, 70);
+    if (isFaceMesh && (flags & kFaceMeshPart) && !(flags & kMeshCorner)) {
+      faces.push_back({0, "VERTEX"});
+      const int carriers[] = {10, 20, 30, 42};
+      for (int i = 0; i < 4; ++i)
+        faces.push_back({carriers[i], std::to_string(std::abs(intOf(vertex, 71 + i)))});
+    } else if (!(flags & kSplineControl)) { // such a point shapes the line, but doesn't lie on it
+      ++count;
+      points.push_back({0, "VERTEX"});
+      for (const int code : {10, 20, 30, 42})
+        points.push_back({code, textOf(vertex, code)});
+    }
   }
 
   std::map<std::string, int>& mSkipped;
   std::string mKind; // empty: between entities
   bool mIsKnown = false;
-  std::vector<Pair> mPairs;
+  Pairs mPairs;
+  bool mIsInPolyline = false;
+  Pairs mPolyline;
+  std::vector<Pairs> mVertices;
   std::ostringstream mOut;
 };
 
@@ -194,7 +277,10 @@ private:
   bool isShown() const { return mSection == "ENTITIES" || mSection == "BLOCKS"; }
 
   void startSection(const Pair& pair) {
-    if (pair.code != 0 || pair.value != "SECTION")
+    // Some writers end a section too soon. Its rest names no entities, and nothing is lost with it.
+    if (pair.code != 0 || pair.value == "ENDSEC")
+      return;
+    if (pair.value != "SECTION")
       throw BadFile(mReader.line(), "a section should begin here, not " + shown(pair.value));
     Pair name;
     if (!mReader.read(name) || name.code != 2 || name.value.empty())
