@@ -16,6 +16,16 @@ constexpr UINT kRestInterval = 100;  // milliseconds between two ticks at rest
 
 constexpr std::int32_t kHoverDigit = 4; // last digit "camhover": kCamStandard with the hover flag
 
+constexpr int kTimerTries = 5; // the system may be short of timers for a moment
+
+/// Arms the timer of the next tick. Gives 0 if the system has none to give; the pump stands still then.
+UINT_PTR armTimer(UINT interval) {
+  UINT_PTR id = 0;
+  for (int i = 0; i < kTimerTries && id == 0; ++i)
+    id = SetTimer(nullptr, 0, interval, TimerProc);
+  return id;
+}
+
 /// A 16-bit system variable. False, and the value stays, if the host doesn't give it.
 bool readVariable(const ACHAR* name, short& value) {
   resbuf result = {};
@@ -37,14 +47,21 @@ AutoCadProxy::AutoCadProxy(OvAutoCad* ovAutoCadP)
   if (!mUseInt3dIntrfce)
     StartDotNETPlugin();
   gAutoCadProxyP = this;
-  mTimerId = SetTimer(nullptr, 0, kRestInterval, TimerProc);
+  try {
+    mTimerId = armTimer(kRestInterval);
+  } catch (...) { // the plug-in stays loaded, and says why its cap does nothing
+    OV_LOG(ERR, "AutoCadProxy", "AutoCadProxy::AutoCadProxy", "Error AutoCadProxy()");
+  }
   OV_LOG(CRT, "AutoCadProxy", "AutoCadProxy::AutoCadProxy", "AutoCadProxy constructed.");
 }
 
 AutoCadProxy::~AutoCadProxy() {
   OV_LOG(CRT, "AutoCadProxy", "AutoCadProxy::~AutoCadProxy", "Destructing ...");
   mIsPumpRunning = false;
-  KillTimer(nullptr, mTimerId);
+  try {
+    KillTimer(nullptr, mTimerId);
+  } catch (...) { // nothing may leave a destructor; a tick that still comes finds no object
+  }
   // A tick that is under way somewhere below us, or a command that the host still runs, finds nothing to work
   // on.
   gAutoCadProxyP = nullptr;

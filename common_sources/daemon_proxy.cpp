@@ -8,7 +8,7 @@
 #include "event_codes.h"
 #include "logging.h"
 #include "ov_auto_cad.h"
-#include "util.h"
+#include "sleep_while.h"
 
 namespace {
 
@@ -48,8 +48,7 @@ DaemonProxy::~DaemonProxy() {
   mIsToRead = false;
   if (ovDisconnect() != 0)
     OV_LOG(ERR, "DaemonProxy", "DaemonProxy::~DaemonProxy", "Error in ovDisConnect()!");
-  while (mIsReading)
-    Util::sleep(kReadPollInterval);
+  sleepWhile(mIsReading, kReadPollInterval);
   // Behind its flag the thread still writes a record and leaves our code. The host unmaps that code soon.
   if (mHasReadThread)
     pthread_join(mReadThread, nullptr);

@@ -3,6 +3,7 @@
 #include "auto_cad_proxy.h"
 #include "daemon_proxy.h"
 #include "logging.h"
+#include "sleep_while.h"
 #include "util.h"
 
 namespace {
@@ -34,8 +35,7 @@ OvAutoCad::~OvAutoCad() {
   mAutoCadProxyP->mIsPumpRunning = false;
   mDaemonProxyP->mIsToRead = false;
   // The watch goes first: it calls into DaemonProxy.
-  while (mIsConnWatchRunning)
-    Util::sleep(kWatchInterval);
+  sleepWhile(mIsConnWatchRunning, kWatchInterval);
   // The flag is the thread's last write, but it still has to leave our code, which the host is about to
   // unmap; and a thread that hasn't got as far as setting its flag yet has to be waited for as well.
   if (mHasConnWatchThread)

@@ -10,12 +10,18 @@
 template <class T> class AcApDataManager : public AcApDocManagerReactor {
 public:
   AcApDataManager() {
-    if (AcApDocManager* const managerP = acDocManagerPtr())
-      managerP->addReactor(this);
+    try {
+      if (AcApDocManager* const managerP = acDocManagerPtr())
+        managerP->addReactor(this);
+    } catch (...) { // made while a library is loaded, where nobody could catch it; the map is never cleaned then
+    }
   }
   ~AcApDataManager() override {
-    if (AcApDocManager* const managerP = acDocManagerPtr())
-      managerP->removeReactor(this);
+    try {
+      if (AcApDocManager* const managerP = acDocManagerPtr())
+        managerP->removeReactor(this);
+    } catch (...) { // nothing may leave a destructor
+    }
   }
   AcApDataManager(const AcApDataManager&) = delete;
   AcApDataManager& operator=(const AcApDataManager&) = delete;

@@ -1,0 +1,279 @@
+// The module as the host has it: loaded from its file, told by messages, unloaded. No daemon is there, so the
+// device link is down all the time, as it is for a user whose device isn't plugged in.
+
+#include <algorithm>
+#include <cstdlib>
+
+#include <gtest/gtest.h>
+
+#include <arxHeaders.h>
+
+#include "calls.h"
+#include "host.h"
+#include "temp_folder.h"
+
+#ifndef _WIN32
+#include <dirent.h>
+
+#include "desktop.h"
+#endif
+
+namespace {
+
+using EntryPoint = int (*)(int, void*);
+using GetApiVersion = int (*)();
+
+constexpr int kInit = 1;
+constexpr int kUnload = 2;
+
+void setEnvironment(const char* name, const std::string& value) {
+#ifdef _WIN32
+  _putenv_s(name, value.c_str());
+#else
+  setenv(name, value.c_str(), 1);
+#endif
+}
+
+std::wstring wide(const std::string& text) {
+  return std::wstring(text.begin(), text.end());
+}
+
+/// Lets the message loop run for a while: on a clock in hand where there is one.
+void runLoop(DWORD milliseconds) {
+#ifdef _WIN32
+  const DWORD start = GetTickCount();
+  while (GetTickCount() - start < milliseconds) {
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
+      DispatchMessageW(&message);
+    Sleep(5);
+  }
+#else
+  desktop::runTimers(milliseconds);
+#endif
+}
+
+class Module : public testing::Test {
+protected:
+  void SetUp() override {
+    calls::clear();
+    host::reset();
+#ifndef _WIN32
+    desktop::reset();
+    desktop::holdClock();
+    desktop::setTickStep(1);
+#endif
+    setEnvironment("USERPROFILE", mHome.backslashed());
+    setEnvironment("OV_DEVLINK_PORT", "1"); // nobody listens there
+    mHome.makeFolder("Orvaner/Applications");
+  }
+  void TearDown() override {
+    calls::clear();
+    unload();
+  }
+
+  void load() {
+    mModule = LoadLibraryW(wide(OV_MODULE_PATH).c_str());
+    ASSERT_TRUE(mModule);
+    mEntryPoint =
+        reinterpret_cast<EntryPoint>(reinterpret_cast<void*>(GetProcAddress(mModule, "acrxEntryPoint")));
+    ASSERT_TRUE(mEntryPoint);
+  }
+  void unload() {
+    if (mModule)
+      FreeLibrary(mModule);
+    mModule = nullptr;
+  }
+  int tell(int code, void* data = nullptr) {
+    return mEntryPoint(code, data);
+  }
+
+  /// What was printed since the last call.
+  std::wstring takePrinted() {
+    const std::wstring all = host::printed();
+    const std::wstring fresh = all.substr(std::min(mPrintedSize, all.size()));
+    mPrintedSize = all.size();
+    return fresh;
+  }
+  /// What a text typed at the command line makes the plug-in print.
+  std::wstring type(const std::wstring& text) {
+    host::type(text);
+    takePrinted();
+    host::runQueue();
+    return takePrinted();
+  }
+  std::string settings() const {
+    return mHome.read("Orvaner/Applications/autocad_addin.ini");
+  }
+
+  rig::TempFolder mHome;
+  HMODULE mModule = nullptr;
+  EntryPoint mEntryPoint = nullptr;
+  std::size_t mPrintedSize = 0;
+};
+
+bool contains(const std::wstring& text, const std::wstring& part) {
+  return text.find(part) != std::wstring::npos;
+}
+
+TEST_F(Module, AnswersTheHostsQuestionsWithoutAnEngine) {
+  load();
+  const auto version =
+      reinterpret_cast<GetApiVersion>(reinterpret_cast<void*>(GetProcAddress(mModule, "acrxGetApiVersion")));
+  ASSERT_TRUE(version);
+  EXPECT_EQ(version(), 0x170000);
+  calls::startRecording();
+  for (const int code : {-1, 0, 3, 4, 6, 15, 16, 1000})
+    EXPECT_EQ(tell(code), 0) << code;
+  EXPECT_EQ(calls::stopRecording(), std::vector<std::string>{});
+}
+
+TEST_F(Module, LoadRegistersBeforeItStartsAndUnloadRemovesBeforeItEnds) {
+  load();
+  calls::startRecording();
+  ASSERT_EQ(tell(kInit), 0);
+  std::vector<std::string> heard;
+  for (const std::string& call : calls::stopRecording()) {
+    const std::string name = call.substr(0, call.find(' '));
+    if (name != "GetModuleFileNameW" && name != "Beep" && name != "acrxSysRegistry" && name != "at")
+      heard.push_back(name);
+  }
+  std::vector<std::string> expected = {"unlockApplication", "registerAppMDIAware", "addCommand",
+                                       "addCommand",        "addCommand",          "addCommand",
+                                       "acDocManagerPtr"};
+#ifndef _WIN32
+  expected.push_back("SetTimer"); // the menu reader isn't there, so nothing was typed
+#endif
+  expected.push_back("acutPrintf");
+  EXPECT_EQ(heard, expected);
+  EXPECT_TRUE(contains(takePrinted(), L"\nmOvAutoCadP constructed\n"));
+
+  calls::startRecording();
+  ASSERT_EQ(tell(kUnload), 0);
+  const std::vector<std::string> calls = calls::stopRecording();
+  EXPECT_EQ(std::count_if(calls.begin(), calls.end(),
+                          [](const std::string& call) { return call.compare(0, 9, "removeCmd") == 0; }),
+            4);
+  EXPECT_TRUE(contains(type(L"OV_Toggle_Scroll_Mode\n"), L"Unknown command"));
+#ifndef _WIN32
+  EXPECT_TRUE(desktop::activeTimers().empty());
+#endif
+}
+
+TEST_F(Module, CommandsFlipTellAndAreKept) {
+  load();
+  ASSERT_EQ(tell(kInit), 0);
+  const std::wstring center = L"\n=> Selection as Rotation Center:  ";
+  EXPECT_TRUE(contains(type(L"OV_Toggle_Rotation_Center\n"), center + L"off"));
+  EXPECT_TRUE(contains(type(L"OV_Toggle_Rotation_Center\n"), center + L"on"));
+  EXPECT_TRUE(contains(type(L"OV_Toggle_Rotation_Center\n"), center + L"off"));
+  EXPECT_TRUE(contains(type(L"ov_toggle_rotation_axis\n"), L"\n=> Selected Line as Rotation Axis:  on"));
+  EXPECT_TRUE(contains(type(L"OV_Toggle_Scroll_Mode\n"), L"\n=> Scroll Trees and Lists:  off"));
+  EXPECT_TRUE(contains(type(L"OV_Toggle_Object_Move_Mode\n"), L"\n=> Move Selected Object:  on"));
+  EXPECT_NE(settings().find("toggleRotationCenter  = on "), std::string::npos) << "not before the end";
+  ASSERT_EQ(tell(kUnload), 0);
+  EXPECT_NE(settings().find("toggleRotationCenter  = off "), std::string::npos);
+  EXPECT_NE(settings().find("toggleRotationAxis    = on "), std::string::npos);
+  EXPECT_NE(settings().find("scrollTreeAndList     = off "), std::string::npos);
+  // The object mode lives in memory alone, and the others come back.
+  ASSERT_EQ(tell(kInit), 0);
+  EXPECT_TRUE(contains(type(L"OV_Toggle_Object_Move_Mode\n"), L"\n=> Move Selected Object:  on"));
+  EXPECT_TRUE(contains(type(L"OV_Toggle_Rotation_Axis\n"), L"\n=> Selected Line as Rotation Axis:  off"));
+  ASSERT_EQ(tell(kUnload), 0);
+}
+
+TEST_F(Module, ForgetsADocumentThatGoesAndLeavesNoReactorBehind) {
+  load();
+  ASSERT_EQ(tell(kInit), 0);
+  host::closeDocument();
+  runLoop(300);
+  ASSERT_EQ(tell(kUnload), 0);
+  unload();
+  calls::startRecording();
+  host::closeDocument(); // a reactor left behind would be called in a library that is gone
+  EXPECT_EQ(calls::stopRecording(), std::vector<std::string>{});
+}
+
+TEST_F(Module, FaultsOfTheHostAtLoadNeverReachIt) {
+  const char* const operations[] = {"acrxSysRegistry",     "at",         "unlockApplication",
+                                    "registerAppMDIAware", "addCommand", "acDocManagerPtr",
+                                    "acutPrintf"};
+  for (const char* const operation : operations) {
+    SCOPED_TRACE(operation);
+    for (const bool isThrow : {false, true}) {
+      load();
+      if (isThrow)
+        calls::throwAt(operation, 1);
+      else
+        calls::failAt(operation, 1);
+      const int result = tell(kInit);
+      EXPECT_EQ(calls::lastFault(), operation);
+      calls::clear();
+      // Either the plug-in runs, or it says that it doesn't and has left nothing behind.
+      const bool isAlive = contains(type(L"OV_Toggle_Object_Move_Mode\n"), L"Move Selected Object");
+      EXPECT_TRUE(result == 0 || !isAlive);
+      EXPECT_EQ(tell(kUnload), 0);
+      unload();
+    }
+  }
+  load();
+  EXPECT_EQ(tell(kInit), 0);
+  EXPECT_TRUE(contains(type(L"OV_Toggle_Object_Move_Mode\n"), L"\n=> Move Selected Object:  on"));
+  EXPECT_EQ(tell(kUnload), 0);
+}
+
+#ifndef _WIN32
+
+/// Entries of a folder of the kernel's that lists what the process has.
+int entries(const char* folder) {
+  DIR* const folderP = opendir(folder);
+  int count = 0;
+  while (readdir(folderP))
+    ++count;
+  closedir(folderP);
+  return count;
+}
+
+TEST_F(Module, LoadedAndUnloadedTwoHundredTimesLeavesNothing) {
+  const auto round = [this] {
+    load();
+    ASSERT_EQ(tell(kInit), 0);
+    runLoop(150);
+    ASSERT_EQ(tell(kUnload), 0);
+    unload();
+  };
+  round(); // what the process keeps for good, it has from here on
+  const int threads = entries("/proc/self/task");
+  const int descriptors = entries("/proc/self/fd");
+  for (int i = 0; i < 200; ++i)
+    round();
+  EXPECT_EQ(entries("/proc/self/task"), threads);
+  EXPECT_EQ(entries("/proc/self/fd"), descriptors);
+  EXPECT_TRUE(desktop::activeTimers().empty());
+  const host::Held held = host::held();
+  EXPECT_EQ(held.locks + held.openForRead + held.openForWrite + held.selectionSets, 0);
+}
+
+TEST_F(Module, MissingFolderIsToldInADialogAndTheLoadGoesOn) {
+  setEnvironment("USERPROFILE", mHome.backslashed("nobody"));
+  load();
+  EXPECT_EQ(tell(kInit), 0);
+  const std::vector<desktop::MessageBox> boxes = desktop::messageBoxes();
+  ASSERT_EQ(boxes.size(), 1u);
+  EXPECT_EQ(boxes[0].caption, L"Orvane Plug-in Error");
+  EXPECT_EQ(boxes[0].text,
+            L"Folder '" + wide(mHome.backslashed("nobody/Orvaner/Applications")) +
+                L"' not found!\n\nStart the driver first and try again to read out AutoCAD's menu items.");
+  EXPECT_EQ(boxes[0].type, 0u);
+  EXPECT_EQ(boxes[0].owner, nullptr);
+  ASSERT_EQ(desktop::beeps().size(), 1u);
+  EXPECT_EQ(desktop::beeps()[0].frequency, 440u);
+  EXPECT_EQ(desktop::beeps()[0].milliseconds, 200u);
+  EXPECT_EQ(desktop::activeTimers().size(), 1u);
+  EXPECT_EQ(tell(kUnload), 0);
+  EXPECT_FALSE(mHome.exists("nobody")) << "folders come with the driver";
+}
+
+#endif
+
+} // namespace
