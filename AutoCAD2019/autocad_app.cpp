@@ -16,25 +16,27 @@ HINSTANCE CAutoCAD2011App::moduleInstance() const {
 void CAutoCAD2011App::RegisterServerComponents() {}
 
 AcRx::AppRetCode CAutoCAD2011App::On_kInitAppMsg(void* pkt) {
+  AcRx::AppRetCode result = AcRx::kRetOK;
   try {
-    const AcRx::AppRetCode result = AcRxArxApp::On_kInitAppMsg(pkt);
-    addCommands(mModuleInstance);
-    mOvAutoCadP = std::make_unique<OvAutoCad>();
-    acutPrintf(L"\nmOvAutoCadP constructed\n");
-    return result;
-  } catch (...) {
-    // An engine that came up stays; without one the commands would do nothing.
-    if (!mOvAutoCadP)
-      removeCommands();
-    return mOvAutoCadP ? AcRx::kRetOK : AcRx::kRetError;
+    result = AcRxArxApp::On_kInitAppMsg(pkt);
+  } catch (...) { // the user can't unload us by hand then; that is no reason to stay away
   }
+  addCommands(mModuleInstance);
+  try {
+    mOvAutoCadP = std::make_unique<OvAutoCad>();
+  } catch (...) { // no memory, or no thread lock: without an engine the commands would do nothing
+    removeCommands();
+    return AcRx::kRetError;
+  }
+  try {
+    acutPrintf(L"\nmOvAutoCadP constructed\n");
+  } catch (...) {
+  }
+  return result;
 }
 
 AcRx::AppRetCode CAutoCAD2011App::On_kUnloadAppMsg(void* pkt) {
-  try {
-    removeCommands();
-  } catch (...) { // the engine has to go all the same
-  }
+  removeCommands();
   mOvAutoCadP.reset();
   return AcRxArxApp::On_kUnloadAppMsg(pkt);
 }

@@ -62,25 +62,31 @@ AcEdCommandStack* commandStack() {
   return static_cast<AcEdCommandStack*>(objectP);
 }
 
-} // namespace
-
-void addCommands(HINSTANCE module) {
+/// What concerns one command mustn't cost the others: an exception of the host ends with it.
+template <class Action> void forEachCommand(Action action) {
   for (const CommandEntry& command : kCommands) {
-    AcEdCommandStack* const stackP = commandStack();
-    if (!stackP)
-      continue;
-    ACHAR resourceName[kLongestLocalName + 1] = {};
-    if (!command.localName)
-      LoadStringW(module, command.stringId, resourceName, kLongestLocalName + 1);
-    stackP->addCommand(command.group, command.globalName,
-                       command.localName ? command.localName : resourceName, command.flags, command.function,
-                       command.context, -1, module, nullptr);
+    try {
+      if (AcEdCommandStack* const stackP = commandStack())
+        action(*stackP, command);
+    } catch (...) {
+    }
   }
 }
 
+} // namespace
+
+void addCommands(HINSTANCE module) {
+  forEachCommand([module](AcEdCommandStack& stack, const CommandEntry& command) {
+    ACHAR resourceName[kLongestLocalName + 1] = {};
+    if (!command.localName)
+      LoadStringW(module, command.stringId, resourceName, kLongestLocalName + 1);
+    stack.addCommand(command.group, command.globalName, command.localName ? command.localName : resourceName,
+                     command.flags, command.function, command.context, -1, module, nullptr);
+  });
+}
+
 void removeCommands() {
-  for (const CommandEntry& command : kCommands) {
-    if (AcEdCommandStack* const stackP = commandStack())
-      stackP->removeCmd(command.group, command.globalName);
-  }
+  forEachCommand([](AcEdCommandStack& stack, const CommandEntry& command) {
+    stack.removeCmd(command.group, command.globalName);
+  });
 }

@@ -14,10 +14,10 @@ struct CommandEntry {
   UINT stringId;
 };
 
-/// Adds the four toggle commands to the host's command stack. Does nothing if the host has none.
+/// Adds the four toggle commands to the host's command stack, as far as the host lets us; throws nothing.
 /// module  the plug-in's own library
 void addCommands(HINSTANCE module);
-/// Takes them away again.
+/// Takes them away again; throws nothing.
 void removeCommands();
 
 #endif

@@ -34,7 +34,7 @@ void setEnvironment(const char* name, const std::string& value) {
 } // namespace
 
 void useOwnHome() {
-  setEnvironment("USERPROFILE", home().backslashed());
+  setEnvironment("USERPROFILE", home().native());
   home().makeFolder("Orvaner");
   home().makeFolder("Orvaner/Applications");
 }
