@@ -80,8 +80,7 @@ void CALLBACK TimerProc(HWND, UINT, UINT_PTR, DWORD) {
     proxyP->doTransform();
     if (!proxyP->mIsPumpRunning)
       return;
-    proxyP->mTimerId =
-        SetTimer(nullptr, 0, proxyP->mCapIsMoving ? kMovingInterval : kRestInterval, TimerProc);
+    proxyP->mTimerId = armTimer(proxyP->mCapIsMoving ? kMovingInterval : kRestInterval);
   } catch (...) {
     // The timer stays disarmed: the pump stands still until the plug-in is loaded again.
     OV_LOG(ERR, "Global", "TimerProc", "Error TimerProc()");
