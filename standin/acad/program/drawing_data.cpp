@@ -20,6 +20,8 @@ std::string kindOf(const AcDbEntity& entity) {
     return "face";
   if (entity.isKindOf(AcDbPolyFaceMesh::desc()))
     return "mesh";
+  if (entity.isKindOf(AcDbBlockReference::desc()))
+    return "block";
   return entity.isKindOf(AcDbLine::desc()) ? "line" : "curve";
 }
 

@@ -15,7 +15,7 @@ using Line = std::vector<std::array<double, 3>>;
 /// One object of the drawing as it stood when the host opened or drew it.
 struct DrawnObject {
   int mNumber = 0;
-  std::string mKind;   ///< face, mesh, line or curve
+  std::string mKind;   ///< face, mesh, block, line or curve
   double mSeconds = 0; ///< when it came into the drawing, since the session's start
   std::vector<Line> mLines;
 };

@@ -13,7 +13,7 @@ namespace {
 
 /// Shape of the host's window, and how much of it a fitted drawing leaves free.
 constexpr double kAspect = 16.0 / 9.0;
-constexpr double kRoom = 1.35;
+constexpr double kRoom = 1.12;
 /// Distance of the eye in sizes of the field: near enough for a perspective that can be seen.
 constexpr double kEyeDistance = 1.7;
 /// A drawing flatter than this part of its breadth is looked at more steeply.

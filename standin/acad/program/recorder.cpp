@@ -3,6 +3,7 @@
 #include "clock.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace program {
 
@@ -12,6 +13,8 @@ namespace {
 constexpr double kShortestFrame = 0.004;
 /// A longer gap than this between frames is rest, seconds.
 constexpr double kLongestGap = 0.25;
+/// How often the controls are looked at.
+constexpr std::chrono::milliseconds kScrollInterval{33};
 /// More frames than this are not kept: an hour and a half of motion at 60 Hz.
 constexpr std::size_t kMaxFrames = 300000;
 /// More objects than this are not listed as selected.
@@ -58,10 +61,44 @@ bool isSameView(const host::ViewState& a, const host::ViewState& b) {
          a.perspective == b.perspective;
 }
 
-Recorder::Recorder(const Controls& controls) : mControls(controls), mStart(unixNow()) {
+ScrollWatch::ScrollWatch(const Controls& controls) : mControls(controls) {
+  look();
+  mThread = std::thread(&ScrollWatch::run, this);
+}
+
+ScrollWatch::~ScrollWatch() {
+  {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    mIsToEnd = true;
+  }
+  mWake.notify_all();
+  mThread.join();
+}
+
+void ScrollWatch::run() {
+  std::unique_lock<std::mutex> lock(mMutex);
+  while (!mWake.wait_for(lock, kScrollInterval, [this] { return mIsToEnd; })) {
+    lock.unlock();
+    look();
+    lock.lock();
+  }
+}
+
+void ScrollWatch::look() {
+  std::vector<ScrollState> states = mControls.states();
+  const std::lock_guard<std::mutex> lock(mMutex);
+  if (mScrolls.empty() || !(mScrolls.back().mValue == states))
+    mScrolls.push_back({unixNow(), std::move(states)});
+}
+
+std::vector<At<std::vector<ScrollState>>> ScrollWatch::scrolls() const {
+  const std::lock_guard<std::mutex> lock(mMutex);
+  return mScrolls;
+}
+
+Recorder::Recorder(const Controls& controls) : mStart(unixNow()), mScrollWatch(controls) {
   mFrames.push_back({mStart, host::isLayout(), host::view(), host::layout(), {}});
   mDrawing.takeNew(0);
-  lookAtControls(mStart);
   host::setFrameSink([this](const host::Frame& frame) { onFrame(frame); });
 }
 
@@ -110,13 +147,7 @@ void Recorder::look() {
   if (frame.mIs2d != last.mIs2d || !isSameView(frame.mView, last.mView) || !isSameLayout(frame.mLayout, last.mLayout))
     keep(std::move(frame));
   mDrawing.takeNew(now - mStart);
-  lookAtControls(now);
-}
-
-void Recorder::lookAtControls(double now) {
-  std::vector<ScrollState> states = mControls.states();
-  if (mScrolls.empty() || !(mScrolls.back().mValue == states))
-    mScrolls.push_back({now, std::move(states)});
+  mScrollWatch.look();
 }
 
 void Recorder::caption(const std::string& text) {

@@ -5,8 +5,11 @@
 #include "drawing_data.h"
 #include "host.h"
 
+#include <condition_variable>
 #include <cstdint>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -29,6 +32,32 @@ struct RecordedFrame {
 template <class Value> struct At {
   double mUnixSeconds = 0;
   Value mValue;
+};
+
+/// Looks at the controls many times a second, on a thread of its own: while the cap scrolls, the main thread is in
+/// the plug-in's hands for half a second at a time, and nothing tells it of a scrolled control.
+class ScrollWatch {
+public:
+  /// The controls must outlive the watch.
+  explicit ScrollWatch(const Controls& controls);
+  ~ScrollWatch();
+  ScrollWatch(const ScrollWatch&) = delete;
+  ScrollWatch& operator=(const ScrollWatch&) = delete;
+
+  /// Looks now. May be called from any thread.
+  void look();
+  /// Where the controls stood, whenever one had moved. May be called from any thread.
+  std::vector<At<std::vector<ScrollState>>> scrolls() const;
+
+private:
+  void run();
+
+  const Controls& mControls;
+  mutable std::mutex mMutex;
+  std::condition_variable mWake;
+  bool mIsToEnd = false;
+  std::vector<At<std::vector<ScrollState>>> mScrolls;
+  std::thread mThread;
 };
 
 /// Writes down what there is to see while a session runs: frames, captions, the pointer, the selection, scroll
@@ -63,14 +92,12 @@ public:
   const std::vector<At<std::string>>& captions() const { return mCaptions; }
   const std::vector<At<session::Pointer>>& pointers() const { return mPointers; }
   const std::vector<At<std::vector<int>>>& selections() const { return mSelections; }
-  const std::vector<At<std::vector<ScrollState>>>& scrolls() const { return mScrolls; }
+  std::vector<At<std::vector<ScrollState>>> scrolls() const { return mScrollWatch.scrolls(); }
 
 private:
   void onFrame(const host::Frame& frame);
   void keep(RecordedFrame frame);
-  void lookAtControls(double now);
 
-  const Controls& mControls;
   double mStart = 0;
   std::vector<RecordedFrame> mFrames;
   std::int64_t mShownFrames = 0;
@@ -84,7 +111,7 @@ private:
   std::vector<At<std::string>> mCaptions;
   std::vector<At<session::Pointer>> mPointers;
   std::vector<At<std::vector<int>>> mSelections;
-  std::vector<At<std::vector<ScrollState>>> mScrolls;
+  ScrollWatch mScrollWatch;
 };
 
 /// Whether two pictures are the same.

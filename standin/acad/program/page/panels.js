@@ -156,11 +156,11 @@ function drawControls(t) {
     g.fillText((pointer && pointer.on === c.name ? '● ' : '') + c.name, x + 2, 8, bw - 4);
     g.save(); g.beginPath(); g.rect(x + 2, top + 2, bw - 14, bh - 14); g.clip();
     g.fillStyle = paint.grid;
-    const rowHeight = 9;
+    const rowHeight = 9, aside = c.horizontal && c.horizontal.max > 0 ? at[2] / c.horizontal.max * 40 : 0;
     for (let r = 0; r < bh / rowHeight; ++r) {
       const entry = r + Math.round(at[1]);
       const indent = c.name === 'tree' ? (entry * 7 % 3) * 7 : 0;
-      g.fillRect(x + 7 + indent - at[2] * 2, top + 6 + r * rowHeight, 14 + (entry * 13 % 7) * 5, 3.5);
+      g.fillRect(x + 7 + indent - aside, top + 6 + r * rowHeight, 14 + (entry * 13 % 7) * 5, 3.5);
     }
     g.restore();
     scrollBar(g, c.vertical, at[1], x + bw - 9, top + 3, bh - 16, true);

@@ -50,9 +50,14 @@ const objects = drawing.objects.map(o => {
     for (let i = 0; i < line.length; ++i) points.push(line[i] - middle[i % 3]);
     runs.push([start, points.length]);
   }
-  return {id: o.id, kind: o.kind, from: o.t || 0, runs, points: Float64Array.from(points), steps: [],
-    isFilled: o.kind === 'face' || o.kind === 'mesh'};
+  return {id: o.id, kind: o.kind, from: o.t || 0, runs, points: Float64Array.from(points), steps: []};
 });
+// Faces are filled. Within an insert they have become outlines like any other, told by their three or four corners.
+function isFace(o, start, end) {
+  if (o.kind === 'face') return end - start >= 9;
+  if (o.kind !== 'block' || (end - start !== 12 && end - start !== 15)) return false;
+  return [0, 1, 2].every(i => o.points[start + i] === o.points[end - 3 + i]);
+}
 const objectById = new Map(objects.map(o => [o.id, o]));
 
 // Where each object had got to, frame by frame. Objects that have always moved together share their matrices.
@@ -217,7 +222,7 @@ function drawSorted(g, cam, shown) {
   for (const s of shown) {
     const p = s.camera;
     for (const [start, end] of s.o.runs) {
-      if (s.o.isFilled && end - start >= 9) {
+      if (isFace(s.o, start, end)) {
         let depth = 0;
         for (let i = start; i < end; i += 3) depth += p[i + 2];
         items.push({depth: depth / ((end - start) / 3), s, start, end, isFace: true});
@@ -262,7 +267,7 @@ function drawFace(g, cam, {s, start, end, depth}) {
     i === start ? g.moveTo(x, y) : g.lineTo(x, y);
   }
   g.closePath();
-  g.globalAlpha = s.look.isMarked ? 0.62 : 0.9;
+  g.globalAlpha = s.look.isMarked ? 0.75 : 0.95;
   g.fillStyle = mix(base, '#0c1118', 0.42 * (1 - light)); g.fill();
   g.globalAlpha = s.look.isMarked ? 1 : 0.35 + 0.5 * fade(cam, depth);
   g.strokeStyle = s.look.colour; g.lineWidth = s.look.isMarked ? 1.8 : 1; g.stroke();

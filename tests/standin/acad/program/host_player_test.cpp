@@ -6,8 +6,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cmath>
+#include <mutex>
 #include <sstream>
+#include <thread>
 
 namespace {
 
@@ -17,12 +21,22 @@ using testing::HasSubstr;
 class FakeControls : public program::Controls {
 public:
   const std::vector<program::ControlInfo>& infos() const override { return mInfos; }
-  std::vector<program::ScrollState> states() const override { return mStates; }
+  std::vector<program::ScrollState> states() const override {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    return mStates;
+  }
+  void scroll(int position) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    mStates[0].mVertical = position;
+  }
   void point(session::Pointer where) override { mPointer = where; }
 
   std::vector<program::ControlInfo> mInfos{{"tree", "SysTreeView32", {0, 9, 3}, {}}};
-  std::vector<program::ScrollState> mStates{1};
   session::Pointer mPointer = session::Pointer::none;
+
+private:
+  mutable std::mutex mMutex;
+  std::vector<program::ScrollState> mStates{1};
 };
 
 class HostPlayerTest : public testing::Test {
@@ -159,12 +173,24 @@ TEST_F(HostPlayerTest, ViewsThatNoFrameShowedAreSeenAtALook) {
   host::ViewState view = host::view();
   view.fieldWidth = 77;
   host::setView(view);
-  mControls.mStates[0].mVertical = 5;
   mRecorderP->look();
   ASSERT_EQ(mRecorderP->frames().size(), before + 1);
   EXPECT_EQ(mRecorderP->frames().back().mView.fieldWidth, 77);
-  ASSERT_EQ(mRecorderP->scrolls().size(), 2u);
-  EXPECT_EQ(mRecorderP->scrolls().back().mValue[0].mVertical, 5);
+}
+
+// The main thread need not do anything for it.
+TEST_F(HostPlayerTest, ScrolledControlsAreSeenWhileTheMainThreadIsBusy) {
+  for (int position = 1; position <= 3; ++position) {
+    mControls.scroll(position);
+    const std::size_t wanted = static_cast<std::size_t>(position) + 1;
+    for (int i = 0; i < 1000 && mRecorderP->scrolls().size() < wanted; ++i)
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    mRecorderP->look();
+    mRecorderP->look();
+    const auto scrolls = mRecorderP->scrolls();
+    ASSERT_EQ(scrolls.size(), wanted) << "one entry for each change, none without";
+    EXPECT_EQ(scrolls.back().mValue[0].mVertical, position);
+  }
 }
 
 } // namespace
