@@ -1,0 +1,332 @@
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+#include "accmd.h"
+#include "acdocman.h"
+#include "acedads.h"
+#include "host.h"
+
+namespace {
+
+int gRuns = 0;
+
+void countRun() {
+  ++gRuns;
+}
+
+void sendItself() {
+  ++gRuns;
+  acDocManagerPtr()->sendStringToExecute(acDocManagerPtr()->curDocument(), L"AGAIN ");
+}
+
+void fail() {
+  throw std::runtime_error("it broke");
+}
+
+AcEdCommandStack* commandStack() {
+  return static_cast<AcEdCommandStack*>(acrxSysRegistry()->at(L"ACAD_REGISTERED_COMMANDS"));
+}
+
+class CommandLine : public testing::Test {
+protected:
+  CommandLine() {
+    host::reset();
+    gRuns = 0;
+  }
+  ~CommandLine() override { host::reset(); }
+
+  static void run(const std::wstring& text) {
+    host::type(text);
+    host::runQueue();
+  }
+  static void addCommand(const ACHAR* globalName, const ACHAR* localName, AcRxFunctionPtr function) {
+    ASSERT_EQ(commandStack()->addCommand(L"GROUP", globalName, localName, 0, function), Acad::eOk);
+  }
+  static void addCube() {
+    host::add(std::make_unique<AcDbLine>(AcGePoint3d(10, 20, 30), AcGePoint3d(14, 26, 38)));
+  }
+};
+
+TEST_F(CommandLine, RunsLaterInOrderAndKeepsARecord) {
+  double seconds = 5;
+  host::setClock([&seconds] { return seconds; });
+  AcApDocument* const documentP = acDocManagerPtr()->curDocument();
+  EXPECT_EQ(acDocManagerPtr()->sendStringToExecute(documentP, L"\x1b\x1b", true, false, true), Acad::eOk);
+  EXPECT_EQ(acDocManagerPtr()->sendStringToExecute(documentP, L"NOSUCH\n", true, false, true), Acad::eOk);
+  EXPECT_EQ(acDocManagerPtr()->sendStringToExecute(nullptr, L"LOST\n"), Acad::eNoDocument);
+  EXPECT_TRUE(host::history().empty());
+  EXPECT_EQ(host::queueLength(), 2);
+  seconds = 6;
+  EXPECT_EQ(host::runQueue(), 2);
+  ASSERT_EQ(host::history().size(), 3u);
+  EXPECT_TRUE(host::history()[0].isTyped);
+  EXPECT_EQ(host::history()[0].text, L"\x1b\x1b");
+  EXPECT_EQ(host::history()[2].text, L"Unknown command \"NOSUCH\".\n");
+  EXPECT_FALSE(host::history()[2].isTyped);
+  EXPECT_EQ(host::history()[2].seconds, 6);
+  EXPECT_EQ(host::historyText(), "> <ESC><ESC>\n> NOSUCH\nUnknown command \"NOSUCH\".\n");
+  EXPECT_EQ(host::printed(), L"Unknown command \"NOSUCH\".\n");
+}
+
+TEST_F(CommandLine, PrintsWideTextAndNumbers) {
+  EXPECT_EQ(acutPrintf(L"\n=> %s: %d%%", L"Move", 7), RTNORM);
+  acutPrintf(L"%ls%8.2f", L"!", 1.5);
+  EXPECT_EQ(host::printed(), L"\n=> Move: 7%!    1.50");
+  const std::wstring longText(5000, L'x');
+  acutPrintf(L"%s", longText.c_str());
+  EXPECT_EQ(host::history().back().text, longText);
+  EXPECT_EQ(host::historyText().substr(0, 8), "=> Move:");
+}
+
+TEST_F(CommandLine, FindsRegisteredCommandsByEitherName) {
+  addCommand(L"OWN_COMMAND", L"EIGENES", countRun);
+  EXPECT_EQ(commandStack()->addCommand(L"group", L"own_command", L"X", 0, countRun), Acad::eDuplicateKey);
+  run(L"_own_command\n");
+  EXPECT_EQ(gRuns, 1);
+  run(L"'eigenes ");
+  EXPECT_EQ(gRuns, 2);
+  run(L"'_OWN_COMMAND ");
+  EXPECT_EQ(gRuns, 3);
+  run(L"OWN_COMMAND\n"); // without the mark it is the local name that counts
+  run(L"_EIGENES\n");
+  EXPECT_EQ(gRuns, 3);
+  EXPECT_EQ(commandStack()->removeCmd(L"GROUP", L"Own_Command"), Acad::eOk);
+  EXPECT_EQ(commandStack()->removeCmd(L"GROUP", L"OWN_COMMAND"), Acad::eKeyNotFound);
+  run(L"_OWN_COMMAND\n");
+  EXPECT_EQ(gRuns, 3);
+}
+
+TEST_F(CommandLine, SurvivesCommandsThatFailOrSendThemselves) {
+  addCommand(L"BROKEN", nullptr, fail);
+  run(L"BROKEN\n");
+  EXPECT_NE(host::printed().find(L"it broke"), std::wstring::npos);
+  addCommand(L"AGAIN", nullptr, sendItself);
+  host::type(L"AGAIN\n");
+  EXPECT_EQ(host::runQueue(), 10000);
+  EXPECT_EQ(gRuns, 10000);
+  EXPECT_EQ(host::queueLength(), 1);
+}
+
+TEST_F(CommandLine, EnterRepeatsAndEscapeCancels) {
+  addCommand(L"COUNT", nullptr, countRun);
+  run(L"\n");
+  EXPECT_EQ(gRuns, 0);
+  run(L"COUNT \n ");
+  EXPECT_EQ(gRuns, 3);
+  run(L"LINE 0,0 1,0 \x1b"
+      L"2,0 ");
+  EXPECT_EQ(host::entityCount(), 1);
+  EXPECT_EQ(host::printed(), L"*Cancel*\nUnknown command \"2,0\".\n");
+  run(L"COU\x1bNOPE\n"); // what was half typed goes too
+  EXPECT_EQ(gRuns, 3);
+}
+
+TEST_F(CommandLine, DrawsLinesAndCircles) {
+  run(L"_LINE\n0,0\n4,0\nnonsense\n4,3,7\nC\n");
+  EXPECT_EQ(host::entityCount(), 3);
+  EXPECT_EQ(host::extents().maxPoint().z, 7);
+  EXPECT_EQ(host::printed(), L"Invalid point.\n");
+  const auto* const lastP = dynamic_cast<const AcDbLine*>(host::entity(3));
+  ASSERT_NE(lastP, nullptr);
+  EXPECT_EQ(lastP->endPoint().x, 0);
+  run(L"circle 5,5 -1 x 2\n");
+  EXPECT_EQ(host::entityCount(), 4);
+  EXPECT_EQ(host::extents().maxPoint().y, 7);
+  for (const wchar_t* const bad : {L"1", L"1,2,3,4", L"1,", L",1", L"1,nan", L"1e300,0", L"1,2x", L"1;2"})
+    run(std::wstring(L"\x1bLINE 0,0 ") + bad + L" ");
+  EXPECT_EQ(host::entityCount(), 4);
+}
+
+TEST_F(CommandLine, ATransparentCommandLeavesTheOtherOneRunning) {
+  addCube();
+  run(L"LINE 0,0 ");
+  run(L"'_-VIEW _TOP ");
+  run(L"1,1 \n");
+  EXPECT_EQ(host::entityCount(), 2);
+  EXPECT_EQ(host::view().target.x, 12);
+}
+
+struct NamedView {
+  const wchar_t* text;
+  AcGeVector3d towards;
+  AcGeVector3d up;
+};
+
+TEST_F(CommandLine, ShowsTheSixViewsInMemoryAndInTheDrawing) {
+  addCube();
+  const NamedView views[] = {
+      {L"'_-VIEW _FRONT ", {0, -1, 0}, {0, 0, 1}}, {L"'_-VIEW _RIGHT ", {1, 0, 0}, {0, 0, 1}},
+      {L"'_-VIEW _TOP ", {0, 0, 1}, {0, 1, 0}},    {L"'_-VIEW _BACK ", {0, 1, 0}, {0, 0, 1}},
+      {L"'_-VIEW _LEFT ", {-1, 0, 0}, {0, 0, 1}},  {L"'_-VIEW _BOTTOM ", {0, 0, -1}, {0, 1, 0}}};
+  for (const NamedView& expected : views) {
+    run(expected.text);
+    for (const host::ViewState& view : {host::view(), host::storedView()}) {
+      EXPECT_TRUE(view.target == AcGePoint3d(12, 23, 34));
+      EXPECT_TRUE(view.position == view.target + expected.towards * 100);
+      EXPECT_TRUE(view.up == expected.up);
+      EXPECT_EQ(view.fieldWidth, 40);
+      EXPECT_EQ(view.fieldHeight, 10);
+    }
+  }
+  run(L"'_-VIEW _SIDEWAYS ");
+  EXPECT_EQ(host::printed(), L"Invalid option \"_SIDEWAYS\".\n");
+}
+
+TEST_F(CommandLine, ZoomsToAllOfTheDrawing) {
+  for (const wchar_t* const text : {L"'_ZOOM _ALL ", L"_ZOOM _EXTENTS ", L"zoom e\n", L"Zoom A\n"}) {
+    host::reset();
+    addCube();
+    int frames = 0;
+    host::setFrameSink([&frames](const host::Frame&) { ++frames; });
+    run(text);
+    EXPECT_TRUE(host::view().target == AcGePoint3d(12, 23, 34));
+    EXPECT_TRUE(host::view().position == AcGePoint3d(12, 23, 134));
+    EXPECT_NEAR(host::view().fieldHeight, 6 * 1.05, 1e-9);
+    EXPECT_NEAR(host::view().fieldWidth, 4 * 6 * 1.05, 1e-9); // the shape of the field stays
+    EXPECT_EQ(host::storedView().fieldHeight, host::view().fieldHeight);
+    EXPECT_EQ(frames, 1);
+  }
+  host::ViewState view = host::view();
+  view.perspective = true;
+  host::setView(view);
+  run(L"ZOOM E\n");
+  EXPECT_NEAR(host::view().position.distanceTo(host::view().target), 100, 1e-9); // fits already
+  host::reset();
+  run(L"ZOOM E\n");
+  EXPECT_EQ(host::view().fieldWidth, 40);
+  host::add(std::make_unique<AcDbPoint>(AcGePoint3d(1, 2, 3)));
+  run(L"ZOOM E\n");
+  EXPECT_EQ(host::view().fieldWidth, 40);
+  EXPECT_EQ(host::view().target.z, 3);
+}
+
+TEST_F(CommandLine, ZoomsALayoutThroughItsViewport) {
+  addCube();
+  host::setLayout(true);
+  run(L"_ZOOM _ALL ");
+  EXPECT_EQ(host::layout().centre.x, 12);
+  EXPECT_EQ(host::layout().centre.y, 23);
+  EXPECT_NEAR(host::layout().viewHeight, 6 * 1.05, 1e-9);
+  EXPECT_EQ(host::view().fieldWidth, 40);
+}
+
+class MenuReader : public CommandLine {
+protected:
+  MenuReader() {
+    const auto* const info = testing::UnitTest::GetInstance()->current_test_info();
+    mHome = std::filesystem::temp_directory_path() / (std::string("ov_menu_reader_") + info->name());
+    std::filesystem::remove_all(mHome);
+    std::filesystem::create_directories(mHome / "Orvaner" / "Applications");
+    mDll = mHome / "OvScribe2018.dll";
+    std::ofstream(mDll) << "menu reader";
+    setProfile(mHome.string());
+  }
+  ~MenuReader() override {
+    setProfile("");
+    std::filesystem::remove_all(mHome);
+  }
+
+  static void setProfile(const std::string& value) {
+#ifdef _WIN32
+    _putenv_s("USERPROFILE", value.c_str());
+#else
+    setenv("USERPROFILE", value.c_str(), 1);
+#endif
+  }
+  std::string menuFile() const {
+    std::ifstream in(mHome / "Orvaner" / "Applications" / "autocad.mnu", std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+  }
+  void load(const std::string& path) {
+    run(L"(command \"netload\" \"" + std::wstring(path.begin(), path.end()) + L"\")\n");
+  }
+
+  std::filesystem::path mHome;
+  std::filesystem::path mDll;
+};
+
+TEST_F(MenuReader, WritesTheMenuFile) {
+  load(mDll.generic_string());
+  EXPECT_EQ(host::printed(), L"");
+  EXPECT_EQ(menuFile(), host::menuText());
+  EXPECT_EQ(menuFile().find('#'), std::string::npos); // would end the line for a reader of the file
+  EXPECT_EQ(menuFile().find("\n\n") + 1, menuFile().find("\n[MenuBar]")); // nor may a section be cut short
+  host::setMenuText("[Modes]\nOne\n");
+  load(mDll.generic_string());
+  EXPECT_EQ(menuFile(), "[Modes]\nOne\n");
+}
+
+TEST_F(MenuReader, SaysWhyItCannot) {
+  load(mHome.generic_string() + "/Other.dll");
+  std::filesystem::rename(mDll, mHome / "x.dll");
+  load(mDll.generic_string());
+  load((mHome / "x.dll").generic_string());
+  EXPECT_EQ(host::history().size(), 6u);
+  EXPECT_NE(host::printed().find(L"Cannot load assembly"), std::wstring::npos);
+  std::filesystem::rename(mHome / "x.dll", mDll);
+  std::filesystem::remove_all(mHome / "Orvaner");
+  load(mDll.generic_string());
+  EXPECT_NE(host::history().back().text.find(L"cannot write"), std::wstring::npos);
+  setProfile("");
+  load(mDll.generic_string());
+  EXPECT_NE(host::history().back().text.find(L"USERPROFILE"), std::wstring::npos);
+}
+
+TEST_F(CommandLine, WorksOutMenuExpressions) {
+  run(L"(menucmd \"M=a$(+,1,$(*,2,3))b$(if,$(=,$(getvar,CVPORT),2),yes,no)$(if,0,x)$(eval,e)\")\n");
+  EXPECT_EQ(host::printed(), L"a7byese\n");
+  addCube();
+  run(L"_ZOOM\n");
+  run(L"(command (menucmd \"M=$(if,$(=,$(getvar,tilemode),1),_EXTENTS,_ALL)\"))\n");
+  EXPECT_EQ(host::view().target.x, 12);
+  for (const wchar_t* const bad : {L"M=$(", L"M=$(+,1", L"M=$(nosuch,1,2)", L"M=$(if)", L"P1=+x"}) {
+    run(std::wstring(L"(command (menucmd \"") + bad + L"\"))\n");
+    EXPECT_NE(host::history().back().text.find(L"; error: bad argument to menucmd"), std::wstring::npos)
+        << bad;
+  }
+  std::wstring deep = L"M=";
+  for (int i = 0; i < 1000; ++i)
+    deep += L"$(eval,";
+  run(L"(menucmd \"" + deep + L"\")\n");
+  EXPECT_NE(host::history().back().text.find(L"; error"), std::wstring::npos);
+}
+
+TEST_F(CommandLine, TakesExpressionsAsAWhole) {
+  run(L"(command \"LINE\" \"0,0\" \"1,0\" \"\")\n");
+  EXPECT_EQ(host::entityCount(), 1);
+  EXPECT_TRUE(host::printed().empty());
+  run(L"(command \"a\\\"b) (\\\\\")\n"); // brackets and quotes inside a text don't end it
+  EXPECT_EQ(host::printed(), L"Unknown command \"a\"b) (\\\".\n");
+  run(L"(command \"LINE\" ");
+  EXPECT_EQ(host::printed(), L"Unknown command \"a\"b) (\\\".\n");
+  run(L"\x1b(nosuch)\n");
+  EXPECT_EQ(host::history().back().text, L"; error: no function definition: nosuch\n");
+  run(L"()\n");
+  EXPECT_EQ(host::history().back().text, L"; error: malformed expression\n");
+  run(std::wstring(2000, L'(') + std::wstring(2000, L')') + L"\n");
+  EXPECT_EQ(host::history().back().text, L"; error: malformed expression\n");
+}
+
+TEST_F(CommandLine, ResetForgetsCommandsAndWhatWaits) {
+  addCommand(L"COUNT", nullptr, countRun);
+  run(L"LINE 0,0 ");
+  host::type(L"COUNT ");
+  host::reset();
+  EXPECT_EQ(host::queueLength(), 0);
+  EXPECT_TRUE(host::history().empty());
+  run(L"1,1 \n");
+  EXPECT_EQ(host::entityCount(), 0);
+  run(L"COUNT\n");
+  EXPECT_EQ(gRuns, 0);
+}
+
+} // namespace

@@ -1,0 +1,108 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+
+#include "dxf_reader.h"
+#include "host.h"
+
+// Drawings that others made. The packages that hold them are among what the project installs.
+
+namespace {
+
+const std::string kModels = "/usr/share/assimp/models/DXF/";
+const std::string kLibrary = "/usr/share/librecad";
+
+bool isFiniteBox(const AcDbExtents& box) {
+  const AcGeVector3d size = box.maxPoint() - box.minPoint();
+  return std::isfinite(size.length()) && !box.isEmpty();
+}
+
+class DxfFiles : public testing::Test {
+protected:
+  DxfFiles() { host::reset(); }
+  ~DxfFiles() override { host::reset(); }
+
+  static size_t strokeCount() {
+    size_t count = 0;
+    for (int i = 1; i <= host::entityCount(); ++i)
+      count += host::strokes(i).size();
+    return count;
+  }
+};
+
+TEST_F(DxfFiles, ModelsAreWhole) {
+  const dxf::Result egg = dxf::load(kModels + "PinkEggFromLW.dxf");
+  EXPECT_EQ(egg.error, "");
+  EXPECT_EQ(egg.summary(), "288 entities");
+  EXPECT_NEAR(host::extents().maxPoint().x, 2.15, 1e-6);
+  host::reset();
+  EXPECT_EQ(dxf::load(kModels + "wuson.dxf").error, "");
+  ASSERT_EQ(host::entityCount(), 1);
+  EXPECT_EQ(strokeCount(), 6767u); // the edges of its faces
+  host::reset();
+  EXPECT_EQ(dxf::load(kModels + "lineTest.dxf").entities, 3);
+  EXPECT_EQ(host::firstLine(), 3);
+  host::reset();
+  const dxf::Result grids = dxf::load(kModels + "issue_2229.dxf");
+  EXPECT_EQ(grids.error, "");
+  EXPECT_GT(strokeCount(), 1000u);
+}
+
+TEST_F(DxfFiles, ALibraryOfPartsLoads) {
+  // These are sheets with nothing on them, or a part whose shapes stand on a layout.
+  const std::set<std::string> kEmpty = {"audio/s1.dxf", "audio/speak2.dxf", "templates/empty.dxf"};
+  int count = 0;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(kLibrary)) {
+    if (entry.path().extension() != ".dxf")
+      continue;
+    ++count;
+    host::reset();
+    const dxf::Result result = dxf::load(entry.path().string());
+    const std::string name =
+        (entry.path().parent_path().filename() / entry.path().filename()).generic_string();
+    if (kEmpty.count(name) != 0) {
+      EXPECT_EQ(result.error, entry.path().string() + ": nothing to show: 0 entities");
+      continue;
+    }
+    EXPECT_EQ(result.error, "");
+    EXPECT_EQ(host::entityCount(), result.entities);
+    EXPECT_TRUE(isFiniteBox(host::extents())) << entry.path();
+    EXPECT_GT(strokeCount(), 0u) << entry.path();
+  }
+  EXPECT_GT(count, 1000);
+}
+
+/// Cuts a real file at many places, and spoils it with strange bytes: each must load or be refused with one
+/// line.
+TEST_F(DxfFiles, DamagedFilesAreRefusedWithOneLine) {
+  std::ifstream in(kModels + "issue_2229.dxf", std::ios::binary);
+  std::ostringstream content;
+  content << in.rdbuf();
+  const std::string whole = content.str();
+  ASSERT_GT(whole.size(), 10000u);
+  const std::string path = (std::filesystem::temp_directory_path() / "ov_damaged.dxf").string();
+  unsigned random = 1;
+  for (int i = 0; i < 60; ++i) {
+    random = random * 1664525u + 1013904223u;
+    const size_t place = random % whole.size();
+    const std::string cut = whole.substr(0, place);
+    std::string spoilt = whole;
+    spoilt.replace(place, 3, i % 2 ? "\n\n" : "-9e99");
+    for (const std::string& text : {cut, spoilt}) {
+      std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
+      host::reset();
+      const dxf::Result result = dxf::load(path);
+      EXPECT_EQ(result.error.find('\n'), std::string::npos);
+      EXPECT_EQ(result.isLoaded(), host::entityCount() > 0);
+      EXPECT_TRUE(!result.isLoaded() || isFiniteBox(host::extents()));
+      EXPECT_TRUE(&text != &cut || !result.isLoaded());
+    }
+  }
+  std::filesystem::remove(path);
+}
+
+} // namespace

@@ -1,0 +1,236 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+
+#include "dxf_reader.h"
+#include "host.h"
+
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+
+class Dxf : public testing::Test {
+protected:
+  Dxf() {
+    host::reset();
+    const auto* const info = testing::UnitTest::GetInstance()->current_test_info();
+    mPath =
+        (std::filesystem::temp_directory_path() / (std::string("ov_dxf_") + info->name() + ".dxf")).string();
+  }
+  ~Dxf() override {
+    host::reset();
+    std::error_code ignored;
+    std::filesystem::remove(mPath, ignored);
+  }
+
+  dxf::Result loadText(const std::string& text) {
+    std::ofstream(mPath, std::ios::binary) << text;
+    return dxf::load(mPath);
+  }
+  /// "0 LINE 10 1.5" becomes lines of codes and values.
+  static std::string lines(std::string words) {
+    for (char& c : words)
+      if (c == ' ')
+        c = '\n';
+    return words + "\n";
+  }
+  static std::string section(const std::string& name, const std::string& words) {
+    return lines("0 SECTION 2 " + name) + (words.empty() ? "" : lines(words)) + lines("0 ENDSEC");
+  }
+  dxf::Result loadEntities(const std::string& words, const std::string& blocks = "") {
+    return loadText((blocks.empty() ? "" : section("BLOCKS", blocks)) + section("ENTITIES", words) +
+                    lines("0 EOF"));
+  }
+  static void expectBox(const AcGePoint3d& low, const AcGePoint3d& high) {
+    const AcDbExtents box = host::extents();
+    for (const auto axis : {&AcGePoint3d::x, &AcGePoint3d::y, &AcGePoint3d::z}) {
+      EXPECT_NEAR(box.minPoint().*axis, low.*axis, 1e-9);
+      EXPECT_NEAR(box.maxPoint().*axis, high.*axis, 1e-9);
+    }
+  }
+  template <class T> static const T* only() {
+    EXPECT_EQ(host::entityCount(), 1);
+    return dynamic_cast<const T*>(host::entity(1));
+  }
+
+  std::string mPath;
+};
+
+TEST_F(Dxf, ReadsStraightThings) {
+  EXPECT_EQ(loadEntities("0 LINE 8 0 10 1 20 2 30 3 11 4 21 5 31 6 0 POINT 10 -1 20 0 30 0").summary(),
+            "2 entities");
+  EXPECT_EQ(host::firstLine(), 1);
+  expectBox({-1, 0, 0}, {4, 5, 6});
+  host::reset();
+  loadEntities("0 3DFACE 10 0 20 0 30 0 11 1 21 0 31 0 12 1 22 1 32 2 13 1 23 1 33 2");
+  ASSERT_NE(only<AcDbFace>(), nullptr);
+  EXPECT_EQ(host::strokes(1)[0].size(), 4u); // a triangle, closed
+  host::reset();
+  // The corners of a solid stand crosswise; seen along its normal, minus z, x is turned round.
+  loadEntities("0 SOLID 10 0 20 0 30 5 11 1 21 0 31 5 12 0 22 1 32 5 13 1 23 1 33 5 210 0 220 0 230 -1");
+  ASSERT_NE(only<AcDbFace>(), nullptr);
+  expectBox({-1, 0, -5}, {0, 1, -5});
+  EXPECT_NEAR(host::strokes(1)[0][2].x, -1, 1e-12);
+  EXPECT_NEAR(host::strokes(1)[0][2].y, 1, 1e-12);
+}
+
+TEST_F(Dxf, ReadsRoundThings) {
+  loadEntities("0 ARC 10 0 20 0 30 0 40 2 50 90 51 180");
+  ASSERT_NE(only<AcDbArc>(), nullptr);
+  expectBox({-2, 0, 0}, {0, 2, 0});
+  host::reset();
+  loadEntities("0 CIRCLE 10 3 20 0 30 4 40 1 210 1 220 0 230 0"); // lies in the plane of y and z
+  ASSERT_NE(only<AcDbCircle>(), nullptr);
+  expectBox({4, 2, -1}, {4, 4, 1});
+  host::reset();
+  loadEntities("0 ELLIPSE 10 1 20 1 30 0 11 0 21 4 31 0 40 0.5 41 0 42 6.283185307179586");
+  ASSERT_NE(only<AcDbEllipse>(), nullptr);
+  expectBox({-1, -3, 0}, {3, 5, 0});
+  host::reset();
+  EXPECT_EQ(loadEntities("0 CIRCLE 10 0 20 0 40 0 0 POINT 10 0 20 0").skipped.begin()->first,
+            "CIRCLE without a radius");
+}
+
+TEST_F(Dxf, ReadsPolylinesOfBothAges) {
+  const std::string old =
+      "0 POLYLINE 66 1 70 1 10 0 20 0 30 7 0 VERTEX 10 0 20 0 30 7 0 VERTEX 10 2 20 0 30 7 42 1"
+      " 0 VERTEX 10 9 20 9 30 7 70 16 0 SEQEND";
+  loadEntities(old);
+  ASSERT_NE(only<AcDbPolyline>(), nullptr);
+  EXPECT_TRUE(only<AcDbPolyline>()->isClosed());
+  expectBox({0, 0, 7}, {2, 1, 7}); // half a circle back; the point that shapes a curve is left out
+  host::reset();
+  // A wrong count doesn't matter, whichever way.
+  for (const char* const count : {"2", "1", "2000000000", "-1"}) {
+    host::reset();
+    loadEntities(std::string("0 LWPOLYLINE 90 ") + count +
+                 " 70 1 38 7 10 0 20 0 10 2 20 0 42 1 0 POINT 10 0 20 0 30 7");
+    EXPECT_EQ(host::entityCount(), 2);
+    expectBox({0, 0, 7}, {2, 1, 7});
+  }
+  host::reset();
+  loadEntities(
+      "0 POLYLINE 70 8 0 VERTEX 10 1 20 2 30 3 0 VERTEX 10 4 20 5 30 6 0 LINE 10 0 20 0 11 1 21 1"); // no
+                                                                                                     // SEQEND
+  EXPECT_EQ(host::entityCount(), 2);
+  EXPECT_NE(dynamic_cast<const AcDb3dPolyline*>(host::entity(1)), nullptr);
+  expectBox({0, 0, 0}, {4, 5, 6});
+}
+
+TEST_F(Dxf, ReadsMeshesWithTheirFaces) {
+  loadEntities("0 POLYLINE 70 64 71 99 72 99 0 VERTEX 10 0 20 0 30 0 70 192 0 VERTEX 10 1 20 0 30 0 70 192"
+               " 0 VERTEX 70 128 71 1 72 2 73 -3 0 VERTEX 10 0 20 1 30 5 70 192 0 VERTEX 70 128 71 1 72 2 73 "
+               "9 0 SEQEND");
+  ASSERT_NE(only<AcDbPolyFaceMesh>(), nullptr);
+  EXPECT_EQ(only<AcDbPolyFaceMesh>()->numVertices(), 3u);
+  EXPECT_EQ(only<AcDbPolyFaceMesh>()->numFaces(), 1u);
+  expectBox({0, 0, 0}, {1, 1, 5});
+  host::reset();
+  std::string grid = "0 POLYLINE 70 17 71 3 72 2"; // closed along its first direction
+  for (int i = 0; i < 6; ++i)
+    grid += " 0 VERTEX 70 64 10 " + std::to_string(i / 2) + " 20 " + std::to_string(i % 2) + " 30 0";
+  loadEntities(grid + " 0 SEQEND");
+  ASSERT_NE(only<AcDbPolyFaceMesh>(), nullptr);
+  EXPECT_EQ(only<AcDbPolyFaceMesh>()->numFaces(), 3u);
+}
+
+TEST_F(Dxf, ReadsSplinesAsLines) {
+  // A quarter of a circle, exact as a rational curve: every point lies at distance 1.
+  loadEntities("0 SPLINE 71 2 72 6 73 3 40 0 40 0 40 0 40 1 40 1 40 1 41 1 41 0.7071067811865476 41 1"
+               " 10 1 20 0 30 0 10 1 20 1 30 0 10 0 20 1 30 0");
+  ASSERT_NE(only<AcDb3dPolyline>(), nullptr);
+  expectBox({0, 0, 0}, {1, 1, 0});
+  EXPECT_GE(only<AcDb3dPolyline>()->points().size(), 8u);
+  host::reset();
+  EXPECT_EQ(loadEntities("0 SPLINE 71 3 72 999999999 73 2 10 1 20 0 10 2 20 0 0 POINT 10 0").skipped.size(),
+            1u);
+}
+
+TEST_F(Dxf, InsertsBlocksInBlocksWhateverTheirOrder) {
+  const std::string blocks = "0 BLOCK 2 OUTER 10 0 20 0 30 0 0 INSERT 2 INNER 10 5 20 0 0 ENDBLK"
+                             " 0 BLOCK 2 INNER 10 1 20 0 30 0 0 LINE 10 1 20 0 11 3 21 0 0 ENDBLK"
+                             " 0 BLOCK 2 LOOP 0 INSERT 2 LOOP 0 LINE 10 0 20 0 11 1 21 1 0 ENDBLK"
+                             " 0 BLOCK 2 *Paper_Space 67 1 0 LINE 67 1 10 0 20 0 11 99 21 99 0 ENDBLK";
+  EXPECT_EQ(loadEntities("0 INSERT 2 OUTER 10 100 20 0 30 0 50 90 41 2 42 1 43 1", blocks).entities, 1);
+  ASSERT_NE(only<AcDbBlockReference>(), nullptr);
+  expectBox({100, 10, 0}, {100, 14, 0});
+  host::reset();
+  const dxf::Result looped = loadEntities("0 INSERT 2 LOOP 10 1 20 0 0 INSERT 2 NOSUCH 10 0", blocks);
+  EXPECT_EQ(looped.entities, 1); // the line in it
+  EXPECT_EQ(looped.skipped.at("INSERT of an unknown or circular block"), 2);
+  host::reset();
+  loadEntities("0 INSERT 2 INNER 10 0 20 0 70 3 71 2 44 10 45 20", blocks); // 3 columns, 2 rows
+  EXPECT_EQ(host::strokes(1).size(), 6u);
+  expectBox({0, 0, 0}, {22, 20, 0});
+}
+
+TEST_F(Dxf, BoundsWhatInsertsStandFor) {
+  std::string blocks = "0 BLOCK 2 B0 0 LINE 10 0 20 0 11 1 21 1 0 ENDBLK";
+  for (int i = 1; i <= 9; ++i) {
+    blocks += " 0 BLOCK 2 B" + std::to_string(i);
+    for (int k = 0; k < 10; ++k)
+      blocks += " 0 INSERT 2 B" + std::to_string(i - 1) + " 10 0 20 0";
+    blocks += " 0 ENDBLK";
+  }
+  const dxf::Result bomb = loadEntities("0 INSERT 2 B9 10 0 20 0 0 LINE 10 0 20 0 11 1 21 1", blocks);
+  EXPECT_EQ(bomb.entities, 1);
+  EXPECT_GE(bomb.skipped.at("INSERT that stands for too much"), 1);
+  const dxf::Result array = loadEntities("0 INSERT 2 B0 10 0 20 0 70 30000 71 30000 0 POINT 10 0", blocks);
+  EXPECT_EQ(array.entities, 1);
+}
+
+TEST_F(Dxf, CountsWhatItLeavesOut) {
+  const dxf::Result result = loadEntities("0 TEXT 1 words 10 bad 0 HATCH 91 999999999 0 TEXT 1 more 0 LINE "
+                                          "67 1 10 0 20 0 11 5 21 5 0 POINT 10 1");
+  EXPECT_EQ(result.error, "");
+  EXPECT_EQ(result.summary(), "1 entity; left out: 1 HATCH, 2 TEXT, 1 entity on a layout");
+  expectBox({1, 0, 0}, {1, 0, 0});
+}
+
+TEST_F(Dxf, TakesBothLineEndsBlanksAndComments) {
+  std::string text =
+      "999\r\nmade by hand\r\n  0\r\nSECTION\r\n  2\r\nENTITIES\r\n 0 \r\nPOINT\r\n 10\r\n 1.5e1\r\n  0\r\n"
+      "ENDSEC\r\n  0\r\nEOF";
+  EXPECT_EQ(loadText(text).error, "");
+  expectBox({15, 0, 0}, {15, 0, 0});
+}
+
+TEST_F(Dxf, SaysInOneLineWhatIsWrongAndAddsNothing) {
+  const std::string good = section("ENTITIES", "0 POINT 10 1 20 2 30 3");
+  const std::string line = lines("0 LINE 10 0 20 0");
+  const auto expectError = [this](const std::string& text, const std::string& reason) {
+    const dxf::Result result = loadText(text);
+    EXPECT_EQ(result.error, mPath + reason);
+    EXPECT_EQ(host::entityCount(), 0);
+  };
+  expectError("", ": the file is empty");
+  expectError("hello\nworld\n", ":1: \"hello\" is no group code");
+  expectError(std::string("0\nSECTION\n\0\n", 12), ":3: not a text file");
+  expectError("AutoCAD Binary DXF\r\n\x1a", ": a DXF file in binary form; save it as text");
+  expectError(lines("0 EOF"), ":2: no section, this is no DXF file");
+  expectError(good, ":14: the file ends without EOF, it is not whole");
+  expectError(good.substr(0, good.size() - 7), ":13: the file ends between a group code and its value");
+  expectError(lines("0 SECTION 2 ENTITIES") + line + lines("0 EOF"),
+              ":12: EOF inside the section \"ENTITIES\"");
+  expectError(lines("0 LINE 0 EOF"), ":2: a section should begin here, not \"LINE\"");
+  expectError(lines("0 SECTION 0 EOF"), ":4: a section without a name");
+  expectError("0\nSECTION\n99999\nx\n", ":3: \"99999\" is no group code");
+  expectError(section("ENTITIES", "0 LINE 10 nan 20 0 11 1 21 1"), ":8: \"nan\" is no number");
+  expectError(section("ENTITIES", "0 LINE 10 1 20 1e999 11 1 21 1"), ":10: \"1e999\" is no number");
+  expectError(section("ENTITIES", "0 LINE 10 1 20 1e16 11 1 21 1"),
+              ":10: \"1e16\" is too large for a coordinate");
+  expectError(section("ENTITIES", "0 CIRCLE 10 1 20 1 40 abc"), ":12: \"abc\" is no number");
+  expectError(section("ENTITIES", "") + lines("0 EOF"), ": nothing to show: 0 entities");
+  expectError(section("ENTITIES", "0 TEXT 10 0") + lines("0 EOF"),
+              ": nothing to show: 0 entities; left out: 1 TEXT");
+}
+
+TEST_F(Dxf, NamesFilesThatCannotBeRead) {
+  EXPECT_EQ(dxf::load(mPath).error, mPath + ": cannot be opened");
+  const std::string folder = std::filesystem::temp_directory_path().string();
+  EXPECT_EQ(dxf::load(folder).error, folder + ": is a folder");
+}
+
+} // namespace

@@ -1,0 +1,189 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "acdocman.h"
+#include "acedads.h"
+#include "calls.h"
+#include "host.h"
+
+namespace {
+
+class Objects : public testing::Test {
+protected:
+  Objects() {
+    host::reset();
+    calls::clear();
+    mLine = host::add(std::make_unique<AcDbLine>(AcGePoint3d(0, 0, 0), AcGePoint3d(1, 0, 0)));
+    mCircle = host::add(std::make_unique<AcDbCircle>(AcGePoint3d(5, 0, 0), AcGeVector3d::kZAxis, 1));
+  }
+  ~Objects() override { host::reset(); }
+
+  static void expectNothingHeld() {
+    EXPECT_EQ(host::held().openForRead, 0);
+    EXPECT_EQ(host::held().openForWrite, 0);
+  }
+
+  AcDbObjectId mLine;
+  AcDbObjectId mCircle;
+};
+
+TEST_F(Objects, ManyMayReadButOneMayWrite) {
+  AcDbEntity* first = nullptr;
+  AcDbEntity* second = nullptr;
+  AcDbEntity* writer = nullptr;
+  ASSERT_EQ(acdbOpenObject(first, mLine), Acad::eOk);
+  ASSERT_EQ(acdbOpenObject(second, mLine, AcDb::kForRead), Acad::eOk);
+  EXPECT_EQ(acdbOpenObject(writer, mLine, AcDb::kForWrite), Acad::eWasOpenForRead);
+  EXPECT_EQ(writer, nullptr);
+  EXPECT_EQ(host::held().openForRead, 2);
+  first->close();
+  second->close();
+  ASSERT_EQ(acdbOpenObject(writer, mLine, AcDb::kForWrite), Acad::eOk);
+  EXPECT_EQ(host::held().openForWrite, 1);
+  EXPECT_EQ(acdbOpenObject(first, mLine), Acad::eWasOpenForWrite);
+  EXPECT_EQ(first, nullptr);
+  EXPECT_EQ(acdbOpenObject(first, mLine, AcDb::kForWrite), Acad::eWasOpenForWrite);
+  EXPECT_EQ(writer->close(), Acad::eOk);
+  EXPECT_EQ(writer->close(), Acad::eNotOpen);
+  expectNothingHeld();
+}
+
+TEST_F(Objects, OpensOnlyWhatIsOfTheClassAndInThisDrawing) {
+  AcDbLine* lineP = nullptr;
+  ASSERT_EQ(acdbOpenObject(lineP, mLine), Acad::eOk);
+  EXPECT_TRUE(lineP->isA()->isDerivedFrom(AcDbEntity::desc()));
+  EXPECT_FALSE(lineP->isA()->isDerivedFrom(AcDbCircle::desc()));
+  AcGePoint3d end;
+  EXPECT_EQ(lineP->getEndPoint(end), Acad::eOk);
+  EXPECT_EQ(end.x, 1);
+  lineP->close();
+  EXPECT_EQ(acdbOpenObject(lineP, mCircle), Acad::eNotThatKindOfClass);
+  EXPECT_EQ(lineP, nullptr);
+  AcDbViewport* viewportP = nullptr;
+  EXPECT_EQ(acdbOpenObject(viewportP, mLine), Acad::eNotThatKindOfClass);
+  EXPECT_EQ(acdbOpenObject(lineP, AcDbObjectId::kNull), Acad::eNullObjectId);
+  EXPECT_EQ(acdbOpenObject(lineP, AcDbObjectId(12345678)), Acad::eUnknownObjectId);
+  host::reset();
+  host::add(std::make_unique<AcDbLine>(AcGePoint3d(0, 0, 0), AcGePoint3d(1, 0, 0)));
+  EXPECT_EQ(acdbOpenObject(lineP, mLine), Acad::eUnknownObjectId); // same place, another drawing
+  expectNothingHeld();
+}
+
+TEST_F(Objects, WorkNeedsTheRightOpening) {
+  AcDbEntity* entityP = nullptr;
+  ASSERT_EQ(acdbOpenObject(entityP, mLine), Acad::eOk);
+  EXPECT_EQ(entityP->transformBy(AcGeMatrix3d::translation({1, 0, 0})), Acad::eNotOpenForWrite);
+  AcDbExtents box;
+  EXPECT_EQ(entityP->getGeomExtents(box), Acad::eOk);
+  EXPECT_EQ(box.maxPoint().x, 1);
+  entityP->close();
+  EXPECT_EQ(entityP->getGeomExtents(box), Acad::eNotOpen);
+}
+
+TEST_F(Objects, MarkedObjectsRefuse) {
+  AcDbEntity* entityP = nullptr;
+  host::setCannotBeOpened(mLine);
+  EXPECT_EQ(acdbOpenObject(entityP, mLine), Acad::eCannotBeOpened);
+  host::setCannotBeOpened(mLine, false);
+  host::setHasNoExtents(mLine);
+  host::setRefusesTransform(mLine);
+  ASSERT_EQ(acdbOpenObject(entityP, mLine, AcDb::kForWrite), Acad::eOk);
+  AcDbExtents box({1, 2, 3}, {4, 5, 6});
+  EXPECT_EQ(entityP->getGeomExtents(box), Acad::eInvalidExtents);
+  EXPECT_EQ(box.minPoint().y, 2);
+  EXPECT_EQ(entityP->transformBy(AcGeMatrix3d::translation({1, 0, 0})), Acad::eOnLockedLayer);
+  EXPECT_EQ(host::extents().minPoint().x, 0);
+  entityP->close();
+}
+
+TEST_F(Objects, APointerClosesWhenItGoes) {
+  {
+    AcDbObjectPointer<AcDbLine> pointer;
+    EXPECT_EQ(pointer.open(mCircle, AcDb::kForRead), Acad::eNotThatKindOfClass);
+    EXPECT_EQ(pointer.object(), nullptr);
+    ASSERT_EQ(pointer.open(mLine, AcDb::kForWrite), Acad::eOk);
+    EXPECT_EQ(pointer->startPoint().x, 0);
+    EXPECT_EQ(host::held().openForWrite, 1);
+    EXPECT_EQ(pointer.open(mLine, AcDb::kForRead), Acad::eOk); // gives back the first opening
+    EXPECT_EQ(host::held().openForWrite, 0);
+  }
+  expectNothingHeld();
+  AcDbObjectPointer<AcDbLine> pointer(mLine, AcDb::kForWrite);
+  EXPECT_EQ(pointer.close(), Acad::eOk);
+  EXPECT_EQ(pointer.object(), nullptr);
+  expectNothingHeld();
+}
+
+TEST_F(Objects, ADeletedEntityLeavesItsDrawing) {
+  AcDbEntity* entityP = nullptr;
+  ASSERT_EQ(acdbOpenObject(entityP, mLine, AcDb::kForWrite), Acad::eOk);
+  entityP->close();
+  delete entityP;
+  EXPECT_EQ(acdbOpenObject(entityP, mLine), Acad::eUnknownObjectId);
+  EXPECT_EQ(host::entity(1), nullptr);
+  EXPECT_EQ(host::entityNumber(mCircle), 2);
+  EXPECT_EQ(host::extents().minPoint().x, 4);
+  EXPECT_EQ(host::firstLine(), 0);
+}
+
+TEST_F(Objects, CountsWritesWithoutALock) {
+  AcDbObjectPointer<AcDbLine>(mLine, AcDb::kForWrite).close();
+  EXPECT_EQ(host::writesWithoutLock(), 1);
+  AcApDocument* const documentP = acDocManagerPtr()->curDocument();
+  ASSERT_EQ(acDocManagerPtr()->lockDocument(documentP, AcAp::kWrite, nullptr, nullptr, true), Acad::eOk);
+  EXPECT_EQ(host::held().locks, 1);
+  AcDbObjectPointer<AcDbLine>(mLine, AcDb::kForWrite).close();
+  EXPECT_EQ(host::writesWithoutLock(), 1);
+  EXPECT_EQ(acDocManagerPtr()->unlockDocument(documentP), Acad::eOk);
+  EXPECT_EQ(acDocManagerPtr()->unlockDocument(documentP), Acad::eNotLocked);
+  EXPECT_EQ(host::held().locks, 0);
+}
+
+TEST_F(Objects, TheLayoutsViewportTakesOnlyWhatItCanShow) {
+  EXPECT_TRUE(acedActiveViewportId().isNull()); // the model tab has no such viewport
+  host::setLayout(true);
+  AcDbViewport* viewportP = nullptr;
+  ASSERT_EQ(acdbOpenObject(viewportP, acedActiveViewportId(), AcDb::kForRead), Acad::eOk);
+  EXPECT_EQ(viewportP->width() / viewportP->height(), 1.5);
+  EXPECT_EQ(viewportP->setViewCenter({1, 1}), Acad::eNotOpenForWrite);
+  EXPECT_EQ(viewportP->setViewHeight(1), Acad::eNotOpenForWrite);
+  viewportP->close();
+  ASSERT_EQ(acdbOpenObject(viewportP, acedActiveViewportId(), AcDb::kForWrite), Acad::eOk);
+  EXPECT_EQ(viewportP->setViewHeight(0), Acad::eInvalidInput);
+  EXPECT_EQ(viewportP->setViewHeight(-5), Acad::eInvalidInput);
+  EXPECT_EQ(host::viewCounts().nonFiniteCalls, 0);
+  EXPECT_EQ(viewportP->setViewHeight(std::nan("")), Acad::eInvalidInput);
+  EXPECT_EQ(viewportP->setViewCenter({0, std::numeric_limits<double>::infinity()}), Acad::eInvalidInput);
+  EXPECT_EQ(host::viewCounts().nonFiniteCalls, 2);
+  EXPECT_EQ(viewportP->setViewHeight(50), Acad::eOk);
+  EXPECT_EQ(viewportP->setViewCenter({3, 4}), Acad::eOk);
+  EXPECT_EQ(viewportP->viewCenter().y, 4);
+  viewportP->close();
+  EXPECT_EQ(host::layout().viewHeight, 50);
+  EXPECT_EQ(host::layout().centre.x, 3);
+}
+
+TEST_F(Objects, SystemVariablesCompareWithoutCase) {
+  resbuf value{};
+  value.resval.rint = 99;
+  EXPECT_EQ(acedGetVar(L"nosuch", &value), RTERROR);
+  EXPECT_EQ(value.resval.rint, 99);
+  EXPECT_EQ(acedGetVar(L"CVPORT", &value), RTNORM);
+  EXPECT_EQ(value.resval.rint, 2);
+  EXPECT_EQ(value.restype, RTSHORT);
+  host::setVariable("CvPort", 7);
+  EXPECT_EQ(acedGetVar(L"cvport", &value), RTNORM);
+  EXPECT_EQ(value.resval.rint, 7);
+  host::setLayout(true);
+  EXPECT_TRUE(host::isLayout());
+  EXPECT_EQ(acedGetVar(L"TileMode", &value), RTNORM);
+  EXPECT_EQ(value.resval.rint, 0);
+  EXPECT_EQ(acedGetVar(L"tilemod", &value), RTERROR);
+  EXPECT_EQ(acedGetVar(L"tilemodes", &value), RTERROR);
+  host::removeVariable("cvport");
+  EXPECT_EQ(acedGetVar(L"cvport", &value), RTERROR);
+}
+
+} // namespace

@@ -1,0 +1,104 @@
+#include <gtest/gtest.h>
+
+#include "acedads.h"
+#include "host.h"
+
+namespace {
+
+class Selection : public testing::Test {
+protected:
+  Selection() {
+    host::reset();
+    for (int i = 0; i < 5; ++i)
+      host::add(std::make_unique<AcDbPoint>(AcGePoint3d(i, 0, 0)));
+  }
+  ~Selection() override { host::reset(); }
+
+  static int get(ads_name ss, const ACHAR* mode = L"I") {
+    return acedSSGet(mode, nullptr, nullptr, nullptr, ss);
+  }
+  static Adesk::Int32 length(const ads_name ss) {
+    Adesk::Int32 result = -1;
+    return acedSSLength(ss, &result) == RTNORM ? result : -1;
+  }
+  static AcDbObjectId at(const ads_name ss, Adesk::Int32 i) {
+    ads_name name = {0, 0};
+    AcDbObjectId id;
+    return acedSSName(ss, i, name) == RTNORM && acdbGetObjectId(id, name) == Acad::eOk ? id : AcDbObjectId();
+  }
+};
+
+TEST_F(Selection, DeliversWhatIsSelectedNow) {
+  ads_name ss = {0, 0};
+  EXPECT_EQ(get(ss), RTERROR); // nothing
+  host::selectNumbers({4, 2, 99, 0});
+  EXPECT_EQ(get(ss, L"X"), RTERROR);
+  ASSERT_EQ(get(ss), RTNORM);
+  host::selectNumbers({1}); // the set stays what it was
+  EXPECT_EQ(length(ss), 2);
+  EXPECT_EQ(at(ss, 0), host::entityId(4));
+  EXPECT_EQ(at(ss, 1), host::entityId(2));
+  ads_name name = {11, 12};
+  EXPECT_EQ(acedSSName(ss, 2, name), RTERROR);
+  EXPECT_EQ(acedSSName(ss, -1, name), RTERROR);
+  EXPECT_EQ(name[0], 11);
+  EXPECT_EQ(acedSSFree(ss), RTNORM);
+}
+
+TEST_F(Selection, AFreedSetIsGoneAlsoWhenItsPlaceIsTakenAgain) {
+  host::selectAll();
+  ads_name first, second;
+  ASSERT_EQ(get(first), RTNORM);
+  EXPECT_EQ(host::held().selectionSets, 1);
+  EXPECT_EQ(acedSSFree(first), RTNORM);
+  EXPECT_EQ(acedSSFree(first), RTERROR);
+  EXPECT_EQ(host::held().selectionSets, 0);
+  ASSERT_EQ(get(second), RTNORM);
+  EXPECT_EQ(length(first), -1);
+  EXPECT_EQ(acedSSFree(first), RTERROR);
+  EXPECT_EQ(length(second), 5);
+  EXPECT_EQ(acedSSFree(second), RTNORM);
+  const ads_name never = {0, 0};
+  EXPECT_EQ(acedSSFree(never), RTERROR);
+}
+
+TEST_F(Selection, NamesOfSetsAndEntitiesAreNotMixedUp) {
+  host::selectAll();
+  ads_name ss, entity;
+  ASSERT_EQ(get(ss), RTNORM);
+  ASSERT_EQ(acedSSName(ss, 0, entity), RTNORM);
+  AcDbObjectId id = host::entityId(3);
+  EXPECT_EQ(acdbGetObjectId(id, ss), Acad::eUnknownObjectId);
+  EXPECT_EQ(id, host::entityId(3));
+  EXPECT_EQ(length(entity), -1);
+  EXPECT_EQ(acedRedraw(ss, 1), RTERROR);
+  EXPECT_EQ(acedRedraw(entity, 1), RTNORM);
+  acedSSFree(ss);
+}
+
+TEST_F(Selection, TheHostRunsOutOfSetsForThoseWhoNeverFree) {
+  host::selectAll();
+  ads_name sets[128];
+  for (ads_name& ss : sets)
+    ASSERT_EQ(get(ss), RTNORM);
+  ads_name more;
+  EXPECT_EQ(get(more), RTERROR);
+  EXPECT_EQ(acedSSFree(sets[5]), RTNORM);
+  EXPECT_EQ(get(more), RTNORM);
+  EXPECT_EQ(host::held().selectionSets, 128);
+}
+
+TEST_F(Selection, ALargeSelectionIsDeliveredWhole) {
+  constexpr int kCount = 100000;
+  while (host::entityCount() < kCount)
+    host::add(std::make_unique<AcDbPoint>(AcGePoint3d(host::entityCount(), 0, 0)));
+  host::selectAll();
+  ads_name ss;
+  ASSERT_EQ(get(ss), RTNORM);
+  ASSERT_EQ(length(ss), kCount);
+  for (int i = 0; i < kCount; ++i)
+    ASSERT_EQ(at(ss, i), host::entityId(i + 1));
+  acedSSFree(ss);
+}
+
+} // namespace
