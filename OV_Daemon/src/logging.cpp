@@ -29,7 +29,7 @@ Logging::Logging()
     : mMutex("Logging"),
       mIsHexDump(false), mGates{&kAlways,   &mIsWarning, &mIsCreation, &mIsTrace, &mIsDevCom,
                                 &mIsIntCom, &mIsInfo,    &mIsDebug,    &mIsTmp},
-      mPosition(0) {
+      mPosition(0), mIsLineTorn(false) {
   mLogFile = "c:\\def_log.txt";
   mMaxSize = 5000;
   mIsLogToFile = mIsLogToCnsl = mIsWarning = mIsCreation = mIsTrace = false;
@@ -65,6 +65,7 @@ void Logging::init(const LogPars& pars) {
 }
 
 void Logging::openFileStream() {
+  mIsLineTorn = false;
   mFileStream->clear();
   // Without a buffer a record goes out whole in one system call, and one that the disk refuses doesn't stay
   // behind to be written later, in the middle of another.
@@ -75,7 +76,7 @@ void Logging::openFileStream() {
   mPosition = mFileStream->is_open() ? static_cast<std::int64_t>(mFileStream->tellp()) : -1;
 }
 
-bool Logging::beginRecord(int type, const char* file, const std::string& prefix) {
+bool Logging::beginRecord(int type, const char* file, std::string_view prefix) {
   if (!mExclFileToLog.empty()) {
     const char* separatorP = std::strrchr(file, '/');
     if (!separatorP)
@@ -133,9 +134,12 @@ Logging& Logging::operator<<(int number) {
   } else {
     try {
       writeRecord(mOs->text());
+    } catch (...) { // the record is lost, the log goes on
+    }
+    try {
       mOs->restart();
     } catch (...) {
-      mOs->text().clear(); // the record is lost, the log goes on
+      mOs->text().clear();
     }
     mMutex.unlock();
   }
@@ -155,14 +159,26 @@ void Logging::writeRecord(const std::string& line) {
 void Logging::writeLine(const std::string& line) {
   mWholeLine.assign(line);
   mWholeLine += '\n';
-  if (mFileStream && mIsLogToFile && mFileStream->is_open()) {
-    // A disk that was full a moment ago may have room now.
-    mFileStream->clear();
-    if (mFileStream->write(mWholeLine.data(), static_cast<std::streamsize>(mWholeLine.size())))
-      mPosition += static_cast<std::int64_t>(mWholeLine.size());
-  }
+  if (mFileStream && mIsLogToFile && mFileStream->is_open())
+    writeToFile(mWholeLine);
   if (mIsLogToCnsl)
     std::cout << mWholeLine << std::flush;
+}
+
+void Logging::writeToFile(const std::string& text) {
+  // A disk that was full a moment ago may have room now. What it took of a record then has no end.
+  mFileStream->clear();
+  if (mIsLineTorn)
+    mFileStream->put('\n');
+  const bool isWhole = !mFileStream->write(text.data(), static_cast<std::streamsize>(text.size())).fail();
+  if (isWhole && !mIsLineTorn) {
+    mPosition += static_cast<std::int64_t>(text.size());
+    return;
+  }
+  mFileStream->clear();
+  const auto end = static_cast<std::int64_t>(mFileStream->tellp());
+  mIsLineTorn = !isWhole && (mIsLineTorn || end > mPosition);
+  mPosition = end;
 }
 
 void Logging::writeHeader() {

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "log_pars.h"
 #include "mutex.h"
@@ -43,8 +44,10 @@ public:
   }
 
   /// The gate. True: the record is wanted, the calling thread holds the lock, and mOs holds the columns up to
-  /// the text. False: nothing has happened. file    source path prefix  from Util::logPrefix
-  bool beginRecord(int type, const char* file, const std::string& prefix);
+  /// the text. False: nothing has happened.
+  /// file    source path; the name behind its last slash, or else backslash, counts
+  /// prefix  from Util::logPrefix
+  bool beginRecord(int type, const char* file, std::string_view prefix);
 
   /// Writes the string to mOs, or its byte table if that was asked for.
   Logging& operator<<(const std::string& text);
@@ -70,11 +73,13 @@ public:
 private:
   void openFileStream();
   void writeLine(const std::string& line);
+  void writeToFile(const std::string& text);
   void writeByteTable(const std::string& bytes);
 
   const bool* const mGates[TMP + 1]; // by type
   // Write position of the file. Counted here, since asking the stream costs a system call for each record.
   std::int64_t mPosition;
+  bool mIsLineTorn;       // the file ends in what a full disk took of a record
   std::string mWholeLine; // keeps its room from line to line
 };
 
@@ -91,6 +96,20 @@ constexpr const char* logSourceName(const char* path) {
   }
   return name;
 }
+
+/// The prefix of one place in the sources, kept there from the first record on.
+///
+/// It has nothing to destroy: a statement may still run while the library's static objects go, in the
+/// destructor of one that is older than the statement's first record.
+class LogPrefix {
+public:
+  explicit LogPrefix(const std::string& text) : mSize(text.copy(mText, sizeof mText)) {}
+  std::string_view columns() const { return std::string_view(mText, mSize); }
+
+private:
+  char mText[64]; // the columns take 63 with a line number of eleven digits
+  std::size_t mSize;
+};
 
 /// Ends the record when its text stands, also when the making of the text has thrown: the lock would never
 /// come back otherwise.
@@ -112,8 +131,8 @@ public:
   do {                                                                                                       \
     if (gLogMagic == LOG_MAGIC && gLogging.isOn(type)) {                                                     \
       constexpr const char* ovLogSource = logSourceName(__FILE__);                                           \
-      static const std::string ovLogPrefix = Util::logPrefix(ovLogSource, __LINE__, className, method);      \
-      if (gLogging.beginRecord(type, ovLogSource, ovLogPrefix)) {                                            \
+      static const LogPrefix ovLogPrefix(Util::logPrefix(ovLogSource, __LINE__, className, method));         \
+      if (gLogging.beginRecord(type, ovLogSource, ovLogPrefix.columns())) {                                  \
         const LogRecordEnd ovLogEnd;                                                                         \
         *gLogging.mOs << text;                                                                               \
       }                                                                                                      \
