@@ -1,6 +1,7 @@
 #include "settings.h"
 
 #include <fstream>
+#include <locale>
 #include <sstream>
 
 #include "cnfg.h"
@@ -106,7 +107,6 @@ int Settings::readSettingsFile(const std::string& path) {
 
 std::string Settings::fileText() const {
   std::ostringstream os;
-  os.imbue(std::locale::classic());
   const auto line = [&](const char* key, const std::string& value, const char* comment) {
     writeParameterLine(os, key, value, kValueWidth, comment);
   };
@@ -155,6 +155,7 @@ int Settings::writeSettingsFile(const std::string& path) {
 
 std::string Settings::dump() const {
   std::ostringstream os;
+  os.imbue(std::locale::classic()); // no grouping dots in numbers, whatever the host has set
   os << "(AutoCAD Plug-in) mName: " << mName << '\n'
      << "               mVersion: " << mVersion << '\n'
      << "           mTraSensBase: " << mTraSensBase << '\n'

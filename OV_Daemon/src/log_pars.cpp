@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <limits>
+#include <locale>
 #include <ostream>
 #include <sstream>
 
@@ -88,6 +89,7 @@ void LogPars::write(std::ostream& os, int width) const {
 std::string LogPars::dump(int indent) const {
   const std::string blanks(static_cast<std::size_t>(indent), ' ');
   std::ostringstream os;
+  os.imbue(std::locale::classic()); // no grouping dots in numbers, whatever the host has set
   os << blanks << "    mSectionName: " << mSectionName << '\n'
      << blanks << "mSettingsDirPath: " << mSettingsDirPath << '\n'
      << blanks << "        mLogFile: " << mLogFile << '\n'
