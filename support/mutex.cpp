@@ -24,6 +24,7 @@ template <std::size_t size> std::string nameText(const char (&name)[size]) {
 }
 
 /// One line, made whole first, so that lines of several threads don't mix.
+/// error  errno as the failed call left it, fetched before the head is made
 void report(std::ostream& os, const std::string& head, int error) {
   std::ostringstream line;
   line << head << "errno = " << error << ", error: " << std::strerror(error) << '\n';
@@ -38,17 +39,21 @@ std::string threadText() {
 
 Mutex::Mutex(const char* name) {
   storeName(mName, std::string(name) + "_" + std::to_string(Util::getProcessId()));
-  if (sem_init(&mSem, 0, 1) != 0)
+  if (sem_init(&mSem, 0, 1) != 0) {
+    const int error = errno;
     report(std::cout,
-           "Mutex::Mutex(): **** Error initializing semaphore by thread " + threadText() + "! **** ", errno);
+           "Mutex::Mutex(): **** Error initializing semaphore by thread " + threadText() + "! **** ", error);
+  }
 }
 
 Mutex::~Mutex() {
-  if (sem_destroy(&mSem) != 0)
+  if (sem_destroy(&mSem) != 0) {
+    const int error = errno;
     report(std::cout,
            "Mutex::~Mutex(): Semaphore '" + nameText(mName) + "' (OS X ID not available) of thread " +
                threadText() + " could not be destroyed!",
-           errno);
+           error);
+  }
 }
 
 int Mutex::lock() {
@@ -56,21 +61,25 @@ int Mutex::lock() {
   // A signal handler of the host may end the wait early. The count hasn't been taken then.
   while (result != 0 && errno == EINTR)
     result = sem_wait(&mSem);
-  if (result != 0)
+  if (result != 0) {
+    const int error = errno;
     report(std::cout,
            "Mutex::lock(): **** Error locking semaphore '" + nameText(mName) + "' by thread " + threadText() +
                "! **** ",
-           errno);
+           error);
+  }
   return result;
 }
 
 int Mutex::unlock() {
   const int result = sem_post(&mSem);
-  if (result != 0)
+  if (result != 0) {
+    const int error = errno;
     report(std::cerr,
            "Mutex::unlock(): **** Error unlocking semaphore '" + nameText(mName) + "' by thread " +
                threadText() + "'! **** ",
-           errno);
+           error);
+  }
   return result;
 }
 

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <mutex>
 
 namespace Util {
 
@@ -71,6 +72,8 @@ std::string getTime() {
 }
 
 std::string getDate() {
+  static std::mutex mutex; // some systems have one text of ctime for all threads
+  const std::lock_guard<std::mutex> guard(mutex);
   const std::time_t now = std::time(nullptr);
   const char* const textP = std::ctime(&now); // "Sun Nov 22 21:47:58 2026\n"
   if (!textP || std::strlen(textP) < 24)
