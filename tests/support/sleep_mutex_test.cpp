@@ -1,0 +1,92 @@
+#include "mutex.h"
+
+#include <iostream>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "stream_capture.h"
+#include "util.h"
+
+#ifndef _WIN32
+#include "desktop.h"
+#endif
+
+namespace {
+
+std::string threadText() {
+  return std::to_string(Util::getThreadId());
+}
+
+TEST(SleepMutexTest, ReportsItsLife) {
+  rig::StreamCapture out(std::cout);
+  auto mutexP = std::make_unique<SleepMutex>("Name");
+  EXPECT_EQ("SleepMutex::SleepMutex(): 'Name' constructed by thread " + threadText() + ".\n", out.take());
+  EXPECT_EQ(50, mutexP->mDelay);
+  EXPECT_EQ(10000, mutexP->mTimeOut);
+  EXPECT_EQ(200, mutexP->mMaxTries);
+  mutexP.reset();
+  EXPECT_EQ("SleepMutex::~SleepMutex(): 'Name' destructed by thread " + threadText() + ".\n", out.take());
+}
+
+TEST(SleepMutexTest, KeepsThreadsApart) {
+  rig::StreamCapture out(std::cout);
+  SleepMutex mutex("Name");
+  mutex.mDelay = 0;
+  mutex.mMaxTries = 1 << 30;        // no lock by force here
+  int isInside = 0, collisions = 0; // plain on purpose
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 3; ++i) {
+    threads.emplace_back([&] {
+      for (int round = 0; round < 500; ++round) {
+        EXPECT_EQ(0, mutex.lock());
+        collisions += isInside++;
+        --isInside;
+        EXPECT_EQ(0, mutex.unlock());
+      }
+    });
+  }
+  for (std::thread& thread : threads)
+    thread.join();
+  EXPECT_EQ(0, collisions);
+}
+
+#ifndef _WIN32
+
+class SleepMutexClock : public testing::Test {
+protected:
+  SleepMutexClock() { desktop::holdClock(); }
+  ~SleepMutexClock() override { desktop::reset(); }
+};
+
+TEST_F(SleepMutexClock, TakesTheLockByForceAfterItsTimeOut) {
+  rig::StreamCapture out(std::cout);
+  SleepMutex mutex("Name");
+  EXPECT_EQ(0, mutex.lock());
+  EXPECT_TRUE(desktop::sleeps().empty()) << "a free lock costs no sleep";
+  out.take();
+  const std::uint32_t start = Util::getTickCount();
+  EXPECT_EQ(0, mutex.lock());
+  EXPECT_EQ(10000u, Util::getTickCount() - start);
+  EXPECT_EQ(200u, desktop::sleeps().size());
+  EXPECT_EQ("SleepMutex::lock(): 'Name' forced to unlock due to timeout, called by thread " + threadText() +
+                "!\n",
+            out.take());
+  EXPECT_TRUE(mutex.mIsLocked);
+}
+
+TEST_F(SleepMutexClock, SleepsAfterGivingTheLockBack) {
+  rig::StreamCapture out(std::cout);
+  SleepMutex mutex("Name");
+  EXPECT_EQ(0, mutex.lock());
+  EXPECT_EQ(0, mutex.unlock());
+  EXPECT_FALSE(mutex.mIsLocked);
+  ASSERT_EQ(1u, desktop::sleeps().size());
+  EXPECT_EQ(50u, desktop::sleeps()[0].milliseconds);
+}
+
+#endif
+
+} // namespace

@@ -1,0 +1,225 @@
+#include "util.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <ctime>
+#include <regex>
+#include <set>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "temp_folder.h"
+
+#ifndef _WIN32
+#include "calls.h"
+#include "desktop.h"
+
+namespace {
+std::atomic<std::time_t> gTime{0}; // what time() gives; 0: the truth
+}
+
+extern "C" {
+std::time_t __real_time(std::time_t* result);
+std::time_t __wrap_time(std::time_t* result);
+
+std::time_t __wrap_time(std::time_t* result) {
+  const std::time_t now = gTime != 0 ? gTime.load() : __real_time(nullptr);
+  if (result)
+    *result = now;
+  return now;
+}
+}
+#endif
+
+namespace {
+
+TEST(UtilTest, OnMeansThatTheTextHoldsOn) {
+  for (const char* const text : {"on", "none", "only", "on ", " son", "oon"})
+    EXPECT_TRUE(Util::isOn(text)) << text;
+  for (const char* const text : {"off", "ON", "On", "1", "true", "", "no", "o n"})
+    EXPECT_FALSE(Util::isOn(text)) << text;
+  EXPECT_EQ("on", Util::onOffText(true));
+  EXPECT_EQ("off", Util::onOffText(false));
+}
+
+TEST(UtilTest, WidensByteByByte) {
+  EXPECT_EQ(L"plain ASCII~\n", Util::toWide("plain ASCII~\n"));
+  const std::wstring wide = Util::toWide(std::string("\x7F\x80\xC3\xFF\0x", 6));
+  ASSERT_EQ(6u, wide.size());
+  // Bytes are signed characters, and the sign goes up to the sixteenth bit and no further.
+  const unsigned kExpected[] = {0x7F, 0xFF80, 0xFFC3, 0xFFFF, 0, 'x'};
+  for (std::size_t i = 0; i < wide.size(); ++i)
+    EXPECT_EQ(kExpected[i], static_cast<unsigned>(wide[i])) << i;
+}
+
+TEST(UtilTest, NarrowsWhatIsShortEnough) {
+  EXPECT_EQ("SysTreeView32", Util::toNarrow(L"SysTreeView32"));
+  EXPECT_EQ("", Util::toNarrow(L""));
+  EXPECT_EQ("a b", Util::toNarrow(L"a\x4E2D"
+                                  L"b"));
+  const std::wstring longest(259, L'x');
+  EXPECT_EQ(std::string(259, 'x'), Util::toNarrow(longest.c_str()));
+  EXPECT_EQ("", Util::toNarrow((longest + L"x").c_str()));
+}
+
+TEST(UtilTest, TellsFilesFromFolders) {
+  const rig::TempFolder folder;
+  folder.write("plain.txt", "x");
+  folder.write("empty", "");
+  folder.makeFolder("sub folder");
+  folder.makeFolder("dotted.folder");
+  const struct {
+    const char* name;
+    bool isFile, isFolder;
+  } kNames[] = {
+      {"plain.txt", true, false},
+      {"empty", true, false},
+      {"sub folder", false, true},
+      {"sub folder\\", false, true},
+      {"dotted.folder", false, true},
+      {"sub folder\\.", false, true},
+      {"sub folder\\..\\plain.txt", true, false},
+      {"missing", false, false},
+      {"missing\\", false, false},
+      {"missing\\plain.txt", false, false},
+      {"plain.txt\\", false, false},
+  };
+  for (const auto& entry : kNames) {
+    const std::string path = folder.backslashed() + "\\" + entry.name;
+    EXPECT_EQ(entry.isFile, Util::fileExists(path)) << path;
+    EXPECT_EQ(entry.isFolder, Util::folderExists(path)) << path;
+  }
+  EXPECT_FALSE(Util::fileExists(""));
+  EXPECT_FALSE(Util::folderExists(""));
+}
+
+TEST(UtilTest, TheTimeHasTwelveColumns) {
+  char text[] = "................";
+  Util::writeTime(text + 1);
+  EXPECT_TRUE(std::regex_match(text, std::regex("\\.\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d\\.\\.\\.")));
+#ifndef _WIN32
+  const SYSTEMTIME kTimes[] = {{2026, 11, 0, 22, 9, 5, 3, 7}, {2026, 11, 0, 22, 23, 59, 58, 989}};
+  desktop::setSystemTime(kTimes[0]);
+  EXPECT_EQ("09:05:03.007", Util::getTime());
+  desktop::setSystemTime(kTimes[1]);
+  EXPECT_EQ("23:59:58.989", Util::getTime());
+  desktop::setSystemTime(std::nullopt);
+#endif
+}
+
+TEST(UtilTest, TheDateIsTodaysInFifteenColumns) {
+  const auto today = [] {
+    const std::time_t now = std::time(nullptr);
+    char text[32];
+    std::strftime(text, sizeof text, "%a %b %d %Y", std::localtime(&now));
+    if (text[8] == '0')
+      text[8] = ' ';
+    return std::string(text);
+  };
+  // Twice, for those who test at midnight.
+  const std::set<std::string> kDays = {today(), today()};
+  const std::string date = Util::getDate();
+  EXPECT_TRUE(kDays.count(date) == 1 || date == today()) << date;
+#ifndef _WIN32
+  // Noon, so that every time zone but a few is on the same day.
+  gTime = 1793880000; // Thu Nov  5 2026, 12:00 UTC
+  EXPECT_EQ("Thu Nov  5 2026", Util::getDate());
+  gTime = 0;
+#endif
+}
+
+TEST(UtilTest, DatesOfTwoThreadsDontMix) {
+  const std::string expected = Util::getDate();
+  std::atomic<int> torn{0};
+  const auto ask = [&] {
+    for (int i = 0; i < 500; ++i)
+      torn += Util::getDate().size() != expected.size();
+  };
+  std::thread other(ask);
+  ask();
+  other.join();
+  EXPECT_EQ(0, torn);
+}
+
+TEST(UtilTest, ThePrefixHasThreeColumns) {
+  const std::string method32 = "Class::" + std::string(25, 'm');
+  const struct {
+    const char* file;
+    int line;
+    const char* className;
+    std::string method;
+    std::string prefix;
+  } kPlaces[] = {
+      {"settings", 183, "Settings", "Settings::Settings",
+       "        settings|  183| Settings::Settings::Settings    "},
+      {"c:\\src\\common_sources\\util.cpp", 7, "Global", "f",
+       "        util.cpp|    7| Global::f                       "},
+      // Sixteen characters stand, seventeen don't.
+      {"a\\0123456789.hijkl", 1234, "A", "b", "0123456789.hijkl| 1234| A::b                            "},
+      {"a\\0123456789.hijklm", 1234, "A", "b", "*23456789.hijklm| 1234| A::b                            "},
+      // A slash is a character of the name here.
+      {"src/util.cpp", 12345, "A", "b", "    src/util.cpp| 12345| A::b                            "},
+      {"f", 1, "Class", std::string(25, 'm'), "               f|    1| " + method32},
+      {"f", 1, "Class", std::string(25, 'm') + "n",
+       "               f|    1| *ass::" + std::string(25, 'm') + "n"},
+      {"", 0, "", "", "                |    0| ::                              "},
+  };
+  for (const auto& place : kPlaces)
+    EXPECT_EQ(place.prefix, Util::logPrefix(place.file, place.line, place.className, place.method.c_str()));
+}
+
+TEST(UtilTest, TheHomeFolderIsTheUsersProfile) {
+  const auto set = [](const char* value) {
+#ifdef _WIN32
+    _putenv_s("USERPROFILE", value);
+#else
+    value[0] ? setenv("USERPROFILE", value, 1) : unsetenv("USERPROFILE");
+#endif
+  };
+  const char* const beforeP = std::getenv("USERPROFILE");
+  const std::string before = beforeP ? beforeP : "";
+  set("C:\\Users\\some one");
+  EXPECT_EQ("C:\\Users\\some one", Util::getHomeDir());
+  set("");
+  EXPECT_EQ("", Util::getHomeDir());
+  set(before.c_str());
+}
+
+TEST(UtilTest, ThreadsHaveIdsOfTheirOwnAndTicksRise) {
+  std::uint32_t other = 0;
+  std::thread([&] { other = Util::getThreadId(); }).join();
+  EXPECT_NE(other, Util::getThreadId());
+  EXPECT_NE(0u, Util::getProcessId());
+  const std::uint32_t start = Util::getTickCount();
+  Util::sleep(30);
+  // The tick may be as coarse as 16 ms.
+  EXPECT_GE(Util::getTickCount() - start, 14u);
+}
+
+#ifndef _WIN32
+
+TEST(UtilTest, AMessageBeepsAndWaitsForItsAnswer) {
+  desktop::reset();
+  desktop::setMessageBoxAnswer([](const desktop::MessageBox&) { return 6; });
+  const HWND window = desktop::addWindow({});
+  calls::startRecording();
+  EXPECT_EQ(6, Util::showMessage(window, "Text \xE4", "Caption", 4));
+  const std::vector<std::string> journal = calls::stopRecording();
+  ASSERT_EQ(2u, journal.size());
+  EXPECT_EQ(0u, journal[0].find("Beep")) << "the beep comes before the box, which blocks";
+  ASSERT_EQ(1u, desktop::beeps().size());
+  EXPECT_EQ(440u, desktop::beeps()[0].frequency);
+  EXPECT_EQ(200u, desktop::beeps()[0].milliseconds);
+  ASSERT_EQ(1u, desktop::messageBoxes().size());
+  const desktop::MessageBox box = desktop::messageBoxes()[0];
+  EXPECT_EQ(window, box.owner);
+  EXPECT_EQ(L"Text \xFFE4", box.text);
+  EXPECT_EQ(L"Caption", box.caption);
+  EXPECT_EQ(4u, box.type);
+  desktop::reset();
+}
+
+#endif
+
+} // namespace
