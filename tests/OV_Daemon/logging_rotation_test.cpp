@@ -1,0 +1,162 @@
+#include <algorithm>
+#include <cerrno>
+#include <iostream>
+
+#include "file_faults.h"
+#include "log_fixture.h"
+#include "stream_capture.h"
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+class LoggingRotation : public LogFixture {
+protected:
+  /// Bytes of a header and no record.
+  std::size_t headerSize() const { return bytes().size(); }
+};
+
+TEST_F(LoggingRotation, ARecordThatFindsTheLimitReachedIsTheFirstOfTheNewFile) {
+  mPars.mMaxSize = 1; // 1000 bytes
+  gLogging.init(mPars);
+  // One byte below the limit doesn't rotate, and the file may pass the limit by one record.
+  ASSERT_TRUE(record(std::string(999 - headerSize() - kTextColumn - 1, 'x')));
+  ASSERT_EQ(999u, bytes().size());
+  ASSERT_TRUE(record("passes it"));
+  EXPECT_FALSE(mFolder.exists("log.bak"));
+  ASSERT_TRUE(record("rotates"));
+  EXPECT_EQ("passes it", texts("log.bak").back());
+  EXPECT_EQ(Texts{"rotates"}, texts());
+  // Exactly the limit does, too, and the old backup is gone then.
+  ASSERT_TRUE(record(std::string(1000 - bytes().size() - kTextColumn - 1, 'y')));
+  ASSERT_EQ(1000u, bytes().size());
+  ASSERT_TRUE(record("again"));
+  EXPECT_EQ("rotates", texts("log.bak").front());
+  EXPECT_EQ(Texts{"again"}, texts());
+}
+
+TEST_F(LoggingRotation, ALimitOfNothingRotatesAtEveryRecord) {
+  mPars.mMaxSize = 0;
+  gLogging.init(mPars);
+  ASSERT_TRUE(record("one"));
+  EXPECT_EQ(Texts{}, texts("log.bak"));
+  EXPECT_EQ(Texts{"one"}, texts());
+  ASSERT_TRUE(record("two"));
+  EXPECT_EQ(Texts{"one"}, texts("log.bak"));
+  EXPECT_EQ(Texts{"two"}, texts());
+}
+
+TEST_F(LoggingRotation, TheLimitIsFormedIn32Bits) {
+  mPars.mMaxSize = 4294968; // times 1000 is 2^32 + 704
+  gLogging.init(mPars);
+  ASSERT_TRUE(record(std::string(704, 'x')));
+  ASSERT_TRUE(record("rotates"));
+  EXPECT_EQ(Texts{"rotates"}, texts());
+  mPars.mMaxSize = 2147484; // times 1000 is 2^31 + 352, below zero as a signed number
+  gLogging.init(mPars);
+  ASSERT_TRUE(record("rotates, too"));
+  EXPECT_EQ(Texts{"rotates, too"}, texts());
+}
+
+TEST_F(LoggingRotation, AFileThatIsFullAtTheStartRotatesAtTheFirstRecord) {
+  mPars.mMaxSize = 1;
+  mFolder.write("log.txt", std::string(1000, 'o') + "\n");
+  gLogging.init(mPars);
+  ASSERT_TRUE(record("first"));
+  EXPECT_EQ(Texts{"first"}, texts());
+  const std::vector<std::string> old = lines("log.bak");
+  ASSERT_EQ(6u, old.size());
+  EXPECT_EQ("Orvane", old[2].substr(0, 6)); // the new run's header
+}
+
+TEST_F(LoggingRotation, TheLastDotOfTheWholePathIsWhereTheBackupsNameEnds) {
+  if (mFolder.native().find('.') != std::string::npos)
+    GTEST_SKIP() << "the folder for temporary files has a dot in its name";
+  mFolder.makeFolder("dotted.d");
+  const struct {
+    const char *name, *backup;
+  } kNames[] = {{"log", "log.bak"}, {"a.b.c", "a.b.bak"}, {"dotted.d\\log", "dotted.bak"}, {"x.", "x.bak"}};
+  mPars.mMaxSize = 0;
+  for (const auto& entry : kNames) {
+    mPars.mLogFile = mFolder.backslashed(entry.name);
+    gLogging.init(mPars);
+    ASSERT_TRUE(record("one"));
+    ASSERT_TRUE(record("two"));
+    EXPECT_EQ(Texts{"one"}, texts(entry.backup)) << entry.name;
+    EXPECT_EQ(Texts{"two"}, texts(entry.name)) << entry.name;
+  }
+}
+
+TEST_F(LoggingRotation, AFileThatSomeoneRemovedIsBegunAnew) {
+  gLogging.init(mPars);
+  gLogging.mFileStream->close(); // some systems don't remove files that are open
+  mFolder.remove("log.txt");
+  rig::StreamCapture out(std::cout);
+  EXPECT_EQ(0, gLogging.backupLogFile());
+  EXPECT_EQ("", out.take());
+  ASSERT_TRUE(record("first"));
+  EXPECT_EQ(Texts{"first"}, texts());
+}
+
+/// What follows a rotation that failed: the console alone, no further attempt, and a new start with init().
+class LoggingRotationFailure : public LoggingRotation {
+protected:
+  LoggingRotationFailure() {
+    mPars.mMaxSize = 0;
+    gLogging.init(mPars);
+  }
+
+  void expectTheFileIsGivenUp(const std::string& report) {
+    rig::StreamCapture out(std::cout);
+    gLogging.mIsLogToCnsl = true;
+    ASSERT_TRUE(record("one")); // and the lock is back
+    const std::string first = out.take();
+    EXPECT_EQ(report, first.substr(0, report.size()));
+    EXPECT_EQ("one\n", textOf(first.substr(std::min(first.size(), report.size()))));
+    ASSERT_TRUE(record("two"));
+    EXPECT_EQ("two\n", textOf(out.take())) << "no second attempt";
+  }
+  void expectInitStartsAnew() {
+    gLogging.mIsLogToCnsl = false;
+    mPars.mMaxSize = 1;
+    mFolder.remove("log.txt");
+    gLogging.init(mPars);
+    ASSERT_TRUE(record("new start"));
+    EXPECT_EQ(Texts{"new start"}, texts());
+  }
+};
+
+TEST_F(LoggingRotationFailure, AnOldBackupThatCantBeRemoved) {
+  mFolder.makeFolder("log.bak\\content");
+  const std::string before = bytes();
+  expectTheFileIsGivenUp("'" + mFolder.backslashed("log.bak") + "' couldn't be removed!\n");
+  EXPECT_EQ(before, bytes());
+  {
+    rig::StreamCapture out(std::cout);
+    EXPECT_EQ(-2, gLogging.backupLogFile());
+  }
+  expectInitStartsAnew();
+}
+
+TEST_F(LoggingRotationFailure, ALogThatCantBeRenamed) {
+  const std::string before = bytes();
+  const std::string report = "File '" + mFolder.backslashed("log.txt") + "' couldn't be renamed to '" +
+                             mFolder.backslashed("log.bak") + "'!\n";
+  file_faults::failRename(EACCES);
+  expectTheFileIsGivenUp(report);
+  EXPECT_EQ(before, bytes());
+  rig::StreamCapture out(std::cout);
+  file_faults::failRename(EACCES);
+  EXPECT_EQ(-3, gLogging.backupLogFile());
+  EXPECT_EQ(report, out.take());
+  expectInitStartsAnew();
+}
+
+TEST_F(LoggingRotationFailure, ALogThatCantBeOpenedAgain) {
+  file_faults::afterRename([this] { mFolder.makeFolder("log.txt"); });
+  expectTheFileIsGivenUp("Opening of stream of'" + mFolder.backslashed("log.txt") + "' failed!\n");
+  EXPECT_EQ(Texts{}, texts("log.bak"));
+  expectInitStartsAnew();
+}
+
+} // namespace
