@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <thread>
 
@@ -7,14 +8,22 @@ namespace host {
 
 namespace {
 
-/// The display's refreshes come at whole multiples of the period, whether or not anybody waits for them.
+/// The display's refreshes come at whole multiples of the period, whether or not anybody waits for them, and
+/// each shows one frame at most.
 void waitForRefresh(double hz) {
   using Clock = std::chrono::steady_clock;
   static const Clock::time_point sFirst = Clock::now();
-  const double elapsed = std::chrono::duration<double>(Clock::now() - sFirst).count();
-  const double next = (std::floor(elapsed * hz) + 1) / hz;
-  std::this_thread::sleep_until(
-      sFirst + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(next)));
+  static Clock::time_point sLast = sFirst;
+  const auto refreshAfter = [hz](Clock::time_point time) {
+    const double count = std::floor(std::chrono::duration<double>(time - sFirst).count() * hz) + 1;
+    return sFirst + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(count / hz));
+  };
+  const Clock::time_point next = std::max(refreshAfter(Clock::now()), refreshAfter(sLast));
+  // Sleeps end early on systems that round them down to their own ticks.
+  while (Clock::now() < next)
+    std::this_thread::sleep_until(next);
+  // A little later than it was, so that rounding can't make the same refresh the next one.
+  sLast = next + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(0.25 / hz));
 }
 
 } // namespace

@@ -64,6 +64,9 @@ int acutPrintf(const ACHAR* format, ...) {
     va_start(arguments, format);
     length = std::vswprintf(&text[0], text.size(), wideFormat.c_str(), arguments);
     va_end(arguments);
+    // Too long a text gives -1 in some libraries, and in others the length that it would have had.
+    if (length >= static_cast<int>(text.size()))
+      length = -1;
     if (length < 0)
       text.resize(text.size() * 2);
   }
