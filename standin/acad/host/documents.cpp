@@ -87,9 +87,11 @@ namespace host {
 
 void closeDocument() {
   State& s = state();
-  const auto reactors = s.reactors; // a reactor may remove itself
+  // A reactor may remove itself or others, which may be gone then.
+  const auto reactors = s.reactors;
   for (AcApDocManagerReactor* const reactorP : reactors)
-    reactorP->documentToBeDestroyed(&currentDocument());
+    if (std::find(s.reactors.begin(), s.reactors.end(), reactorP) != s.reactors.end())
+      reactorP->documentToBeDestroyed(&currentDocument());
   s.documentP = std::make_unique<Document>();
   for (AcApDocManagerReactor* const reactorP : s.reactors)
     reactorP->documentCreated(&currentDocument());

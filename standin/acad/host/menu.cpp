@@ -67,7 +67,7 @@ class MenuExpression {
 public:
   explicit MenuExpression(const std::string& text) : mText(text) {}
 
-  bool evaluate(std::string& result) { return readPart("", 0, result) && mPlace == mText.size(); }
+  bool evaluate(std::string& result) { return readPart("", 0, result); }
 
 private:
   /// Copies up to one of the characters in ends, or to the end of the text, and works out what is met on the

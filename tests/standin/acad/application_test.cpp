@@ -120,19 +120,21 @@ public:
   void documentToBeDestroyed(AcApDocument* document) override {
     mDestroyed.push_back(document);
     mEntities = host::entityCount(); // the document is still there
-    if (mIsToGo)
-      acDocManagerPtr()->removeReactor(this);
+    if (mRemovesP)
+      acDocManagerPtr()->removeReactor(mRemovesP);
   }
   std::vector<AcApDocument*> mDestroyed;
   int mEntities = -1;
-  bool mIsToGo = false;
+  Reactor* mRemovesP = nullptr;
 };
 
 TEST_F(Application, ReactorsHearOfADocumentsEnd) {
-  Reactor stays, goes;
-  goes.mIsToGo = true;
+  Reactor stays, goes, removed;
   acDocManagerPtr()->addReactor(&goes);
   acDocManagerPtr()->addReactor(&stays);
+  acDocManagerPtr()->addReactor(&removed);
+  goes.mRemovesP = &goes;
+  stays.mRemovesP = &removed; // before its turn
   host::add(std::make_unique<AcDbPoint>(AcGePoint3d()));
   AcApDocument* const documentP = acDocManagerPtr()->curDocument();
   host::closeDocument();
@@ -143,6 +145,7 @@ TEST_F(Application, ReactorsHearOfADocumentsEnd) {
   host::closeDocument();
   EXPECT_EQ(stays.mDestroyed.size(), 2u);
   EXPECT_EQ(goes.mDestroyed.size(), 1u);
+  EXPECT_TRUE(removed.mDestroyed.empty());
   acDocManagerPtr()->removeReactor(&stays);
   host::closeDocument();
   EXPECT_EQ(stays.mDestroyed.size(), 2u);

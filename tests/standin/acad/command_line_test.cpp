@@ -180,10 +180,11 @@ TEST_F(CommandLine, ShowsTheSixViewsInMemoryAndInTheDrawing) {
 }
 
 TEST_F(CommandLine, ZoomsToAllOfTheDrawing) {
+  int frames = 0;
   for (const wchar_t* const text : {L"'_ZOOM _ALL ", L"_ZOOM _EXTENTS ", L"zoom e\n", L"Zoom A\n"}) {
     host::reset();
     addCube();
-    int frames = 0;
+    frames = 0;
     host::setFrameSink([&frames](const host::Frame&) { ++frames; });
     run(text);
     EXPECT_TRUE(host::view().target == AcGePoint3d(12, 23, 34));
@@ -215,6 +216,9 @@ TEST_F(CommandLine, ZoomsALayoutThroughItsViewport) {
   EXPECT_EQ(host::layout().centre.y, 23);
   EXPECT_NEAR(host::layout().viewHeight, 6 * 1.05, 1e-9);
   EXPECT_EQ(host::view().fieldWidth, 40);
+  host::add(std::make_unique<AcDbPoint>(AcGePoint3d(40, 20, 0))); // now the width counts
+  run(L"_ZOOM _ALL ");
+  EXPECT_NEAR(host::layout().viewHeight, 30 / 1.5 * 1.05, 1e-9);
 }
 
 class MenuReader : public CommandLine {
@@ -296,7 +300,7 @@ TEST_F(CommandLine, WorksOutMenuExpressions) {
   std::wstring deep = L"M=";
   for (int i = 0; i < 1000; ++i)
     deep += L"$(eval,";
-  run(L"(menucmd \"" + deep + L"\")\n");
+  run(L"(menucmd \"" + deep + L"x" + std::wstring(1000, L')') + L"\")\n");
   EXPECT_NE(host::history().back().text.find(L"; error"), std::wstring::npos);
 }
 
@@ -312,7 +316,7 @@ TEST_F(CommandLine, TakesExpressionsAsAWhole) {
   EXPECT_EQ(host::history().back().text, L"; error: no function definition: nosuch\n");
   run(L"()\n");
   EXPECT_EQ(host::history().back().text, L"; error: malformed expression\n");
-  run(std::wstring(2000, L'(') + std::wstring(2000, L')') + L"\n");
+  run(std::wstring(200000, L'(') + std::wstring(200000, L')') + L"\n");
   EXPECT_EQ(host::history().back().text, L"; error: malformed expression\n");
 }
 

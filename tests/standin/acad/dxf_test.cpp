@@ -9,8 +9,6 @@
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
-
 class Dxf : public testing::Test {
 protected:
   Dxf() {
@@ -106,9 +104,9 @@ TEST_F(Dxf, ReadsPolylinesOfBothAges) {
   for (const char* const count : {"2", "1", "2000000000", "-1"}) {
     host::reset();
     loadEntities(std::string("0 LWPOLYLINE 90 ") + count +
-                 " 70 1 38 7 10 0 20 0 10 2 20 0 42 1 0 POINT 10 0 20 0 30 7");
+                 " 70 1 38 7 10 1 20 1 10 3 20 1 42 1 0 POINT 10 1 20 1 30 7");
     EXPECT_EQ(host::entityCount(), 2);
-    expectBox({0, 0, 7}, {2, 1, 7});
+    expectBox({1, 1, 7}, {3, 2, 7});
   }
   host::reset();
   loadEntities(
@@ -179,6 +177,7 @@ TEST_F(Dxf, BoundsWhatInsertsStandFor) {
   EXPECT_GE(bomb.skipped.at("INSERT that stands for too much"), 1);
   const dxf::Result array = loadEntities("0 INSERT 2 B0 10 0 20 0 70 30000 71 30000 0 POINT 10 0", blocks);
   EXPECT_EQ(array.entities, 1);
+  EXPECT_EQ(loadEntities("0 INSERT 2 B0 10 0 20 0 70 100 71 200 0 POINT 10 0", blocks).entities, 1);
 }
 
 TEST_F(Dxf, CountsWhatItLeavesOut) {
