@@ -12,7 +12,7 @@ public:
   void point(session::Pointer) override {}
 
 private:
-  const std::vector<ControlInfo> mInfos;
+  const std::vector<ControlInfo> mInfos{};
 };
 
 } // namespace
