@@ -54,7 +54,8 @@ public:
   virtual bool isPerspective() const = 0;
   virtual void setView(const AcGePoint3d& position, const AcGePoint3d& target, const AcGeVector3d& upVector,
                        double fieldWidth, double fieldHeight, Projection projection = kParallel) = 0;
-  /// Divides both sizes of the field by the factor, in either projection: above 1 the picture grows.
+  /// Divides both sizes of the field by the factor, in either projection: above 1 the picture grows. A factor
+  /// that is not above 0, or that would lead to a field no number can hold, changes nothing.
   virtual void zoom(double factor) = 0;
   /// Shows the view as it is now.
   virtual void update() = 0;

@@ -82,6 +82,20 @@ TEST_F(View, KeepsAndCountsNumbersThatAreNone) {
   EXPECT_EQ(host::viewCounts().setViews, 2);
 }
 
+TEST_F(View, AZoomEndsWhereNumbersEndAndComesBack) {
+  AcGsView* const viewP = obtain();
+  for (const double factor : {1.2, 0.8}) {
+    for (int i = 0; i < 20000; ++i)
+      viewP->zoom(factor);
+    const double end = viewP->fieldWidth();
+    EXPECT_TRUE(std::isfinite(end) && end > 0);
+    EXPECT_NEAR(end / viewP->fieldHeight(), 4, 0.01);
+    viewP->zoom(1 / factor);
+    EXPECT_NEAR(viewP->fieldWidth() / end, factor, 0.01);
+  }
+  EXPECT_EQ(host::viewCounts().nonFiniteCalls, 0);
+}
+
 TEST_F(View, FramesTellWhatMovedSinceTheOneBefore) {
   for (int i = 0; i < 3; ++i)
     host::add(std::make_unique<AcDbPoint>(AcGePoint3d(i, 0, 0)));
