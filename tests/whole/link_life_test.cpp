@@ -1,0 +1,210 @@
+// The plug-in and its daemon in real time: a daemon that comes late, is killed and comes back under motion; how long
+// unloading takes in each state of the link; what rest costs.
+
+#include <chrono>
+#include <cmath>
+#include <functional>
+#include <memory>
+
+#include <gtest/gtest.h>
+
+#include <arxHeaders.h>
+
+#include "calls.h"
+#include "host.h"
+#include "process.h"
+#include "temp_folder.h"
+
+#ifndef _WIN32
+#include <sys/resource.h>
+
+#include "desktop.h"
+#endif
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double secondsSince(Clock::time_point start) {
+  return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+void setEnvironment(const char* name, const std::string& value) {
+#ifdef _WIN32
+  _putenv_s(name, value.c_str());
+#else
+  setenv(name, value.c_str(), 1);
+#endif
+}
+
+bool gIsLoopOver = false;
+
+void CALLBACK endLoop(HWND, UINT, UINT_PTR id, DWORD) {
+  KillTimer(nullptr, id);
+  gIsLoopOver = true;
+}
+
+/// The host's message loop for some milliseconds, asleep while there is nothing to do.
+void runLoop(UINT milliseconds) {
+  gIsLoopOver = false;
+  SetTimer(nullptr, 0, milliseconds, endLoop);
+  MSG message;
+  while (!gIsLoopOver && GetMessageW(&message, nullptr, 0, 0) > 0)
+    DispatchMessageW(&message);
+  host::runQueue();
+}
+
+/// Runs the loop until something holds; gives the seconds it took, or -1 after the longest time.
+double loopUntil(double longest, const std::function<bool()>& holds) {
+  const auto start = Clock::now();
+  while (secondsSince(start) < longest) {
+    if (holds())
+      return secondsSince(start);
+    runLoop(10);
+  }
+  return -1;
+}
+
+class LinkLife : public testing::Test {
+protected:
+  // The watch looks every two seconds; processes need a moment to start.
+  static constexpr double kFound = 2.5 + 1.0;
+  static constexpr double kLongestUnload = 4.5;
+
+  void SetUp() override {
+    calls::clear();
+    host::reset();
+#ifndef _WIN32
+    desktop::reset();
+#endif
+    mHome.makeFolder("Orvaner/Applications");
+    setEnvironment("USERPROFILE", mHome.native());
+    startDaemon("0"); // any free port; it is ours from here on
+    const std::string port = mHome.read("port");
+    mPort = port.substr(0, port.find_last_not_of("\r\n") + 1);
+    mDaemon.reset();
+    setEnvironment("OV_DEVLINK_PORT", mPort);
+  }
+  void TearDown() override {
+    if (mModule) {
+      mEntryPoint(2, nullptr);
+      FreeLibrary(mModule);
+    }
+  }
+
+  void load() {
+    const std::string path = OV_MODULE;
+    mModule = LoadLibraryW(std::wstring(path.begin(), path.end()).c_str());
+    ASSERT_TRUE(mModule);
+    mEntryPoint =
+        reinterpret_cast<int (*)(int, void*)>(reinterpret_cast<void*>(GetProcAddress(mModule, "acrxEntryPoint")));
+    ASSERT_EQ(mEntryPoint(1, nullptr), 0);
+  }
+  /// Seconds that the unload message took.
+  double unload() {
+    const auto start = Clock::now();
+    EXPECT_EQ(mEntryPoint(2, nullptr), 0);
+    const double took = secondsSince(start);
+    EXPECT_TRUE(FreeLibrary(mModule));
+    mModule = nullptr;
+    return took;
+  }
+
+  void startDaemon(const std::string& port, const std::string& session = "600 device mode\n") {
+    mHome.write("a.session", session);
+    mHome.remove("port");
+    mHome.remove("record");
+    mDaemon = std::make_unique<Process>(
+        OV_DAEMON,
+        std::vector<std::string>{mHome.native("a.session"), "--port", port, "--port-file", mHome.native("port"),
+                                 "--record", mHome.native("record"), "--linger"},
+        mHome.native("daemon.txt"));
+    const auto start = Clock::now();
+    while (!mHome.exists("port") || mHome.read("port").empty()) {
+      ASSERT_LT(secondsSince(start), 20) << mHome.read("daemon.txt");
+      Sleep(5);
+    }
+  }
+  bool isRecorded(const std::string& text) const {
+    return mHome.exists("record") && mHome.read("record").find(text) != std::string::npos;
+  }
+
+  rig::TempFolder mHome;
+  std::string mPort;
+  std::unique_ptr<Process> mDaemon;
+  HMODULE mModule = nullptr;
+  int (*mEntryPoint)(int, void*) = nullptr;
+};
+
+TEST_F(LinkLife, DaemonThatComesLateAndComesBackIsFoundEachTime) {
+  load();
+  runLoop(500);
+  // Code 13 keeps the horizon: the roll in the sample must not tilt the view.
+  const std::string session = "0.0 device rotation 13\n0.3 device motion 300 0 0 0 0 300\n";
+  for (int round = 0; round < 10; ++round) {
+    SCOPED_TRACE(testing::Message() << "round " << round);
+    host::setView(host::ViewState());
+    startDaemon(mPort, session);
+    const double found = loopUntil(kFound, [this] { return isRecorded("client connected acad"); });
+    ASSERT_GE(found, 0) << "the daemon wasn't found in time";
+    EXPECT_GE(loopUntil(3, [this] { return isRecorded("mode "); }), 0) << "no mode was announced";
+    EXPECT_GE(loopUntil(3, [] { return std::fabs(host::view().target.x) > 1; }), 0) << "the view stands still";
+    EXPECT_EQ(host::view().up.x, 0) << "the rotation settings didn't arrive";
+    mDaemon.reset(); // killed while the cap is deflected: the last sample goes on
+    const double x = host::view().target.x;
+    EXPECT_GE(loopUntil(2, [x] { return host::view().target.x != x; }), 0) << "a level holds until the next sample";
+  }
+  unload();
+}
+
+TEST_F(LinkLife, UnloadEndsInTimeInEachStateOfTheLink) {
+  struct Case {
+    const char* state;
+    const char* session; // null: no daemon
+  };
+  const Case cases[] = {{"daemon absent", nullptr},
+                        {"daemon present, reading thread blocked", "600 device mode\n"},
+                        {"cap moving", "0.0 device motion 100 0 0 0 0 0\n"}};
+  for (const Case& c : cases) {
+    if (c.session)
+      startDaemon(mPort, c.session);
+    load();
+    runLoop(700);
+    const double took = unload();
+    std::printf("unload, %s: %.2f s\n", c.state, took);
+    EXPECT_LT(took, kLongestUnload) << c.state;
+    mDaemon.reset();
+  }
+}
+
+#ifndef _WIN32
+
+double processorSeconds() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  const auto seconds = [](const timeval& t) {
+    return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_usec) * 1e-6;
+  };
+  return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+TEST_F(LinkLife, RestCostsNextToNothing) {
+  for (const bool hasDaemon : {true, false}) {
+    if (hasDaemon)
+      startDaemon(mPort);
+    load();
+    runLoop(2500); // past the first looks of the watch
+    constexpr int kMilliseconds = 4000;
+    const double before = processorSeconds();
+    runLoop(kMilliseconds);
+    const double share = (processorSeconds() - before) / (kMilliseconds * 1e-3);
+    std::printf("at rest, daemon %s: %.2f %% of a core\n", hasDaemon ? "there" : "absent", 100 * share);
+    EXPECT_LT(share, 0.03) << "something spins"; // natively it is a tenth of that; sanitizers and noise add theirs
+    unload();
+    mDaemon.reset();
+  }
+}
+
+#endif
+
+} // namespace
