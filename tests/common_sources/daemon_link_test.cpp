@@ -22,8 +22,6 @@ using Lines = std::vector<std::string>;
 
 namespace {
 
-constexpr char kLog[] = "Orvaner/autocad_addin_log.txt";
-
 /// A record of any class; a file name that is too long for its column shows with its end.
 struct Record {
   std::string type, thread, file, text;
@@ -32,7 +30,7 @@ struct Record {
 std::vector<Record> allRecords(std::size_t from) {
   constexpr std::size_t kTextColumn = 82;
   std::vector<Record> found;
-  std::istringstream lines(rig::home().read(kLog).substr(from));
+  std::istringstream lines(rig::logText(from));
   for (std::string line; std::getline(lines, line);) {
     if (line.size() >= kTextColumn && line[12] == '|')
       found.push_back(
