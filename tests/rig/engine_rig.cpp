@@ -78,7 +78,15 @@ std::string settingsText(const std::vector<std::pair<std::string, std::string>>&
 }
 
 std::size_t logSize() {
-  return home().exists(kLogFile) ? home().read(kLogFile).size() : 0;
+  std::error_code error;
+  const auto size = std::filesystem::file_size(home().native(kLogFile), error);
+  return error ? 0 : static_cast<std::size_t>(size);
+}
+
+std::string logText(std::size_t from) {
+  std::ifstream file(home().native(kLogFile), std::ios::binary);
+  file.seekg(static_cast<std::streamoff>(from));
+  return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
 std::vector<std::string> records(std::size_t from) {
@@ -86,9 +94,7 @@ std::vector<std::string> records(std::size_t from) {
   constexpr std::size_t kMethodColumn = 48; // behind time, type, thread id, file and line
   constexpr std::size_t kTextColumn = 82;
   std::vector<std::string> found;
-  if (!home().exists(kLogFile))
-    return found;
-  std::istringstream lines(home().read(kLogFile).substr(from));
+  std::istringstream lines(logText(from));
   std::string line;
   while (std::getline(lines, line)) {
     if (line.size() < kTextColumn || line[12] != '|' || line.compare(kMethodColumn, 11, "DaemonProxy") == 0)

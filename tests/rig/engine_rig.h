@@ -33,6 +33,8 @@ std::string settingsText(const std::vector<std::pair<std::string, std::string>>&
 /// class come from other threads and are left out.
 std::vector<std::string> records(std::size_t from);
 std::size_t logSize();
+/// The log file from a position on, as it stands.
+std::string logText(std::size_t from);
 
 /// A view that looks from the given eye to the target.
 host::ViewState viewFrom(AcGePoint3d eye, AcGePoint3d target, AcGeVector3d up, double width = 40,

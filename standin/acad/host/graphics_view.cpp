@@ -91,7 +91,7 @@ AcGsView& graphicsView() {
 }
 
 bool isCurrent(int viewport) {
-  return viewport > 0 && viewport == host::variable("cvport");
+  return viewport > 0 && viewport == host::variableValue(L"cvport");
 }
 
 } // namespace

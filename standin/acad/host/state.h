@@ -90,6 +90,8 @@ bool evaluateMenuExpression(const std::wstring& text, std::wstring& result);
 /// The six views, by their names in lower case; false if the name is none of them.
 bool showNamedView(const std::wstring& name);
 AcDbViewport& layoutViewport();
+/// As variable(), without a copy of the name.
+short variableValue(const ACHAR* name);
 
 /// Text for the journal: byte by byte, Enter as \n, Escape as \e.
 std::string narrow(const std::wstring& text);

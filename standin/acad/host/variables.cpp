@@ -2,17 +2,19 @@
 
 #include <cstdarg>
 #include <cwchar>
-#include <cwctype>
 
 #include "acedads.h"
 #include "state.h"
 
 namespace {
 
+/// Without the library's tables: each motion sample asks for names.
 bool isSameName(const ACHAR* given, const std::wstring& lowerName) {
-  for (const wchar_t c : lowerName)
-    if (static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(*given++))) != c)
+  for (const wchar_t c : lowerName) {
+    const wchar_t g = *given++;
+    if (g != c && !(g >= L'A' && g <= L'Z' && g - L'A' + L'a' == c))
       return false;
+  }
   return *given == 0;
 }
 
@@ -88,7 +90,11 @@ void setVariable(const std::string& name, short value) {
 }
 
 short variable(const std::string& name) {
-  const Variable* const variableP = findVariable(widen(name).c_str());
+  return variableValue(widen(name).c_str());
+}
+
+short variableValue(const ACHAR* name) {
+  const Variable* const variableP = findVariable(name);
   return variableP ? variableP->value : static_cast<short>(0);
 }
 
@@ -107,7 +113,7 @@ void setLayout(bool isOn) {
 }
 
 bool isLayout() {
-  return variable("tilemode") == 0 && variable("cvport") == 1;
+  return variableValue(L"tilemode") == 0 && variableValue(L"cvport") == 1;
 }
 
 } // namespace host

@@ -76,7 +76,7 @@ Acad::ErrorStatus AcDbViewport::subTransformBy(const AcGeMatrix3d&) {
 void AcDbViewport::subAddStrokes(const AcGeMatrix3d*, std::vector<AcDbStroke>&) const {}
 
 AcDbObjectId acedActiveViewportId() {
-  if (calls::enter("acedActiveViewportId") || host::variable("tilemode") != 0)
+  if (calls::enter("acedActiveViewportId") || host::variableValue(L"tilemode") != 0)
     return AcDbObjectId::kNull;
   return host::document().viewport;
 }

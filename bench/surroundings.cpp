@@ -1,0 +1,102 @@
+#include "surroundings.h"
+
+#include <cstdlib>
+#include <memory>
+
+#include "desktop.h"
+#include "host.h"
+#include "logging.h"
+
+namespace bench {
+
+namespace {
+
+constexpr std::int32_t kRoomyLog =
+    2000000; // units of the log's limit: about as much as 32 bits of bytes hold
+
+std::unique_ptr<OvAutoCad>& pluginSlot() {
+  static std::unique_ptr<OvAutoCad> sPluginP;
+  return sPluginP;
+}
+
+void useOwnHome() {
+  home().makeFolder("Orvaner/Applications");
+  setenv("USERPROFILE", home().native().c_str(), 1);
+}
+
+} // namespace
+
+rig::TempFolder& home() {
+  static rig::TempFolder sFolder;
+  return sFolder;
+}
+
+OvAutoCad& plugin() {
+  if (!pluginSlot()) {
+    useOwnHome();
+    host::reset();
+    pluginSlot() = std::make_unique<OvAutoCad>();
+    pluginSlot()->mPendingKey = -1;
+    host::reset(); // the queue with the menu reader's command goes
+    showHost();
+    resetView();
+  }
+  return *pluginSlot();
+}
+
+void stopEngine() {
+  pluginSlot().reset();
+}
+
+void showHost() {
+  desktop::reset();
+  desktop::Window frame;
+  frame.className = L"AfxMDIFrame140u";
+  frame.rect = desktop::rectangle(0, 0, 1920, 1040);
+  const HWND frameWindow = desktop::addWindow(frame);
+  const auto child = [frameWindow](const wchar_t* className, RECT rect) {
+    desktop::Window window;
+    window.className = className;
+    window.rect = rect;
+    window.parent = frameWindow;
+    desktop::addWindow(window);
+  };
+  child(L"AfxFrameOrView140u", desktop::rectangle(0, 160, 1920, 780));
+  child(L"AdUiRibbonBar", desktop::rectangle(0, 0, 1920, 160));
+  child(L"AcCommandLine", desktop::rectangle(300, 900, 1200, 30));
+  child(L"AfxControlBar140u", desktop::rectangle(0, 1000, 1920, 40));
+  SetCursorPos(960, 500);
+}
+
+void resetView() {
+  host::ViewState state;
+  state.position = AcGePoint3d(40, -60, 50);
+  state.target = AcGePoint3d(1, 2, 3);
+  state.up = AcGeVector3d(-0.3, 0.5, 0.8).normalize();
+  host::setView(state);
+}
+
+void setSample(int x, int y, int z, int a, int b, int c) {
+  OvAutoCad& p = plugin();
+  p.mCapX = static_cast<std::int16_t>(x);
+  p.mCapY = static_cast<std::int16_t>(y);
+  p.mCapZ = static_cast<std::int16_t>(z);
+  p.mCapA = static_cast<std::int16_t>(a);
+  p.mCapB = static_cast<std::int16_t>(b);
+  p.mCapC = static_cast<std::int16_t>(c);
+}
+
+void setDefaultLog() {
+  plugin();
+  LogPars pars;
+  pars.mSettingsDirPath = home().backslashed("Orvaner");
+  pars.mMaxSize = kRoomyLog;
+  gLogging.init(pars);
+}
+
+void setQuietLog() {
+  plugin();
+  gLogging.mIsCreation = gLogging.mIsInfo = false;
+}
+
+} // namespace bench

@@ -1,0 +1,441 @@
+// The link to the device daemon: what is asked when, what each failure leaves, what becomes of each event,
+// when the daemon is told the mode; and how the engine comes up and goes with its threads.
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <limits>
+#include <set>
+#include <sstream>
+#include <thread>
+
+#include "calls.h"
+#include "daemon_proxy.h"
+#include "engine_rig.h"
+#include "event_codes.h"
+
+#ifndef _WIN32
+#include "desktop.h"
+#endif
+
+using Lines = std::vector<std::string>;
+
+namespace {
+
+/// A record of any class; a file name that is too long for its column shows with its end.
+struct Record {
+  std::string type, thread, file, text;
+};
+
+std::vector<Record> allRecords(std::size_t from) {
+  constexpr std::size_t kTextColumn = 82;
+  std::vector<Record> found;
+  std::istringstream lines(rig::logText(from));
+  for (std::string line; std::getline(lines, line);) {
+    if (line.size() >= kTextColumn && line[12] == '|')
+      found.push_back(
+          {line.substr(13, 3), line.substr(17, 6), line.substr(24, 16), line.substr(kTextColumn)});
+  }
+  return found;
+}
+
+/// The records of the thread that wrote a certain text, in order.
+Lines recordsOfThread(std::size_t from, const std::string& text) {
+  const std::vector<Record> all = allRecords(from);
+  const auto first =
+      std::find_if(all.begin(), all.end(), [&text](const Record& record) { return record.text == text; });
+  Lines found;
+  for (const Record& record : all) {
+    if (first != all.end() && record.thread == first->thread)
+      found.push_back(record.type + " " + record.text);
+  }
+  return found;
+}
+
+bool waitFor(const std::function<bool()>& isDone) {
+  for (int i = 0; i < 1000 && !isDone(); ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  return isDone();
+}
+
+/// Calls of the device library since a mark, without the announcements, which come from the reading thread.
+Lines linkCalls(std::size_t from) {
+  Lines found;
+  const Lines all = devlink_twin::calls();
+  for (std::size_t i = from; i < all.size(); ++i) {
+    if (all[i].compare(0, 13, "ovSetApplMode") != 0)
+      found.push_back(all[i]);
+  }
+  return found;
+}
+
+int announcements() {
+  return devlink_twin::callCount("ovSetApplMode");
+}
+
+/// The link without the watch, so that a test alone decides when it is looked after. The reading thread waits
+/// in ovFetchEvent, and has announced "Unknown".
+class DaemonLink : public EngineTest {
+protected:
+  void SetUp() override {
+    EngineTest::SetUp();
+    plugin().mIsToWatchConnection = false;
+    ASSERT_TRUE(waitFor([this] { return !plugin().mIsConnWatchRunning; }));
+    devlink_twin::reset();
+    ASSERT_TRUE(link().connect());
+    event(kAnnounceModeEvent);
+    mMark = devlink_twin::calls().size();
+    mModesMark = devlink_twin::modes().size();
+    mLogMark = rig::logSize();
+  }
+
+  DaemonProxy& link() { return *plugin().mDaemonProxyP; }
+  void event(std::int32_t code, const std::array<short, 6>& axes = {}) {
+    devlink_twin::pushMotion(axes, code);
+    ASSERT_TRUE(devlink_twin::waitUntilTaken());
+  }
+  std::array<int, 6> sample() {
+    OvAutoCad& p = plugin();
+    return {p.mCapX, p.mCapY, p.mCapZ, p.mCapA, p.mCapB, p.mCapC};
+  }
+  /// Records of this thread or of the reading thread since the last call.
+  Lines takeLinkRecords() {
+    Lines found;
+    for (const Record& record : allRecords(mLogMark))
+      found.push_back(record.type + " " + record.text);
+    mLogMark = rig::logSize();
+    return found;
+  }
+
+  /// Modes that were announced with success since the start, or the last call.
+  Lines takeModes() {
+    const Lines all = devlink_twin::modes();
+    const Lines found(all.begin() + static_cast<std::ptrdiff_t>(mModesMark), all.end());
+    mModesMark = all.size();
+    return found;
+  }
+
+  std::size_t mMark = 0;
+  std::size_t mModesMark = 0;
+  std::size_t mLogMark = 0;
+};
+
+TEST_F(DaemonLink, ConnectListsTheDevicesAndFetchesTheRotation) {
+  devlink_twin::setDeviceCount(2);
+  devlink_twin::setRotation(113, true);
+  link().mIsConnected = false;
+  EXPECT_TRUE(link().connect());
+  EXPECT_EQ(linkCalls(mMark),
+            (Lines{"ovConnect acad", "ovGetDevInfo 0", "ovGetDevInfo 1", "ovGetAdvancedSettings 0"}));
+  EXPECT_EQ(takeLinkRecords(), (Lines{"TRC Checking connection ...", "INF devIdx: 0:Orvaner twin",
+                                      "INF devIdx: 1:Orvaner twin"}));
+  EXPECT_TRUE(link().mIsConnected);
+  EXPECT_EQ(proxy().mRotMode, 3);
+  EXPECT_TRUE(proxy().mKeepHorizon && proxy().mHoverMode && proxy().mZoomAllAfterView);
+  // No device is no failure.
+  devlink_twin::setDeviceCount(0);
+  devlink_twin::setRotation(2, false);
+  mMark = devlink_twin::calls().size();
+  EXPECT_TRUE(link().connect());
+  EXPECT_EQ(linkCalls(mMark), (Lines{"ovConnect acad", "ovGetAdvancedSettings 0"}));
+  EXPECT_EQ(proxy().mRotMode, 2);
+  EXPECT_FALSE(proxy().mKeepHorizon || proxy().mHoverMode || proxy().mZoomAllAfterView);
+}
+
+TEST_F(DaemonLink, ConnectGivesUpAtTheFirstFailure) {
+  struct Case {
+    const char* function;
+    int skip;
+    Lines calls;
+    Lines records;
+  };
+  const Case cases[] = {
+      {"ovConnect", 0, {"ovConnect acad"}, {"ERR Error in ovConnect()!"}},
+      {"ovGetDevNum", 0, {"ovConnect acad"}, {"ERR Error in ovGetDevNum()!"}},
+      {"ovGetDevInfo", 0, {"ovConnect acad", "ovGetDevInfo 0"}, {"ERR Error in ovGetDevInfo()!"}},
+      {"ovGetDevInfo",
+       1,
+       {"ovConnect acad", "ovGetDevInfo 0", "ovGetDevInfo 1"},
+       {"INF devIdx: 0:Orvaner twin", "ERR Error in ovGetDevInfo()!"}},
+  };
+  devlink_twin::setDeviceCount(2);
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.function << " " << c.skip);
+    mMark = devlink_twin::calls().size();
+    takeLinkRecords();
+    proxy().setRotMode(113);
+    devlink_twin::fail(c.function, 1, c.skip);
+    EXPECT_FALSE(link().connect());
+    EXPECT_FALSE(link().mIsConnected);
+    EXPECT_FALSE(link().mIsToSendMode);
+    EXPECT_EQ(linkCalls(mMark), c.calls);
+    Lines expected = c.records;
+    expected.insert(expected.begin(), "TRC Checking connection ...");
+    EXPECT_EQ(takeLinkRecords(), expected);
+    EXPECT_EQ(proxy().mRotMode, 3) << "not asked for";
+    // The link stays open, so the next look finds it alive, without a connection being made.
+    mMark = devlink_twin::calls().size();
+    EXPECT_TRUE(link().checkConnection());
+    EXPECT_TRUE(link().mIsConnected);
+    EXPECT_EQ(linkCalls(mMark), Lines{});
+  }
+}
+
+TEST_F(DaemonLink, ConnectionStandsWithoutRotationSettings) {
+  proxy().setRotMode(113);
+  proxy().mZoomAllAfterView = true;
+  devlink_twin::setRotation(113, true);
+  devlink_twin::fail("ovGetAdvancedSettings");
+  EXPECT_TRUE(link().connect());
+  EXPECT_EQ(takeLinkRecords(), (Lines{"TRC Checking connection ...", "INF devIdx: 0:Orvaner twin",
+                                      "ERR Error in ovGetAdvancedSettings()!"}));
+  EXPECT_EQ(proxy().mRotMode, 0);
+  EXPECT_FALSE(proxy().mKeepHorizon || proxy().mHoverMode || proxy().mZoomAllAfterView);
+  EXPECT_TRUE(link().mIsConnected && link().mIsToSendMode);
+}
+
+TEST_F(DaemonLink, LookAtADeadLinkClosesIt) {
+  EXPECT_TRUE(link().checkConnection());
+  EXPECT_EQ(linkCalls(mMark), Lines{});
+  EXPECT_EQ(takeLinkRecords(), Lines{});
+  devlink_twin::fail("ovGetDevNum");
+  EXPECT_FALSE(link().checkConnection());
+  EXPECT_FALSE(link().mIsConnected);
+  EXPECT_EQ(linkCalls(mMark), Lines{"ovDisconnect"});
+  EXPECT_EQ(takeLinkRecords(), Lines{"ERR Error in ovGetDevNum()!"});
+  devlink_twin::fail("ovDisconnect");
+  EXPECT_FALSE(link().checkConnection()) << "the link is down by now";
+  EXPECT_EQ(takeLinkRecords(), (Lines{"ERR Error in ovGetDevNum()!", "ERR Error in ovDisconnect()!"}));
+}
+
+TEST_F(DaemonLink, EachEventCodeHasItsOneEffect) {
+  std::vector<std::int32_t> codes = {
+      -1, -2, std::numeric_limits<std::int32_t>::min(), 0, 1, 0x1FFFF, 0x20051, 0x30009, 0x7FFFFFFF};
+  for (std::int32_t code = 0x20000; code <= 0x20030; ++code)
+    codes.push_back(code);
+  const std::set<std::int32_t> viewCodes = {0x20009, 0x2000A, 0x2000B, 0x2000C, 0x20016, 0x20017, 0x20018};
+  const std::array<int, 6> zeros{};
+  const std::array<int, 6> axes = {1, -2, 3, -32768, 32767, -6};
+  for (const std::int32_t code : codes) {
+    SCOPED_TRACE(testing::Message() << "code " << std::hex << code);
+    setSample(0, 0, 0);
+    plugin().mPendingKey = -1;
+    plugin().mPendingSpecial = 0;
+    proxy().setRotMode(0);
+    devlink_twin::setRotation(12, true);
+    proxy().mZoomAllAfterView = false;
+    takeLinkRecords();
+    const int announced = announcements();
+    event(code, {1, -2, 3, -32768, 32767, -6});
+    EXPECT_EQ(sample(), code < 0 ? axes : zeros);
+    EXPECT_EQ(plugin().mPendingKey, code >= 0x20020 ? code - 0x20020 : -1);
+    EXPECT_EQ(plugin().mPendingSpecial, viewCodes.count(code) != 0 ? code : 0);
+    const bool isRotation = code == 0x20001 || code == 0x20002;
+    EXPECT_EQ(proxy().mRotMode, isRotation ? 2 : 0);
+    EXPECT_EQ(proxy().mZoomAllAfterView, isRotation);
+    EXPECT_EQ(announcements() - announced, code == 0x20013 ? 1 : 0);
+    EXPECT_EQ(takeLinkRecords(),
+              code < 0 ? Lines{} : Lines{"DBG event: " + std::to_string(code) + ", APPL_FUNC_START: 131104"});
+  }
+}
+
+TEST_F(DaemonLink, NewerEventTakesTheSlotOver) {
+  event(kViewFrontEvent);
+  event(kViewTopEvent);
+  EXPECT_EQ(plugin().mPendingSpecial, kViewTopEvent);
+  event(APPL_FUNC_START + 4);
+  event(APPL_FUNC_START);
+  EXPECT_EQ(plugin().mPendingKey, 0);
+  EXPECT_EQ(plugin().mPendingSpecial, kViewTopEvent) << "a slot of its own";
+  event(-1, {1, 2, 3, 4, 5, 6});
+  event(-1, {0, 0, 7, 0, 0, 0});
+  EXPECT_EQ(sample(), (std::array<int, 6>{0, 0, 7, 0, 0, 0}));
+}
+
+TEST_F(DaemonLink, DaemonIsToldEachNewMode) {
+  EXPECT_EQ(devlink_twin::modes().back(), "Unknown") << "there is no menu file yet";
+  const auto modesAfter = [this](std::int32_t code) {
+    event(code);
+    return takeModes();
+  };
+  proxy().mModes.publish({"Start", "Layout", "Model"});
+  EXPECT_EQ(modesAfter(-1), Lines{"Start"}) << "with a motion event too";
+  EXPECT_EQ(modesAfter(-1), Lines{});
+  proxy().mViewMode = 2;
+  EXPECT_EQ(modesAfter(0x20003), Lines{"Model"}) << "with an event that says nothing else";
+  proxy().mViewMode = 1;
+  proxy().mViewMode = 2;
+  EXPECT_EQ(modesAfter(-1), Lines{}) << "it's the name that counts";
+  EXPECT_EQ(modesAfter(kAnnounceModeEvent), Lines{"Model"});
+  EXPECT_EQ(modesAfter(-1), Lines{});
+  ASSERT_TRUE(link().connect());
+  EXPECT_EQ(modesAfter(-1), Lines{"Model"}) << "a new connection, perhaps to a new daemon";
+  EXPECT_FALSE(link().mIsToSendMode);
+  proxy().mModes.publish({"Start", "Layout"});
+  EXPECT_EQ(modesAfter(-1), Lines{"Unknown"});
+  const Lines calls = devlink_twin::calls();
+  EXPECT_EQ(calls.back(), "ovSetApplMode AutoCAD Unknown");
+}
+
+TEST_F(DaemonLink, FailedAnnouncementIsRepeatedUntilTheDaemonKnows) {
+  proxy().mModes.publish({"Start", "Layout", "Model"});
+  const auto triesWith = [this](std::int32_t code) {
+    const int before = announcements();
+    event(code);
+    return announcements() - before;
+  };
+  devlink_twin::fail("ovSetApplMode", 2);
+  EXPECT_EQ(triesWith(-1), 1);
+  EXPECT_EQ(triesWith(-1), 1);
+  EXPECT_EQ(takeModes(), Lines{});
+  EXPECT_EQ(triesWith(-1), 1);
+  EXPECT_EQ(takeModes(), Lines{"Start"});
+  EXPECT_EQ(triesWith(-1), 0);
+  // Asked for by the daemon: its answer is owed until it has been given.
+  devlink_twin::fail("ovSetApplMode", 1);
+  EXPECT_EQ(triesWith(kAnnounceModeEvent), 1);
+  EXPECT_EQ(triesWith(-1), 1);
+  EXPECT_EQ(triesWith(-1), 0);
+  // Behind a new connection it is tried once, if the name is the one told before.
+  ASSERT_TRUE(link().connect());
+  devlink_twin::fail("ovSetApplMode", 1);
+  EXPECT_EQ(triesWith(-1), 1);
+  EXPECT_FALSE(link().mIsToSendMode);
+  EXPECT_EQ(triesWith(-1), 0);
+}
+
+TEST_F(DaemonLink, FetchThatFailsStillLetsTheModeThrough) {
+  proxy().mModes.publish({"Start"});
+  setSample(1, 2, 3);
+  devlink_twin::fail("ovSetApplMode", 1);
+  devlink_twin::fail("ovFetchEvent", 1); // the one behind the event, which the thread doesn't wait in
+  takeLinkRecords();
+  event(0);
+  EXPECT_EQ(takeModes(), Lines{"Start"});
+  EXPECT_EQ(takeLinkRecords(), Lines{"DBG event: 0, APPL_FUNC_START: 131104"});
+  EXPECT_EQ(sample(), (std::array<int, 6>{1, 2, 3, 0, 0, 0}));
+}
+
+// ---- the watch, and the engine's coming and going ----
+
+class DaemonWatch : public EngineTest {};
+
+TEST_F(DaemonWatch, RestartedDaemonIsPickedUpAndToldTheMode) {
+  restart();
+  DaemonProxy& link = *plugin().mDaemonProxyP;
+  devlink_twin::pushMotion({5, 0, 0, 0, 0, 0});
+  ASSERT_TRUE(devlink_twin::waitUntilTaken());
+  const std::size_t mark = rig::logSize();
+  devlink_twin::setPresent(false);
+  ASSERT_TRUE(waitFor([] { return devlink_twin::callCount("ovConnect") >= 2; }));
+  EXPECT_FALSE(link.mIsConnected);
+  EXPECT_TRUE(link.mIsReading) << "the reading thread goes on";
+  EXPECT_EQ(plugin().mCapX, 5) << "a level, whatever happens to the link";
+  devlink_twin::setRotation(13, true);
+  const std::size_t told = devlink_twin::modes().size();
+  devlink_twin::setPresent(true);
+  ASSERT_TRUE(waitFor([&link] { return static_cast<bool>(link.mIsConnected); }));
+  const Lines watch = recordsOfThread(mark, "Error in ovGetDevNum()!");
+  ASSERT_GE(watch.size(), 3u);
+  EXPECT_EQ(
+      (Lines{watch.begin(), watch.begin() + 3}),
+      (Lines{"ERR Error in ovGetDevNum()!", "TRC Checking connection ...", "ERR Error in ovConnect()!"}));
+  EXPECT_EQ(proxy().mRotMode, 3);
+  EXPECT_TRUE(proxy().mKeepHorizon && proxy().mZoomAllAfterView);
+  devlink_twin::pushEvent(APPL_FUNC_START + 1);
+  ASSERT_TRUE(devlink_twin::waitUntilTaken());
+  EXPECT_EQ(plugin().mPendingKey, 1);
+  EXPECT_GT(devlink_twin::modes().size(), told);
+}
+
+/// The records of construction and destruction on the main thread, with the source file in front.
+Lines lifeRecords(std::size_t from) {
+  Lines found;
+  const std::vector<Record> all = allRecords(from);
+  for (const Record& record : all) {
+    const bool isLife = record.type == "CRT" || record.text == "Checking connection ..." ||
+                        record.text.compare(0, 6, "devIdx") == 0 || record.text == "Error in ovDisConnect()!";
+    if (isLife && record.thread == all.front().thread)
+      found.push_back(record.file + ": " + record.text);
+  }
+  return found;
+}
+
+TEST_F(DaemonWatch, EngineComesUpAndGoesInOrder) {
+  const Lines going = {" ov_auto_cad.cpp: Destructing ...", "daemon_proxy.cpp: Destructing ...",
+                       "daemon_proxy.cpp: Destructed.",     "*o_cad_proxy.cpp: Destructing ...",
+                       "*o_cad_proxy.cpp: Destructed.",     " ov_auto_cad.cpp: Destructed."};
+  std::size_t mark = rig::logSize();
+  stop(); // with the reading thread waiting for an event
+  Lines records = lifeRecords(mark);
+  ASSERT_GE(records.size(), going.size());
+  EXPECT_EQ((Lines{records.begin(), records.begin() + 6}), going);
+  EXPECT_EQ(linkCalls(0).back(), "ovDisconnect");
+  EXPECT_EQ(gAutoCadProxyP, nullptr);
+  const Lines reading = recordsOfThread(mark, "Reading thread ended.");
+  ASSERT_GE(reading.size(), 2u);
+  EXPECT_EQ(reading[reading.size() - 2], "CRT Reading loop left.");
+
+  mark = rig::logSize();
+  restart();
+  EXPECT_EQ(plugin().mPendingKey, -1);
+  EXPECT_EQ(plugin().mPendingSpecial, 0);
+  EXPECT_EQ(proxy().mViewMode, 0);
+  EXPECT_EQ(gAutoCadProxyP, &proxy());
+  ASSERT_TRUE(waitFor([this] { return plugin().mDaemonProxyP->mIsReading && plugin().mIsConnWatchRunning; }));
+  EXPECT_TRUE(plugin().mDaemonProxyP->mIsConnected);
+  EXPECT_EQ(lifeRecords(mark),
+            (Lines{"    settings.cpp: Constructing ...", "    settings.cpp: Constructed.",
+                   "*o_cad_proxy.cpp: Constructing ...", "*o_cad_proxy.cpp: AutoCadProxy constructed.",
+                   "daemon_proxy.cpp: Constructing ...", "daemon_proxy.cpp: Checking connection ...",
+                   "daemon_proxy.cpp: devIdx: 0:Orvaner twin", "daemon_proxy.cpp: Constructed.",
+                   " ov_auto_cad.cpp: Constructed."}));
+  EXPECT_EQ(linkCalls(0), (Lines{"ovConnect acad", "ovGetDevInfo 0", "ovGetAdvancedSettings 0"}));
+  EXPECT_EQ(recordsOfThread(mark, "Creating reading thread ..."),
+            (Lines{"CRT Creating reading thread ...", "CRT Invoking reading loop ... mIsToRead: 1"}));
+#ifndef _WIN32
+  ASSERT_EQ(desktop::activeTimers().size(), 1u);
+  EXPECT_EQ(desktop::activeTimers()[0].interval, 100u);
+  EXPECT_EQ(desktop::activeTimers()[0].id, proxy().mTimerId);
+#endif
+
+  mark = rig::logSize();
+  devlink_twin::fail("ovDisconnect");
+  stop();
+  Lines failing = going;
+  failing.insert(failing.begin() + 2, "daemon_proxy.cpp: Error in ovDisConnect()!");
+  records = lifeRecords(mark);
+  EXPECT_EQ((Lines{records.begin(), records.begin() + 7}), failing);
+#ifndef _WIN32
+  EXPECT_TRUE(desktop::activeTimers().empty());
+  for (const desktop::SleepRecord& sleep : desktop::sleeps())
+    EXPECT_TRUE(sleep.milliseconds == 2000 || (sleep.isWatched && sleep.milliseconds == 200))
+        << sleep.milliseconds;
+#endif
+}
+
+TEST_F(DaemonWatch, EngineIsWholeWithoutADaemon) {
+  stop();
+  devlink_twin::reset();
+  devlink_twin::setPresent(false);
+  const std::size_t mark = rig::logSize();
+  OvAutoCad engine;
+  DaemonProxy& link = *engine.mDaemonProxyP;
+  EXPECT_FALSE(link.mIsConnected);
+  EXPECT_EQ(gAutoCadProxyP, engine.mAutoCadProxyP.get());
+  ASSERT_TRUE(waitFor([&] { return link.mIsReading && engine.mIsConnWatchRunning; }));
+  const Lines main = recordsOfThread(mark, "AutoCadProxy constructed.");
+  ASSERT_GE(main.size(), 5u);
+  EXPECT_EQ((Lines{main.end() - 5, main.end()}),
+            (Lines{"CRT Constructing ...", "TRC Checking connection ...", "ERR Error in ovConnect()!",
+                   "CRT Constructed.", "CRT Constructed."}));
+  TimerProc(nullptr, 0, 0, 0); // a tick
+  EXPECT_EQ(engine.mAutoCadProxyP->mViewMode, 2);
+  devlink_twin::setPresent(true);
+  ASSERT_TRUE(waitFor([&] { return static_cast<bool>(link.mIsConnected); }));
+  devlink_twin::pushEvent(APPL_FUNC_START + 2);
+  ASSERT_TRUE(devlink_twin::waitUntilTaken());
+  EXPECT_EQ(engine.mPendingKey, 2);
+}
+
+} // namespace
