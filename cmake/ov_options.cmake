@@ -18,4 +18,6 @@ endif()
 if(WIN32)
   # The programs and the module stand alone: no compiler runtime beside them.
   add_link_options(-static -static-libgcc -static-libstdc++)
+  # And no library offers the compiler runtime inside it to the next one.
+  add_link_options(-Wl,--exclude-libs,ALL)
 endif()
