@@ -28,9 +28,11 @@ void AutoCadProxy::handleCapIsDeflectedIn2DMode(short x, short y, short z) {
     if (mObjectMoveMode && transformSelection2d(x, y))
       return;
     if (!mCapIsMoving) {
+      // Objects that failed to move may have left us the lock. A second one would outlast the release, which
+      // gives back one.
       AcApDocManager* const managerP = acDocManagerPtr();
       if (managerP)
-        managerP->lockDocument(managerP->curDocument(), AcAp::kWrite, nullptr, nullptr, true);
+        lockDocument(*managerP, managerP->curDocument());
       mIsDocLocked = true;
       OV_LOG(TRC, "AutoCadProxy", "AutoCadProxy::handleCapIsDeflectedIn2DMode", "Document locked");
     }

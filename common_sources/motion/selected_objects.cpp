@@ -3,6 +3,8 @@
 
 #include "auto_cad_proxy.h"
 
+#include <cmath>
+
 #include "host_handles.h"
 #include "logging.h"
 #include "motion_state.h"
@@ -22,6 +24,16 @@ constexpr int kRedrawShow = 1; // mode of acedRedraw
 
 AcApDocument* currentDocument(AcApDocManager* managerP) {
   return managerP ? managerP->curDocument() : nullptr;
+}
+
+bool isFinite(const AcGeMatrix3d& matrix) {
+  for (const auto& row : matrix.entry) {
+    for (const double value : row) {
+      if (!std::isfinite(value))
+        return false;
+    }
+  }
+  return true;
 }
 
 AcGeMatrix3d translation(const AcGeVector3d& shift) {
@@ -93,6 +105,8 @@ bool AutoCadProxy::transformSelection2d(double x, double y) {
 
 void AutoCadProxy::transformObjects(const Adesk::Int64* set, Adesk::Int32 count, const AcGeMatrix3d& matrix,
                                     bool isToRedraw) {
+  if (!isFinite(matrix)) // of a broken view, or of objects at the end of the numbers: they'd never come back
+    return;
   for (Adesk::Int32 i = 0; i < count; ++i) {
     ads_name name = {};
     if (acedSSName(set, i, name) != RTNORM)

@@ -352,10 +352,12 @@ TEST_F(DaemonWatch, RestartedDaemonIsPickedUpAndToldTheMode) {
 Lines lifeRecords(std::size_t from) {
   Lines found;
   const std::vector<Record> all = allRecords(from);
+  const auto isMain = [](const Record& record) { return record.file == " ov_auto_cad.cpp"; };
+  const auto main = std::find_if(all.begin(), all.end(), isMain);
   for (const Record& record : all) {
     const bool isLife = record.type == "CRT" || record.text == "Checking connection ..." ||
                         record.text.compare(0, 6, "devIdx") == 0 || record.text == "Error in ovDisConnect()!";
-    if (isLife && record.thread == all.front().thread)
+    if (isLife && main != all.end() && record.thread == main->thread)
       found.push_back(record.file + ": " + record.text);
   }
   return found;

@@ -42,6 +42,14 @@ forEachFault(const std::function<void()>& prepare, const std::function<void()>& 
   return struck;
 }
 
+/// Runs an action whose own caller would catch what it throws.
+inline void guarded(const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const calls::InjectedFault&) {
+  }
+}
+
 } // namespace rig
 
 #endif

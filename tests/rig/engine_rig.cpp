@@ -2,11 +2,13 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <iomanip>
 #include <sstream>
 
 #include "calls.h"
 #include "logging.h"
 #include "motion/motion_state.h"
+#include "util.h"
 
 #ifndef _WIN32
 #include "desktop.h"
@@ -91,13 +93,18 @@ std::string logText(std::size_t from) {
 
 std::vector<std::string> records(std::size_t from) {
   constexpr std::size_t kTypeColumn = 13;
-  constexpr std::size_t kMethodColumn = 48; // behind time, type, thread id, file and line
+  constexpr std::size_t kThreadColumn = 17;
+  constexpr std::size_t kFileColumn = 24;
   constexpr std::size_t kTextColumn = 82;
+  std::ostringstream thread;
+  thread << std::setw(6) << Util::getThreadId() << '|';
   std::vector<std::string> found;
   std::istringstream lines(logText(from));
   std::string line;
   while (std::getline(lines, line)) {
-    if (line.size() < kTextColumn || line[12] != '|' || line.compare(kMethodColumn, 11, "DaemonProxy") == 0)
+    if (line.size() < kTextColumn || line[12] != '|' ||
+        line.compare(kThreadColumn, thread.str().size(), thread.str()) != 0 ||
+        line.compare(kFileColumn, 16, "daemon_proxy.cpp") == 0)
       continue;
     found.push_back(line.substr(kTypeColumn, 3) + " " + line.substr(kTextColumn));
   }

@@ -1,0 +1,73 @@
+#ifndef DAEMON_H
+#define DAEMON_H
+
+#include "protocol.h"
+#include "session.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace devlink {
+
+struct DaemonOptions {
+  /// On this machine only; 0 takes any free one.
+  std::uint16_t mPort = kDefaultPort;
+
+  /// The device's lines of a session, in order. With mHasSession the clock starts with the first client, or with
+  /// run(); without, everything comes through play().
+  bool mHasSession = false;
+  std::vector<session::Action> mActions;
+  bool mStartsOnConnect = true;
+  /// Stays after the last line, when no client is left.
+  bool mLingers = false;
+
+  /// Gets each line of the record, without line feed, on the thread of run(); may be empty.
+  /// "<unix seconds> motion x y z a b c", "... event CODE", "... mode NAME", "... client connected NAME",
+  /// "... client gone NAME", "... away SECONDS", "... back". Motion and events stand there when they go to at
+  /// least one client.
+  std::function<void(const std::string&)> mRecord;
+  /// Gets what a person wants to see: "mode: NAME", clients that come and go; same thread, may be empty.
+  std::function<void(const std::string&)> mSay;
+  /// Says also each event and why clients were dropped.
+  bool mIsVerbose = false;
+};
+
+/// The device and its daemon: one device, any program on this machine as a client, sixteen of them at most.
+///
+/// A client gets all events from its greeting on, and first the cap's last position if the cap has moved before.
+/// What a client sends is checked in every field. One that breaks the protocol, doesn't greet within two seconds
+/// or lets 65536 events pile up is dropped; the others don't notice.
+class Daemon {
+public:
+  /// Opens the port. Throws std::system_error if it can't be had.
+  explicit Daemon(DaemonOptions options);
+  /// run() must have ended.
+  ~Daemon();
+  Daemon(const Daemon&) = delete;
+  Daemon& operator=(const Daemon&) = delete;
+
+  /// The port it listens on.
+  std::uint16_t port() const;
+
+  /// Serves until the end: stop(), or the last line has been played and the last client has left. Clients are
+  /// hung up on at its return. Not a second time.
+  void run();
+  /// Ends run(), also one that begins later. Any thread.
+  void stop();
+  /// Plays one action of the device now, whatever its time; returns when it has gone out. False if run() has ended
+  /// before. Any thread but that of run().
+  bool play(const session::Action& action);
+  /// There will be no more play(): run() ends when the clients that were there have left. Any thread.
+  void endOfInput();
+
+private:
+  class Implementation;
+  std::unique_ptr<Implementation> mImplementationP;
+};
+
+} // namespace devlink
+
+#endif

@@ -1,0 +1,55 @@
+#ifndef EVENT_QUEUE_H
+#define EVENT_QUEUE_H
+
+#include "protocol.h"
+
+#include <cstdint>
+#include <deque>
+#include <utility>
+
+namespace devlink {
+
+/// One event of the device, as a client receives it.
+struct Event {
+  std::int32_t mCode = 0; ///< kMotionCode or 0 and more
+  Axes mAxes{};           ///< device counts; zeros unless it is a motion sample
+};
+
+constexpr std::int32_t kMotionCode = -1;
+
+/// Events on their way, on either side of the link. Not for several threads at once.
+///
+/// Motion is a level: a sample that hasn't gone out yet is overwritten by the next one, and keeps its place in the
+/// order. Only a release (six zeros) isn't overwritten by the deflection after it, but goes out before that, so that
+/// whoever counts movements sees each of them end. All other events go out one by one, as they came.
+///
+/// What is held is bounded: two samples, and kMaxEvents other events. A reader who is so far behind is not coming
+/// back; the owner of the queue then ends the connection rather than lose events silently.
+class EventQueue {
+public:
+  static constexpr std::size_t kMaxEvents = 65536;
+
+  void addMotion(const Axes& axes);
+  /// Gives false, and keeps nothing, if the queue is full.
+  bool add(std::int32_t code);
+  /// Takes the oldest event; false if there is none.
+  bool take(Event& event);
+
+  bool isEmpty() const { return !mHasMotion && mEvents.empty(); }
+  bool hasMotion() const { return mHasMotion; }
+  /// Number of events other than motion.
+  std::size_t size() const { return mEvents.size(); }
+  void clear();
+
+private:
+  std::deque<std::pair<std::uint64_t, std::int32_t>> mEvents; ///< arrival, code
+  std::uint64_t mArrivals = 0;
+  bool mHasMotion = false;
+  bool mHasRelease = false; ///< a release is due before mNewest
+  Axes mNewest{};
+  std::uint64_t mMotionArrival = 0; ///< of the first sample that waits
+};
+
+} // namespace devlink
+
+#endif

@@ -1,0 +1,185 @@
+// The device and its daemon as a program: plays a session, or what it is told on standard input.
+
+#include "daemon.h"
+
+#include <CLI/CLI.hpp>
+
+#include <asio/io_context.hpp>
+#include <asio/signal_set.hpp>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <system_error>
+#include <thread>
+
+namespace {
+
+constexpr int kGood = 0;
+constexpr int kBad = 1;
+
+constexpr const char* kOnConnect = "on-connect";
+constexpr const char* kNow = "now";
+
+struct Arguments {
+  std::string mSession;
+  std::uint16_t mPort = devlink::kDefaultPort;
+  std::string mPortFile;
+  std::string mRecordFile;
+  std::string mStart = kOnConnect;
+  bool mLingers = false;
+  bool mIsVerbose = false;
+};
+
+void declare(CLI::App& app, Arguments& arguments) {
+  app.add_option("session", arguments.mSession,
+                 "Session file whose device lines are played. Without one, the same verbs are taken from standard "
+                 "input, a line each and without time: motion x y z a b c, view NAME, zoom, key N, "
+                 "rotation CODE [zoomall], mode, event CODE, away SECONDS");
+  app.add_option("--port", arguments.mPort, "TCP port on this machine; 0 takes any free one and prints it")
+      ->envname(devlink::kPortVariable)
+      ->capture_default_str();
+  app.add_option("--port-file", arguments.mPortFile, "Write the port there once clients can connect");
+  app.add_option("--record", arguments.mRecordFile, "Write there what is delivered, a line each");
+  app.add_option("--start", arguments.mStart, "When the session's clock starts: on-connect, now")
+      ->check(CLI::IsMember({kOnConnect, kNow}))
+      ->capture_default_str();
+  app.add_flag("--linger", arguments.mLingers, "Stay after the last line, when no client is left");
+  app.add_flag("--verbose", arguments.mIsVerbose, "Print each event and why connections end");
+}
+
+/// Texts of clients may have any code page; only what is printable for sure gets to the terminal.
+std::string printable(std::string text) {
+  for (char& c : text)
+    if (static_cast<unsigned char>(c) > 0x7E)
+      c = '?';
+  return text;
+}
+
+/// Others wait for the file and read it at once, so it appears complete or not at all.
+bool writePortFile(const std::string& path, std::uint16_t port) {
+  const std::string temporary = path + ".new";
+  {
+    std::ofstream file(temporary);
+    file << port << '\n';
+    if (!file.flush())
+      return false;
+  }
+  std::error_code failure;
+  std::filesystem::rename(temporary, path, failure);
+  return !failure;
+}
+
+/// Plays standard input, and says what it didn't understand.
+void playInput(devlink::Daemon& daemon) {
+  std::string line;
+  for (int number = 1; std::getline(std::cin, line); ++number) {
+    session::Action action;
+    std::string reason;
+    if (session::parseDeviceLine(line, action, reason)) {
+      if (!daemon.play(action))
+        return;
+    } else if (!reason.empty()) {
+      std::cerr << "standard input:" << number << ": " << reason << std::endl;
+    }
+  }
+  daemon.endOfInput();
+}
+
+/// Ends the daemon at Ctrl-C and the like, until it is destroyed.
+class Interrupt {
+public:
+  explicit Interrupt(devlink::Daemon& daemon) : mSignals(mIo, SIGINT, SIGTERM) {
+    mSignals.async_wait([&daemon](const asio::error_code& error, int) {
+      if (!error)
+        daemon.stop();
+    });
+    mThread = std::thread([this] { mIo.run(); });
+  }
+  ~Interrupt() {
+    mIo.stop();
+    mThread.join();
+  }
+
+private:
+  asio::io_context mIo;
+  asio::signal_set mSignals;
+  std::thread mThread;
+};
+
+int complain(const std::string& text) {
+  std::cerr << "ov_daemon: " << text << std::endl;
+  return kBad;
+}
+
+int serve(const Arguments& arguments, std::ofstream& recordFile, devlink::DaemonOptions options) {
+  options.mPort = arguments.mPort;
+  options.mStartsOnConnect = arguments.mStart == kOnConnect;
+  options.mLingers = arguments.mLingers;
+  options.mIsVerbose = arguments.mIsVerbose;
+  options.mSay = [](const std::string& text) { std::cout << printable(text) << std::endl; };
+  if (recordFile.is_open())
+    options.mRecord = [&](const std::string& text) { recordFile << text << std::endl; };
+
+  const bool hasSession = options.mHasSession;
+  std::shared_ptr<devlink::Daemon> daemon;
+  try {
+    daemon = std::make_shared<devlink::Daemon>(std::move(options));
+  } catch (const std::system_error& error) {
+    return complain("can't listen on port " + std::to_string(arguments.mPort) + ": " + error.code().message());
+  }
+  const Interrupt interrupt(*daemon);
+  std::cout << "Listening on port " << daemon->port() << std::endl;
+  if (!arguments.mPortFile.empty() && !writePortFile(arguments.mPortFile, daemon->port()))
+    return complain("can't write " + arguments.mPortFile);
+
+  // Nothing ends a thread that waits for input, so it is left behind, with its share of the daemon.
+  if (!hasSession)
+    std::thread([daemon] { playInput(*daemon); }).detach();
+  daemon->run();
+  if (recordFile.is_open() && !recordFile)
+    return complain("can't write " + arguments.mRecordFile);
+  return kGood;
+}
+
+int runProgram(int argc, char** argv) {
+  CLI::App app("The device daemon: serves a six-axis hand controller that a session plays.", "ov_daemon");
+  Arguments arguments;
+  declare(app, arguments);
+  CLI11_PARSE(app, argc, argv);
+
+  devlink::DaemonOptions options;
+  if (!arguments.mSession.empty()) {
+    const session::Session session = session::read(arguments.mSession);
+    for (const std::string& error : session.mErrors)
+      std::cerr << error << std::endl;
+    if (!session.isGood())
+      return kBad;
+    options.mHasSession = true;
+    options.mActions = session.actionsOf(session::Who::device);
+  }
+  std::ofstream recordFile;
+  if (!arguments.mRecordFile.empty()) {
+    recordFile.open(arguments.mRecordFile);
+    if (!recordFile)
+      return complain("can't write " + arguments.mRecordFile);
+  }
+  return serve(arguments, recordFile, std::move(options));
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  int status = kBad;
+  try {
+    status = runProgram(argc, argv);
+  } catch (const std::exception& error) {
+    complain(error.what());
+  }
+  // Without the clean-up at exit: the thread that waits for input may be using what it would take away.
+  std::cout.flush();
+  std::_Exit(status);
+}

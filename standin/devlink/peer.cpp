@@ -1,0 +1,201 @@
+#include "peer.h"
+
+#include <asio/buffer.hpp>
+#include <asio/write.hpp>
+
+#include <algorithm>
+#include <chrono>
+
+namespace devlink {
+
+namespace {
+
+using asio::ip::tcp;
+
+constexpr std::chrono::seconds kHelloTimeout{2};
+
+/// Small, so that motion samples wait in the queue, where newer ones overwrite them, rather than in the system.
+constexpr int kSendBufferBytes = 32 * 1024;
+/// What is handed to the system in one go, about.
+constexpr std::size_t kBatchBytes = 4096;
+
+constexpr char kDeviceName[] = "Orvaner 6-axis hand controller";
+static_assert(kInfoNameOffset + sizeof kDeviceName <= kInfoBytes);
+
+constexpr std::uint32_t kGood = 0;
+constexpr std::uint32_t kNoSuchDevice = 1;
+
+} // namespace
+
+Peer::Peer(tcp::socket socket, PeerOwner& owner)
+    : mSocket(std::move(socket)), mHelloTimer(mSocket.get_executor()), mOwner(owner) {}
+
+void Peer::start() {
+  asio::error_code ignored; // a connection that is gone already shows at the first read
+  mSocket.set_option(tcp::no_delay(true), ignored);
+  mSocket.set_option(asio::socket_base::send_buffer_size(kSendBufferBytes), ignored);
+  mHelloTimer.expires_after(kHelloTimeout);
+  mHelloTimer.async_wait([self = shared_from_this()](const asio::error_code& error) {
+    if (!error && !self->mIsGreeted)
+      self->close("no hello in time");
+  });
+  read();
+}
+
+void Peer::close(const std::string& reason) {
+  if (mIsClosed)
+    return;
+  mIsClosed = true;
+  const auto self = shared_from_this(); // the owner lets go of it below
+  asio::error_code ignored;
+  mHelloTimer.cancel();
+  mSocket.shutdown(tcp::socket::shutdown_both, ignored);
+  mSocket.close(ignored);
+  mOwner.onGone(*this, reason);
+}
+
+void Peer::giveMotion(const Axes& axes) {
+  mEvents.addMotion(axes);
+  write();
+}
+
+void Peer::giveEvent(std::int32_t code) {
+  if (!mEvents.add(code))
+    return close("too far behind");
+  write();
+}
+
+void Peer::read() {
+  std::size_t size = 0;
+  std::uint8_t* room = mIn.room(size);
+  mIsReading = true;
+  mSocket.async_read_some(asio::buffer(room, size),
+                          [self = shared_from_this()](const asio::error_code& error, std::size_t got) {
+                            if (self->mIsClosed)
+                              return;
+                            if (error)
+                              return self->close(error.message());
+                            self->mIsReading = false;
+                            self->mIn.added(got);
+                            self->onRead();
+                          });
+}
+
+void Peer::onRead() {
+  Frame frame;
+  for (;;) {
+    const FrameBuffer::Next next = mIn.next(frame);
+    if (next == FrameBuffer::Next::incomplete)
+      break;
+    if (next == FrameBuffer::Next::bad || !takeFrame(frame))
+      return close("broke the protocol");
+    if (mIsClosed)
+      return;
+  }
+  write();
+  // Whoever asks without taking the answers isn't read any further, so that answers don't pile up.
+  if (!mIsClosed && mAnswers.empty())
+    read();
+}
+
+bool Peer::takeFrame(const Frame& frame) { return mIsGreeted ? takeQuestion(frame) : takeHello(frame); }
+
+bool Peer::takeHello(const Frame& frame) {
+  FrameReader payload(frame);
+  const std::uint32_t magic = payload.number32();
+  const std::uint16_t version = payload.number16();
+  mName = payload.text(kMaxNameBytes);
+  if (frame.mKind != Kind::hello || magic != kMagic || version != kVersion || !payload.isGood() || mName.empty())
+    return false;
+  mHelloTimer.cancel();
+  mIsGreeted = true;
+  FrameWriter(mAnswers, Kind::welcome).number32(kMagic).number16(kVersion);
+  mOwner.onGreeted(*this);
+  return true;
+}
+
+bool Peer::takeQuestion(const Frame& frame) {
+  FrameReader payload(frame);
+  const std::uint32_t number = payload.number32();
+  switch (frame.mKind) {
+  case Kind::askDevices: {
+    if (!payload.isGood())
+      return false;
+    FrameWriter(mAnswers, Kind::devices).number32(number).number32(1);
+    return true;
+  }
+  case Kind::askInfo: {
+    const std::int32_t index = payload.signed32();
+    if (!payload.isGood())
+      return false;
+    std::uint8_t record[kInfoBytes] = {};
+    if (index == 0)
+      std::copy(std::begin(kDeviceName), std::end(kDeviceName), record + kInfoNameOffset);
+    FrameWriter(mAnswers, Kind::info)
+        .number32(number)
+        .number32(index == 0 ? kGood : kNoSuchDevice)
+        .record(record, kInfoBytes);
+    return true;
+  }
+  case Kind::askSettings: {
+    const std::int32_t index = payload.signed32();
+    if (!payload.isGood())
+      return false;
+    std::uint8_t record[kSettingsBytes] = {};
+    if (index == 0) {
+      storeLittleEndian32(record + kSettingsRotationOffset,
+                          static_cast<std::uint32_t>(mOwner.device().mRotationCode));
+      record[kSettingsZoomOffset] = mOwner.device().mZoomsAfterView;
+    }
+    FrameWriter(mAnswers, Kind::settings)
+        .number32(number)
+        .number32(index == 0 ? kGood : kNoSuchDevice)
+        .record(record, kSettingsBytes);
+    return true;
+  }
+  case Kind::setMode: {
+    const std::string application = payload.text(kMaxModeBytes);
+    const std::string mode = payload.text(kMaxModeBytes);
+    if (!payload.isGood())
+      return false;
+    FrameWriter(mAnswers, Kind::modeTaken).number32(number).number32(kGood);
+    mOwner.onMode(*this, mode);
+    return true;
+  }
+  default:
+    return false;
+  }
+}
+
+void Peer::write() {
+  if (mIsWriting || mIsClosed)
+    return;
+  mOut.clear();
+  mOut.swap(mAnswers);
+  Event event;
+  while (mIsGreeted && mOut.size() < kBatchBytes && mEvents.take(event)) {
+    if (event.mCode == kMotionCode) {
+      FrameWriter frame(mOut, Kind::motion);
+      for (const std::int16_t axis : event.mAxes)
+        frame.number16(static_cast<std::uint16_t>(axis));
+    } else {
+      FrameWriter(mOut, Kind::event).number32(static_cast<std::uint32_t>(event.mCode));
+    }
+  }
+  if (mOut.empty())
+    return;
+  mIsWriting = true;
+  asio::async_write(mSocket, asio::buffer(mOut),
+                    [self = shared_from_this()](const asio::error_code& error, std::size_t) {
+                      self->mIsWriting = false;
+                      if (self->mIsClosed)
+                        return;
+                      if (error)
+                        return self->close(error.message());
+                      self->write();
+                      if (!self->mIsReading)
+                        self->onRead();
+                    });
+}
+
+} // namespace devlink

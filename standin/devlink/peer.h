@@ -1,0 +1,77 @@
+#ifndef PEER_H
+#define PEER_H
+
+#include "event_queue.h"
+#include "protocol.h"
+
+#include <asio/io_context.hpp>
+#include <asio/ip/tcp.hpp>
+#include <asio/steady_timer.hpp>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace devlink {
+
+/// What the daemon tells about its device.
+struct DeviceState {
+  std::int32_t mRotationCode = 0;
+  bool mZoomsAfterView = false;
+};
+
+class Peer;
+
+/// What a peer needs from the daemon. All on the daemon's thread.
+class PeerOwner {
+public:
+  virtual ~PeerOwner() = default;
+  virtual const DeviceState& device() const = 0;
+  /// The client has said hello, and has got its welcome.
+  virtual void onGreeted(Peer& peer) = 0;
+  virtual void onMode(Peer& peer, const std::string& mode) = 0;
+  /// The last that is heard of a peer; reason is for a person.
+  virtual void onGone(Peer& peer, const std::string& reason) = 0;
+};
+
+/// The daemon's end of one client's connection.
+class Peer : public std::enable_shared_from_this<Peer> {
+public:
+  /// The owner outlives the connection; shared by it and by the operations under way.
+  Peer(asio::ip::tcp::socket socket, PeerOwner& owner);
+
+  void start();
+  /// Hangs up; onGone follows before it returns, unless that was before.
+  void close(const std::string& reason);
+
+  bool isGreeted() const { return mIsGreeted; }
+  const std::string& name() const { return mName; }
+
+  void giveMotion(const Axes& axes);
+  void giveEvent(std::int32_t code);
+
+private:
+  void read();
+  void onRead();
+  bool takeFrame(const Frame& frame);
+  bool takeHello(const Frame& frame);
+  bool takeQuestion(const Frame& frame);
+  void write();
+
+  asio::ip::tcp::socket mSocket;
+  asio::steady_timer mHelloTimer;
+  PeerOwner& mOwner;
+  bool mIsGreeted = false;
+  bool mIsClosed = false;
+  std::string mName;
+  FrameBuffer mIn;
+  Bytes mAnswers; ///< to go out before the next events
+  Bytes mOut;     ///< on its way
+  EventQueue mEvents;
+  bool mIsWriting = false;
+  bool mIsReading = false;
+};
+
+} // namespace devlink
+
+#endif

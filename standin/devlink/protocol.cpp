@@ -1,0 +1,118 @@
+#include "protocol.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+
+namespace devlink {
+
+FrameWriter::FrameWriter(Bytes& out, Kind kind) : mOut(out), mStart(out.size()) {
+  number16(0); // the length, known at the end
+  number16(static_cast<std::uint16_t>(kind));
+}
+
+FrameWriter::~FrameWriter() {
+  const std::size_t size = mOut.size() - mStart - kHeaderBytes;
+  mOut[mStart] = static_cast<std::uint8_t>(size & 0xFF);
+  mOut[mStart + 1] = static_cast<std::uint8_t>(size >> 8);
+}
+
+FrameWriter& FrameWriter::number16(std::uint16_t value) {
+  mOut.push_back(static_cast<std::uint8_t>(value & 0xFF));
+  mOut.push_back(static_cast<std::uint8_t>(value >> 8));
+  return *this;
+}
+
+FrameWriter& FrameWriter::number32(std::uint32_t value) {
+  number16(static_cast<std::uint16_t>(value & 0xFFFF));
+  return number16(static_cast<std::uint16_t>(value >> 16));
+}
+
+FrameWriter& FrameWriter::text(std::string_view value) {
+  number16(static_cast<std::uint16_t>(value.size()));
+  mOut.insert(mOut.end(), value.begin(), value.end());
+  return *this;
+}
+
+FrameWriter& FrameWriter::record(const std::uint8_t* bytes, std::size_t size) {
+  mOut.insert(mOut.end(), bytes, bytes + size);
+  return *this;
+}
+
+bool FrameReader::take(std::size_t size) {
+  mIsGood = mIsGood && size <= mLeft;
+  if (!mIsGood)
+    return false;
+  mNextP += size;
+  mLeft -= size;
+  return true;
+}
+
+std::uint16_t FrameReader::number16() {
+  const std::uint8_t* bytes = mNextP;
+  return take(2) ? static_cast<std::uint16_t>(bytes[0] | bytes[1] << 8) : std::uint16_t{0};
+}
+
+std::uint32_t FrameReader::number32() {
+  const std::uint32_t low = number16();
+  return low | static_cast<std::uint32_t>(number16()) << 16;
+}
+
+std::string FrameReader::text(std::size_t maxBytes) {
+  const std::size_t size = number16();
+  const std::uint8_t* bytes = mNextP;
+  if (!take(size))
+    return {};
+  std::string found(bytes, bytes + size);
+  mIsGood = isText(found, maxBytes);
+  return mIsGood ? found : std::string{};
+}
+
+void FrameReader::record(std::uint8_t* bytes, std::size_t size) {
+  const std::uint8_t* source = mNextP;
+  if (take(size))
+    std::memcpy(bytes, source, size);
+}
+
+std::uint8_t* FrameBuffer::room(std::size_t& size) {
+  std::memmove(mBytes.data(), mBytes.data() + mStart, mEnd - mStart);
+  mEnd -= mStart;
+  mStart = 0;
+  size = mBytes.size() - mEnd;
+  return mBytes.data() + mEnd;
+}
+
+FrameBuffer::Next FrameBuffer::next(Frame& frame) {
+  const std::uint8_t* header = mBytes.data() + mStart;
+  if (mEnd - mStart < kHeaderBytes)
+    return Next::incomplete;
+  const std::size_t size = static_cast<std::size_t>(header[0] | header[1] << 8);
+  if (size > kMaxPayloadBytes)
+    return Next::bad;
+  if (mEnd - mStart < kHeaderBytes + size)
+    return Next::incomplete;
+  frame.mKind = static_cast<Kind>(header[2] | header[3] << 8);
+  frame.mPayloadP = header + kHeaderBytes;
+  frame.mSize = size;
+  mStart += kHeaderBytes + size;
+  return Next::frame;
+}
+
+bool isText(std::string_view text, std::size_t maxBytes) {
+  return text.size() <= maxBytes && std::none_of(text.begin(), text.end(), [](char c) {
+           return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+         });
+}
+
+std::uint16_t portFrom(std::string_view text) {
+  std::uint16_t port = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
+  return error == std::errc{} && end == text.data() + text.size() ? port : std::uint16_t{0};
+}
+
+void storeLittleEndian32(std::uint8_t* bytes, std::uint32_t value) {
+  for (int i = 0; i < 4; ++i)
+    bytes[i] = static_cast<std::uint8_t>(value >> (8 * i) & 0xFF);
+}
+
+} // namespace devlink

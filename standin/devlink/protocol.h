@@ -1,0 +1,136 @@
+#ifndef PROTOCOL_H
+#define PROTOCOL_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// What client library and daemon say to each other, over one TCP connection on this machine.
+///
+/// Each message is a frame: length of the payload (16 bits), kind (16 bits), payload. All numbers are
+/// little-endian, a text is its length (16 bits) and its bytes. The client opens with hello, the daemon answers
+/// with welcome; both carry magic and version, and whoever finds another one there hangs up. After that the client
+/// asks, each question with a number of its own that the answer repeats, and the daemon sends events as they come.
+/// Neither side trusts the other: whatever doesn't fit exactly ends the connection.
+namespace devlink {
+
+constexpr std::uint16_t kDefaultPort = 27104;
+constexpr const char* kPortVariable = "OV_DEVLINK_PORT";
+
+constexpr std::uint32_t kMagic = 0x4B4C564F; ///< "OVLK" on the wire
+constexpr std::uint16_t kVersion = 2;
+
+constexpr std::size_t kHeaderBytes = 4;
+constexpr std::size_t kMaxPayloadBytes = 1024;
+constexpr std::size_t kMaxNameBytes = 64;  ///< of a client
+constexpr std::size_t kMaxModeBytes = 400; ///< of an application's or a mode's name
+constexpr std::size_t kInfoBytes = 96;
+constexpr std::size_t kInfoNameOffset = 20;
+constexpr std::size_t kSettingsBytes = 148;
+constexpr std::size_t kSettingsRotationOffset = 132;
+constexpr std::size_t kSettingsZoomOffset = 138;
+constexpr std::int32_t kMaxDevices = 16;
+
+enum class Kind : std::uint16_t {
+  // client to daemon
+  hello = 1,   ///< magic, version, client name
+  askDevices,  ///< question
+  askInfo,     ///< question, device index
+  askSettings, ///< question, device index
+  setMode,     ///< question, application, mode
+  // daemon to client
+  welcome = 0x81, ///< magic, version
+  devices,        ///< question, device count
+  info,           ///< question, status (0 = good), record of 96 bytes
+  settings,       ///< question, status, record of 148 bytes
+  modeTaken,      ///< question, status
+  motion,         ///< x y z a b c, 16 bits each
+  event           ///< event code, 0 or more
+};
+
+using Axes = std::array<std::int16_t, 6>;
+using Bytes = std::vector<std::uint8_t>;
+
+/// Appends one frame to a buffer: made, filled from left to right, finished by its destructor.
+class FrameWriter {
+public:
+  FrameWriter(Bytes& out, Kind kind);
+  ~FrameWriter();
+  FrameWriter(const FrameWriter&) = delete;
+  FrameWriter& operator=(const FrameWriter&) = delete;
+
+  FrameWriter& number16(std::uint16_t value);
+  FrameWriter& number32(std::uint32_t value);
+  FrameWriter& text(std::string_view value);
+  FrameWriter& record(const std::uint8_t* bytes, std::size_t size);
+
+private:
+  Bytes& mOut;
+  std::size_t mStart;
+};
+
+/// A received frame; the payload belongs to the FrameBuffer.
+struct Frame {
+  Kind mKind = Kind::hello;
+  const std::uint8_t* mPayloadP = nullptr;
+  std::size_t mSize = 0;
+};
+
+/// Takes a payload apart from left to right. What isn't there reads as 0 or empty and spoils isGood().
+class FrameReader {
+public:
+  explicit FrameReader(const Frame& frame) : mNextP(frame.mPayloadP), mLeft(frame.mSize) {}
+
+  std::uint16_t number16();
+  std::uint32_t number32();
+  std::int32_t signed32() { return static_cast<std::int32_t>(number32()); }
+  /// A text of at most maxBytes that passes isText().
+  std::string text(std::size_t maxBytes);
+  /// Copies size bytes; leaves the target alone if they aren't there.
+  void record(std::uint8_t* bytes, std::size_t size);
+
+  /// True if everything that was asked for was there and valid, and nothing is left over.
+  bool isGood() const { return mIsGood && mLeft == 0; }
+
+private:
+  bool take(std::size_t size);
+
+  const std::uint8_t* mNextP;
+  std::size_t mLeft;
+  bool mIsGood = true;
+};
+
+/// Cuts a stream of bytes into frames. Holds at most one buffer full, whatever the peer sends.
+class FrameBuffer {
+public:
+  /// Where the next bytes go, and how many fit: never 0 after next() has given Next::incomplete.
+  /// Payloads given before are void from here on.
+  std::uint8_t* room(std::size_t& size);
+  /// So many bytes were put there.
+  void added(std::size_t size) { mEnd += size; }
+
+  enum class Next { frame, incomplete, bad };
+  /// bad: the length is out of bounds; there is no way to find the next frame then.
+  Next next(Frame& frame);
+
+private:
+  std::array<std::uint8_t, 16 * 1024> mBytes;
+  std::size_t mStart = 0;
+  std::size_t mEnd = 0;
+};
+
+/// True for up to maxBytes bytes without control characters (so without a null, too). The code page is the
+/// sender's affair.
+bool isText(std::string_view text, std::size_t maxBytes);
+
+/// A port number from a text; 0 if it isn't one from 1 to 65535.
+std::uint16_t portFrom(std::string_view text);
+
+void storeLittleEndian32(std::uint8_t* bytes, std::uint32_t value);
+
+} // namespace devlink
+
+#endif
