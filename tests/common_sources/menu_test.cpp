@@ -1,0 +1,326 @@
+// The menu file, and the start of the menu reader that writes it.
+
+#include <algorithm>
+
+#include "calls.h"
+#include "engine_rig.h"
+#include "event_codes.h"
+#include "fault_loop.h"
+
+#ifndef _WIN32
+#include "desktop.h"
+#endif
+
+using Lines = std::vector<std::string>;
+
+namespace {
+
+constexpr char kMenuReader[] = "OvScribe2018.dll";
+
+class Menu : public EngineTest {
+protected:
+  void SetUp() override {
+    EngineTest::SetUp();
+    plugin().mScrollTreeAndList = false;
+    rig::home().remove(rig::kMenuFile);
+    mApplicationsDirPath = plugin().mApplicationsDirPath;
+  }
+  void TearDown() override {
+    plugin().mApplicationsDirPath = mApplicationsDirPath;
+    rig::home().remove(rig::kMenuFile);
+    rig::home().remove(kMenuReader);
+    EngineTest::TearDown();
+  }
+
+  /// Reads a menu file with that text.
+  void load(const std::string& text) {
+    rig::home().write(rig::kMenuFile, text);
+    proxy().loadMenufile();
+  }
+  Lines modes() { return *proxy().mModes.get(); }
+  std::string loadedRecord(int entries) {
+    return "CRT Menu file '" + plugin().mApplicationsDirPath + "\\autocad.mnu' with " +
+           std::to_string(entries) + " entries loaded.";
+  }
+  static void tick() { TimerProc(nullptr, 0, 0, 0); }
+
+  std::string mApplicationsDirPath;
+};
+
+TEST_F(Menu, ModesAreNamesAndEntriesAreMacros) {
+  load("# made by the menu reader\n[Modes]\nStart\n\tLayout = ignored\nModel\nMore # than anyone asks for\n\n"
+       "[MenuBar]\nA = File/Open}_OPEN|Opens\nB=x}M=$(getvar,tilemode);;_B|help\n\n[Other]\nC=x}C\n");
+  EXPECT_EQ(modes(), (Lines{"Start", "Layout", "Model", "More # than anyone asks for"}));
+  EXPECT_EQ(proxy().mMenuEntries, (Lines{"_OPEN", "M=$(getvar,tilemode);;_B"}));
+  EXPECT_TRUE(proxy().mMenuIsLoaded);
+  EXPECT_EQ(takeRecords(), Lines{loadedRecord(2)});
+  const char* const names[] = {"Start", "Layout", "Model"};
+  for (int mode = 0; mode < 3; ++mode) {
+    proxy().mViewMode = mode;
+    EXPECT_EQ(plugin().getModeName(), names[mode]);
+  }
+}
+
+TEST_F(Menu, MacroLiesBetweenTheFirstBraceAndTheFirstBar) {
+  const std::pair<const char*, Lines> cases[] = {
+      {"x}A|B", {"A"}},
+      {"x}A", {"A"}},
+      {"}A", {"A"}},
+      {"x}", {}},
+      {"A", {}},
+      {"x}|B", {""}},
+      {"a}b}c|d|e", {"b}c"}},
+      {"a|b}c", {"c"}},
+      {"x} A |B", {" A "}},
+      {"x}A ", {"A"}},
+      {"x}A=B", {"A=B"}},
+      {"x}A#B", {"A"}},
+      {"x} ", {}},
+      {"", {}},
+      {"a|b", {}},
+      {"x}|", {""}},
+  };
+  for (const auto& [value, entries] : cases) {
+    load("[Modes]\nStart\n\n[MenuBar]\nname = " + std::string(value) + "\n");
+    EXPECT_EQ(proxy().mMenuEntries, entries) << "'" << value << "'";
+  }
+}
+
+TEST_F(Menu, LineWithoutAnEntryTakesNoIndex) {
+  load("[MenuBar]\na=x}A\nb=heading\nc=x}\nd=x}|\ne=x}E\n[Modes]\nStart\n");
+  EXPECT_EQ(proxy().mMenuEntries, (Lines{"A", "", "E"}));
+}
+
+TEST_F(Menu, SectionEndsAtTheFirstLineWithoutAName) {
+  for (const char* const end : {"\n", "  \t\n", "  # indented\n", "[Other]\n", "= x}no name\n"}) {
+    load("[Modes]\nStart\n# skipped\nModel\n" + std::string(end) +
+         "Late\n\n[MenuBar]\na=x}A\n# b=x}B\nc=x}C\n" + end + "d=x}D\n");
+    EXPECT_EQ(modes(), (Lines{"Start", "Model"})) << end;
+    EXPECT_EQ(proxy().mMenuEntries, (Lines{"A", "C"})) << end;
+  }
+}
+
+TEST_F(Menu, MissingSectionLeavesTheOtherOne) {
+  load("[Modes]\nStart\n");
+  EXPECT_EQ(modes(), Lines{"Start"});
+  EXPECT_EQ(proxy().mMenuEntries, Lines{});
+  EXPECT_TRUE(proxy().mMenuIsLoaded);
+  proxy().mViewMode = 2;
+  EXPECT_EQ(plugin().getModeName(), "Unknown") << "one name serves for the first state only";
+  proxy().mMenuIsLoaded = false;
+  load("[modes]\nStart\n\n[MenuBar]\na=x}A\n");
+  EXPECT_EQ(modes(), Lines{});
+  EXPECT_EQ(proxy().mMenuEntries, Lines{"A"});
+  EXPECT_FALSE(proxy().mMenuIsLoaded);
+}
+
+TEST_F(Menu, FileIsPolledForAtEachTickUntilItHasAMode) {
+  tick();
+  tick();
+  EXPECT_EQ(takeRecords(), Lines{}) << "a file that isn't there is no event";
+  EXPECT_FALSE(proxy().mMenuIsLoaded);
+  setSample(100, 0, 0);
+  proxy().mMaxContMoveTime = 1;
+  tick();
+  proxy().mMaxContMoveTime = 500;
+  setSample(0, 0, 0);
+  tick();
+  EXPECT_EQ(host::viewCounts().storedViews, 1) << "the cap works meanwhile";
+  takeRecords();
+  // Keys with no modes: not loaded, and read again, though its keys work.
+  rig::home().write(rig::kMenuFile, "[MenuBar]\na=x}A\n");
+  tick();
+  tick();
+  EXPECT_EQ(takeRecords(), (Lines{loadedRecord(1), loadedRecord(1)}));
+  EXPECT_EQ(proxy().mMenuEntries, Lines{"A"});
+  EXPECT_FALSE(proxy().mMenuIsLoaded);
+  // The file goes again: nothing of it stays.
+  rig::home().remove(rig::kMenuFile);
+  tick();
+  EXPECT_EQ(proxy().mMenuEntries, Lines{});
+  // Complete: read before the tick's keys are served, and never again.
+  rig::home().write(rig::kMenuFile, "[Modes]\nStart\n\n[MenuBar]\na=x}A\nb=x}B\n");
+  plugin().mPendingKey = 1;
+  tick();
+  EXPECT_EQ(host::queueLength(), 2);
+  EXPECT_EQ(takeRecords(), Lines{loadedRecord(2)});
+  rig::home().write(rig::kMenuFile, "[Modes]\nOther\n");
+  tick();
+  EXPECT_EQ(modes(), Lines{"Start"});
+  EXPECT_EQ(proxy().mMenuEntries, (Lines{"A", "B"}));
+  EXPECT_EQ(takeRecords(), Lines{});
+}
+
+TEST_F(Menu, WhatIsNoFileIsNotRead) {
+  proxy().mModes.publish({"Old"});
+  proxy().mMenuEntries = {"Old"};
+  rig::home().makeFolder(rig::kMenuFile);
+  proxy().loadMenufile();
+  EXPECT_EQ(modes(), Lines{});
+  EXPECT_EQ(proxy().mMenuEntries, Lines{});
+  EXPECT_FALSE(proxy().mMenuIsLoaded);
+  EXPECT_EQ(takeRecords(), Lines{});
+}
+
+TEST_F(Menu, HundredThousandEntries) {
+  std::string text = "[Modes]\nStart\n\n[MenuBar]\n";
+  for (int i = 0; i < 100000; ++i)
+    text += "n" + std::to_string(i) + " = x}M" + std::to_string(i) + "|help\n";
+  load(text);
+  ASSERT_EQ(proxy().mMenuEntries.size(), 100000u);
+  EXPECT_EQ(takeRecords(), Lines{loadedRecord(100000)});
+  calls::startRecording();
+  proxy().execApplFunction(99999);
+  EXPECT_EQ(calls::stopRecording().back(), "sendStringToExecute \"M99999\\n\" 1 0 1");
+}
+
+TEST_F(Menu, FromTheMenuReaderToTheKeysEffect) {
+  rig::home().write(kMenuReader, "stands for the menu reader");
+  // Only once the link is quiet does each event of ours bring one announcement.
+  devlink_twin::pushEvent(kAnnounceModeEvent);
+  ASSERT_TRUE(devlink_twin::waitUntilTaken());
+  EXPECT_EQ(devlink_twin::modes().back(), "Unknown");
+#ifndef _WIN32
+  const std::string module = rig::home().backslashed("OVAutoCAD2019.arx");
+  desktop::setModulePath(std::wstring(module.begin(), module.end()));
+  proxy().StartDotNETPlugin();
+#else
+  std::string path = rig::home().native(kMenuReader);
+  std::replace(path.begin(), path.end(), '\\', '/');
+  host::type(L"(command \"netload\" \"" + std::wstring(path.begin(), path.end()) + L"\")\n");
+#endif
+  EXPECT_FALSE(rig::home().exists(rig::kMenuFile)) << "the host runs it when it gets to it";
+  host::setMenuText(
+      "[Modes]\nStart\nLayout\nModel\n\n[MenuBar]\na = x}_LINE\nb = Draw}_CIRCLE;50,50;25|Draws\n");
+  host::runQueue();
+  ASSERT_TRUE(rig::home().exists(rig::kMenuFile));
+  tick();
+  EXPECT_TRUE(proxy().mMenuIsLoaded);
+  devlink_twin::pushEvent(APPL_FUNC_START + 1);
+  ASSERT_TRUE(devlink_twin::waitUntilTaken());
+  EXPECT_EQ(devlink_twin::modes().back(), "Model");
+  tick();
+  EXPECT_EQ(host::entityCount(), 0);
+  host::runQueue();
+  ASSERT_EQ(host::entityCount(), 1);
+  EXPECT_EQ(rig::text(static_cast<const AcDbCircle*>(host::entity(1))->center(), 1), "50.0 50.0 0.0");
+  host::setLayout(true);
+  tick();
+  devlink_twin::pushMotion({0, 0, 0, 0, 0, 0});
+  ASSERT_TRUE(devlink_twin::waitUntilTaken());
+  EXPECT_EQ(devlink_twin::modes().back(), "Layout");
+}
+
+#ifndef _WIN32 // dialogs and module paths
+
+class MenuReader : public Menu {
+protected:
+  static std::wstring wide(const std::string& text) { return std::wstring(text.begin(), text.end()); }
+
+  /// Starts the menu reader from a plug-in file; gives what was typed, and the records.
+  Lines start(const std::string& modulePath) {
+    desktop::setModulePath(wide(modulePath));
+    takeRecords();
+    calls::startRecording();
+    proxy().StartDotNETPlugin();
+    Lines found;
+    for (const std::string& call : calls::stopRecording()) {
+      if (call.compare(0, 4, "send") == 0)
+        found.push_back(call);
+    }
+    const Lines records = takeRecords();
+    found.insert(found.end(), records.begin(), records.end());
+    return found;
+  }
+};
+
+TEST_F(MenuReader, IsLoadedFromThePlugInsFolder) {
+  rig::home().makeFolder("My plug-ins v2.1");
+  rig::home().write("My plug-ins v2.1/OvScribe2018.dll", "stands for the menu reader");
+  const std::string folder = rig::home().backslashed("My plug-ins v2.1");
+  std::string slashed = folder;
+  std::replace(slashed.begin(), slashed.end(), '\\', '/');
+  const std::string command = "(command \"netload\" \"" + slashed + "/OvScribe2018.dll\")";
+  const std::string file = folder + "\\OVAutoCAD2019.arx";
+  // The record of the command holds its line feed, and so is on two lines, of which the second is no record.
+  EXPECT_EQ(start(file),
+            (Lines{"sendStringToExecute \"" + command + "\\n\" 1 0 1", "TRC Start .NET Plugin...",
+                   "TRC charPath: '" + file + "'", "TRC dllPath: '" + folder + "\\OvScribe2018.dll'",
+                   "TRC totalCmd: '" + command}));
+  // A host that refuses the text says so in the log, and nothing else happens.
+  const std::size_t mark = rig::logSize();
+  calls::failAt("sendStringToExecute", 1);
+  start(file);
+  EXPECT_NE(rig::logText(mark).find("\n', ec: " + std::to_string(Acad::eNotApplicable) + "\n"),
+            std::string::npos);
+}
+
+TEST_F(MenuReader, MissingFolderIsSaidToTheUser) {
+  const std::string missing = rig::home().backslashed("Orvaner/Nowhere");
+  rig::home().write("Orvaner/plain", "a file");
+  for (const std::string& path : {missing, rig::home().backslashed("Orvaner/plain")}) {
+    plugin().mApplicationsDirPath = path;
+    const std::size_t before = desktop::messageBoxes().size();
+    EXPECT_EQ(start("no backslash either"), Lines{}) << "this one comes first, and stays out of the log";
+    ASSERT_EQ(desktop::messageBoxes().size(), before + 1);
+    const desktop::MessageBox box = desktop::messageBoxes().back();
+    EXPECT_EQ(box.text,
+              wide("Folder '" + path +
+                   "' not found!\n\nStart the driver first and try again to read out AutoCAD's menu items."));
+    EXPECT_EQ(box.caption, L"Orvane Plug-in Error");
+    EXPECT_EQ(box.type, 0u);
+    EXPECT_EQ(box.owner, nullptr);
+    EXPECT_EQ(desktop::beeps().back().frequency, 440u);
+    EXPECT_EQ(desktop::beeps().back().milliseconds, 200u);
+  }
+}
+
+TEST_F(MenuReader, WhatElseIsMissingIsSaidToTheLog) {
+  rig::home().write(kMenuReader, "stands for the menu reader");
+  EXPECT_EQ(start("plain.arx"), (Lines{"TRC Start .NET Plugin...", "TRC charPath: 'plain.arx'",
+                                       "ERR Error: Invalid path plain.arx"}));
+  EXPECT_EQ(start(""), (Lines{"TRC Start .NET Plugin...", "TRC charPath: ''", "ERR Error: Invalid path "}));
+  const std::string elsewhere = rig::home().backslashed("Orvaner");
+  EXPECT_EQ(start(elsewhere + "\\x.arx"),
+            (Lines{"TRC Start .NET Plugin...", "TRC charPath: '" + elsewhere + "\\x.arx'",
+                   "TRC dllPath: '" + elsewhere + "\\OvScribe2018.dll'",
+                   "ERR Error: OvScribe does not exist " + elsewhere + "\\OvScribe2018.dll"}));
+  host::setHasDocumentManager(false);
+  EXPECT_EQ(start(rig::home().backslashed("x.arx")), Lines{"TRC Start .NET Plugin..."});
+  EXPECT_TRUE(desktop::messageBoxes().empty());
+}
+
+TEST_F(MenuReader, NoFaultLeavesTheStart) {
+  rig::home().write(kMenuReader, "stands for the menu reader");
+  desktop::setModulePath(wide(rig::home().backslashed("x.arx")));
+  const std::set<std::string> struck =
+      rig::forEachFault([this] { takeRecords(); }, [this] { proxy().StartDotNETPlugin(); },
+                        [this](const std::string&, bool isThrow) {
+                          const Lines records = takeRecords();
+                          if (isThrow) {
+                            EXPECT_EQ(records.back(), "ERR Error StartDotNETPlugin()");
+                          }
+                        });
+  EXPECT_EQ(struck, (std::set<std::string>{"acDocManagerPtr", "curDocument", "GetModuleFileNameW",
+                                           "WideCharToMultiByte", "sendStringToExecute"}));
+}
+
+TEST_F(MenuReader, IsAskedForByTheConstructorUnlessTheHostsOwnInterfaceServes) {
+  for (const bool usesOwn : {false, true}) {
+    rig::home().write(kMenuReader, "stands for the menu reader");
+    desktop::setModulePath(wide(rig::home().backslashed("x.arx")));
+    calls::startRecording();
+    restart({{"useInt3dIntrfce", usesOwn ? "on" : "off"}});
+    const Lines made = calls::stopRecording();
+    const auto sent = std::find_if(made.begin(), made.end(),
+                                   [](const std::string& call) { return call.compare(0, 4, "send") == 0; });
+    EXPECT_EQ(sent != made.end(), !usesOwn);
+    EXPECT_NE(std::find(sent == made.end() ? made.begin() : sent, made.end(), "SetTimer 100"), made.end())
+        << "the timer is armed behind it";
+    EXPECT_TRUE(desktop::messageBoxes().empty());
+  }
+}
+
+#endif
+
+} // namespace
