@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <set>
 
 #include <gtest/gtest.h>
 
@@ -132,17 +133,19 @@ TEST_F(Module, LoadRegistersBeforeItStartsAndUnloadRemovesBeforeItEnds) {
   load();
   calls::startRecording();
   ASSERT_EQ(tell(kInit), 0);
+  // The steps in their order; what the menu reader's start does depends on whether it lies beside the module.
+  const std::set<std::string> steps = {"unlockApplication", "registerAppMDIAware", "addCommand", "SetTimer",
+                                       "acutPrintf"};
   std::vector<std::string> heard;
   for (const std::string& call : calls::stopRecording()) {
     const std::string name = call.substr(0, call.find(' '));
-    if (name != "GetModuleFileNameW" && name != "Beep" && name != "acrxSysRegistry" && name != "at")
+    if (steps.count(name) != 0)
       heard.push_back(name);
   }
   std::vector<std::string> expected = {"unlockApplication", "registerAppMDIAware", "addCommand",
-                                       "addCommand",        "addCommand",          "addCommand",
-                                       "acDocManagerPtr"};
+                                       "addCommand",        "addCommand",          "addCommand"};
 #ifndef _WIN32
-  expected.push_back("SetTimer"); // the menu reader isn't there, so nothing was typed
+  expected.push_back("SetTimer");
 #endif
   expected.push_back("acutPrintf");
   EXPECT_EQ(heard, expected);

@@ -1,5 +1,5 @@
-// The plug-in and its daemon in real time: a daemon that comes late, is killed and comes back under motion; how long
-// unloading takes in each state of the link; what rest costs.
+// The plug-in and its daemon in real time: a daemon that comes late, is killed and comes back under motion;
+// how long unloading takes in each state of the link; what rest costs.
 
 #include <chrono>
 #include <cmath>
@@ -96,8 +96,8 @@ protected:
     const std::string path = OV_MODULE;
     mModule = LoadLibraryW(std::wstring(path.begin(), path.end()).c_str());
     ASSERT_TRUE(mModule);
-    mEntryPoint =
-        reinterpret_cast<int (*)(int, void*)>(reinterpret_cast<void*>(GetProcAddress(mModule, "acrxEntryPoint")));
+    mEntryPoint = reinterpret_cast<int (*)(int, void*)>(
+        reinterpret_cast<void*>(GetProcAddress(mModule, "acrxEntryPoint")));
     ASSERT_EQ(mEntryPoint(1, nullptr), 0);
   }
   /// Seconds that the unload message took.
@@ -116,8 +116,8 @@ protected:
     mHome.remove("record");
     mDaemon = std::make_unique<Process>(
         OV_DAEMON,
-        std::vector<std::string>{mHome.native("a.session"), "--port", port, "--port-file", mHome.native("port"),
-                                 "--record", mHome.native("record"), "--linger"},
+        std::vector<std::string>{mHome.native("a.session"), "--port", port, "--port-file",
+                                 mHome.native("port"), "--record", mHome.native("record"), "--linger"},
         mHome.native("daemon.txt"));
     const auto start = Clock::now();
     while (!mHome.exists("port") || mHome.read("port").empty()) {
@@ -148,11 +148,13 @@ TEST_F(LinkLife, DaemonThatComesLateAndComesBackIsFoundEachTime) {
     const double found = loopUntil(kFound, [this] { return isRecorded("client connected acad"); });
     ASSERT_GE(found, 0) << "the daemon wasn't found in time";
     EXPECT_GE(loopUntil(3, [this] { return isRecorded("mode "); }), 0) << "no mode was announced";
-    EXPECT_GE(loopUntil(3, [] { return std::fabs(host::view().target.x) > 1; }), 0) << "the view stands still";
+    EXPECT_GE(loopUntil(3, [] { return std::fabs(host::view().target.x) > 1; }), 0)
+        << "the view stands still";
     EXPECT_EQ(host::view().up.x, 0) << "the rotation settings didn't arrive";
     mDaemon.reset(); // killed while the cap is deflected: the last sample goes on
     const double x = host::view().target.x;
-    EXPECT_GE(loopUntil(2, [x] { return host::view().target.x != x; }), 0) << "a level holds until the next sample";
+    EXPECT_GE(loopUntil(2, [x] { return host::view().target.x != x; }), 0)
+        << "a level holds until the next sample";
   }
   unload();
 }
@@ -199,7 +201,8 @@ TEST_F(LinkLife, RestCostsNextToNothing) {
     runLoop(kMilliseconds);
     const double share = (processorSeconds() - before) / (kMilliseconds * 1e-3);
     std::printf("at rest, daemon %s: %.2f %% of a core\n", hasDaemon ? "there" : "absent", 100 * share);
-    EXPECT_LT(share, 0.03) << "something spins"; // natively it is a tenth of that; sanitizers and noise add theirs
+    EXPECT_LT(share, 0.03)
+        << "something spins"; // natively it is a tenth of that; sanitizers and noise add theirs
     unload();
     mDaemon.reset();
   }
