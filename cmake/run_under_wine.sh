@@ -1,31 +1,17 @@
-#!/bin/sh
-# Runs a Windows program under Wine, with the prefix of the build tree that the program lies in.
+#!/usr/bin/env bash
+# Runs a Windows program of the build under Wine, in a prefix of the build tree's own.
 #
-#   run_under_wine.sh PROGRAM [ARGUMENT...]
+#   run_under_wine.sh PROGRAM.exe [ARGUMENT...]
 #
-# WINEPREFIX, if set, names another prefix. One must be there: Wine would make one quietly, in the middle of a test.
-set -eu
+# WINEPREFIX and DISPLAY are taken from the environment if they are set there (scripts/test does so). Without a
+# display there are no windows, and the tests of windows say so.
+set -euo pipefail
 
-fail() {
-  echo "run_under_wine.sh: $1" >&2
-  exit 127
-}
-
-[ $# -gt 0 ] || fail "no program given"
-[ -f "$1" ] || fail "no program at $1"
-command -v wine >/dev/null || fail "Wine isn't installed; scripts/install windows does it"
-
-if [ -z "${WINEPREFIX:-}" ]; then
-  folder=$(cd "$(dirname "$1")" && pwd)
-  while [ "$folder" != / ] && [ ! -d "$folder/wineprefix" ]; do
-    folder=$(dirname "$folder")
-  done
-  [ -d "$folder/wineprefix" ] ||
-    fail "no Wine prefix in the build tree of $1; scripts/test windows makes one"
-  WINEPREFIX=$folder/wineprefix
-fi
-[ -f "$WINEPREFIX/system.reg" ] || fail "$WINEPREFIX is no Wine prefix; scripts/test windows makes one"
-
-export WINEPREFIX
-export WINEDEBUG="${WINEDEBUG:--all}"
+command -v wine >/dev/null || { echo "run_under_wine: wine is missing; run: scripts/install windows" >&2; exit 127; }
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+export WINEPREFIX=${WINEPREFIX:-$root/build/windows/wineprefix}
+export WINEDEBUG=${WINEDEBUG:--all}
+# Neither of the two is needed, and both would ask the user for a download.
+export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree=;mshtml=}
+mkdir -p "$(dirname "$WINEPREFIX")"
 exec wine "$@"
