@@ -1,5 +1,9 @@
+#include <cmath>
+#include <functional>
 #include <iomanip>
 #include <iostream>
+#include <limits>
+#include <random>
 #include <regex>
 #include <stdexcept>
 #include <thread>
@@ -19,6 +23,8 @@ protected:
 };
 
 using Texts = std::vector<std::string>;
+
+void logFromAMixedPath();
 
 constexpr char kLetters[TMP + 1][4] = {"ERR", "WRN", "CRT", "TRC", "DCM", "ICM", "INF", "DBG", "TMP"};
 
@@ -110,6 +116,42 @@ TEST_F(LoggingRecord, TheExclusiveFileShutsOutAllOthersEvenTheirErrors) {
   EXPECT_EQ((Texts{"1", "2", "3", "4", "5"}), texts());
 }
 
+TEST_F(LoggingRecord, ThePlaceIsTheFilesNameWhicheverWayTheCompilerWritesItsPath) {
+  logFromAMixedPath();
+  EXPECT_EQ("|       place.cpp|   70| Class::Class::method            | here", records().at(0).substr(23));
+  gLogging.mExclFileToLog = "place.cpp";
+  logFromAMixedPath();
+  EXPECT_EQ(2u, records().size());
+}
+
+TEST_F(LoggingRecord, NumbersReadAsAnyStreamWritesThem) {
+  RecordStream stream;
+  const auto expectSame = [&](const auto& value) {
+    std::ostringstream plain;
+    plain.imbue(std::locale::classic());
+    plain << value;
+    stream.restart();
+    stream << value;
+    EXPECT_EQ(plain.str(), stream.text());
+  };
+  for (const int value : {0, -1, 7, 314159, 2147483647, -2147483647 - 1})
+    expectSame(value);
+  // Where digits are rounded, zeros dropped or an exponent begins, and the neighbours of these places.
+  for (const double base : {0.0,      1.0,      0.5,      1.5,      2.5e-5,  0.0001,   0.00099999949999,
+                            0.1,      1.0 / 3,  2.0 / 3,  9.999995, 12.3456, 100000.5, 123456.5,
+                            99999.95, 999999.0, 999999.5, 1e6,      1e15,    1e300,    5e-324}) {
+    for (const double value : {base, std::nextafter(base, 1e308), std::nextafter(base, -1e308)}) {
+      expectSame(value);
+      expectSame(-value);
+    }
+  }
+  expectSame(std::numeric_limits<double>::infinity());
+  std::mt19937 random(1); // the same numbers each time
+  std::uniform_real_distribution<double> mantissa(-1, 1);
+  for (int i = 0; i < 20000; ++i)
+    expectSame(std::ldexp(mantissa(random), i % 48 - 20));
+}
+
 TEST_F(LoggingRecord, PrintsBytesAsATable) {
   const auto table = [&](const std::string& data) {
     EXPECT_TRUE(gLogging.beginRecord(INF, "f", Util::logPrefix("f", 1, "Class", "method")));
@@ -136,13 +178,52 @@ TEST_F(LoggingRecord, ManipulatorsEndWithTheirRecord) {
   OV_LOG(INF, "Class", "Class::method",
          std::hex << std::showbase << std::setfill('*') << std::setprecision(2) << std::boolalpha << 255
                   << true << 1.2345 << std::setw(9));
+  // One alone, of those that leave no trace in their own record.
+  OV_LOG(INF, "Class", "Class::method", std::setfill('*'));
+  OV_LOG(INF, "Class", "Class::method", std::setw(4) << 1);
+  OV_LOG(INF, "Class", "Class::method", std::setw(9));
   gLogging.mOs->setstate(std::ios::failbit); // nor does a stream stay broken
   OV_LOG(INF, "Class", "Class::method", 255 << std::setw(4) << 1 << true << 1.2345);
   OV_LOG(INF, "Class", "Class::method", 255 << std::setw(4) << 1 << true << 1.2345);
   const Texts all = texts();
-  ASSERT_EQ(3u, all.size());
+  ASSERT_EQ(6u, all.size());
   EXPECT_EQ("0xfftrue1.2", all[0]);
-  EXPECT_EQ("255   111.2345", all[2]);
+  EXPECT_EQ("   1", all[2]);
+  EXPECT_EQ("255   111.2345", all[5]);
+}
+
+TEST_F(LoggingRecord, ManipulatorsCountForTheWholeOfTheirRecord) {
+  const struct {
+    std::function<void(std::ostream&)> manipulate;
+    const char* text;
+  } kManipulators[] = {
+      {[](std::ostream&) {}, "25ab1.53125"},
+      {[](std::ostream& os) { os << std::setw(4); }, "  25ab1.53125"},
+      {[](std::ostream& os) { os << std::setfill('.') << std::setw(4); }, "..25ab1.53125"},
+      {[](std::ostream& os) { os << std::hex << std::showbase; }, "0x19ab1.53125"},
+      {[](std::ostream& os) { os << std::showpos; }, "+25ab+1.53125"},
+      {[](std::ostream& os) { os << std::setprecision(3); }, "25ab1.53"},
+      {[](std::ostream& os) { os << std::fixed; }, "25ab1.531250"},
+  };
+  for (const auto& entry : kManipulators) {
+    ASSERT_TRUE(gLogging.beginRecord(INF, "f", Util::logPrefix("f", 1, "Class", "method")));
+    entry.manipulate(*gLogging.mOs);
+    *gLogging.mOs << 25;
+    *gLogging.mOs << "a";
+    *gLogging.mOs << 'b';
+    *gLogging.mOs << 1.53125;
+    gLogging << LOG_MAGIC;
+    EXPECT_EQ(entry.text, textOf(lines().back()));
+  }
+  ASSERT_TRUE(gLogging.beginRecord(INF, "f", Util::logPrefix("f", 1, "Class", "method")));
+  *gLogging.mOs << std::left << std::setw(3);
+  *gLogging.mOs << "a";
+  *gLogging.mOs << std::setw(3);
+  *gLogging.mOs << 'b';
+  *gLogging.mOs << std::setw(3);
+  gLogging << std::string("c") << "|";
+  gLogging << LOG_MAGIC;
+  EXPECT_EQ("a  b  c  |", textOf(lines().back()));
 }
 
 TEST_F(LoggingRecord, NumbersStayPlainWhateverLocaleTheHostSets) {
@@ -153,7 +234,18 @@ TEST_F(LoggingRecord, NumbersStayPlainWhateverLocaleTheHostSets) {
   const std::locale before = std::locale::global(std::locale(std::locale::classic(), new Dots));
   OV_LOG(INF, "Class", "Class::method", 1234567);
   const std::string dump = mPars.dump(0);
+  RecordStream stream; // of a log that is born after the host has set its locale
+  stream << 1234567 << ' ' << 1234567L << ' ' << 1234567.0;
   std::locale::global(before);
+  EXPECT_EQ("1234567 1234567 1.23457e+06", stream.text());
+  // One that a record asks for counts up to its end.
+  stream.restart();
+  stream.imbue(std::locale(std::locale::classic(), new Dots));
+  stream << 1234567;
+  EXPECT_EQ("1.234.567", stream.text());
+  stream.restart();
+  stream << 1234567;
+  EXPECT_EQ("1234567", stream.text());
   EXPECT_EQ(Texts{"1234567"}, texts());
   EXPECT_NE(std::string::npos, dump.find("mMaxSize: 50000\n")) << dump;
 }
@@ -277,6 +369,12 @@ TEST_F(LoggingRecord, AnotherLogIsUsableFromItsBirthToItsDeath) {
   gLogMagic = LOG_MAGIC;
   // Its last word went to the log that is still there.
   EXPECT_EQ(Texts{"Logging::~Logging(): destructing ..."}, texts());
+}
+
+// Stands last: the compiler takes all that follows for another file.
+#line 69 "c:\\common_sources/place.cpp"
+void logFromAMixedPath() {
+  OV_LOG(INF, "Class", "Class::method", "here");
 }
 
 } // namespace

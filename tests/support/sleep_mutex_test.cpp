@@ -1,9 +1,10 @@
 #include "mutex.h"
 
+#include <atomic>
+#include <chrono>
 #include <iostream>
 #include <memory>
 #include <thread>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -31,26 +32,44 @@ TEST(SleepMutexTest, ReportsItsLife) {
   EXPECT_EQ("SleepMutex::~SleepMutex(): 'Name' destructed by thread " + threadText() + ".\n", out.take());
 }
 
-TEST(SleepMutexTest, KeepsThreadsApart) {
+TEST(SleepMutexTest, OfTwoThreadsThatFindItFreeOneGetsIt) {
   rig::StreamCapture out(std::cout);
   SleepMutex mutex("Name");
   mutex.mDelay = 0;
-  mutex.mMaxTries = 1 << 30;        // no lock by force here
-  int isInside = 0, collisions = 0; // plain on purpose
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 3; ++i) {
-    threads.emplace_back([&] {
-      for (int round = 0; round < 500; ++round) {
-        EXPECT_EQ(0, mutex.lock());
-        collisions += isInside++;
-        --isInside;
-        EXPECT_EQ(0, mutex.unlock());
-      }
-    });
-  }
-  for (std::thread& thread : threads)
-    thread.join();
+  mutex.mMaxTries = 1 << 30; // no lock by force here
+  constexpr int kRounds = 2000;
+  std::atomic<int> arrived{0};
+  std::atomic<int> inside{0};
+  std::atomic<int> collisions{0};
+  const auto race = [&] {
+    for (int round = 1; round <= kRounds; ++round) {
+      ++arrived;
+      while (arrived < 2 * round) // both set out together
+        std::this_thread::yield();
+      EXPECT_EQ(0, mutex.lock());
+      collisions += inside++ != 0;
+      std::this_thread::yield();
+      --inside;
+      EXPECT_EQ(0, mutex.unlock());
+    }
+  };
+  std::thread other(race);
+  race();
+  other.join();
   EXPECT_EQ(0, collisions);
+}
+
+TEST(SleepMutexTest, WhoHasWaitedHoldsIt) {
+  rig::StreamCapture out(std::cout);
+  SleepMutex mutex("Name");
+  mutex.mDelay = 1;
+  mutex.mMaxTries = 1 << 30;
+  EXPECT_EQ(0, mutex.lock());
+  std::thread other([&] { EXPECT_EQ(0, mutex.lock()); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(20)); // so that the other one waits, not comes later
+  EXPECT_EQ(0, mutex.unlock());
+  other.join();
+  EXPECT_TRUE(mutex.mIsLocked);
 }
 
 #ifndef _WIN32
