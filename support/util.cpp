@@ -17,12 +17,11 @@ constexpr std::size_t kFileWidth = 16;
 constexpr std::size_t kLineWidth = 4;
 constexpr std::size_t kMethodWidth = 32;
 
-/// Two or three digits, filled with zeros.
-void writeDigits(char* to, unsigned value, int count) {
-  for (int i = count - 1; i >= 0; --i) {
-    to[i] = static_cast<char>('0' + value % 10);
-    value /= 10;
-  }
+/// Two digits, filled with a zero.
+char* writeTwo(char* to, unsigned value) {
+  to[0] = static_cast<char>('0' + value / 10);
+  to[1] = static_cast<char>('0' + value % 10);
+  return to + 2;
 }
 
 /// A text that is too long for its column keeps its end, which tells more than its start, behind a star.
@@ -56,13 +55,14 @@ void sleep(std::uint32_t ms) {
 void writeTime(char* to) {
   SYSTEMTIME now;
   GetSystemTime(&now);
-  writeDigits(to, now.wHour, 2);
-  to[2] = ':';
-  writeDigits(to + 3, now.wMinute, 2);
-  to[5] = ':';
-  writeDigits(to + 6, now.wSecond, 2);
-  to[8] = '.';
-  writeDigits(to + 9, now.wMilliseconds, 3);
+  to = writeTwo(to, now.wHour);
+  *to++ = ':';
+  to = writeTwo(to, now.wMinute);
+  *to++ = ':';
+  to = writeTwo(to, now.wSecond);
+  *to++ = '.';
+  *to++ = static_cast<char>('0' + now.wMilliseconds / 100);
+  writeTwo(to, now.wMilliseconds % 100u);
 }
 
 std::string getTime() {

@@ -1,5 +1,6 @@
 #include "logging.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -15,8 +16,8 @@ constexpr char kTypeNames[TMP + 1][4] = {"ERR", "WRN", "CRT", "TRC", "DCM", "ICM
 constexpr std::uint32_t kSizeUnit = 1000; // bytes, unit of mMaxSize
 constexpr std::size_t kThreadIdWidth = 6;
 constexpr std::size_t kTimeWidth = 12;
+constexpr std::size_t kTypeWidth = 3;
 constexpr std::size_t kBytesPerRow = 10;
-const bool kAlways = true;
 
 /// Removes or renames without complaint about a file that isn't there.
 bool isDoneOrAbsent(int result) {
@@ -25,11 +26,7 @@ bool isDoneOrAbsent(int result) {
 
 } // namespace
 
-Logging::Logging()
-    : mMutex("Logging"),
-      mIsHexDump(false), mGates{&kAlways,   &mIsWarning, &mIsCreation, &mIsTrace, &mIsDevCom,
-                                &mIsIntCom, &mIsInfo,    &mIsDebug,    &mIsTmp},
-      mPosition(0), mIsLineTorn(false) {
+Logging::Logging() : mMutex("Logging"), mIsHexDump(false), mThreadId(0), mPosition(0), mIsLineTorn(false) {
   mLogFile = "c:\\def_log.txt";
   mMaxSize = 5000;
   mIsLogToFile = mIsLogToCnsl = mIsWarning = mIsCreation = mIsTrace = false;
@@ -54,7 +51,7 @@ void Logging::init(const LogPars& pars) {
     mLogFile = "forgot_to_name_this_file_log.txt";
   const bool hasFolder = mLogFile.find('\\') != std::string::npos;
   mFilePath = hasFolder ? mLogFile : mSettingsDirPath + "\\" + mLogFile;
-  mFileStream = std::make_unique<std::ofstream>();
+  mFileStream = std::make_unique<LogFile>();
   openFileStream();
   if (!mFileStream->is_open()) {
     OV_LOG(ERR, "Logging", "Logging::init", "Opening log file '" << mLogFile << "failed!");
@@ -66,14 +63,8 @@ void Logging::init(const LogPars& pars) {
 
 void Logging::openFileStream() {
   mIsLineTorn = false;
-  mFileStream->clear();
-  // Without a buffer a record goes out whole in one system call, and one that the disk refuses doesn't stay
-  // behind to be written later, in the middle of another.
-  mFileStream->rdbuf()->pubsetbuf(nullptr, 0);
-  // Binary: line feeds alone, on every system.
-  mFileStream->open(Util::nativePath(mFilePath), std::ios::out | std::ios::app | std::ios::binary);
-  mFileStream->seekp(0, std::ios::end);
-  mPosition = mFileStream->is_open() ? static_cast<std::int64_t>(mFileStream->tellp()) : -1;
+  mFileStream->open(Util::nativePath(mFilePath));
+  mPosition = mFileStream->is_open() ? mFileStream->position() : -1;
 }
 
 bool Logging::beginRecord(int type, const char* file, std::string_view prefix) {
@@ -87,24 +78,34 @@ bool Logging::beginRecord(int type, const char* file, std::string_view prefix) {
   if (!isOn(type) || mMutex.lock() != 0)
     return false;
   try {
-    std::string& line = mOs->text();
-    line.assign(kTimeWidth, ' ');
-    Util::writeTime(&line[0]);
-    line += '|';
-    line += kTypeNames[type];
-    line += '|';
-    char id[12];
-    const int size =
-        std::snprintf(id, sizeof id, "%*u", static_cast<int>(kThreadIdWidth), Util::getThreadId());
-    line.append(id, static_cast<std::size_t>(size));
-    line += '|';
-    line += prefix;
-    line += "| ";
+    writeColumns(type, prefix);
   } catch (...) {
     mMutex.unlock(); // no memory for the record: it is lost, the lock isn't
     return false;
   }
   return true;
+}
+
+/// Writes the columns up to the text, in place: appending piece by piece takes several times as long.
+void Logging::writeColumns(int type, std::string_view prefix) {
+  const std::uint32_t id = Util::getThreadId();
+  if (id != mThreadId || mThreadColumn.empty()) {
+    const std::string number = std::to_string(id);
+    mThreadColumn.assign(number.size() < kThreadIdWidth ? kThreadIdWidth - number.size() : 0, ' ');
+    mThreadColumn += number;
+    mThreadId = id;
+  }
+  char* p = mOs->extend(kTimeWidth + kTypeWidth + mThreadColumn.size() + prefix.size() + 5);
+  Util::writeTime(p);
+  p += kTimeWidth;
+  *p++ = '|';
+  p = std::copy_n(kTypeNames[type], kTypeWidth, p);
+  *p++ = '|';
+  p = std::copy(mThreadColumn.begin(), mThreadColumn.end(), p);
+  *p++ = '|';
+  p = std::copy(prefix.begin(), prefix.end(), p);
+  *p++ = '|';
+  *p = ' ';
 }
 
 Logging& Logging::operator<<(const std::string& text) {
@@ -132,60 +133,65 @@ Logging& Logging::operator<<(int number) {
   } else if (number != LOG_MAGIC) {
     *mOs << number;
   } else {
-    try {
-      writeRecord(mOs->text());
-    } catch (...) { // the record is lost, the log goes on
-    }
-    try {
-      mOs->restart();
-    } catch (...) {
-      mOs->text().clear();
-    }
-    mMutex.unlock();
+    endRecord();
   }
   return *this;
 }
 
+void Logging::endRecord() {
+  try {
+    *mOs->extend(1) = '\n';
+    rotateIfFull();
+    writeOut(mOs->text());
+  } catch (...) { // the record is lost, the log goes on
+  }
+  try {
+    mOs->restart();
+  } catch (...) { // no memory for new room: the old one serves again
+  }
+  mMutex.unlock();
+}
+
 void Logging::writeRecord(const std::string& line) {
+  rotateIfFull();
+  writeOut(line + '\n');
+}
+
+void Logging::rotateIfFull() {
   // The limit is formed in 32 bits. A file that couldn't be opened again has no position and never reaches
   // it.
   const auto limit = static_cast<std::int32_t>(static_cast<std::uint32_t>(mMaxSize) * kSizeUnit);
-  if (mFileStream && mFileStream->is_open() && mPosition >= limit)
+  if (mPosition >= limit && mFileStream && mFileStream->is_open())
     backupLogFile();
-  writeLine(line);
 }
 
-/// Writes a line and a line feed to the file and to the console, as far as these are on.
-void Logging::writeLine(const std::string& line) {
-  mWholeLine.assign(line);
-  mWholeLine += '\n';
+/// Writes whole lines to the file and to the console, as far as these are on.
+void Logging::writeOut(std::string_view lines) {
   if (mFileStream && mIsLogToFile && mFileStream->is_open())
-    writeToFile(mWholeLine);
+    writeToFile(lines);
   if (mIsLogToCnsl)
-    std::cout << mWholeLine << std::flush;
+    std::cout << lines << std::flush;
 }
 
-void Logging::writeToFile(const std::string& text) {
+void Logging::writeToFile(std::string_view text) {
   // A disk that was full a moment ago may have room now. What it took of a record then has no end.
-  mFileStream->clear();
   if (mIsLineTorn)
-    mFileStream->put('\n');
-  const bool isWhole = !mFileStream->write(text.data(), static_cast<std::streamsize>(text.size())).fail();
+    mFileStream->write("\n");
+  const bool isWhole = mFileStream->write(text);
   if (isWhole && !mIsLineTorn) {
     mPosition += static_cast<std::int64_t>(text.size());
     return;
   }
-  mFileStream->clear();
-  const auto end = static_cast<std::int64_t>(mFileStream->tellp());
+  const std::int64_t end = mFileStream->position();
   mIsLineTorn = !isWhole && (mIsLineTorn || end > mPosition);
   mPosition = end;
 }
 
 void Logging::writeHeader() {
   const std::string rule(90, '-');
-  writeLine(rule + "\nOrvane logfile '" + mLogFile + "' opened at " + Util::getDate() + '\n' + rule +
-            "\n    Time    |Typ|  TID |      File      | Line|        Class And Method         | LogText"
-            "\n------------+---+------+----------------+-----+---------------------------------+---------");
+  writeOut(rule + "\nOrvane logfile '" + mLogFile + "' opened at " + Util::getDate() + '\n' + rule +
+           "\n    Time    |Typ|  TID |      File      | Line|        Class And Method         | LogText"
+           "\n------------+---+------+----------------+-----+---------------------------------+---------\n");
 }
 
 int Logging::backupLogFile() {

@@ -2,11 +2,11 @@
 #define LOGGING_H
 
 #include <cstdint>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <string_view>
 
+#include "log_file.h"
 #include "log_pars.h"
 #include "mutex.h"
 #include "record_stream.h"
@@ -40,7 +40,28 @@ public:
 
   /// True if records of that type are wanted at all.
   bool isOn(int type) const {
-    return static_cast<unsigned>(type) <= TMP && (type == ERR || *mGates[static_cast<unsigned>(type)]);
+    switch (type) { // by hand rather than by table: at a statement, where the type is known, it is one load
+    case ERR:
+      return true;
+    case WRN:
+      return mIsWarning;
+    case CRT:
+      return mIsCreation;
+    case TRC:
+      return mIsTrace;
+    case DCM:
+      return mIsDevCom;
+    case ICM:
+      return mIsIntCom;
+    case INF:
+      return mIsInfo;
+    case DBG:
+      return mIsDebug;
+    case TMP:
+      return mIsTmp;
+    default:
+      return false;
+    }
   }
 
   /// The gate. True: the record is wanted, the calling thread holds the lock, and mOs holds the columns up to
@@ -66,21 +87,25 @@ public:
   // The record being built. It is as good as new at each record's start, so that no manipulator of one record
   // reaches the next.
   std::unique_ptr<RecordStream> mOs;
-  std::unique_ptr<std::ofstream> mFileStream; // null when file logging isn't set up
+  std::unique_ptr<LogFile> mFileStream; // null when file logging isn't set up
   Mutex mMutex;
   bool mIsHexDump;
 
 private:
   void openFileStream();
-  void writeLine(const std::string& line);
-  void writeToFile(const std::string& text);
+  void writeColumns(int type, std::string_view prefix);
+  void endRecord();
+  void rotateIfFull();
+  void writeOut(std::string_view lines);
+  void writeToFile(std::string_view text);
   void writeByteTable(const std::string& bytes);
 
-  const bool* const mGates[TMP + 1]; // by type
+  // The thread of the last record, most likely that of the next as well, and its column.
+  std::uint32_t mThreadId;
+  std::string mThreadColumn;
   // Write position of the file. Counted here, since asking the stream costs a system call for each record.
   std::int64_t mPosition;
-  bool mIsLineTorn;       // the file ends in what a full disk took of a record
-  std::string mWholeLine; // keeps its room from line to line
+  bool mIsLineTorn; // the file ends in what a full disk took of a record
 };
 
 extern Logging gLogging;

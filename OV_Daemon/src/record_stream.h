@@ -1,31 +1,49 @@
 #ifndef RECORD_STREAM_H
 #define RECORD_STREAM_H
 
-#include <locale>
+#include <cstring>
 #include <ostream>
 #include <streambuf>
 #include <string>
+#include <string_view>
 
-/// A stream buffer that appends to a string.
-class StringBuffer : public std::streambuf {
+/// A stream buffer whose room grows with what is written, and stays from text to text.
+class TextBuffer : public std::streambuf {
 public:
-  std::string mText;
+  TextBuffer() { clear(); }
+
+  std::string_view text() const { return {pbase(), static_cast<std::size_t>(pptr() - pbase())}; }
+  void clear();
+
+  /// The place for so many characters behind the text, which are part of it from now on.
+  char* extend(std::size_t size) {
+    if (static_cast<std::size_t>(epptr() - pptr()) < size)
+      grow(size);
+    char* const placeP = pptr();
+    pbump(static_cast<int>(size));
+    return placeP;
+  }
+  void append(const char* text, std::size_t size) { std::memcpy(extend(size), text, size); }
+
+  bool mIsUsed = false; // a stream has written here, or given a locale
 
 protected:
-  int_type overflow(int_type c) override {
-    if (!traits_type::eq_int_type(c, traits_type::eof()))
-      mText.push_back(traits_type::to_char_type(c));
-    return traits_type::not_eof(c);
-  }
-  std::streamsize xsputn(const char* text, std::streamsize size) override {
-    mText.append(text, static_cast<std::size_t>(size));
-    return size;
-  }
+  int_type overflow(int_type c) override;
+  std::streamsize xsputn(const char* text, std::streamsize size) override;
+  void imbue(const std::locale&) override { mIsUsed = true; }
+
+private:
+  static constexpr std::size_t kUsualSize = 512;       // bytes
+  static constexpr std::size_t kLargestKept = 1 << 16; // bytes; the room of a larger text goes back
+
+  void grow(std::size_t size);
+
+  std::string mRoom; // of its whole size, whatever the text takes of it
 };
 
 /// Holds the buffer as a base, so that it stands before the stream that needs it.
-struct StringBufferHolder {
-  StringBuffer mBuffer;
+struct TextBufferHolder {
+  TextBuffer mBuffer;
 };
 
 /// The text of one log record as an output stream, used again and again.
@@ -33,28 +51,33 @@ struct StringBufferHolder {
 /// A new std::ostringstream for each record costs about as much as writing the record to the file. This one
 /// keeps its room, and restart() makes it as good as new: empty, with no manipulator left from the record
 /// before.
-class RecordStream : private StringBufferHolder, public std::ostream {
+///
+/// Most records are words and a number. As long as no manipulator is at work these go straight to the text,
+/// past the stream's sentries and facets; the text is the same. Everything else takes the stream's own way,
+/// and whatever has been there is set back by restart().
+class RecordStream : private TextBufferHolder, public std::ostream {
 public:
-  RecordStream() : std::ostream(&mBuffer), mPristine(nullptr) {
-    // A host that sets a locale for the process mustn't put grouping dots into our numbers.
-    imbue(std::locale::classic());
-    mPristine.copyfmt(*this);
-    mBuffer.mText.reserve(kUsualSize);
-  }
+  RecordStream();
 
-  std::string& text() { return mBuffer.mText; }
+  std::string_view text() const { return mBuffer.text(); }
+  /// For what the log itself writes around the text.
+  char* extend(std::size_t size) { return mBuffer.extend(size); }
+  void restart();
 
-  void restart() {
-    mBuffer.mText.clear();
-    if (mBuffer.mText.capacity() > kLargestKept)
-      std::string().swap(mBuffer.mText);
-    clear();
-    copyfmt(mPristine);
-  }
+  using std::ostream::operator<<;
+  RecordStream& operator<<(const char* words);
+  RecordStream& operator<<(const std::string& words) { return writeWords(words.data(), words.size()); }
+  RecordStream& operator<<(char c) { return writeWords(&c, 1); }
+  RecordStream& operator<<(signed char c) { return *this << static_cast<char>(c); }
+  RecordStream& operator<<(unsigned char c) { return *this << static_cast<char>(c); }
+  RecordStream& operator<<(int value);
+  RecordStream& operator<<(double value);
 
 private:
-  static constexpr std::size_t kUsualSize = 512;       // bytes
-  static constexpr std::size_t kLargestKept = 1 << 16; // bytes; the room of a larger record goes back
+  bool isPlain() const;
+  bool isAsNew() const;
+  RecordStream& writeWords(const char* words, std::size_t size);
+  template <class T> RecordStream& writeAny(T value);
 
   std::ios mPristine;
 };

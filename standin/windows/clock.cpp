@@ -22,6 +22,21 @@ void requireHeld(const State& s, const char* operation) {
     throw std::logic_error(std::string(operation) + ": the clock is not held");
 }
 
+SYSTEMTIME partsOf(time_t seconds) {
+  tm parts{};
+  gmtime_r(&seconds, &parts);
+  SYSTEMTIME time{};
+  time.wYear = static_cast<WORD>(parts.tm_year + 1900);
+  time.wMonth = static_cast<WORD>(parts.tm_mon + 1);
+  time.wDayOfWeek = static_cast<WORD>(parts.tm_wday);
+  time.wDay = static_cast<WORD>(parts.tm_mday);
+  time.wHour = static_cast<WORD>(parts.tm_hour);
+  time.wMinute = static_cast<WORD>(parts.tm_min);
+  // Windows knows no leap second.
+  time.wSecond = static_cast<WORD>(parts.tm_sec > 59 ? 59 : parts.tm_sec);
+  return time;
+}
+
 } // namespace
 
 namespace desktop {
@@ -76,6 +91,7 @@ void setSystemTime(const std::optional<SYSTEMTIME>& time) {
   State& s = state();
   const Lock lock(s.mutex);
   s.systemTime = time;
+  s.hasSystemTime = time.has_value();
 }
 
 std::vector<SleepRecord> sleeps() {
@@ -96,8 +112,8 @@ DWORD WINAPI GetTickCount(void) {
 }
 
 void WINAPI GetSystemTime(LPSYSTEMTIME time) {
-  {
-    State& s = state();
+  State& s = state();
+  if (s.hasSystemTime) {
     const Lock lock(s.mutex);
     if (s.systemTime) {
       *time = *s.systemTime;
@@ -106,16 +122,16 @@ void WINAPI GetSystemTime(LPSYSTEMTIME time) {
   }
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
-  tm parts{};
-  gmtime_r(&now.tv_sec, &parts);
-  time->wYear = static_cast<WORD>(parts.tm_year + 1900);
-  time->wMonth = static_cast<WORD>(parts.tm_mon + 1);
-  time->wDayOfWeek = static_cast<WORD>(parts.tm_wday);
-  time->wDay = static_cast<WORD>(parts.tm_mday);
-  time->wHour = static_cast<WORD>(parts.tm_hour);
-  time->wMinute = static_cast<WORD>(parts.tm_min);
-  // Windows knows no leap second.
-  time->wSecond = static_cast<WORD>(parts.tm_sec > 59 ? 59 : parts.tm_sec);
+  // Windows gives the time in a few nanoseconds, and the log asks at each record: a second is taken apart
+  // once.
+  struct Second {
+    time_t number = -1;
+    SYSTEMTIME time{};
+  };
+  thread_local Second second;
+  if (now.tv_sec != second.number)
+    second = {now.tv_sec, partsOf(now.tv_sec)};
+  *time = second.time;
   time->wMilliseconds = static_cast<WORD>(now.tv_nsec / 1000000);
 }
 

@@ -70,6 +70,7 @@ void reset() {
   s.tickStep = 0;
   s.watchedThread = 0;
   s.systemTime.reset();
+  s.hasSystemTime = false;
   s.sleeps.clear();
   for (const auto& entry : s.queues) {
     entry.second->posted.clear();
