@@ -175,8 +175,14 @@ HWND WINAPI GetWindow(HWND window, UINT command) {
   if (command != GW_HWNDNEXT)
     return nullptr;
   const std::vector<unsigned long>& list = siblings(s, *record);
-  const auto next = std::find(list.begin(), list.end(), desktop::number(window)) + 1;
-  return next == list.end() ? nullptr : handle(*next);
+  // Who walks a list asks for the window behind the one that he got last; a search for each step would make
+  // the walk as long as the list's square.
+  std::size_t& place = s.lastPlace;
+  if (place >= list.size() || list[place] != desktop::number(window))
+    place =
+        static_cast<std::size_t>(std::find(list.begin(), list.end(), desktop::number(window)) - list.begin());
+  ++place;
+  return place == list.size() ? nullptr : handle(list[place]);
 }
 
 BOOL WINAPI PtInRect(const RECT* rect, POINT point) {
