@@ -24,14 +24,6 @@ bool isFinite(const AcGeVector3d& v) {
   return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
 }
 
-void setFiniteView(AcGsView& view, const AcGePoint3d& position, const AcGePoint3d& target,
-                   const AcGeVector3d& up, double fieldWidth, double fieldHeight, bool isPerspective) {
-  if (isFinite(position - worldOrigin) && isFinite(target - worldOrigin) && isFinite(up) &&
-      std::isfinite(fieldWidth) && std::isfinite(fieldHeight))
-    view.setView(position, target, up, fieldWidth, fieldHeight,
-                 isPerspective ? AcGsView::kPerspective : AcGsView::kParallel);
-}
-
 double divisor(std::int32_t setting, std::int32_t defaultValue) {
   return setting != 0 ? setting : defaultValue;
 }

@@ -1,6 +1,7 @@
 #ifndef MOTION_STATE_H
 #define MOTION_STATE_H
 
+#include <cmath>
 #include <cstdint>
 
 #include <arxHeaders.h>
@@ -28,8 +29,17 @@ bool isFinite(const AcGeVector3d& v);
 
 /// Sets the view, unless a number of it is infinite or none: the host's view doesn't recover from that, so
 /// the step is dropped and the view stays what it is.
-void setFiniteView(AcGsView& view, const AcGePoint3d& position, const AcGePoint3d& target,
-                   const AcGeVector3d& up, double fieldWidth, double fieldHeight, bool isPerspective);
+inline void setFiniteView(AcGsView& view, const AcGePoint3d& position, const AcGePoint3d& target,
+                          const AcGeVector3d& up, double fieldWidth, double fieldHeight, bool isPerspective) {
+  // A sum is finite only if all that went into it is. One that isn't may also be of large numbers, so only
+  // then they are looked at one by one. In pairs, so that no addition waits for all those before it.
+  const double sum = ((position.x + position.y) + (target.x + target.y)) +
+                     ((position.z + target.z) + (up.x + up.y)) + ((up.z + fieldWidth) + fieldHeight);
+  if (std::isfinite(sum) || (isFinite(position - worldOrigin) && isFinite(target - worldOrigin) &&
+                             isFinite(up) && std::isfinite(fieldWidth) && std::isfinite(fieldHeight)))
+    view.setView(position, target, up, fieldWidth, fieldHeight,
+                 isPerspective ? AcGsView::kPerspective : AcGsView::kParallel);
+}
 
 /// A divisor from the settings file as it is used. Zero, which the file may hold, would make every motion
 /// infinite; the default serves instead.

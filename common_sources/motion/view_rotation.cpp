@@ -4,6 +4,7 @@
 
 #include "logging.h"
 #include "motion_state.h"
+#include "turn.h"
 
 namespace {
 
@@ -32,12 +33,10 @@ void AutoCadProxy::rotate(AcGsView* view, double angle, std::int32_t axisIndex, 
     // A view along its own up vector has no x axis. There is nothing to turn about then.
     if (axis.isZeroLength())
       return;
-    AcGePoint3d position = view->position();
-    AcGePoint3d target = view->target();
-    AcGeVector3d up = view->upVector();
-    position.rotateBy(angle, axis, centre);
-    target.rotateBy(angle, axis, centre);
-    up.rotateBy(angle, axis);
+    const motion::Turn turned(angle, axis);
+    const AcGePoint3d position = turned(view->position(), centre);
+    const AcGePoint3d target = turned(view->target(), centre);
+    const AcGeVector3d up = turned(view->upVector());
     const double height = view->fieldHeight();
     const double width = view->fieldWidth();
     motion::setFiniteView(*view, position, target, up, width, height, isPerspective);
