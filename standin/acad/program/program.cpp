@@ -87,6 +87,7 @@ int runSession(const Options& options, const session::Session& session) {
   SessionInput input;
   Recorder recorder(*controlsP);
   PlugIn plugIn(options.mModule);
+  recorder.begin();
   input.mOutcome.mIsLoaded = true;
   std::cout << "Plug-in loaded, playing " << options.mSession << '\n' << std::flush;
   HostPlayer player(session, *controlsP, recorder, std::cout);
