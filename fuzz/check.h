@@ -6,8 +6,8 @@
 
 namespace fuzz {
 
-/// What a fuzz target throws when the code under test broke a promise. Under libFuzzer nobody catches it, so that
-/// the input is kept as a crash; the replay catches it and names the file.
+/// What a fuzz target throws when the code under test broke a promise. Under libFuzzer nobody catches it, so
+/// that the input is kept as a crash; the replay catches it and names the file.
 class Broken : public std::runtime_error {
 public:
   using std::runtime_error::runtime_error;

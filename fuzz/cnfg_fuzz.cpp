@@ -15,7 +15,8 @@ using fuzz::requireSame;
 namespace {
 
 constexpr char kFile[] = "fuzz.ini";
-constexpr int kMaxOrders = 6;
+constexpr int kMaxOrders = 4;
+constexpr std::size_t kMaxNames = 4; // that are looked up
 
 struct Names {
   std::vector<std::string> sections{"S", ""};
@@ -33,6 +34,9 @@ Names namesIn(const PlainConfig& config) {
     else if (PlainConfig::cut(line, name, value))
       names.parameters.push_back(name);
   }
+  // Each is a search through the file.
+  names.sections.resize(std::min(names.sections.size(), kMaxNames));
+  names.parameters.resize(std::min(names.parameters.size(), kMaxNames));
   return names;
 }
 
@@ -74,7 +78,7 @@ void readAll(const std::string& path, const PlainConfig& config, const Names& na
     require(cnfg.mError == Cnfg::kNoMoreParameters && !cnfg.errorText().empty(), "the code stays in mError");
     if (section.empty())
       continue; // no section's name for the operations below
-    for (std::size_t i = 0; i <= expected.size(); ++i) {
+    for (std::size_t i = 0; i <= expected.size(); i += i / kMaxNames + 1) {
       const int code = cnfg.readParameterAt(name, value, section, static_cast<unsigned>(i), true);
       require((code == Cnfg::kOk) == (i < expected.size()), "a parameter at each place");
       if (i < expected.size())
@@ -91,8 +95,8 @@ void readAll(const std::string& path, const PlainConfig& config, const Names& na
   }
 }
 
-/// One writing operation on a file of those lines. Gives its code, and the place of the line that it should have
-/// changed.
+/// One writing operation on a file of those lines. Gives its code, and the place of the line that it should
+/// have changed.
 int writeOne(Cnfg& cnfg, const Names& names, fuzz::Input& orders, const std::vector<std::string>& before,
              std::size_t& place, std::string& name, std::string& value) {
   const bool isByPlace = orders.flag();

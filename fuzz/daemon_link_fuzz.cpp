@@ -1,5 +1,5 @@
-// The daemon's end of a connection, fed with anything: each good question is answered, in order, the first message
-// that isn't good ends the connection, and what goes out is always well formed.
+// The daemon's end of a connection, fed with anything: each good question is answered, in order, the first
+// message that isn't good ends the connection, and what goes out is always well formed.
 //
 // Input: pieces of the client's bytes, each behind a byte for its length; between them events of the device.
 
@@ -184,7 +184,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } else {
       const std::string piece = input.text(length);
       stream += piece;
-      require(send(ends[1], piece.data(), piece.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(piece.size()), "sent");
+      require(send(ends[1], piece.data(), piece.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(piece.size()),
+              "sent");
     }
     io.restart();
     io.poll();
@@ -193,7 +194,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const Expected expected = expect(stream);
   require(owner.mGreetings == (expected.isGreeted ? 1 : 0), "greeted once, by a good hello only");
   require(owner.mModes == expected.modes, "modes as announced");
-  require((owner.mGoodbyes == 1) == expected.isBroken, "a broken protocol ends the connection, nothing else does");
+  require((owner.mGoodbyes == 1) == expected.isBroken,
+          "a broken protocol ends the connection, nothing else does");
   if (expected.isBroken)
     requireSame(owner.mReason, "broke the protocol", "the reason");
   checkOutput(output, expected, events);

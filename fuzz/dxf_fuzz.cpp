@@ -1,4 +1,5 @@
-// Drawings: a file is loaded whole, and all of it can be shown, or it is refused with a reason and adds nothing.
+// Drawings: a file is loaded whole, and all of it can be shown, or it is refused with a reason and adds
+// nothing.
 //
 // Input: the file.
 
@@ -17,7 +18,9 @@ namespace {
 constexpr char kFile[] = "fuzz.dxf";
 constexpr int kMaxDrawn = 50; // entities; an insert may stand for millions
 
-bool isFinite(const AcGePoint3d& p) { return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z); }
+bool isFinite(const AcGePoint3d& p) {
+  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
+}
 
 void checkDrawing(const dxf::Result& result) {
   require(result.entities > 0 && host::entityCount() == result.entities, "as many entities as were counted");
@@ -29,7 +32,8 @@ void checkDrawing(const dxf::Result& result) {
     require(entityP != nullptr, "entities count from 1");
     AcDbExtents own;
     entityP->subAddExtents(nullptr, own);
-    require(!own.isEmpty() && isFinite(own.minPoint()) && isFinite(own.maxPoint()), "each entity lies somewhere");
+    require(!own.isEmpty() && isFinite(own.minPoint()) && isFinite(own.maxPoint()),
+            "each entity lies somewhere");
     if (entityP->isKindOf(AcDbBlockReference::desc()))
       continue;
     for (const AcDbStroke& stroke : host::strokes(number))

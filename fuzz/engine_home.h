@@ -6,8 +6,9 @@
 
 namespace fuzz {
 
-/// The engine, made once for the program: with the twin of the device library, without its own threads' motion, on a
-/// fresh host and a desktop whose clock moves a millisecond at each look. Every call sets it back to that.
+/// The engine, made once for the program: with the twin of the device library, without its own threads'
+/// motion, on a fresh host and a desktop whose clock moves a millisecond at each look. Every call sets it
+/// back to that.
 OvAutoCad& freshEngine();
 
 } // namespace fuzz

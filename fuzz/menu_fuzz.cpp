@@ -86,7 +86,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (int mode = -1; mode <= static_cast<int>(modes.size()); ++mode) {
     engine.mViewMode = mode;
     const bool isKnown = mode >= 0 && mode < static_cast<int>(modes.size());
-    requireSame(engine.getModeName(), isKnown ? modes[static_cast<std::size_t>(mode)].first : "Unknown", "mode's name");
+    requireSame(engine.getModeName(), isKnown ? modes[static_cast<std::size_t>(mode)].first : "Unknown",
+                "mode's name");
   }
   const std::vector<std::string> macros = plainMacros(config);
   require(engine.mMenuEntries == macros, "macros");
@@ -94,7 +95,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     calls::startRecording();
     engine.execApplFunction(key);
     const std::vector<std::string> found = sent(calls::stopRecording());
-    require(found == sent(expectedTexts(macros[static_cast<std::size_t>(key)])), "a key's macro, token by token");
+    require(found == sent(expectedTexts(macros[static_cast<std::size_t>(key)])),
+            "a key's macro, token by token");
   }
   host::runQueue();
   return 0;

@@ -7,8 +7,8 @@
 
 namespace fuzz {
 
-/// The rules of section-and-parameter files once more, without a file, a position or an error code, and with nothing
-/// in common with Cnfg: what Cnfg and its users find is held against what this finds.
+/// The rules of section-and-parameter files once more, without a file, a position or an error code, and with
+/// nothing in common with Cnfg: what Cnfg and its users find is held against what this finds.
 class PlainConfig {
 public:
   using Parameters = std::vector<std::pair<std::string, std::string>>;

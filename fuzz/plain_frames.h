@@ -13,9 +13,12 @@ struct PlainFrame {
   std::string payload;
 
   unsigned number16(std::size_t at) const {
-    return static_cast<std::uint8_t>(payload[at]) | static_cast<unsigned>(static_cast<std::uint8_t>(payload[at + 1])) << 8;
+    return static_cast<std::uint8_t>(payload[at]) |
+           static_cast<unsigned>(static_cast<std::uint8_t>(payload[at + 1])) << 8;
   }
-  std::uint32_t number32(std::size_t at) const { return number16(at) | static_cast<std::uint32_t>(number16(at + 2)) << 16; }
+  std::uint32_t number32(std::size_t at) const {
+    return number16(at) | static_cast<std::uint32_t>(number16(at + 2)) << 16;
+  }
 };
 
 constexpr std::size_t kMaxPlainPayload = 1024;

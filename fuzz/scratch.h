@@ -7,8 +7,8 @@
 
 namespace fuzz {
 
-/// The folder of this program. It is written to for each input, so it belongs where memory is the disk: scripts/fuzz
-/// says so with TMPDIR.
+/// The folder of this program. It is written to for each input, so it belongs where memory is the disk:
+/// scripts/fuzz says so with TMPDIR.
 inline rig::TempFolder& scratch() {
   static rig::TempFolder folder;
   return folder;

@@ -1,5 +1,5 @@
-// Session files: a good one comes back the same when its actions are written down again, a bad one plays nothing and
-// names its lines.
+// Session files: a good one comes back the same when its actions are written down again, a bad one plays
+// nothing and names its lines.
 //
 // Input: the file.
 
@@ -53,7 +53,9 @@ std::string selectionText(const Action& action) {
     return text;
   }
   require(action.mObjects.empty(), "no objects beside a set");
-  return action.mSelection == Selection::all ? " all" : action.mSelection == Selection::none ? " none" : " line";
+  return action.mSelection == Selection::all    ? " all"
+         : action.mSelection == Selection::none ? " none"
+                                                : " line";
 }
 
 std::string lookText(const Action& action) {
@@ -132,7 +134,8 @@ void checkGood(const Session& found) {
   int line = 0;
   std::string text;
   for (const Action& action : found.mActions) {
-    require(action.mSeconds >= last && action.mSeconds <= kMaxSeconds, "times never decrease, nor exceed a day");
+    require(action.mSeconds >= last && action.mSeconds <= kMaxSeconds,
+            "times never decrease, nor exceed a day");
     require(action.mLine > line, "actions in the file's order");
     last = action.mSeconds;
     line = action.mLine;

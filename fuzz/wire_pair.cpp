@@ -34,7 +34,9 @@ int __wrap_socket(int, int, int) {
   return taken;
 }
 
-int __wrap_connect(int, const sockaddr*, socklen_t) { return 0; }
+int __wrap_connect(int, const sockaddr*, socklen_t) {
+  return 0;
+}
 
 int __real_setsockopt(int socket, int level, int option, const void* value, socklen_t size);
 
