@@ -9,7 +9,8 @@ namespace program {
 
 namespace {
 
-/// Frames closer together than this are kept as one, seconds: without a display's pace there may be any number.
+/// Frames closer together than this are kept as one, seconds: without a display's pace there may be any
+/// number.
 constexpr double kShortestFrame = 0.004;
 /// A longer gap than this between frames is rest, seconds.
 constexpr double kLongestGap = 0.25;
@@ -57,8 +58,8 @@ void append(std::vector<MovedGroup>& earlier, const std::vector<MovedGroup>& lat
 
 bool isSameView(const host::ViewState& a, const host::ViewState& b) {
   return isSamePoint(a.position, b.position) && isSamePoint(a.target, b.target) && a.up.x == b.up.x &&
-         a.up.y == b.up.y && a.up.z == b.up.z && a.fieldWidth == b.fieldWidth && a.fieldHeight == b.fieldHeight &&
-         a.perspective == b.perspective;
+         a.up.y == b.up.y && a.up.z == b.up.z && a.fieldWidth == b.fieldWidth &&
+         a.fieldHeight == b.fieldHeight && a.perspective == b.perspective;
 }
 
 ScrollWatch::ScrollWatch(const Controls& controls) : mControls(controls) {
@@ -96,7 +97,7 @@ std::vector<At<std::vector<ScrollState>>> ScrollWatch::scrolls() const {
   return mScrolls;
 }
 
-Recorder::Recorder(const Controls& controls) : mStart(unixNow()), mScrollWatch(controls) {
+Recorder::Recorder(Controls& controls) : mControls(controls), mStart(unixNow()), mScrollWatch(controls) {
   mFrames.push_back({mStart, host::isLayout(), host::view(), host::layout(), {}});
   mDrawing.takeNew(0);
   host::setFrameSink([this](const host::Frame& frame) { onFrame(frame); });
@@ -108,6 +109,7 @@ Recorder::~Recorder() {
 
 void Recorder::onFrame(const host::Frame& frame) {
   const double now = unixNow();
+  mControls.show(frame);
   ++mShownFrames;
   if (!mIsTyping) {
     const double gap = now - mLastCapFrame;
@@ -130,7 +132,8 @@ void Recorder::keep(RecordedFrame frame) {
   RecordedFrame& last = mFrames.back();
   const bool isTooClose = frame.mUnixSeconds - last.mUnixSeconds < kShortestFrame && mFrames.size() > 1;
   if ((isTooClose && frame.mIs2d == last.mIs2d) || mFrames.size() >= kMaxFrames) {
-    // The picture is the newer one's; its time stays, or a dense stream of frames would never leave the first.
+    // The picture is the newer one's; its time stays, or a dense stream of frames would never leave the
+    // first.
     last.mIs2d = frame.mIs2d;
     last.mView = frame.mView;
     last.mLayout = frame.mLayout;
@@ -144,7 +147,8 @@ void Recorder::look() {
   const double now = unixNow();
   const RecordedFrame& last = mFrames.back();
   RecordedFrame frame{now, host::isLayout(), host::view(), host::layout(), {}};
-  if (frame.mIs2d != last.mIs2d || !isSameView(frame.mView, last.mView) || !isSameLayout(frame.mLayout, last.mLayout))
+  if (frame.mIs2d != last.mIs2d || !isSameView(frame.mView, last.mView) ||
+      !isSameLayout(frame.mLayout, last.mLayout))
     keep(std::move(frame));
   mDrawing.takeNew(now - mStart);
   mScrollWatch.look();
