@@ -13,9 +13,11 @@ using namespace motion;
 
 namespace {
 
-/// The share of a value that lies along the selected line, towards zero.
+/// The share of a value that lies along the selected line, towards zero. The smallest value has no opposite:
+/// along a line that points the other way it would wrap and turn the view backwards.
 short shareAlong(const AcGeVector3d& line, const AcGeVector3d& axis, short value) {
-  return static_cast<short>(std::clamp(line.dotProduct(axis), -1.0, 1.0) * value);
+  const double share = std::clamp(line.dotProduct(axis), -1.0, 1.0) * value;
+  return static_cast<short>(std::min(share, 32767.0));
 }
 
 /// The centre that the rotation mode gives when no selection does.

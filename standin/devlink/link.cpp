@@ -88,9 +88,9 @@ bool Link::canFetch() {
   return mState == State::up || !mEvents.isEmpty();
 }
 
-bool Link::isBroken() {
+bool Link::isOpening() {
   const Lock lock(mMutex);
-  return mState == State::down;
+  return mState == State::opening;
 }
 
 bool Link::fetch(Event& event) {

@@ -29,6 +29,7 @@ public:
 
   /// Connects, and exchanges greetings. Gives false after kOpenTimeout at the latest.
   bool open(std::uint16_t port, const std::string& clientName);
+  bool isOpening();
   /// Waits for another thread's open().
   bool awaitOpen();
   /// Ends the connection and whatever waits for it. Events that nobody has fetched are gone.
@@ -39,7 +40,6 @@ public:
 
   /// True while the link is up, and afterwards while there are events left that came before it broke.
   bool canFetch();
-  bool isBroken();
 
   /// Waits for an event; false once there will be none.
   bool fetch(Event& event);

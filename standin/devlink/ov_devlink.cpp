@@ -117,19 +117,40 @@ template <std::size_t size> bool askRecord(Kind question, int deviceIndex, Kind 
   return true;
 }
 
-bool connect(std::uint16_t port, const std::string& clientName) {
-  Client& state = client();
-  std::unique_lock<std::mutex> lock(state.mMutex);
-  if (state.mLinkP && !state.mLinkP->isBroken()) {
-    const std::shared_ptr<Link> other = state.mLinkP;
-    lock.unlock();
-    return other->awaitOpen();
-  }
+/// A link may have ended without anybody having noticed: nobody reads it between the calls.
+bool isAlive(Link& link) {
+  Bytes ignored;
+  return link.ask(Kind::askDevices, [](FrameWriter&) {}, Kind::devices, ignored);
+}
+
+/// Puts a new link in the place of the given one, or of none; null if another thread was quicker.
+std::shared_ptr<Link> replace(const std::shared_ptr<Link>& old) {
   const auto link = std::make_shared<Link>();
-  state.mLinkP = link; // from now on ovDisconnect can end the attempt
-  lock.unlock();
-  const bool isOpen = link->open(port, clientName);
-  lock.lock();
+  {
+    Client& state = client();
+    const std::lock_guard<std::mutex> lock(state.mMutex);
+    if (state.mLinkP != old)
+      return nullptr;
+    state.mLinkP = link;
+  }
+  if (old)
+    old->close();
+  return link;
+}
+
+bool connect(std::uint16_t port, const std::string& clientName) {
+  std::shared_ptr<Link> link;
+  while (!link) {
+    const std::shared_ptr<Link> old = currentLink();
+    if (old && old->isOpening())
+      return old->awaitOpen(); // another thread is at it
+    if (old && isAlive(*old))
+      return true;
+    link = replace(old);
+  }
+  const bool isOpen = link->open(port, clientName); // ovDisconnect can end the attempt
+  Client& state = client();
+  const std::lock_guard<std::mutex> lock(state.mMutex);
   if (isOpen)
     state.mIsLinked.notify_all();
   else if (state.mLinkP == link)

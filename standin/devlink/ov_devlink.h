@@ -18,8 +18,8 @@ extern "C" {
 /// Opens the link to the daemon and waits for its greeting, 1 second at most.
 /// reserved    not looked at, pass 0
 /// clientName  1 to 64 bytes without control characters; the daemon shows it
-/// With a link that is up already nothing happens, and the result is success. May be called again after any
-/// failure; a link that has broken is replaced.
+/// May be called again after any failure. With a link that is there already the daemon is asked whether it still
+/// answers: if so the link stays and the result is success, else a new one takes its place.
 int ovConnect(int reserved, const char* clientName);
 
 /// Closes the link. A blocked ovFetchEvent, request or ovConnect of another thread returns at once, with failure.

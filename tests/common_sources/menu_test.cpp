@@ -70,7 +70,7 @@ TEST_F(Menu, MacroLiesBetweenTheFirstBraceAndTheFirstBar) {
       {"A", {}},
       {"x}|B", {""}},
       {"a}b}c|d|e", {"b}c"}},
-      {"a|b}c", {"c"}},
+      {"a|b}c|d", {"c"}},
       {"x} A |B", {" A "}},
       {"x}A ", {"A"}},
       {"x}A=B", {"A=B"}},

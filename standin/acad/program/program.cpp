@@ -24,12 +24,12 @@ namespace fs = std::filesystem;
 /// Lines of the log that go into the report.
 constexpr std::size_t kLogLines = 20000;
 
-/// Set by Ctrl-C: the session ends early, but in order.
+/// Set by Ctrl-C, or when the program is asked to end: the session ends early, but in order.
 std::atomic<bool> gIsToStop{false};
 
-extern "C" void onInterrupt(int) {
+extern "C" void onStop(int signal) {
   gIsToStop = true;
-  std::signal(SIGINT, SIG_DFL); // a second one ends the program at once
+  std::signal(signal, SIG_DFL); // a second one ends the program at once
 }
 
 /// The plug-in's life, from its load message to its unloading.
@@ -89,13 +89,15 @@ int runSession(const Options& options, const session::Session& session) {
   SessionInput input;
   Recorder recorder(*controlsP);
   PlugIn plugIn(options.mModule);
+  recorder.begin();
   input.mOutcome.mIsLoaded = true;
   std::cout << (options.mSession.empty() ? "Plug-in loaded; Ctrl-C ends the host"
                                          : "Plug-in loaded, playing " + options.mSession)
             << '\n'
             << std::flush;
   HostPlayer player(session, *controlsP, recorder, std::cout);
-  std::signal(SIGINT, onInterrupt);
+  std::signal(SIGINT, onStop);
+  std::signal(SIGTERM, onStop);
   playSession(player, recorder, *controlsP, options);
   input.mEnd = unixNow();
   std::cout << "Unloading the plug-in\n" << std::flush;

@@ -9,9 +9,10 @@ namespace program {
 
 namespace {
 
-/// Frames closer together than this are kept as one, seconds: without a display's pace there may be any
-/// number.
-constexpr double kShortestFrame = 0.004;
+/// Without a display's pace there may be any number of frames. So many a second are kept, and some more while it was
+/// quiet before; of the others each is joined to the one before it.
+constexpr double kFramesPerSecond = 250;
+constexpr double kMostAtOnce = 500;
 /// A longer gap than this between frames is rest, seconds.
 constexpr double kLongestGap = 0.25;
 /// How often the controls are looked at.
@@ -107,6 +108,11 @@ Recorder::~Recorder() {
   host::setFrameSink(nullptr);
 }
 
+void Recorder::begin() {
+  mStart = unixNow();
+  mFrames.front().mUnixSeconds = mStart;
+}
+
 void Recorder::onFrame(const host::Frame& frame) {
   const double now = unixNow();
   mControls.show(frame);
@@ -130,16 +136,16 @@ void Recorder::onFrame(const host::Frame& frame) {
 
 void Recorder::keep(RecordedFrame frame) {
   RecordedFrame& last = mFrames.back();
-  const bool isTooClose = frame.mUnixSeconds - last.mUnixSeconds < kShortestFrame && mFrames.size() > 1;
-  if ((isTooClose && frame.mIs2d == last.mIs2d) || mFrames.size() >= kMaxFrames) {
-    // The picture is the newer one's; its time stays, or a dense stream of frames would never leave the
-    // first.
+  mCredit = std::min(kMostAtOnce, mCredit + std::max(0.0, frame.mUnixSeconds - mLastKeep) * kFramesPerSecond);
+  mLastKeep = frame.mUnixSeconds;
+  if ((mCredit < 1 && frame.mIs2d == last.mIs2d) || mFrames.size() >= kMaxFrames) {
     last.mIs2d = frame.mIs2d;
     last.mView = frame.mView;
     last.mLayout = frame.mLayout;
     append(last.mMoved, frame.mMoved);
     return;
   }
+  mCredit -= 1;
   mFrames.push_back(std::move(frame));
 }
 

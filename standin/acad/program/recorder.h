@@ -70,6 +70,8 @@ public:
   Recorder(const Recorder&) = delete;
   Recorder& operator=(const Recorder&) = delete;
 
+  /// The session starts now: the device's clock has just been set going by the plug-in's connection.
+  void begin();
   /// Looks for what changes without a frame: views set by commands, the tab, new objects, scrolled controls.
   void look();
   void caption(const std::string& text);
@@ -80,7 +82,7 @@ public:
 
   double start() const { return mStart; }
   const std::vector<RecordedFrame>& frames() const { return mFrames; }
-  /// Frames that the host showed, also those too close to another to be kept.
+  /// Frames that the host showed, also those that came too fast to be kept.
   std::int64_t shownFrames() const { return mShownFrames; }
   /// Frames that came of the cap.
   std::int64_t capFrames() const { return mCapFrames; }
@@ -105,6 +107,8 @@ private:
   std::int64_t mCapFrames = 0;
   bool mIsTyping = false;
   double mLastCapFrame = 0;
+  double mCredit = 0; ///< frames that may be kept now
+  double mLastKeep = 0;
   double mBusySeconds = 0;
   std::int64_t mBusyFrames = 0;
   bool mHasViewMoved = false;

@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <deque>
 #include <fstream>
 
@@ -123,7 +124,7 @@ json historyJson(const std::vector<host::HistoryLine>& history, double start, bo
   json out = json::array();
   for (const host::HistoryLine& line : history) {
     if (line.isTyped == isTyped)
-      out.push_back({{"t", line.seconds - start}, {"text", narrowed(line.text)}});
+      out.push_back({{"t", std::max(0.0, line.seconds - start)}, {"text", narrowed(line.text)}}); // loading comes first
   }
   return out;
 }
@@ -134,11 +135,12 @@ json rangeJson(const ScrollRange& range) {
 
 json controlsJson(const Recorder& recorder, const std::vector<ControlInfo>& infos) {
   json out = json::array();
+  const auto scrolls = recorder.scrolls();
   for (std::size_t i = 0; i < infos.size(); ++i) {
     json positions = json::array();
-    for (const auto& scroll : recorder.scrolls()) {
+    for (const auto& scroll : scrolls) {
       const ScrollState& state = scroll.mValue[i];
-      const json entry = {scroll.mUnixSeconds - recorder.start(), state.mVertical, state.mHorizontal};
+      const json entry = {std::max(0.0, scroll.mUnixSeconds - recorder.start()), state.mVertical, state.mHorizontal};
       if (positions.empty() || positions.back()[1] != entry[1] || positions.back()[2] != entry[2])
         positions.push_back(entry);
     }

@@ -1,0 +1,343 @@
+#include "fixture.h"
+
+#include "calls.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <cstring>
+#include <numeric>
+
+using testing::AllOf;
+using testing::Each;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+using std::chrono::milliseconds;
+
+TEST_F(LinkTest, tellsDevicesAndSettings) {
+  RunningDaemon daemon;
+  ASSERT_EQ(ovConnect(0, "acad"), 0);
+  int count = -1;
+  EXPECT_EQ(ovGetDevNum(&count, nullptr, nullptr), 0);
+  EXPECT_EQ(count, 1);
+
+  std::array<char, 100> info;
+  info.fill('x');
+  EXPECT_EQ(ovGetDevInfo(0, info.data()), 0);
+  EXPECT_THAT(info.data() + 20, HasSubstr("Orvaner"));
+  EXPECT_LT(std::strlen(info.data() + 20), 76u);
+  EXPECT_EQ(std::string(&info[96], 4), "xxxx") << "written past the record";
+
+  std::array<unsigned char, 152> settings;
+  settings.fill(0xAA);
+  EXPECT_EQ(ovGetAdvancedSettings(0, settings.data()), 0);
+  EXPECT_EQ(settings[151], 0xAA) << "written past the record";
+  settings.fill(0);
+  daemon.play("rotation 66051 zoomall"); // 0x010203
+  EXPECT_EQ(fetched(), "event 131073");
+  EXPECT_EQ(ovGetAdvancedSettings(0, settings.data()), 0);
+  EXPECT_EQ(settings[132], 3);
+  EXPECT_EQ(settings[133], 2);
+  EXPECT_EQ(settings[134], 1);
+  EXPECT_EQ(settings[138], 1);
+  EXPECT_EQ(std::accumulate(settings.begin(), settings.end(), 0), 7) << "only those bytes say anything";
+  daemon.play("rotation -2");
+  std::int32_t code = 0;
+  EXPECT_EQ(ovGetAdvancedSettings(0, settings.data()), 0);
+  std::memcpy(&code, &settings[132], sizeof code);
+  EXPECT_EQ(code, -2);
+  EXPECT_EQ(settings[138], 0);
+}
+
+TEST_F(LinkTest, aDeviceThatDoesNotExistIsAFailureAndLeavesTheRecord) {
+  RunningDaemon daemon;
+  ASSERT_EQ(ovConnect(0, "acad"), 0);
+  std::array<char, 148> record;
+  for (const int index : {1, -1, 1 << 30}) {
+    record.fill('x');
+    EXPECT_NE(ovGetDevInfo(index, record.data()), 0);
+    EXPECT_NE(ovGetAdvancedSettings(index, record.data()), 0);
+    EXPECT_THAT(record, Each('x'));
+    EXPECT_NE(ovFetchEvent(index, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                           nullptr, nullptr),
+              0);
+  }
+  EXPECT_TRUE(isConnected());
+}
+
+TEST_F(LinkTest, announcesModes) {
+  RunningDaemon daemon;
+  ASSERT_EQ(ovConnect(0, "acad"), 0);
+  EXPECT_EQ(ovSetApplMode("AutoCAD", "Model"), 0);
+  EXPECT_EQ(ovSetApplMode("AutoCAD", ""), 0);
+  EXPECT_EQ(ovSetApplMode("AutoCAD", "Pl\xE4ne"), 0) << "any code page";
+  EXPECT_EQ(ovSetApplMode("AutoCAD", std::string(400, 'm').c_str()), 0);
+  EXPECT_NE(ovSetApplMode("AutoCAD", std::string(401, 'm').c_str()), 0);
+  EXPECT_NE(ovSetApplMode("AutoCAD", "two\nlines"), 0);
+  EXPECT_NE(ovSetApplMode("AutoCAD", nullptr), 0);
+  EXPECT_NE(ovSetApplMode(nullptr, "Model"), 0);
+  EXPECT_THAT(daemon.mRecorded.all(), ElementsAre("client connected acad", "mode Model", "mode ", "mode Pl\xE4ne",
+                                                  "mode " + std::string(400, 'm')));
+  EXPECT_TRUE(daemon.mSaid.waitFor("mode: Model"));
+  EXPECT_TRUE(isConnected()) << "what was refused here never reached the daemon";
+}
+
+TEST_F(LinkTest, refusesNamesAndPortsThatAreNone) {
+  RunningDaemon daemon;
+  for (const char* name : {"", "a\tb", static_cast<const char*>(nullptr)})
+    EXPECT_NE(ovConnect(0, name), 0);
+  EXPECT_NE(ovConnect(0, std::string(65, 'n').c_str()), 0);
+  for (const char* port : {"0", "65536", "x", "12 ", "-1"}) {
+    usePort(port);
+    EXPECT_NE(ovConnect(0, "acad"), 0) << port;
+  }
+  EXPECT_NE(ovDisconnect(), 0) << "no attempt left a link";
+  usePort(std::to_string(daemon.port()));
+  EXPECT_EQ(ovConnect(0, std::string(64, 'n').c_str()), 0);
+}
+
+TEST_F(LinkTest, deliversEventsInTheirOrder) {
+  RunningDaemon daemon;
+  ASSERT_EQ(ovConnect(0, "acad"), 0);
+  for (const char* line : {"key 0", "view back", "motion 1 -2 32767 -32768 5 6", "zoom", "mode", "event 0x2001F"})
+    daemon.play(line);
+  EXPECT_EQ(fetched(), "event 131104");
+  EXPECT_EQ(fetched(), "event 131094");
+  EXPECT_EQ(fetched(), "motion 1 -2 32767 -32768 5 6");
+  EXPECT_EQ(fetched(), "event 131084");
+  EXPECT_EQ(fetched(), "event 131091");
+  EXPECT_EQ(fetched(), "event 131103");
+  EXPECT_THAT(daemon.mRecorded.all(),
+              ElementsAre("client connected acad", "event 131104", "event 131094", "motion 1 -2 32767 -32768 5 6",
+                          "event 131084", "event 131091", "event 131103"));
+}
+
+TEST_F(LinkTest, noKeyIsLostOrDoubledAmongMotionAndQuestions) {
+  constexpr int kKeys = 10000;
+  RunningDaemon daemon;
+  ASSERT_EQ(ovConnect(0, "acad"), 0);
+  std::vector<int> counts(kKeys);
+  std::mutex countsMutex;
+  std::atomic<bool> isOver{false};
+  const auto fetchAll = [&] {
+    for (std::string event; (event = fetched()) != "failure";) {
+      if (event.rfind("event ", 0) != 0)
+        continue;
+      const std::lock_guard<std::mutex> lock(countsMutex);
+      ++counts[static_cast<std::size_t>(std::stoi(event.substr(6)) - 0x20020)];
+    }
+  };
+  std::thread fetchers[] = {std::thread(fetchAll), std::thread(fetchAll)};
+  std::thread asker([&] {
+    while (!isOver)
+      EXPECT_TRUE(isConnected());
+  });
+  for (int key = 0; key < kKeys; ++key) {
+    daemon.play("key " + std::to_string(key));
+    if (key % 3 == 0)
+      daemon.play("motion 0 0 " + std::to_string(key) + " 0 0 0");
+  }
+  isOver = true;
+  asker.join();
+  const auto allThere = [&] {
+    const std::lock_guard<std::mutex> lock(countsMutex);
+    return std::accumulate(counts.begin(), counts.end(), 0) >= kKeys;
+  };
+  while (!allThere() && isConnected())
+    std::this_thread::sleep_for(milliseconds(1));
+  EXPECT_EQ(ovDisconnect(), 0);
+  for (std::thread& thread : fetchers)
+    thread.join();
+  EXPECT_THAT(counts, Each(1));
+}
+
+TEST_F(LinkTest, ofMotionThatNobodyFetchedTheNewestComesSoon) {
+  RunningDaemon daemon;
+  ASSERT_EQ(ovConnect(0, "acad"), 0);
+  daemon.play("motion 0 0 0 0 0 7");
+  constexpr int kSamples = 30000;
+  for (int i = 1; i <= kSamples; ++i)
+    daemon.play("motion " + std::to_string(i) + " 0 0 0 0 0");
+  int count = 1;
+  for (; fetched() != "motion 30000 0 0 0 0 0"; ++count)
+    ASSERT_LT(count, kSamples);
+  EXPECT_LT(count, kSamples / 100) << "old samples were delivered one by one";
+  daemon.play("motion 0 0 0 0 0 0");
+  EXPECT_EQ(fetched(), "motion 0 0 0 0 0 0");
+}
+
+TEST_F(LinkTest, everyReleaseIsDelivered) {
+  RunningDaemon daemon;
+  ASSERT_EQ(ovConnect(0, "acad"), 0);
+  for (const char* line : {"motion 1 0 0 0 0 0", "motion 0 0 0 0 0 0", "motion 2 0 0 0 0 0"})
+    daemon.play(line);
+  std::vector<std::string> found;
+  while (found.empty() || found.back() != "motion 2 0 0 0 0 0")
+    found.push_back(fetched());
+  EXPECT_THAT(found, testing::Contains("motion 0 0 0 0 0 0"));
+}
+
+TEST_F(LinkTest, whoComesLateLearnsWhereTheCapIs) {
+  RunningDaemon daemon;
+  ASSERT_EQ(ovConnect(0, "acad"), 0);
+  daemon.play("motion 0 0 300 0 0 0");
+  EXPECT_EQ(fetched(), "motion 0 0 300 0 0 0");
+  EXPECT_EQ(ovDisconnect(), 0);
+  daemon.play("motion 0 0 0 0 0 0");
+  ASSERT_EQ(ovConnect(0, "acad"), 0);
+  EXPECT_EQ(fetched(), "motion 0 0 0 0 0 0") << "released while nobody listened";
+}
+
+TEST_F(LinkTest, withoutALinkEverythingFailsAndFetchingWaits) {
+  usePort("1"); // nobody listens there
+  char record[148];
+  EXPECT_NE(ovConnect(0, "acad"), 0);
+  EXPECT_NE(ovDisconnect(), 0);
+  EXPECT_FALSE(isConnected());
+  EXPECT_NE(ovGetDevInfo(0, record), 0);
+  EXPECT_NE(ovGetAdvancedSettings(0, record), 0);
+  EXPECT_NE(ovSetApplMode("AutoCAD", "Model"), 0);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(fetched(), "failure");
+  EXPECT_GE(std::chrono::steady_clock::now() - start, milliseconds(90)) << "a loop around it would spin";
+}
+
+TEST_F(LinkTest, fetchingGoesOnByItselfWhenALinkComesUp) {
+  RunningDaemon daemon;
+  std::thread fetcher([] {
+    std::string event;
+    while ((event = fetched()) == "failure")
+      ;
+    EXPECT_EQ(event, "event 131104");
+  });
+  ASSERT_EQ(ovConnect(0, "acad"), 0);
+  daemon.play("key 0");
+  fetcher.join();
+}
+
+TEST_F(LinkTest, disconnectingFreesWhoeverWaits) {
+  for (int round = 0; round < 20; ++round) {
+    RunningDaemon daemon;
+    ASSERT_EQ(ovConnect(0, "acad"), 0);
+    std::atomic<int> waiting{0};
+    std::vector<std::thread> fetchers;
+    for (int i = 0; i < 3; ++i)
+      fetchers.emplace_back([&] {
+        ++waiting;
+        EXPECT_EQ(fetched(), "failure");
+      });
+    while (waiting < 3)
+      std::this_thread::yield();
+    std::this_thread::sleep_for(milliseconds(round % 3)); // before, while, and after they begin to wait
+    EXPECT_EQ(ovDisconnect(), 0);
+    for (std::thread& thread : fetchers)
+      thread.join();
+    EXPECT_NE(ovDisconnect(), 0);
+  }
+}
+
+TEST_F(LinkTest, connectingTwiceKeepsTheLink) {
+  RunningDaemon daemon;
+  ASSERT_EQ(ovConnect(0, "acad"), 0);
+  EXPECT_EQ(ovConnect(0, "acad"), 0);
+  daemon.play("key 1");
+  EXPECT_EQ(fetched(), "event 131105");
+  EXPECT_THAT(daemon.mRecorded.all(), ElementsAre("client connected acad", "event 131105"));
+}
+
+TEST_F(LinkTest, fiftyRestartsOfTheDaemonLeaveNothingBehind) {
+  std::uint16_t port = 0;
+  const auto life = [&](bool isDisconnected) {
+    RunningDaemon daemon({}, port);
+    port = daemon.port();
+    ASSERT_EQ(ovConnect(0, "acad"), 0);
+    ASSERT_TRUE(isConnected());
+    daemon.play("key 5");
+    ASSERT_EQ(fetched(), "event 131109");
+    if (isDisconnected) {
+      EXPECT_EQ(ovDisconnect(), 0);
+    }
+  };
+  life(true);
+  const auto before = openDescriptors();
+  for (int i = 0; i < 50; ++i) {
+    life(i % 2 == 0); // every other one is just gone, from the client's point of view
+    if (i % 2 != 0) {
+      EXPECT_EQ(fetched(), "failure");
+      EXPECT_FALSE(isConnected());
+      if (i % 4 == 1) {
+        EXPECT_EQ(ovDisconnect(), 0) << "a broken link is there to be closed";
+      }
+    }
+    ASSERT_FALSE(HasFatalFailure());
+  }
+  ovDisconnect();
+  EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(LinkTest, allFunctionsMayBeCalledAtOnce) {
+  RunningDaemon daemon;
+  std::atomic<bool> isOver{false};
+  std::atomic<int> connects{0}, answers{0}, events{0};
+  const auto repeat = [&](auto call) {
+    return std::thread([&isOver, call] {
+      while (!isOver)
+        call();
+    });
+  };
+  std::thread threads[] = {
+      repeat([&] { connects += ovConnect(0, "acad") == 0; }),
+      repeat([&] { connects += ovConnect(0, "acad") == 0; }),
+      repeat([&] { answers += isConnected(); }),
+      repeat([&] {
+        char record[148];
+        answers += ovGetAdvancedSettings(0, record) == 0;
+        answers += ovGetDevInfo(0, record) == 0;
+      }),
+      repeat([&] { answers += ovSetApplMode("AutoCAD", "Model") == 0; }),
+      repeat([&] { events += fetched() != "failure"; }),
+      repeat([&] { events += fetched() != "failure"; }),
+      repeat([&] {
+        std::this_thread::sleep_for(milliseconds(3));
+        ovDisconnect();
+      }),
+  };
+  for (int i = 0; i < 500 || events == 0 || answers == 0; ++i) {
+    daemon.play("key 1");
+    daemon.play("motion 0 0 " + std::to_string(i % 1000) + " 0 0 0");
+    std::this_thread::sleep_for(milliseconds(1));
+  }
+  isOver = true;
+  std::this_thread::sleep_for(milliseconds(5));
+  ovDisconnect();
+  std::thread freeing([&] { // one of the threads may have connected since
+    while (isOver) {
+      ovDisconnect();
+      std::this_thread::sleep_for(milliseconds(1));
+    }
+  });
+  for (std::thread& thread : threads)
+    thread.join();
+  isOver = false;
+  freeing.join();
+  EXPECT_GT(connects, 1);
+  EXPECT_EQ(ovConnect(0, "acad"), 0) << "all that did no harm";
+  EXPECT_TRUE(isConnected());
+}
+
+TEST_F(LinkTest, callsCanBeToldToFailAndLetNoExceptionOut) {
+  RunningDaemon daemon;
+  calls::failAt("ovConnect", 1);
+  EXPECT_NE(ovConnect(0, "acad"), 0);
+  EXPECT_EQ(ovConnect(0, "acad"), 0);
+  calls::throwAt("ovGetDevNum", 2);
+  EXPECT_TRUE(isConnected());
+  EXPECT_FALSE(isConnected());
+  EXPECT_TRUE(isConnected());
+  calls::clear();
+}
+
+} // namespace
