@@ -241,8 +241,9 @@ TEST_F(WholeTest, KeysCommandsObjectsControlsAndLayout) {
 
 TEST_F(WholeTest, WithoutADaemonTheHostSaysThatNoEventsCame) {
   writeSession("0.2 device motion 0 0 0 0 500 0\n0.3 device motion 0 0 0 0 0 0\n");
-  EXPECT_EQ(runHost(), 1);
+  ASSERT_EQ(runHost(), 1) << mOutput;
   EXPECT_THAT(mOutput, HasSubstr("loaded, took NO events, did NOT move the view, unloaded"));
+  ASSERT_TRUE(data().is_object());
   EXPECT_EQ(data()["result"]["unloaded"], true);
 }
 
