@@ -19,6 +19,7 @@ bool readOptions(int count, char** arguments, Options& options, int& exitStatus)
       "Opens a drawing, loads a plug-in, plays a session's host lines and leaves a report of what the view "
       "did.\nEnds with status 0 only if the plug-in loaded, took events, moved the view and unloaded.\n"
       "Without a session it runs until its window is closed or Ctrl-C is pressed."};
+  app.allow_windows_style_options(false); // a path may begin with a slash there too
   app.add_option("DRAWING", options.mDrawing, "drawing to open, DXF (default: an empty one)");
   app.add_option("--session", options.mSession, "session file; its host lines are played here");
   CLI::Option* const moduleP = app.add_option(
