@@ -97,10 +97,9 @@ private:
   std::thread mThread;
 };
 
-/// A bare loopback connection, with a thread at its far end that sends back what comes.
-class Echo {
-public:
-  Echo() {
+/// A bare loopback connection.
+struct Connection {
+  Connection() {
     const int listener = socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in address = {};
     address.sin_family = AF_INET;
@@ -110,46 +109,109 @@ public:
     if (bind(listener, addressP, size) != 0 || listen(listener, 1) != 0 ||
         getsockname(listener, addressP, &size) != 0)
       std::abort();
-    mNear = socket(AF_INET, SOCK_STREAM, 0);
-    if (connect(mNear, addressP, size) != 0)
+    near = socket(AF_INET, SOCK_STREAM, 0);
+    if (connect(near, addressP, size) != 0)
       std::abort();
-    mFar = accept(listener, nullptr, nullptr);
+    far = accept(listener, nullptr, nullptr);
     close(listener);
     const int on = 1;
-    for (const int end : {mNear, mFar})
+    for (const int end : {near, far})
       setsockopt(end, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+  }
+  ~Connection() {
+    close(near);
+    close(far);
+  }
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+
+  static void put(int end) {
+    const char text[kPingBytes] = {};
+    ::send(end, text, sizeof text, MSG_NOSIGNAL);
+  }
+  static bool get(int end) {
+    char text[kPingBytes];
+    return recv(end, text, sizeof text, MSG_WAITALL) == static_cast<ssize_t>(sizeof text);
+  }
+
+  int near = -1;
+  int far = -1;
+};
+
+/// A connection with a thread at its far end that sends back what comes.
+class Echo {
+public:
+  Echo() {
     mThread = std::thread([this] {
-      char text[kPingBytes];
-      while (recv(mFar, text, sizeof text, MSG_WAITALL) == static_cast<ssize_t>(sizeof text))
-        ::send(mFar, text, sizeof text, MSG_NOSIGNAL);
+      while (Connection::get(mConnection.far))
+        Connection::put(mConnection.far);
     });
   }
   ~Echo() {
-    shutdown(mNear, SHUT_RDWR);
+    shutdown(mConnection.near, SHUT_RDWR);
     mThread.join();
-    close(mNear);
-    close(mFar);
   }
 
   /// Nanoseconds of a round trip.
   double trip() {
-    char text[kPingBytes] = {};
     const Clock::time_point start = Clock::now();
-    ::send(mNear, text, sizeof text, MSG_NOSIGNAL);
-    if (recv(mNear, text, sizeof text, MSG_WAITALL) != static_cast<ssize_t>(sizeof text))
+    Connection::put(mConnection.near);
+    if (!Connection::get(mConnection.near))
       std::abort();
     return nanoseconds(Clock::now() - start);
   }
 
 private:
-  int mNear = -1;
-  int mFar = -1;
+  Connection mConnection;
   std::thread mThread;
 };
 
-Result eventToState() {
+/// A connection whose near end belongs to a thread that is woken to send, as the daemon is, and whose far end
+/// belongs to one that waits, as the reading thread does.
+class Road {
+public:
+  Road() {
+    for (sem_t* const semaphoreP : {&mToSend, &mArrived})
+      sem_init(semaphoreP, 0, 0);
+    mSender = std::thread([this] {
+      while (sem_wait(&mToSend) == 0 && !mIsDone) {
+        mSent = Clock::now();
+        Connection::put(mConnection.near);
+      }
+    });
+    mReceiver = std::thread([this] {
+      while (Connection::get(mConnection.far)) {
+        mReceived = Clock::now();
+        sem_post(&mArrived);
+      }
+    });
+  }
+  ~Road() {
+    mIsDone = true;
+    sem_post(&mToSend);
+    mSender.join();
+    shutdown(mConnection.near, SHUT_RDWR);
+    mReceiver.join();
+  }
+
+  /// Nanoseconds from one thread to the other.
+  double oneWay() {
+    sem_post(&mToSend);
+    sem_wait(&mArrived);
+    return nanoseconds(mReceived - mSent);
+  }
+
+private:
+  Connection mConnection;
+  sem_t mToSend, mArrived;
+  std::atomic<bool> mIsDone{false};
+  Clock::time_point mSent, mReceived;
+  std::thread mSender, mReceiver;
+};
+
+/// Events in turns with what they are compared with.
+Result eventAgainst(const char* reference, const std::function<double()>& bareRoad) {
   DaemonHere daemon;
-  Echo echo;
   std::vector<double> roads, bare, ratios;
   int x = 0;
   for (int pair = -kWarmUp / kBatch; pair < kEvents / kBatch; ++pair) {
@@ -157,7 +219,7 @@ Result eventToState() {
     for (int i = 0; i < kBatch; ++i)
       own.push_back(daemon.send(1 + x++ % kLargest));
     for (int i = 0; i < kBatch; ++i)
-      other.push_back(echo.trip() / 2);
+      other.push_back(bareRoad());
     if (pair < 0)
       continue;
     roads.push_back(median(own));
@@ -165,7 +227,7 @@ Result eventToState() {
     ratios.push_back(roads.back() / bare.back());
   }
   return {"an event from the daemon to the shared state",
-          "a bare loopback round trip, halved",
+          reference,
           "ns",
           median(roads),
           median(bare),
@@ -237,7 +299,17 @@ Result eventToView() {
 } // namespace
 
 void addDeviceRows() {
-  add("an event from the daemon to the shared state", eventToState);
+  add("an event from the daemon to the shared state", [] {
+    Echo echo;
+    return eventAgainst("a bare loopback round trip, halved", [&echo] { return echo.trip() / 2; });
+  });
+  add("an event from the daemon to the shared state, one way", [] {
+    Road road;
+    Result result = eventAgainst("a bare message to a waiting thread, sent by a woken one",
+                                 [&road] { return road.oneWay(); });
+    result.what += ", one way";
+    return result;
+  });
   add("an event to a moved view while the cap moves", eventToView);
 }
 
