@@ -172,14 +172,17 @@ TEST_F(RealControls, WheelTurnsANotchForEachPass) {
 }
 
 TEST_F(RealControls, NothingToScrollLeavesTheSampleToTheView) {
-  const HWND box = listBox(3);
+  const HWND box = listBox(0);
   pointAt(box);
+  EXPECT_FALSE(scroll(0, 0, kFast));
+  const HWND field = add(mParent, L"Edit", 0, 240, 20, 200, 30);
+  pointAt(field);
   EXPECT_FALSE(scroll(0, 0, kFast));
   host::setView(host::ViewState());
   EXPECT_TRUE(pass(kFast, 0, 0));
   EXPECT_NE(host::view().target.x, 0);
   release();
-  const HWND plain = add(mParent, L"Plain", 0, 240, 20, 200, 200);
+  const HWND plain = add(mParent, L"Plain", 0, 240, 60, 200, 200);
   pointAt(plain);
   EXPECT_FALSE(scroll(0, 0, kFast));
 }
