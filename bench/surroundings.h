@@ -11,6 +11,9 @@
 /// the engine of the plug-in, made once and with no daemon to talk to unless a row starts one.
 namespace bench {
 
+/// A port at which no daemon is.
+constexpr char kNoDaemon[] = "1";
+
 /// A user's home folder, with all that the plug-in keeps there. It goes at the end.
 rig::TempFolder& home();
 

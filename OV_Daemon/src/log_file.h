@@ -2,6 +2,7 @@
 #define LOG_FILE_H
 
 #include <cstdint>
+#include <cstring>
 #include <fstream>
 #include <string>
 #include <string_view>
@@ -25,8 +26,7 @@ public:
 
   /// Hands the text to the system. False: not all of it, and the rest is lost.
   bool write(std::string_view text) {
-    const auto size = static_cast<std::streamsize>(text.size());
-    const bool isWhole = sputn(text.data(), size) == size && pubsync() == 0;
+    const bool isWhole = put(text) && pubsync() == 0;
     if (!isWhole)
       setp(pbase(), epptr());
     return isWhole;
@@ -34,6 +34,17 @@ public:
 
   /// Where the next record goes: the file's size. -1 if that can't be told.
   std::int64_t position() { return pubseekoff(0, std::ios::cur, std::ios::out); }
+
+private:
+  /// Puts the text into the buffer. A record is short, and sputn asks a lot before it copies.
+  bool put(std::string_view text) {
+    const auto size = static_cast<std::streamsize>(text.size());
+    if (size > epptr() - pptr())
+      return sputn(text.data(), size) == size;
+    std::memcpy(pptr(), text.data(), text.size());
+    pbump(static_cast<int>(size));
+    return true;
+  }
 };
 
 #endif

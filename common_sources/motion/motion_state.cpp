@@ -24,6 +24,12 @@ bool isFinite(const AcGeVector3d& v) {
   return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
 }
 
+bool isFiniteView(const AcGePoint3d& position, const AcGePoint3d& target, const AcGeVector3d& up,
+                  double fieldWidth, double fieldHeight) {
+  return isFinite(position - worldOrigin) && isFinite(target - worldOrigin) && isFinite(up) &&
+         std::isfinite(fieldWidth) && std::isfinite(fieldHeight);
+}
+
 double divisor(std::int32_t setting, std::int32_t defaultValue) {
   return setting != 0 ? setting : defaultValue;
 }

@@ -27,16 +27,18 @@ extern const AcGePoint3d worldOrigin;
 
 bool isFinite(const AcGeVector3d& v);
 
+bool isFiniteView(const AcGePoint3d& position, const AcGePoint3d& target, const AcGeVector3d& up,
+                  double fieldWidth, double fieldHeight);
+
 /// Sets the view, unless a number of it is infinite or none: the host's view doesn't recover from that, so
 /// the step is dropped and the view stays what it is.
 inline void setFiniteView(AcGsView& view, const AcGePoint3d& position, const AcGePoint3d& target,
                           const AcGeVector3d& up, double fieldWidth, double fieldHeight, bool isPerspective) {
   // A sum is finite only if all that went into it is. One that isn't may also be of large numbers, so only
-  // then they are looked at one by one. In pairs, so that no addition waits for all those before it.
-  const double sum = ((position.x + position.y) + (target.x + target.y)) +
-                     ((position.z + target.z) + (up.x + up.y)) + ((up.z + fieldWidth) + fieldHeight);
-  if (std::isfinite(sum) || (isFinite(position - worldOrigin) && isFinite(target - worldOrigin) &&
-                             isFinite(up) && std::isfinite(fieldWidth) && std::isfinite(fieldHeight)))
+  // then they are looked at one by one. As vectors first, so that no addition waits for all those before it.
+  const AcGeVector3d all = position.asVector() + target.asVector() + up;
+  const double sum = (all.x + all.y) + (all.z + (fieldWidth + fieldHeight));
+  if (std::isfinite(sum) || isFiniteView(position, target, up, fieldWidth, fieldHeight))
     view.setView(position, target, up, fieldWidth, fieldHeight,
                  isPerspective ? AcGsView::kPerspective : AcGsView::kParallel);
 }

@@ -147,6 +147,7 @@ int serve(const Arguments& arguments, std::ofstream& recordFile, devlink::Daemon
 
 int runProgram(int argc, char** argv) {
   CLI::App app("The device daemon: serves a six-axis hand controller that a session plays.", "ov_daemon");
+  app.allow_windows_style_options(false); // a path may begin with a slash there too
   Arguments arguments;
   declare(app, arguments);
   CLI11_PARSE(app, argc, argv);

@@ -187,7 +187,8 @@ TEST_F(WholeTest, KeysCommandsObjectsControlsAndLayout) {
                "2.5 host layout on\n"
                "2.7 device motion 300 0 0 0 0 0\n"
                "2.9 device motion 0 0 0 0 0 0\n"
-               "3.1 host layout off\n");
+               "3.1 host layout off\n"
+               "3.1 host type OV_Toggle_Rotation_Center\n");
   startDaemon();
   ASSERT_EQ(runHost(), 0) << mOutput;
   const json session = data();
@@ -201,6 +202,10 @@ TEST_F(WholeTest, KeysCommandsObjectsControlsAndLayout) {
   const std::string history = contents(mFolder / "out" / "command_line.txt");
   EXPECT_THAT(history, HasSubstr("'_-VIEW _FRONT"));
   EXPECT_THAT(history, HasSubstr("=> Move Selected Object:  on"));
+
+  // Settings are written at the unload message, with what the commands made of them.
+  const std::string settings = contents(mFolder / "out" / "home" / "Orvaner" / "Applications" / "autocad_addin.ini");
+  EXPECT_THAT(settings, testing::ContainsRegex("toggleRotationCenter *= *off"));
 
   // The roof goes up by 4 * 0.5 drawing units a pass, along the up vector of the front view.
   std::size_t moves = 0;
@@ -241,9 +246,41 @@ TEST_F(WholeTest, KeysCommandsObjectsControlsAndLayout) {
 
 TEST_F(WholeTest, WithoutADaemonTheHostSaysThatNoEventsCame) {
   writeSession("0.2 device motion 0 0 0 0 500 0\n0.3 device motion 0 0 0 0 0 0\n");
-  EXPECT_EQ(runHost(), 1);
+  ASSERT_EQ(runHost(), 1) << mOutput;
   EXPECT_THAT(mOutput, HasSubstr("loaded, took NO events, did NOT move the view, unloaded"));
+  ASSERT_TRUE(data().is_object());
   EXPECT_EQ(data()["result"]["unloaded"], true);
+}
+
+// What a plug-in is told from its load to its end, and what becomes of one that the host can't take.
+TEST_F(WholeTest, PlugInsHearTheHostsMessagesInOrder) {
+  writeSession("0.1 host caption Nothing moves\n");
+  const std::vector<std::string> arguments{OV_DRAWING,      "--session", at("a.session"), "--module",
+                                           OV_OTHER_MODULE, "--out",     at("out"),       "--hold-seconds",
+                                           "0"};
+  struct Case {
+    std::string refused;
+    std::string version;
+    std::string heard;
+    std::string told;
+  };
+  const Case cases[] = {
+      {"", "", "1 3 4 2 ", "loaded, took NO events, did NOT move the view, unloaded"},
+      {"2", "", "1 3 4 2 ", "loaded, took NO events, did NOT move the view, NOT unloaded"},
+      {"1", "", "1 ", "refused to be loaded"},
+      {"", "1441792", "", "was built for another host: interface 1441792"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.told);
+    fs::remove(at("messages"));
+    Process host(OV_ACAD, arguments, at("acad.txt"),
+                 {{"OV_TEST_MESSAGES", at("messages")},
+                  {"OV_TEST_REFUSED", c.refused},
+                  {"OV_TEST_VERSION", c.version}});
+    EXPECT_EQ(host.wait(60), 1);
+    EXPECT_EQ(contents(at("messages")), c.heard);
+    EXPECT_THAT(contents(at("acad.txt")), HasSubstr(c.told));
+  }
 }
 
 TEST_F(WholeTest, MistakesAreToldInOneLineAndNothingIsPlayed) {

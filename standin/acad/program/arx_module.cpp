@@ -44,7 +44,7 @@ ArxModule::~ArxModule() {
 
 bool ArxModule::tell(int messageCode) {
   // The application is known to the host by its library.
-  return mEntryPointP(messageCode, mModule) == 0;
+  return mEntryPointP(messageCode, mModule) == AcRx::kRetOK;
 }
 
 bool ArxModule::unload() {

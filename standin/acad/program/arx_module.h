@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include "rxapp.h"
+
 #include <stdexcept>
 #include <string>
 
@@ -31,7 +33,7 @@ public:
   bool unload();
 
 private:
-  using EntryPoint = int (*)(int messageCode, void* applicationData);
+  using EntryPoint = AcRx::AppRetCode (*)(int messageCode, void* applicationData);
   using GetApiVersion = int (*)();
 
   template <class Function> Function require(const char* name);

@@ -1,6 +1,7 @@
 #ifndef CONTROLS_H
 #define CONTROLS_H
 
+#include "host.h"
 #include "session.h"
 
 #include <memory>
@@ -46,6 +47,10 @@ public:
   virtual std::vector<ScrollState> states() const = 0;
   /// Puts the mouse pointer over a control or the view, or where no window is.
   virtual void point(session::Pointer where) = 0;
+  /// Shows a frame to the user, where there is a screen.
+  virtual void show(const host::Frame&) {}
+  /// Shows what has changed without a frame.
+  virtual void refresh() {}
 };
 
 /// Makes the host's windows on this system's desktop.

@@ -2,31 +2,46 @@
 
 #include <CLI/CLI.hpp>
 
+#include <filesystem>
+
 namespace program {
 
+namespace {
+
+std::string besideProgram(const char* program, const char* name) {
+  return (std::filesystem::u8path(program).parent_path() / name).u8string();
+}
+
+} // namespace
+
 bool readOptions(int count, char** arguments, Options& options, int& exitStatus) {
-  CLI::App app{"Opens a drawing, loads a plug-in, plays a session's host lines and leaves a report of what the view "
-               "did.\nEnds with status 0 only if the plug-in loaded, took events, moved the view and unloaded."};
-  app.add_option("DRAWING", options.mDrawing, "drawing to open, DXF")->required();
-  app.add_option("--session", options.mSession, "session file; its host lines are played here")->required();
-  CLI::Option* const moduleP = app.add_option("--module", options.mModule, "plug-in to load, OVAutoCAD2019.arx");
+  CLI::App app{
+      "Opens a drawing, loads a plug-in, plays a session's host lines and leaves a report of what the view "
+      "did.\nEnds with status 0 only if the plug-in loaded, took events, moved the view and unloaded.\n"
+      "Without a session it runs until its window is closed or Ctrl-C is pressed."};
+  app.allow_windows_style_options(false); // a path may begin with a slash there too
+  app.add_option("DRAWING", options.mDrawing, "drawing to open, DXF (default: an empty one)");
+  app.add_option("--session", options.mSession, "session file; its host lines are played here");
+  CLI::Option* const moduleP = app.add_option(
+      "--module", options.mModule, "plug-in to load (default: OVAutoCAD2019.arx beside this program)");
   app.add_option("--out", options.mOut, "folder for report.html, session.json and command_line.txt")
       ->capture_default_str();
   app.add_option("--device-record", options.mDeviceRecord, "the daemon's record, for the report");
-  app.add_option("--home", options.mHome, "user's folder, in USERPROFILE for the plug-in (default: OUT/home)");
+  app.add_option("--home", options.mHome,
+                 "user's folder, in USERPROFILE for the plug-in (default: OUT/home)");
   app.add_option("--refresh", options.mRefresh, "frames a second that the display shows, 0 for no waiting")
       ->check(CLI::Range(0.0, 1000.0))
       ->capture_default_str();
   app.add_option("--hold-seconds", options.mHold, "how long to go on after the session's last line")
       ->check(CLI::Range(0.0, 86400.0))
       ->capture_default_str();
-  CLI::Option* const checkP =
-      app.add_flag("--check", options.mIsCheckOnly, "only read drawing and session; status 2 if one can't be used");
+  CLI::Option* const checkP = app.add_flag("--check", options.mIsCheckOnly,
+                                           "only read drawing and session; status 2 if one can't be used");
   moduleP->excludes(checkP);
   try {
     app.parse(count, arguments);
     if (!options.mIsCheckOnly && options.mModule.empty())
-      throw CLI::RequiredError("--module");
+      options.mModule = besideProgram(arguments[0], "OVAutoCAD2019.arx");
     return true;
   } catch (const CLI::CallForHelp& help) {
     exitStatus = app.exit(help);

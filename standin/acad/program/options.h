@@ -7,8 +7,8 @@ namespace program {
 
 /// What the command line asks for. Paths as given, in UTF-8.
 struct Options {
-  std::string mDrawing;
-  std::string mSession;
+  std::string mDrawing; ///< empty: an empty one
+  std::string mSession; ///< empty: none, the user does what is done
   std::string mModule;
   std::string mOut = "out";
   std::string mDeviceRecord; ///< empty: none

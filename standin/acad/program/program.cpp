@@ -1,7 +1,7 @@
 #include "program.h"
 
-#include "arx_module.h"
 #include "arxHeaders.h"
+#include "arx_module.h"
 #include "clock.h"
 #include "controls.h"
 #include "drawing_file.h"
@@ -52,7 +52,7 @@ private:
   ArxModule mModule;
 };
 
-void playSession(HostPlayer& player, Recorder& recorder, double hold) {
+void playSession(HostPlayer& player, Recorder& recorder, Controls& controls, const Options& options) {
   runMessageLoop([&] {
     const double seconds = unixNow() - recorder.start();
     player.play(seconds);
@@ -61,7 +61,9 @@ void playSession(HostPlayer& player, Recorder& recorder, double hold) {
     recorder.typing(false);
     host::showPending();
     recorder.look();
-    return seconds < player.end() + hold && !gIsToStop;
+    controls.refresh();
+    const bool isOver = !options.mSession.empty() && seconds >= player.end() + options.mHold;
+    return !isOver && !gIsToStop;
   });
 }
 
@@ -89,11 +91,14 @@ int runSession(const Options& options, const session::Session& session) {
   PlugIn plugIn(options.mModule);
   recorder.begin();
   input.mOutcome.mIsLoaded = true;
-  std::cout << "Plug-in loaded, playing " << options.mSession << '\n' << std::flush;
+  std::cout << (options.mSession.empty() ? "Plug-in loaded; Ctrl-C ends the host"
+                                         : "Plug-in loaded, playing " + options.mSession)
+            << '\n'
+            << std::flush;
   HostPlayer player(session, *controlsP, recorder, std::cout);
   std::signal(SIGINT, onStop);
   std::signal(SIGTERM, onStop);
-  playSession(player, recorder, options.mHold);
+  playSession(player, recorder, *controlsP, options);
   input.mEnd = unixNow();
   std::cout << "Unloading the plug-in\n" << std::flush;
   input.mOutcome.mIsUnloaded = plugIn.unload();
@@ -110,20 +115,23 @@ int runSession(const Options& options, const session::Session& session) {
   input.mOutcome.mMovedView = recorder.hasViewMoved();
   writeOutputs(folders, recorder, input);
   printSummary(std::cout, folders, recorder, input);
-  return input.mOutcome.isGood() ? kExitGood : kExitFailed;
+  // What a user did or didn't do with his own hand is no failure.
+  const bool isGood = options.mSession.empty() ? input.mOutcome.mIsUnloaded : input.mOutcome.isGood();
+  return isGood ? kExitGood : kExitFailed;
 }
 
 } // namespace
 
 int run(const Options& options) {
-  const session::Session session = session::read(options.mSession);
+  const session::Session session =
+      options.mSession.empty() ? session::Session() : session::read(options.mSession);
   for (const std::string& error : session.mErrors)
     std::cerr << error << '\n';
   if (!session.isGood())
     return kExitUnusable;
   host::reset();
   std::string reason;
-  if (!openDrawing(options.mDrawing, reason)) {
+  if (!options.mDrawing.empty() && !openDrawing(options.mDrawing, reason)) {
     std::cerr << reason << '\n';
     return kExitUnusable;
   }

@@ -59,8 +59,8 @@ void append(std::vector<MovedGroup>& earlier, const std::vector<MovedGroup>& lat
 
 bool isSameView(const host::ViewState& a, const host::ViewState& b) {
   return isSamePoint(a.position, b.position) && isSamePoint(a.target, b.target) && a.up.x == b.up.x &&
-         a.up.y == b.up.y && a.up.z == b.up.z && a.fieldWidth == b.fieldWidth && a.fieldHeight == b.fieldHeight &&
-         a.perspective == b.perspective;
+         a.up.y == b.up.y && a.up.z == b.up.z && a.fieldWidth == b.fieldWidth &&
+         a.fieldHeight == b.fieldHeight && a.perspective == b.perspective;
 }
 
 ScrollWatch::ScrollWatch(const Controls& controls) : mControls(controls) {
@@ -98,7 +98,7 @@ std::vector<At<std::vector<ScrollState>>> ScrollWatch::scrolls() const {
   return mScrolls;
 }
 
-Recorder::Recorder(const Controls& controls) : mStart(unixNow()), mScrollWatch(controls) {
+Recorder::Recorder(Controls& controls) : mControls(controls), mStart(unixNow()), mScrollWatch(controls) {
   mFrames.push_back({mStart, host::isLayout(), host::view(), host::layout(), {}});
   mDrawing.takeNew(0);
   host::setFrameSink([this](const host::Frame& frame) { onFrame(frame); });
@@ -115,6 +115,7 @@ void Recorder::begin() {
 
 void Recorder::onFrame(const host::Frame& frame) {
   const double now = unixNow();
+  mControls.show(frame);
   ++mShownFrames;
   if (!mIsTyping) {
     const double gap = now - mLastCapFrame;
@@ -152,7 +153,8 @@ void Recorder::look() {
   const double now = unixNow();
   const RecordedFrame& last = mFrames.back();
   RecordedFrame frame{now, host::isLayout(), host::view(), host::layout(), {}};
-  if (frame.mIs2d != last.mIs2d || !isSameView(frame.mView, last.mView) || !isSameLayout(frame.mLayout, last.mLayout))
+  if (frame.mIs2d != last.mIs2d || !isSameView(frame.mView, last.mView) ||
+      !isSameLayout(frame.mLayout, last.mLayout))
     keep(std::move(frame));
   mDrawing.takeNew(now - mStart);
   mScrollWatch.look();

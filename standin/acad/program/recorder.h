@@ -65,7 +65,7 @@ private:
 class Recorder {
 public:
   /// Starts with the view as it is, and hears the host's frames from then on.
-  explicit Recorder(const Controls& controls);
+  explicit Recorder(Controls& controls);
   ~Recorder();
   Recorder(const Recorder&) = delete;
   Recorder& operator=(const Recorder&) = delete;
@@ -100,6 +100,7 @@ private:
   void onFrame(const host::Frame& frame);
   void keep(RecordedFrame frame);
 
+  Controls& mControls;
   double mStart = 0;
   std::vector<RecordedFrame> mFrames;
   std::int64_t mShownFrames = 0;

@@ -40,9 +40,14 @@ inline std::ptrdiff_t openDescriptors() {
   return failure ? 0 : std::distance(folder, std::filesystem::directory_iterator());
 }
 
-/// Memory of this process, bytes; 0 where there is no way to tell.
+/// Memory of this process, bytes; 0 where there is no way to tell, or where a sanitizer keeps freed memory.
 inline long residentBytes() {
   long pages = 0;
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+  return pages;
+#endif
+#endif
   if (FILE* file = std::fopen("/proc/self/statm", "r")) {
     if (std::fscanf(file, "%*d %ld", &pages) != 1)
       pages = 0;

@@ -161,18 +161,19 @@ TEST_F(LinkTest, anAnswerThatComesTooLateIsNotTakenForTheNext) {
 }
 
 TEST_F(LinkTest, answersThatDoNotFitTheQuestionAreFailures) {
-  Bytes answer;
-  FakeDaemon daemon([&](RawEnd& end) {
-    end.receive();
-    end.send(welcome());
-    end.receive();
-    end.send(answer);
-    end.drain();
-  });
-  const Bytes badCounts[] = {frame(Kind::devices, 1, -1), frame(Kind::devices, 1, 17), frame(Kind::modeTaken, 1, 0),
-                             frame(Kind::devices, 2, 1), frame(Kind::devices, 0, 1)};
-  for (const Bytes& bad : badCounts) {
-    answer = bad;
+  const auto answering = [](const Bytes& answer) {
+    return [answer](RawEnd& end) {
+      end.receive();
+      end.send(welcome());
+      end.receive();
+      end.send(answer);
+      end.drain();
+    };
+  };
+  const Bytes badAnswers[] = {frame(Kind::devices, 1, -1), frame(Kind::devices, 1, 17), frame(Kind::modeTaken, 1, 0),
+                              frame(Kind::devices, 2, 1), frame(Kind::devices, 0, 1)};
+  for (const Bytes& bad : badAnswers) {
+    FakeDaemon daemon(answering(bad));
     ASSERT_EQ(ovConnect(0, "acad"), 0);
     int count = 77;
     EXPECT_NE(ovGetDevNum(&count, nullptr, nullptr), 0);
@@ -180,11 +181,9 @@ TEST_F(LinkTest, answersThatDoNotFitTheQuestionAreFailures) {
     EXPECT_EQ(ovDisconnect(), 0);
   }
   // A name without an end stays inside the record.
-  answer = {};
-  {
-    devlink::FrameWriter writer(answer, Kind::info);
-    writer.number32(1).number32(0).record(Bytes(96, 'n').data(), 96);
-  }
+  Bytes endless;
+  devlink::FrameWriter(endless, Kind::info).number32(1).number32(0).record(Bytes(96, 'n').data(), 96);
+  FakeDaemon daemon(answering(endless));
   ASSERT_EQ(ovConnect(0, "acad"), 0);
   std::array<char, 96> record;
   ASSERT_EQ(ovGetDevInfo(0, record.data()), 0);

@@ -239,6 +239,23 @@ TEST_F(LinkTest, disconnectingFreesWhoeverWaits) {
   }
 }
 
+TEST_F(LinkTest, whoeverReadsTheLinkHandsItOnWhenHeLeaves) {
+  RunningDaemon daemon;
+  ASSERT_EQ(ovConnect(0, "acad"), 0);
+  Lines found;
+  std::thread fetchers[2];
+  for (std::thread& thread : fetchers)
+    thread = std::thread([&] { found.add(fetched()); }); // takes one event, and doesn't come back
+  std::this_thread::sleep_for(milliseconds(10));         // both wait, one of them at the socket
+  daemon.play("key 0");
+  EXPECT_TRUE(found.waitFor("event 131104"));
+  daemon.play("key 1");
+  EXPECT_TRUE(found.waitFor("event 131105"));
+  ovDisconnect();
+  for (std::thread& thread : fetchers)
+    thread.join();
+}
+
 TEST_F(LinkTest, connectingTwiceKeepsTheLink) {
   RunningDaemon daemon;
   ASSERT_EQ(ovConnect(0, "acad"), 0);

@@ -1,0 +1,88 @@
+// The pump on real timers, from a real message loop.
+
+#include <functional>
+
+#include "engine_rig.h"
+
+namespace {
+
+/// Dispatches messages until something holds; gives the milliseconds it took, or -1.
+int dispatchUntil(int longest, const std::function<bool()>& holds) {
+  const DWORD start = GetTickCount();
+  while (!holds()) {
+    if (GetTickCount() - start > static_cast<DWORD>(longest))
+      return -1;
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
+      DispatchMessageW(&message);
+    Sleep(1);
+  }
+  return static_cast<int>(GetTickCount() - start);
+}
+
+class RealTimers : public EngineTest {
+protected:
+  void SetUp() override {
+    EngineTest::SetUp();
+    SetCursorPos(2, 2); // on no control
+    plugin().mScrollTreeAndList = false;
+  }
+};
+
+TEST_F(RealTimers, FirstTickComesAfterATenthOfASecond) {
+  restart();
+  plugin().mScrollTreeAndList = false;
+  setSample(100, 0, 0);
+  const int took = dispatchUntil(3000, [] { return host::view().target.x != 0; });
+  EXPECT_GE(took, 80);
+  release();
+}
+
+TEST_F(RealTimers, TicksComeOnAndOnWhileTheCapMovesAndAtRest) {
+  restart({{"maxContMoveTime", "1"}});
+  plugin().mScrollTreeAndList = false;
+  host::setFrameSink([](const host::Frame&) {});
+  setSample(1, 0, 0);
+  const int many = dispatchUntil(10000, [] { return host::viewCounts().updates >= 20; });
+  EXPECT_GE(many, 0) << "the pump has stopped";
+  setSample(0, 0, 0);
+  EXPECT_GE(dispatchUntil(3000, [this] { return !proxy().mCapIsMoving; }), 0);
+  plugin().mPendingSpecial = 0x2000C;
+  EXPECT_GE(dispatchUntil(3000, [this] { return plugin().mPendingSpecial == 0; }), 0)
+      << "at rest keys are served";
+}
+
+TEST_F(RealTimers, TickThatRunsLongIsNotEnteredAgain) {
+  int depth = 0;
+  int deepest = 0;
+  int frames = 0;
+  host::setFrameSink([&](const host::Frame&) {
+    ++frames;
+    deepest = std::max(deepest, ++depth);
+    if (frames == 1) // a dialog of the host's, say, with a message loop of its own
+      dispatchUntil(400, [] { return false; });
+    --depth;
+  });
+  setSample(1, 0, 0);
+  EXPECT_GE(dispatchUntil(5000, [&] { return frames > 3; }), 0);
+  EXPECT_EQ(deepest, 1);
+  host::setFrameSink(nullptr);
+  release();
+}
+
+TEST_F(RealTimers, NoneIsLeftAfterUnload) {
+  stop();
+  int timers = 0;
+  const DWORD start = GetTickCount();
+  while (GetTickCount() - start < 400) {
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+      timers += message.message == WM_TIMER;
+      DispatchMessageW(&message);
+    }
+    Sleep(5);
+  }
+  EXPECT_EQ(timers, 0);
+}
+
+} // namespace
