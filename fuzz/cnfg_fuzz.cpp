@@ -106,6 +106,12 @@ void readSome(const std::string& path, const std::string& text) {
   }
 }
 
+std::string withoutReturn(std::string line) {
+  if (!line.empty() && line.back() == '\r')
+    line.pop_back();
+  return line;
+}
+
 /// One writing operation on a file of those lines. Gives its code, and the place of the line that it should
 /// have changed.
 int writeOne(Cnfg& cnfg, const Names& names, fuzz::Input& orders, const std::vector<std::string>& before,
@@ -132,15 +138,26 @@ int writeOne(Cnfg& cnfg, const Names& names, fuzz::Input& orders, const std::vec
   for (std::size_t i = start + 1; i < before.size(); ++i) {
     if (PlainConfig::trimmed(before[i])[0] == '[')
       break;
-    std::string line = before[i];
-    if (!line.empty() && line.back() == '\r')
-      line.pop_back();
-    if (PlainConfig::cut(line, found, ignored) && found == name) {
+    if (PlainConfig::cut(withoutReturn(before[i]), found, ignored) && found == name) {
       place = i;
       break;
     }
   }
   return cnfg.writeParameter(name, value, section);
+}
+
+/// What stood around name and value stands there still.
+void checkSurroundings(const std::string& before, const std::string& after) {
+  std::string name;
+  std::string value;
+  std::string tail;
+  if (!PlainConfig::cut(before, name, value, &tail))
+    return;
+  const std::size_t blanks = before.find_first_not_of(" \t");
+  requireSame(after.substr(0, after.find_first_not_of(" \t")), before.substr(0, blanks),
+              "blanks in front stay");
+  require(after.size() >= tail.size(), "the comment stays");
+  requireSame(after.substr(after.size() - tail.size()), tail, "the comment stays");
 }
 
 void writeSome(const std::string& path, const Names& names, fuzz::Input& orders) {
@@ -165,9 +182,8 @@ void writeSome(const std::string& path, const Names& names, fuzz::Input& orders)
     require(cnfg.save() == Cnfg::kOk && fuzz::scratch().read(kFile) == saved, "saving again changes nothing");
     if (code != Cnfg::kOk)
       continue;
-    std::string line = after[place];
-    if (!line.empty() && line.back() == '\r')
-      line.pop_back();
+    const std::string line = withoutReturn(after[place]);
+    checkSurroundings(withoutReturn(before[place]), line);
     std::string readName;
     std::string readValue;
     require(PlainConfig::cut(line, readName, readValue), "what was written is a parameter");

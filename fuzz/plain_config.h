@@ -34,8 +34,9 @@ public:
   }
   const std::vector<std::string>& lines() const { return mLines; }
 
-  /// Takes a line apart; false if it gives no name.
-  static bool cut(const std::string& line, std::string& name, std::string& value) {
+  /// Takes a line apart; false if it gives no name. tail  what stands behind the value
+  static bool cut(const std::string& line, std::string& name, std::string& value,
+                  std::string* tail = nullptr) {
     std::size_t i = 0;
     while (i < line.size() && (line[i] == ' ' || line[i] == '\t'))
       ++i;
@@ -51,6 +52,8 @@ public:
     value.clear();
     for (; i < line.size() && line[i] != '#' && line[i] != '\r' && line[i] != '\n'; ++i)
       value += line[i];
+    if (tail)
+      *tail = line.substr(i);
     value = trimmed(value);
     return !name.empty();
   }

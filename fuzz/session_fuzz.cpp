@@ -3,8 +3,10 @@
 //
 // Input: the file.
 
+#include <cctype>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 
 #include "check.h"
 #include "session.h"
@@ -129,7 +131,47 @@ std::string lineOf(const Action& action) {
          (action.mWho == Who::device ? " device " + deviceText(action) : " host " + hostText(action));
 }
 
-void checkGood(const Session& found) {
+std::vector<std::string> wordsOf(const std::string& line) {
+  std::vector<std::string> words(1);
+  for (const char c : line) {
+    if (c != ' ' && c != '\t')
+      words.back() += c;
+    else if (!words.back().empty())
+      words.emplace_back();
+  }
+  if (words.back().empty())
+    words.pop_back();
+  return words;
+}
+
+/// The line as it stands in the file says what the action says: the same words, and numbers of the same
+/// value.
+void checkWords(const std::string& line, const Action& action) {
+  if (action.mVerb == Verb::type || action.mVerb == Verb::caption)
+    return; // a text, blanks and all
+  const std::vector<std::string> found = wordsOf(lineOf(action));
+  const std::vector<std::string> expected = wordsOf(line);
+  require(found.size() <= expected.size(), "no word that wasn't there");
+  require(found.size() == expected.size() || expected[found.size()][0] == '#',
+          "no word lost but a comment's");
+  for (std::size_t i = 0; i < found.size(); ++i)
+    if (std::strtod(found[i].c_str(), nullptr) != std::strtod(expected[i].c_str(), nullptr) ||
+        std::isalpha(static_cast<unsigned char>(found[i][0])))
+      requireSame(found[i], expected[i], "the action says what its line says");
+}
+
+/// A line of a file, by its number.
+std::string lineAt(const std::string& text, int number) {
+  std::size_t start = text.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
+  for (int i = 1; i < number; ++i)
+    start = text.find('\n', start) + 1;
+  std::string line = text.substr(start, text.find('\n', start) - start);
+  if (!line.empty() && line.back() == '\r')
+    line.pop_back();
+  return line;
+}
+
+void checkGood(const Session& found, const std::string& file) {
   double last = 0;
   int line = 0;
   std::string text;
@@ -140,6 +182,7 @@ void checkGood(const Session& found) {
     last = action.mSeconds;
     line = action.mLine;
     text += lineOf(action) + '\n';
+    checkWords(lineAt(file, line), action);
   }
   require(found.actionsOf(Who::device).size() + found.actionsOf(Who::host).size() == found.mActions.size(),
           "each action belongs to one player");
@@ -184,7 +227,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string text(reinterpret_cast<const char*>(data), size);
   const Session found = parse(text, kName);
   if (found.isGood())
-    checkGood(found);
+    checkGood(found, text);
   else
     checkBad(found);
   Action action;
