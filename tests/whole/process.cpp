@@ -15,14 +15,14 @@
 
 #ifdef _WIN32
 
-Process::Process(const std::string& program, const std::vector<std::string>& arguments, const std::string& outputFile,
-                 const std::map<std::string, std::string>& variables) {
+Process::Process(const std::string& program, const std::vector<std::string>& arguments,
+                 const std::string& outputFile, const std::map<std::string, std::string>& variables) {
   std::string line = "\"" + program + "\"";
   for (const std::string& argument : arguments)
     line += " \"" + argument + "\"";
   SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-  const HANDLE file = CreateFileA(outputFile.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS,
-                                  FILE_ATTRIBUTE_NORMAL, nullptr);
+  const HANDLE file = CreateFileA(outputFile.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited,
+                                  CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
   STARTUPINFOA start{};
   start.cb = sizeof start;
   start.dwFlags = STARTF_USESTDHANDLES;
@@ -30,7 +30,8 @@ Process::Process(const std::string& program, const std::vector<std::string>& arg
   for (const auto& [name, value] : variables)
     SetEnvironmentVariableA(name.c_str(), value.c_str());
   PROCESS_INFORMATION info{};
-  const BOOL isStarted = CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &info);
+  const BOOL isStarted =
+      CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &info);
   for (const auto& [name, value] : variables)
     SetEnvironmentVariableA(name.c_str(), nullptr);
   CloseHandle(file);
@@ -63,8 +64,8 @@ Process::~Process() {
 
 #else
 
-Process::Process(const std::string& program, const std::vector<std::string>& arguments, const std::string& outputFile,
-                 const std::map<std::string, std::string>& variables) {
+Process::Process(const std::string& program, const std::vector<std::string>& arguments,
+                 const std::string& outputFile, const std::map<std::string, std::string>& variables) {
   // All that allocates happens before the fork.
   std::vector<char*> words{const_cast<char*>(program.c_str())};
   for (const std::string& argument : arguments)

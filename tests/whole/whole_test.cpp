@@ -49,7 +49,8 @@ protected:
     const auto* const infoP = testing::UnitTest::GetInstance()->current_test_info();
     // The run's own clock in the name: test programs of several build trees may run at once.
     std::ostringstream name;
-    name << "whole test " << infoP->name() << ' ' << std::chrono::steady_clock::now().time_since_epoch().count();
+    name << "whole test " << infoP->name() << ' '
+         << std::chrono::steady_clock::now().time_since_epoch().count();
     mFolder = fs::path(testing::TempDir()) / name.str();
     fs::create_directories(mFolder);
   }
@@ -65,9 +66,9 @@ protected:
 
   void startDaemon() {
     mDaemonP = std::make_unique<Process>(OV_DAEMON,
-                                         std::vector<std::string>{at("a.session"), "--port", "0", "--port-file",
-                                                                  at("port"), "--record", at("record"), "--start",
-                                                                  "on-connect"},
+                                         std::vector<std::string>{at("a.session"), "--port", "0",
+                                                                  "--port-file", at("port"), "--record",
+                                                                  at("record"), "--start", "on-connect"},
                                          at("daemon.txt"));
     for (int i = 0; i < 1000 && mDaemonP->isRunning(); ++i) {
       const std::string port = contents(at("port"));
@@ -82,10 +83,9 @@ protected:
 
   /// Runs the host to its end and gives its exit status.
   int runHost(const std::vector<std::string>& more = {}) {
-    std::vector<std::string> arguments{OV_DRAWING,       "--session", at("a.session"),  "--module",
-                                       OV_MODULE,        "--out",     at("out"),        "--device-record",
-                                       at("record"),     "--refresh", "100",            "--hold-seconds",
-                                       "0.5"};
+    std::vector<std::string> arguments{
+        OV_DRAWING,        "--session",  at("a.session"), "--module", OV_MODULE,        "--out", at("out"),
+        "--device-record", at("record"), "--refresh",     "100",      "--hold-seconds", "0.5"};
     arguments.insert(arguments.end(), more.begin(), more.end());
     Process host(OV_ACAD, arguments, at("acad.txt"), {{"OV_DEVLINK_PORT", mPort.empty() ? "1" : mPort}});
     const int status = host.wait(60);
@@ -164,12 +164,14 @@ TEST_F(WholeTest, CapMovesTheViewAsTheDeviceSays) {
     EXPECT_NEAR(zoomed[i - 1]["field"][0].get<double>() / zoomed[i]["field"][0].get<double>(), 1.05, 1e-9);
   }
 
-  EXPECT_EQ(session["result"], json({{"loaded", true}, {"tookEvents", true}, {"movedView", true}, {"unloaded", true}}));
+  EXPECT_EQ(session["result"],
+            json({{"loaded", true}, {"tookEvents", true}, {"movedView", true}, {"unloaded", true}}));
   EXPECT_EQ(session["counts"]["motions"], 6);
   EXPECT_EQ(session["captions"][0]["text"], "The end");
   EXPECT_THAT(mOutput, HasSubstr("Device events  6 (6 motion"));
   EXPECT_THAT(contents(mFolder / "out" / "report.html"), HasSubstr("\"text\":\"The end\""));
-  EXPECT_EQ(mDaemonP->wait(10), 0) << "the daemon ends by itself after the session: " << contents(at("daemon.txt"));
+  EXPECT_EQ(mDaemonP->wait(10), 0) << "the daemon ends by itself after the session: "
+                                   << contents(at("daemon.txt"));
 }
 
 TEST_F(WholeTest, KeysCommandsObjectsControlsAndLayout) {
@@ -204,7 +206,8 @@ TEST_F(WholeTest, KeysCommandsObjectsControlsAndLayout) {
   EXPECT_THAT(history, HasSubstr("=> Move Selected Object:  on"));
 
   // Settings are written at the unload message, with what the commands made of them.
-  const std::string settings = contents(mFolder / "out" / "home" / "Orvaner" / "Applications" / "autocad_addin.ini");
+  const std::string settings =
+      contents(mFolder / "out" / "home" / "Orvaner" / "Applications" / "autocad_addin.ini");
   EXPECT_THAT(settings, testing::ContainsRegex("toggleRotationCenter *= *off"));
 
   // The roof goes up by 4 * 0.5 drawing units a pass, along the up vector of the front view.
@@ -255,9 +258,9 @@ TEST_F(WholeTest, WithoutADaemonTheHostSaysThatNoEventsCame) {
 // What a plug-in is told from its load to its end, and what becomes of one that the host can't take.
 TEST_F(WholeTest, PlugInsHearTheHostsMessagesInOrder) {
   writeSession("0.1 host caption Nothing moves\n");
-  const std::vector<std::string> arguments{OV_DRAWING,      "--session", at("a.session"), "--module",
-                                           OV_OTHER_MODULE, "--out",     at("out"),       "--hold-seconds",
-                                           "0"};
+  const std::vector<std::string> arguments{OV_DRAWING, "--session",      at("a.session"),
+                                           "--module", OV_OTHER_MODULE,  "--out",
+                                           at("out"),  "--hold-seconds", "0"};
   struct Case {
     std::string refused;
     std::string version;
@@ -291,13 +294,15 @@ TEST_F(WholeTest, MistakesAreToldInOneLineAndNothingIsPlayed) {
   EXPECT_FALSE(fs::exists(mFolder / "out"));
 
   writeSession("0.2 host type HELLO\n");
-  Process noDrawing(OV_ACAD, {at("none.dxf"), "--session", at("a.session"), "--module", OV_MODULE, "--out", at("out")},
+  Process noDrawing(OV_ACAD,
+                    {at("none.dxf"), "--session", at("a.session"), "--module", OV_MODULE, "--out", at("out")},
                     at("acad.txt"));
   EXPECT_EQ(noDrawing.wait(30), 2);
   EXPECT_THAT(contents(at("acad.txt")), HasSubstr("none.dxf"));
   EXPECT_FALSE(fs::exists(mFolder / "out"));
 
-  Process noModule(OV_ACAD, {OV_DRAWING, "--session", at("a.session"), "--module", at("none.arx"), "--out", at("out")},
+  Process noModule(OV_ACAD,
+                   {OV_DRAWING, "--session", at("a.session"), "--module", at("none.arx"), "--out", at("out")},
                    at("acad.txt"));
   EXPECT_EQ(noModule.wait(30), 1);
   EXPECT_THAT(contents(at("acad.txt")), HasSubstr("none.arx"));

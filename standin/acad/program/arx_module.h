@@ -19,8 +19,8 @@ public:
 /// A plug-in in this process, with the two functions that it must export.
 class ArxModule {
 public:
-  /// Loads the library and asks for the interface version that it was built for. Throws Error if the library, one
-  /// of its functions or the version is not what the host can use.
+  /// Loads the library and asks for the interface version that it was built for. Throws Error if the library,
+  /// one of its functions or the version is not what the host can use.
   explicit ArxModule(const std::string& path);
   /// Unloads the library if unload() hasn't.
   ~ArxModule();

@@ -25,8 +25,8 @@ struct ControlInfo {
   ScrollRange mHorizontal;
 };
 
-/// Where a control has been scrolled to. For a control without scroll bars, mVertical counts the wheel's notches
-/// downwards.
+/// Where a control has been scrolled to. For a control without scroll bars, mVertical counts the wheel's
+/// notches downwards.
 struct ScrollState {
   int mVertical = 0;
   int mHorizontal = 0;
@@ -36,8 +36,8 @@ struct ScrollState {
   }
 };
 
-/// The one interface between the program and a desktop, be it one of records or a real one. Belongs to the main
-/// thread; the windows go with the object.
+/// The one interface between the program and a desktop, be it one of records or a real one. Belongs to the
+/// main thread; the windows go with the object.
 class Controls {
 public:
   virtual ~Controls() = default;

@@ -87,7 +87,8 @@ public:
   }
 
 private:
-  // Ranges as palettes of a drawing program have them: a layer tree, a block list, a long text, a tool palette.
+  // Ranges as palettes of a drawing program have them: a layer tree, a block list, a long text, a tool
+  // palette.
   const std::vector<ControlInfo> mInfos = {
       {"tree", "SysTreeView32", {0, 249, 12}, {}},
       {"list", "SysListView32", {0, 119, 12}, {0, 300, 150}},

@@ -50,8 +50,9 @@ std::vector<DeviceEvent> readDeviceRecord(const std::string& path) {
     if (readLine(line, event))
       events.push_back(event);
   }
-  std::stable_sort(events.begin(), events.end(),
-                   [](const DeviceEvent& a, const DeviceEvent& b) { return a.mUnixSeconds < b.mUnixSeconds; });
+  std::stable_sort(events.begin(), events.end(), [](const DeviceEvent& a, const DeviceEvent& b) {
+    return a.mUnixSeconds < b.mUnixSeconds;
+  });
   return events;
 }
 

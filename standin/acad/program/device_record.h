@@ -20,8 +20,8 @@ struct DeviceEvent {
   std::string mText;            ///< mode: its name; other: the whole line behind the time
 };
 
-/// Reads a record. Lines that are no record lines are passed over: the last one may have been cut off when the
-/// daemon ended. The events come in order of time. A missing file gives an empty record.
+/// Reads a record. Lines that are no record lines are passed over: the last one may have been cut off when
+/// the daemon ended. The events come in order of time. A missing file gives an empty record.
 std::vector<DeviceEvent> readDeviceRecord(const std::string& path);
 
 /// The sample in force at a time: the one of the last motion at or before it, six zeros before the first.

@@ -5,8 +5,8 @@
 
 namespace program {
 
-/// Reads a drawing into the host's document and tells on standard output what came of it. False, with one line that
-/// names file and reason, if it can't be used.
+/// Reads a drawing into the host's document and tells on standard output what came of it. False, with one
+/// line that names file and reason, if it can't be used.
 bool openDrawing(const std::string& path, std::string& reason);
 
 } // namespace program

@@ -42,7 +42,8 @@ void fitFirstView() {
     return;
   const AcGeVector3d size = extents.maxPoint() - extents.minPoint();
   const bool isFlat = size.z < kFlat * larger(size.x, size.y);
-  const AcGeVector3d look = (isFlat ? AcGeVector3d(0.25, -0.9, 1.6) : AcGeVector3d(0.75, -1, 0.62)).normalize();
+  const AcGeVector3d look =
+      (isFlat ? AcGeVector3d(0.25, -0.9, 1.6) : AcGeVector3d(0.75, -1, 0.62)).normalize();
   host::ViewState view;
   view.target = extents.minPoint() + size * 0.5;
   view.position = view.target + look * 100.0;
@@ -60,7 +61,8 @@ void fitFirstView() {
   setBothViews(view);
 }
 
-HostPlayer::HostPlayer(const session::Session& session, Controls& controls, Recorder& recorder, std::ostream& log)
+HostPlayer::HostPlayer(const session::Session& session, Controls& controls, Recorder& recorder,
+                       std::ostream& log)
     : mActions(session.actionsOf(session::Who::host)), mControls(controls), mRecorder(recorder), mLog(log) {
   for (const session::Action& action : session.mActions) {
     const bool isAway = action.mVerb == session::Verb::away;
@@ -74,7 +76,8 @@ void HostPlayer::play(double seconds) {
 }
 
 void HostPlayer::tell(const session::Action& action, const std::string& text) {
-  mLog << std::fixed << std::setprecision(1) << std::setw(7) << action.mSeconds << " s  " << text << '\n' << std::flush;
+  mLog << std::fixed << std::setprecision(1) << std::setw(7) << action.mSeconds << " s  " << text << '\n'
+       << std::flush;
 }
 
 void HostPlayer::select(const session::Action& action) {
@@ -87,7 +90,8 @@ void HostPlayer::select(const session::Action& action) {
       tell(action, "(no line to select)");
     host::selectNumbers(line == 0 ? std::vector<int>{} : std::vector<int>{line});
   } else {
-    const std::vector<int> numbers = action.mSelection == Selection::objects ? action.mObjects : std::vector<int>{};
+    const std::vector<int> numbers =
+        action.mSelection == Selection::objects ? action.mObjects : std::vector<int>{};
     host::selectNumbers(numbers);
     if (host::selected().size() < numbers.size())
       tell(action, "(only " + std::to_string(host::selected().size()) + " of these objects to select)");

@@ -18,8 +18,8 @@ struct Options {
   bool mIsCheckOnly = false; ///< read drawing and session, tell what is wrong with them, and end
 };
 
-/// Reads the command line. Gives true if the program is to run; otherwise the exit status is set, and help or one
-/// line about the mistake has been printed.
+/// Reads the command line. Gives true if the program is to run; otherwise the exit status is set, and help or
+/// one line about the mistake has been printed.
 bool readOptions(int count, char** arguments, Options& options, int& exitStatus);
 
 } // namespace program

@@ -61,9 +61,10 @@ std::string oneLine(const std::wstring& text) {
 void printView(std::ostream& out, const char* name, const RecordedFrame& frame) {
   const host::ViewState& v = frame.mView;
   std::ostringstream line;
-  line << std::setprecision(6) << "eye (" << v.position.x << ", " << v.position.y << ", " << v.position.z << ")  target ("
-       << v.target.x << ", " << v.target.y << ", " << v.target.z << ")  up (" << std::setprecision(3) << v.up.x << ", "
-       << v.up.y << ", " << v.up.z << ")  field " << std::setprecision(6) << v.fieldWidth << " x " << v.fieldHeight
+  line << std::setprecision(6) << "eye (" << v.position.x << ", " << v.position.y << ", " << v.position.z
+       << ")  target (" << v.target.x << ", " << v.target.y << ", " << v.target.z << ")  up ("
+       << std::setprecision(3) << v.up.x << ", " << v.up.y << ", " << v.up.z << ")  field "
+       << std::setprecision(6) << v.fieldWidth << " x " << v.fieldHeight
        << (v.perspective ? ", perspective" : ", parallel");
   out << name << line.str() << '\n';
 }
@@ -84,7 +85,8 @@ void printTyped(std::ostream& out, const std::vector<host::HistoryLine>& history
 std::string modesHeard(const std::vector<DeviceEvent>& events) {
   std::vector<std::string> names;
   for (const DeviceEvent& event : events) {
-    if (event.mKind == DeviceEvent::Kind::mode && std::find(names.begin(), names.end(), event.mText) == names.end())
+    if (event.mKind == DeviceEvent::Kind::mode &&
+        std::find(names.begin(), names.end(), event.mText) == names.end())
       names.push_back(event.mText);
   }
   std::string out;
@@ -112,11 +114,13 @@ fs::path Folders::log() const {
 void writeOutputs(const Folders& folders, const Recorder& recorder, const SessionInput& input) {
   const nlohmann::json data = sessionData(recorder, input);
   writeFile(folders.mOut / "command_line.txt", host::historyText());
-  writeFile(folders.mOut / "session.json", data.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
+  writeFile(folders.mOut / "session.json",
+            data.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
   writeFile(folders.mOut / "report.html", reportPage(data));
 }
 
-void printSummary(std::ostream& out, const Folders& folders, const Recorder& recorder, const SessionInput& input) {
+void printSummary(std::ostream& out, const Folders& folders, const Recorder& recorder,
+                  const SessionInput& input) {
   std::int64_t motions = 0;
   std::int64_t others = 0;
   for (const DeviceEvent& event : input.mEvents) {

@@ -15,8 +15,8 @@ struct Folders {
   std::filesystem::path mOut;
   std::filesystem::path mHome;
 
-  /// Makes the folders, with the settings tree that comes with a device's driver, and names the home folder in
-  /// USERPROFILE. Throws Error.
+  /// Makes the folders, with the settings tree that comes with a device's driver, and names the home folder
+  /// in USERPROFILE. Throws Error.
   static Folders make(const std::string& out, const std::string& home);
   std::filesystem::path log() const;
 };
@@ -25,7 +25,8 @@ struct Folders {
 void writeOutputs(const Folders& folders, const Recorder& recorder, const SessionInput& input);
 
 /// Tells what happened, for a person.
-void printSummary(std::ostream& out, const Folders& folders, const Recorder& recorder, const SessionInput& input);
+void printSummary(std::ostream& out, const Folders& folders, const Recorder& recorder,
+                  const SessionInput& input);
 
 } // namespace program
 

@@ -34,8 +34,8 @@ template <class Value> struct At {
   Value mValue;
 };
 
-/// Looks at the controls many times a second, on a thread of its own: while the cap scrolls, the main thread is in
-/// the plug-in's hands for half a second at a time, and nothing tells it of a scrolled control.
+/// Looks at the controls many times a second, on a thread of its own: while the cap scrolls, the main thread
+/// is in the plug-in's hands for half a second at a time, and nothing tells it of a scrolled control.
 class ScrollWatch {
 public:
   /// The controls must outlive the watch.
@@ -60,8 +60,8 @@ private:
   std::thread mThread;
 };
 
-/// Writes down what there is to see while a session runs: frames, captions, the pointer, the selection, scroll
-/// positions, new objects. Belongs to the main thread.
+/// Writes down what there is to see while a session runs: frames, captions, the pointer, the selection,
+/// scroll positions, new objects. Belongs to the main thread.
 class Recorder {
 public:
   /// Starts with the view as it is, and hears the host's frames from then on.

@@ -124,7 +124,8 @@ json historyJson(const std::vector<host::HistoryLine>& history, double start, bo
   json out = json::array();
   for (const host::HistoryLine& line : history) {
     if (line.isTyped == isTyped)
-      out.push_back({{"t", std::max(0.0, line.seconds - start)}, {"text", narrowed(line.text)}}); // loading comes first
+      out.push_back(
+          {{"t", std::max(0.0, line.seconds - start)}, {"text", narrowed(line.text)}}); // loading comes first
   }
   return out;
 }
@@ -140,7 +141,8 @@ json controlsJson(const Recorder& recorder, const std::vector<ControlInfo>& info
     json positions = json::array();
     for (const auto& scroll : scrolls) {
       const ScrollState& state = scroll.mValue[i];
-      const json entry = {std::max(0.0, scroll.mUnixSeconds - recorder.start()), state.mVertical, state.mHorizontal};
+      const json entry = {std::max(0.0, scroll.mUnixSeconds - recorder.start()), state.mVertical,
+                          state.mHorizontal};
       if (positions.empty() || positions.back()[1] != entry[1] || positions.back()[2] != entry[2])
         positions.push_back(entry);
     }
@@ -164,7 +166,8 @@ std::string rotationName(int code) {
   return name;
 }
 
-/// Settings that the session changed, over time: what the toggle commands printed, and the device's rotation mode.
+/// Settings that the session changed, over time: what the toggle commands printed, and the device's rotation
+/// mode.
 json statesJson(const SessionInput& input, double start) {
   json rotation = json::array({{0.0, rotationName(0)}});
   for (const session::Action& action : input.mDeviceActions) {
@@ -203,9 +206,12 @@ json countsJson(const Recorder& recorder, const SessionInput& input) {
   std::int64_t typed = 0;
   for (const host::HistoryLine& line : input.mHistory)
     typed += line.isTyped ? 1 : 0;
-  return {{"deviceEvents", motions + others},      {"motions", motions},
-          {"keys", others},                        {"frames", recorder.shownFrames()},
-          {"framesKept", recorder.frames().size()}, {"framesPerSecond", recorder.framesPerSecond()},
+  return {{"deviceEvents", motions + others},
+          {"motions", motions},
+          {"keys", others},
+          {"frames", recorder.shownFrames()},
+          {"framesKept", recorder.frames().size()},
+          {"framesPerSecond", recorder.framesPerSecond()},
           {"typed", typed}};
 }
 

@@ -44,7 +44,9 @@ void addNarrow(std::string& out, std::uint32_t c) {
 
 /// The character at a place of UTF-8 text; the place moves behind it.
 std::uint32_t nextCharacter(const std::string& text, std::size_t& at) {
-  const auto byte = [&text](std::size_t i) { return static_cast<std::uint32_t>(static_cast<unsigned char>(text[i])); };
+  const auto byte = [&text](std::size_t i) {
+    return static_cast<std::uint32_t>(static_cast<unsigned char>(text[i]));
+  };
   const std::uint32_t first = byte(at++);
   if (first < 0x80)
     return first;

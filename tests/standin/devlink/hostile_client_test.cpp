@@ -54,7 +54,7 @@ INSTANTIATE_TEST_SUITE_P(
         Said{"longName", hello(std::string(65, 'n'))}, Said{"nameWithNull", hello(std::string("a\0b", 3))},
         Said{"nameLongerThanMessage", lying(hello("abc"), 10, 200)},
         Said{"questionBeforeHello", frame(Kind::askDevices, 1)}, Said{"oversized", lying(hello("x"), 1, 0xFF)},
-        Said{"helloTwice", hello() + hello()}, Said{"unknownKind", hello() + Bytes{0, 0, 99, 0}},
+        Said{"oversizedQuestion", hello() + Bytes{1, 4, 2, 0}}, Said{"helloTwice", hello() + hello()}, Said{"unknownKind", hello() + Bytes{0, 0, 99, 0}},
         Said{"daemonsMessage", hello() + frame(Kind::event, 1)},
         Said{"questionWithoutNumber", hello() + Bytes{0, 0, 2, 0}},
         Said{"longQuestion", hello() + frame(Kind::askDevices, 1, 2)},

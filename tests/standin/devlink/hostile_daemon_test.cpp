@@ -47,7 +47,8 @@ TEST_P(BadGreetingTest, isNoConnection) {
   {
     FakeDaemon daemon([&](RawEnd& end) {
       end.send(GetParam().mBytes);
-      end.socket().shutdown(asio::socket_base::shutdown_send);
+      asio::error_code ignored; // the client may have hung up already
+      end.socket().shutdown(asio::socket_base::shutdown_send, ignored);
       end.drain();
     });
     EXPECT_NE(ovConnect(0, "acad"), 0);
@@ -87,7 +88,7 @@ TEST_P(BadMessageTest, endsTheLinkAfterWhatCameBefore) {
 
 INSTANTIATE_TEST_SUITE_P(
     LinkTest, BadMessageTest,
-    testing::Values(Said{"oversized", header(1025, 0x87) + Bytes(1025, 0)}, Said{"unknownKind", header(0, 0x99)},
+    testing::Values(Said{"oversized", header(1025, 0x87)}, Said{"unknownKind", header(0, 0x99)},
                     Said{"shortMotion", header(10, 0x86) + Bytes(10, 0)},
                     Said{"longMotion", header(13, 0x86) + Bytes(13, 0)}, Said{"shortEvent", header(2, 0x87) + Bytes(2, 0)},
                     Said{"negativeEvent", frame(Kind::event, -1)}, Said{"welcomeAgain", welcome()},
@@ -112,7 +113,8 @@ TEST_F(LinkTest, aDaemonThatDiesInTheMiddleOfAMessageIsGone) {
 
 TEST_F(LinkTest, messagesThatComeInPiecesAreWhole) {
   FakeDaemon daemon([](RawEnd& end) {
-    end.socket().set_option(asio::ip::tcp::no_delay(true));
+    asio::error_code ignored;
+    end.socket().set_option(asio::ip::tcp::no_delay(true), ignored);
     for (const std::uint8_t byte : welcome() + motion({1, 2, 3, 4, 5, -6}) + frame(Kind::event, 0x20020))
       end.send({byte});
     end.drain();

@@ -40,7 +40,8 @@ protected:
 };
 
 TEST_F(DrawingDataTest, ObjectsStandWhereTheyStoodWhenTheyCame) {
-  const AcDbObjectId first = host::add(std::make_unique<AcDbLine>(AcGePoint3d(1, 2, 3), AcGePoint3d(4, 6, 3)));
+  const AcDbObjectId first =
+      host::add(std::make_unique<AcDbLine>(AcGePoint3d(1, 2, 3), AcGePoint3d(4, 6, 3)));
   program::DrawingData drawing;
   drawing.takeNew(0);
   AcDbEntity* entityP = nullptr;

@@ -69,8 +69,8 @@ protected:
 };
 
 TEST_F(HostPlayerTest, PlaysWhatIsDueOnceAndInOrder) {
-  const session::Session session =
-      session::parse("1 host type ONE\n1 device key 3\n1.5 host type TWO\n2 host type THREE\n2 device away 3.5\n", "t");
+  const session::Session session = session::parse(
+      "1 host type ONE\n1 device key 3\n1.5 host type TWO\n2 host type THREE\n2 device away 3.5\n", "t");
   program::HostPlayer player(session, mControls, *mRecorderP, mLog);
   EXPECT_DOUBLE_EQ(player.end(), 5.5) << "an absence belongs to the session";
   player.play(0.99);

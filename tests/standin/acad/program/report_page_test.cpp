@@ -20,17 +20,19 @@ std::string elementText(const std::string& page) {
 
 TEST(ReportPageTest, NothingInTheDataGetsOutOfItsElement) {
   json session;
-  session["log"] = {"</script><script>alert(1)</script>", "<!-- <script", "@@STYLE@@ @@SCRIPT@@ @@SESSION@@", "]]>",
-                    "\"\\\n\x1b"};
+  session["log"] = {"</script><script>alert(1)</script>", "<!-- <script", "@@STYLE@@ @@SCRIPT@@ @@SESSION@@",
+                    "]]>", "\"\\\n\x1b"};
   const std::string page = program::reportPage(session);
   EXPECT_EQ(json::parse(elementText(page)), session);
 }
 
 TEST(ReportPageTest, BytesThatAreNoTextDoNotStopTheReport) {
   json session;
-  session["log"] = {"a\xFF" "b"};
+  session["log"] = {"a\xFF"
+                    "b"};
   const json back = json::parse(elementText(program::reportPage(session)));
-  EXPECT_EQ(back["log"][0], "a\xEF\xBF\xBD" "b");
+  EXPECT_EQ(back["log"][0], "a\xEF\xBF\xBD"
+                            "b");
 }
 
 TEST(ReportPageTest, NeedsNothingFromElsewhere) {

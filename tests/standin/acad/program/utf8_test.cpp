@@ -8,14 +8,17 @@ using program::narrowed;
 using program::widened;
 
 TEST(Utf8Test, CharactersOfEachLengthGoThereAndBack) {
-  const std::string text = "A\x7f \xC2\x80\xC3\xBC\xDF\xBF \xE0\xA0\x80\xE2\x82\xAC\xEF\xBF\xBF \xF0\x90\x80\x80\xF4\x8F\xBF\xBF";
+  const std::string text =
+      "A\x7f \xC2\x80\xC3\xBC\xDF\xBF \xE0\xA0\x80\xE2\x82\xAC\xEF\xBF\xBF \xF0\x90\x80\x80\xF4\x8F\xBF\xBF";
   EXPECT_EQ(narrowed(widened(text)), text);
   EXPECT_EQ(widened("\xE2\x82\xAC"), std::wstring(1, static_cast<wchar_t>(0x20AC)));
 }
 
 TEST(Utf8Test, WhatIsNoCharacterIsReplaced) {
   const std::string mark = "\xEF\xBF\xBD";
-  EXPECT_EQ(narrowed(widened("a\xFF" "b")), "a" + mark + "b");
+  EXPECT_EQ(narrowed(widened("a\xFF"
+                             "b")),
+            "a" + mark + "b");
   EXPECT_EQ(narrowed(widened("a\xE2\x82")), "a" + mark) << "cut off at the end";
   EXPECT_EQ(narrowed(widened("\xC3(")), mark + "(") << "the character behind stays";
   EXPECT_EQ(narrowed(widened("\xC0\xAF")), mark + mark) << "a longer form than needed is none";
