@@ -16,7 +16,7 @@ using fuzz::requireSame;
 
 namespace {
 
-constexpr int kMaxKeys = 8; // that are pressed
+constexpr int kMaxKeys = 4; // that are pressed
 
 std::vector<std::string> plainMacros(const PlainConfig& config) {
   std::vector<std::string> macros;
