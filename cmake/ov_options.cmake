@@ -15,6 +15,11 @@ if(OV_SANITIZE)
   add_link_options(-fsanitize=${ov_sanitize})
 endif()
 
+option(OV_FUZZ "Build the fuzzers, with libFuzzer; for clang++" OFF)
+if(OV_FUZZ) # the fuzzer sees which ways the code took
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 if(WIN32)
   # The programs and the module stand alone: no compiler runtime beside them.
   add_link_options(-static -static-libgcc -static-libstdc++)

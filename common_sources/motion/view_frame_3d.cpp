@@ -4,6 +4,7 @@
 #include "auto_cad_proxy.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "logging.h"
 #include "motion_state.h"
@@ -14,10 +15,11 @@ using namespace motion;
 namespace {
 
 /// The share of a value that lies along the selected line, towards zero. The smallest value has no opposite:
-/// along a line that points the other way it would wrap and turn the view backwards.
+/// along a line that points the other way it would wrap and turn the view backwards. Along an axis of a broken
+/// view, which is none, lies nothing.
 short shareAlong(const AcGeVector3d& line, const AcGeVector3d& axis, short value) {
   const double share = std::clamp(line.dotProduct(axis), -1.0, 1.0) * value;
-  return static_cast<short>(std::min(share, 32767.0));
+  return std::isnan(share) ? short{0} : static_cast<short>(std::min(share, 32767.0));
 }
 
 /// The centre that the rotation mode gives when no selection does.

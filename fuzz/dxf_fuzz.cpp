@@ -1,0 +1,62 @@
+// Drawings: a file is loaded whole, and all of it can be shown, or it is refused with a reason and adds
+// nothing.
+//
+// Input: the file.
+
+#include <cmath>
+
+#include "check.h"
+#include "dxf_reader.h"
+#include "host.h"
+#include "scratch.h"
+
+using fuzz::require;
+using fuzz::requireSame;
+
+namespace {
+
+constexpr char kFile[] = "fuzz.dxf";
+constexpr int kMaxDrawn = 50; // entities; an insert may stand for millions
+
+bool isFinite(const AcGePoint3d& p) {
+  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
+}
+
+void checkDrawing(const dxf::Result& result) {
+  require(result.entities > 0 && host::entityCount() == result.entities, "as many entities as were counted");
+  const AcDbExtents box = host::extents();
+  require(!box.isEmpty(), "something to show");
+  require(isFinite(box.minPoint()) && isFinite(box.maxPoint()), "a drawing lies somewhere");
+  for (int number = 1; number <= std::min(result.entities, kMaxDrawn); ++number) {
+    const AcDbEntity* const entityP = host::entity(number);
+    require(entityP != nullptr, "entities count from 1");
+    AcDbExtents own;
+    entityP->subAddExtents(nullptr, own);
+    require(!own.isEmpty() && isFinite(own.minPoint()) && isFinite(own.maxPoint()),
+            "each entity lies somewhere");
+    if (entityP->isKindOf(AcDbBlockReference::desc()))
+      continue;
+    for (const AcDbStroke& stroke : host::strokes(number))
+      for (const AcGePoint3d& point : stroke)
+        require(isFinite(point), "lines go through points that exist");
+  }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  fuzz::scratch().write(kFile, std::string(reinterpret_cast<const char*>(data), size));
+  const std::string path = fuzz::scratch().native(kFile);
+  host::reset();
+  const dxf::Result result = dxf::load(path);
+  require(!result.summary().empty(), "a summary");
+  if (result.isLoaded()) {
+    checkDrawing(result);
+  } else {
+    require(host::entityCount() == 0, "a file that is refused adds nothing");
+    requireSame(result.error.substr(0, path.size() + 1), path + ":", "an error names its file");
+    require(result.error.size() > path.size() + 2, "an error gives its reason");
+    require(result.error.find('\n') == std::string::npos, "an error is one line");
+  }
+  return 0;
+}

@@ -1,0 +1,82 @@
+#ifndef FUZZ_INPUT_H
+#define FUZZ_INPUT_H
+
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <string>
+
+namespace fuzz {
+
+/// Takes an input apart from left to right. What isn't there any more reads as 0 or empty.
+class Input {
+public:
+  Input(const std::uint8_t* data, std::size_t size) : mNext(data), mEnd(data + size) {}
+
+  bool isAtEnd() const { return mNext == mEnd; }
+  std::size_t left() const { return static_cast<std::size_t>(mEnd - mNext); }
+
+  std::uint8_t byte() { return isAtEnd() ? std::uint8_t{0} : *mNext++; }
+  bool flag() { return (byte() & 1) != 0; }
+  std::uint16_t number16() {
+    const unsigned low = byte();
+    return static_cast<std::uint16_t>(low | static_cast<unsigned>(byte()) << 8);
+  }
+  std::int16_t signed16() { return static_cast<std::int16_t>(number16()); }
+  std::int32_t signed32() {
+    const std::uint32_t low = number16();
+    return static_cast<std::int32_t>(low | static_cast<std::uint32_t>(number16()) << 16);
+  }
+
+  /// A text of at most that many bytes.
+  std::string text(std::size_t size) {
+    const std::size_t taken = size < left() ? size : left();
+    std::string found(reinterpret_cast<const char*>(mNext), taken);
+    mNext += taken;
+    return found;
+  }
+  std::string rest() { return text(left()); }
+
+  /// A double of any kind. Infinite ones, and those at the ends of the numbers, come often.
+  double real() {
+    using Limits = std::numeric_limits<double>;
+    switch (const std::uint8_t kind = byte()) {
+    case 0xFF:
+      return Limits::quiet_NaN();
+    case 0xFE:
+      return Limits::infinity();
+    case 0xFD:
+      return -Limits::infinity();
+    case 0xFC:
+      return Limits::max();
+    case 0xFB:
+      return -Limits::max();
+    case 0xFA:
+      return Limits::min();
+    case 0xF9:
+      return Limits::denorm_min();
+    case 0xF8:
+      return -0.0;
+    case 0xF7: {
+      double value = 0;
+      if (left() < sizeof value)
+        return value;
+      std::memcpy(&value, mNext, sizeof value);
+      mNext += sizeof value;
+      return value;
+    }
+    case 0xF6:
+      return signed32() * 0.001;
+    default:
+      return static_cast<std::int8_t>(kind << 1) / 2; // whole numbers from -64 to 63
+    }
+  }
+
+private:
+  const std::uint8_t* mNext;
+  const std::uint8_t* mEnd;
+};
+
+} // namespace fuzz
+
+#endif
