@@ -293,7 +293,7 @@ TEST_F(LinkTest, fiftyRestartsOfTheDaemonLeaveNothingBehind) {
     ASSERT_FALSE(HasFatalFailure());
   }
   ovDisconnect();
-  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_LE(openDescriptors(), before); // fewer, where the system drops some of its own meanwhile
 }
 
 TEST_F(LinkTest, allFunctionsMayBeCalledAtOnce) {
