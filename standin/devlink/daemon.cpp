@@ -26,12 +26,15 @@ using Seconds = std::chrono::duration<double>;
 constexpr std::size_t kMaxPeers = 16;
 /// Pause before the next attempt when a connection can't be taken or the port can't be had again.
 constexpr std::chrono::milliseconds kRetryPause{100};
-/// How long a daemon that has been away waits for its clients before it takes them for gone; they look every 2 s.
+/// How long a daemon that has been away waits for its clients before it takes them for gone; they look every
+/// 2 s.
 constexpr std::chrono::seconds kReturnPatience{5};
 /// How often play() looks whether there is still somebody who plays.
 constexpr std::chrono::milliseconds kPlayCheck{50};
 
-Clock::duration ticks(double seconds) { return std::chrono::duration_cast<Clock::duration>(Seconds(seconds)); }
+Clock::duration ticks(double seconds) {
+  return std::chrono::duration_cast<Clock::duration>(Seconds(seconds));
+}
 
 std::string secondsText(double seconds) {
   char text[64];
@@ -101,14 +104,16 @@ private:
 };
 
 Daemon::Implementation::Implementation(DaemonOptions options)
-    : mPort(options.mPort), mOptions(std::move(options)), mAcceptor(mIo), mActionTimer(mIo), mReturnTimer(mIo),
-      mRetryTimer(mIo) {
+    : mPort(options.mPort), mOptions(std::move(options)), mAcceptor(mIo), mActionTimer(mIo),
+      mReturnTimer(mIo), mRetryTimer(mIo) {
   listen();
   mPort = mAcceptor.local_endpoint().port();
   accept();
 }
 
-Daemon::Implementation::~Implementation() { dropAll("daemon ends"); }
+Daemon::Implementation::~Implementation() {
+  dropAll("daemon ends");
+}
 
 void Daemon::Implementation::run() {
   if (!mOptions.mStartsOnConnect)
@@ -123,8 +128,8 @@ void Daemon::Implementation::run() {
 void Daemon::Implementation::listen() {
   mAcceptor.open(tcp::v4());
 #ifndef _WIN32
-  // After a restart the port is in use by the connections of before. Windows understands the option otherwise: there
-  // it would let two daemons have the port.
+  // After a restart the port is in use by the connections of before. Windows understands the option
+  // otherwise: there it would let two daemons have the port.
   mAcceptor.set_option(tcp::acceptor::reuse_address(true));
 #endif
   mAcceptor.bind(tcp::endpoint(asio::ip::address_v4::loopback(), mPort));
@@ -132,8 +137,9 @@ void Daemon::Implementation::listen() {
 }
 
 void Daemon::Implementation::accept() {
-  mAcceptor.async_accept(
-      [this](const asio::error_code& error, tcp::socket socket) { takeConnection(error, std::move(socket)); });
+  mAcceptor.async_accept([this](const asio::error_code& error, tcp::socket socket) {
+    takeConnection(error, std::move(socket));
+  });
 }
 
 void Daemon::Implementation::takeConnection(const asio::error_code& error, tcp::socket socket) {
@@ -308,11 +314,17 @@ Daemon::Daemon(DaemonOptions options)
 
 Daemon::~Daemon() = default;
 
-std::uint16_t Daemon::port() const { return mImplementationP->mPort; }
+std::uint16_t Daemon::port() const {
+  return mImplementationP->mPort;
+}
 
-void Daemon::run() { mImplementationP->run(); }
+void Daemon::run() {
+  mImplementationP->run();
+}
 
-void Daemon::stop() { mImplementationP->mIo.stop(); }
+void Daemon::stop() {
+  mImplementationP->mIo.stop();
+}
 
 bool Daemon::play(const Action& action) {
   const auto played = std::make_shared<std::promise<void>>();

@@ -16,8 +16,8 @@ struct DaemonOptions {
   /// On this machine only; 0 takes any free one.
   std::uint16_t mPort = kDefaultPort;
 
-  /// The device's lines of a session, in order. With mHasSession the clock starts with the first client, or with
-  /// run(); without, everything comes through play().
+  /// The device's lines of a session, in order. With mHasSession the clock starts with the first client, or
+  /// with run(); without, everything comes through play().
   bool mHasSession = false;
   std::vector<session::Action> mActions;
   bool mStartsOnConnect = true;
@@ -37,9 +37,9 @@ struct DaemonOptions {
 
 /// The device and its daemon: one device, any program on this machine as a client, sixteen of them at most.
 ///
-/// A client gets all events from its greeting on, and first the cap's last position if the cap has moved before.
-/// What a client sends is checked in every field. One that breaks the protocol, doesn't greet within two seconds
-/// or lets 65536 events pile up is dropped; the others don't notice.
+/// A client gets all events from its greeting on, and first the cap's last position if the cap has moved
+/// before. What a client sends is checked in every field. One that breaks the protocol, doesn't greet within
+/// two seconds or lets 65536 events pile up is dropped; the others don't notice.
 class Daemon {
 public:
   /// Opens the port. Throws std::system_error if it can't be had.
@@ -57,8 +57,8 @@ public:
   void run();
   /// Ends run(), also one that begins later. Any thread.
   void stop();
-  /// Plays one action of the device now, whatever its time; returns when it has gone out. False if run() has ended
-  /// before. Any thread but that of run().
+  /// Plays one action of the device now, whatever its time; returns when it has gone out. False if run() has
+  /// ended before. Any thread but that of run().
   bool play(const session::Action& action);
   /// There will be no more play(): run() ends when the clients that were there have left. Any thread.
   void endOfInput();

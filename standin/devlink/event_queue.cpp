@@ -44,6 +44,8 @@ bool EventQueue::take(Event& event) {
   return true;
 }
 
-void EventQueue::clear() { *this = EventQueue(); }
+void EventQueue::clear() {
+  *this = EventQueue();
+}
 
 } // namespace devlink

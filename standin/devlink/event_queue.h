@@ -19,12 +19,13 @@ constexpr std::int32_t kMotionCode = -1;
 
 /// Events on their way, on either side of the link. Not for several threads at once.
 ///
-/// Motion is a level: a sample that hasn't gone out yet is overwritten by the next one, and keeps its place in the
-/// order. Only a release (six zeros) isn't overwritten by the deflection after it, but goes out before that, so that
-/// whoever counts movements sees each of them end. All other events go out one by one, as they came.
+/// Motion is a level: a sample that hasn't gone out yet is overwritten by the next one, and keeps its place
+/// in the order. Only a release (six zeros) isn't overwritten by the deflection after it, but goes out before
+/// that, so that whoever counts movements sees each of them end. All other events go out one by one, as they
+/// came.
 ///
-/// What is held is bounded: two samples, and kMaxEvents other events. A reader who is so far behind is not coming
-/// back; the owner of the queue then ends the connection rather than lose events silently.
+/// What is held is bounded: two samples, and kMaxEvents other events. A reader who is so far behind is not
+/// coming back; the owner of the queue then ends the connection rather than lose events silently.
 class EventQueue {
 public:
   static constexpr std::size_t kMaxEvents = 65536;

@@ -18,7 +18,8 @@ constexpr milliseconds kRequestTimeout{500};
 /// Small, so that old motion samples don't pile up in the system where they can't be overwritten.
 constexpr int kReceiveBufferBytes = 64 * 1024;
 
-/// Events at which a fetch no longer looks whether the socket has newer motion: the flood has to go out first.
+/// Events at which a fetch no longer looks whether the socket has newer motion: the flood has to go out
+/// first.
 constexpr std::size_t kEnoughEvents = 1024;
 /// Buffers that one turn takes from the socket at most, so that a flood can't keep a caller inside.
 constexpr int kMaxReadsPerTurn = 4;
@@ -116,8 +117,7 @@ bool Link::ask(Kind questionKind, const std::function<void(FrameWriter&)>& addAr
   mQuestions.push_back(&question);
   if (!send(bytes))
     drop();
-  waitFor(lock, Clock::now() + kRequestTimeout,
-          [&] { return question.mIsAnswered || mState != State::up; });
+  waitFor(lock, Clock::now() + kRequestTimeout, [&] { return question.mIsAnswered || mState != State::up; });
   mQuestions.erase(std::find(mQuestions.begin(), mQuestions.end(), &question));
   return question.mIsAnswered;
 }
@@ -178,18 +178,20 @@ void Link::onConnected(const std::string& clientName) {
 void Link::armRead() {
   std::size_t size = 0;
   std::uint8_t* room = mIn.room(size);
-  mSocket.async_read_some(asio::buffer(room, size), [this, size](const asio::error_code& error, std::size_t got) {
-    const Lock lock(mMutex);
-    if (mState == State::down)
-      return;
-    if (error)
-      drop();
-    else
-      onRead(got, size);
-  });
+  mSocket.async_read_some(asio::buffer(room, size),
+                          [this, size](const asio::error_code& error, std::size_t got) {
+                            const Lock lock(mMutex);
+                            if (mState == State::down)
+                              return;
+                            if (error)
+                              drop();
+                            else
+                              onRead(got, size);
+                          });
 }
 
-/// Takes what has come, and what else the socket holds: motion that is about to be overwritten needn't go out.
+/// Takes what has come, and what else the socket holds: motion that is about to be overwritten needn't go
+/// out.
 void Link::onRead(std::size_t got, std::size_t size) {
   for (int reads = 0;; ++reads) {
     mIn.added(got);

@@ -19,10 +19,10 @@ namespace devlink {
 
 /// One connection of a client to the daemon, from the attempt to its end; it is never opened twice.
 ///
-/// There is no thread behind it. Of the callers that wait for something, one reads the socket, for all of them, and
-/// the others wait until it has found something (see waitFor). So an event meets the thread that asked for it with
-/// no change of threads, and an idle link costs nothing. All operations may be called from any thread; whoever
-/// calls holds the link alive.
+/// There is no thread behind it. Of the callers that wait for something, one reads the socket, for all of
+/// them, and the others wait until it has found something (see waitFor). So an event meets the thread that
+/// asked for it with no change of threads, and an idle link costs nothing. All operations may be called from
+/// any thread; whoever calls holds the link alive.
 class Link {
 public:
   Link();
@@ -34,8 +34,8 @@ public:
   bool awaitOpen();
   /// Ends the connection and whatever waits for it. Events that nobody has fetched are gone.
   void close();
-  /// The same for the moment at which the library is unloaded, when a thread may have been ended by force with the
-  /// lock in its hands: gives up rather than wait.
+  /// The same for the moment at which the library is unloaded, when a thread may have been ended by force
+  /// with the lock in its hands: gives up rather than wait.
   void closeIfUnlocked();
 
   /// True while the link is up, and afterwards while there are events left that came before it broke.
@@ -47,7 +47,8 @@ public:
   /// Asks the daemon and waits for its answer, kRequestTimeout at most.
   /// addArguments  appends to the question what follows its number
   /// answer        gets the payload behind the number
-  bool ask(Kind question, const std::function<void(FrameWriter&)>& addArguments, Kind answerKind, Bytes& answer);
+  bool ask(Kind question, const std::function<void(FrameWriter&)>& addArguments, Kind answerKind,
+           Bytes& answer);
 
 private:
   using Clock = std::chrono::steady_clock;

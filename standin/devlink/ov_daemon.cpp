@@ -35,10 +35,11 @@ struct Arguments {
 };
 
 void declare(CLI::App& app, Arguments& arguments) {
-  app.add_option("session", arguments.mSession,
-                 "Session file whose device lines are played. Without one, the same verbs are taken from standard "
-                 "input, a line each and without time: motion x y z a b c, view NAME, zoom, key N, "
-                 "rotation CODE [zoomall], mode, event CODE, away SECONDS");
+  app.add_option(
+      "session", arguments.mSession,
+      "Session file whose device lines are played. Without one, the same verbs are taken from standard "
+      "input, a line each and without time: motion x y z a b c, view NAME, zoom, key N, "
+      "rotation CODE [zoomall], mode, event CODE, away SECONDS");
   app.add_option("--port", arguments.mPort, "TCP port on this machine; 0 takes any free one and prints it")
       ->envname(devlink::kPortVariable)
       ->capture_default_str();
@@ -129,7 +130,8 @@ int serve(const Arguments& arguments, std::ofstream& recordFile, devlink::Daemon
   try {
     daemon = std::make_shared<devlink::Daemon>(std::move(options));
   } catch (const std::system_error& error) {
-    return complain("can't listen on port " + std::to_string(arguments.mPort) + ": " + error.code().message());
+    return complain("can't listen on port " + std::to_string(arguments.mPort) + ": " +
+                    error.code().message());
   }
   const Interrupt interrupt(*daemon);
   std::cout << "Listening on port " << daemon->port() << std::endl;

@@ -11,8 +11,8 @@
 #include <new>
 #include <thread>
 
-// Each function but ovFetchEvent reports itself to the journal of calls. That one is called as often as the link and
-// the clock decide, and would make counts of calls depend on them.
+// Each function but ovFetchEvent reports itself to the journal of calls. That one is called as often as the
+// link and the clock decide, and would make counts of calls depend on them.
 
 namespace {
 
@@ -39,8 +39,8 @@ struct Client {
   std::shared_ptr<Link> mLinkP;      ///< opening, up, or broken and not closed yet; null otherwise
 };
 
-/// A thread may still be in the library while the process ends, so the state isn't destroyed: its memory is part
-/// of the library's, and goes with it.
+/// A thread may still be in the library while the process ends, so the state isn't destroyed: its memory is
+/// part of the library's, and goes with it.
 Client& client() {
   alignas(Client) static unsigned char memory[sizeof(Client)];
   static Client* const only = new (memory) Client;
@@ -120,7 +120,8 @@ template <std::size_t size> bool askRecord(Kind question, int deviceIndex, Kind 
 /// A link may have ended without anybody having noticed: nobody reads it between the calls.
 bool isAlive(Link& link) {
   Bytes ignored;
-  return link.ask(Kind::askDevices, [](FrameWriter&) {}, Kind::devices, ignored);
+  return link.ask(
+      Kind::askDevices, [](FrameWriter&) {}, Kind::devices, ignored);
 }
 
 /// Puts a new link in the place of the given one, or of none; null if another thread was quicker.
@@ -192,7 +193,8 @@ int ovDisconnect() {
 int ovGetDevNum(int* deviceCount, int* unused1, int* unused2) {
   return guarded("ovGetDevNum", [&] {
     Bytes answer;
-    if (!ask(Kind::askDevices, [](FrameWriter&) {}, Kind::devices, answer))
+    if (!ask(
+            Kind::askDevices, [](FrameWriter&) {}, Kind::devices, answer))
       return false;
     FrameReader payload = readerOf(answer, Kind::devices);
     const std::int32_t count = payload.signed32();

@@ -14,7 +14,8 @@ using asio::ip::tcp;
 
 constexpr std::chrono::seconds kHelloTimeout{2};
 
-/// Small, so that motion samples wait in the queue, where newer ones overwrite them, rather than in the system.
+/// Small, so that motion samples wait in the queue, where newer ones overwrite them, rather than in the
+/// system.
 constexpr int kSendBufferBytes = 32 * 1024;
 /// What is handed to the system in one go, about.
 constexpr std::size_t kBatchBytes = 4096;
@@ -98,14 +99,17 @@ void Peer::onRead() {
     read();
 }
 
-bool Peer::takeFrame(const Frame& frame) { return mIsGreeted ? takeQuestion(frame) : takeHello(frame); }
+bool Peer::takeFrame(const Frame& frame) {
+  return mIsGreeted ? takeQuestion(frame) : takeHello(frame);
+}
 
 bool Peer::takeHello(const Frame& frame) {
   FrameReader payload(frame);
   const std::uint32_t magic = payload.number32();
   const std::uint16_t version = payload.number16();
   mName = payload.text(kMaxNameBytes);
-  if (frame.mKind != Kind::hello || magic != kMagic || version != kVersion || !payload.isGood() || mName.empty())
+  if (frame.mKind != Kind::hello || magic != kMagic || version != kVersion || !payload.isGood() ||
+      mName.empty())
     return false;
   mHelloTimer.cancel();
   mIsGreeted = true;

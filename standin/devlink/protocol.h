@@ -11,10 +11,10 @@
 /// What client library and daemon say to each other, over one TCP connection on this machine.
 ///
 /// Each message is a frame: length of the payload (16 bits), kind (16 bits), payload. All numbers are
-/// little-endian, a text is its length (16 bits) and its bytes. The client opens with hello, the daemon answers
-/// with welcome; both carry magic and version, and whoever finds another one there hangs up. After that the client
-/// asks, each question with a number of its own that the answer repeats, and the daemon sends events as they come.
-/// Neither side trusts the other: whatever doesn't fit exactly ends the connection.
+/// little-endian, a text is its length (16 bits) and its bytes. The client opens with hello, the daemon
+/// answers with welcome; both carry magic and version, and whoever finds another one there hangs up. After
+/// that the client asks, each question with a number of its own that the answer repeats, and the daemon sends
+/// events as they come. Neither side trusts the other: whatever doesn't fit exactly ends the connection.
 namespace devlink {
 
 constexpr std::uint16_t kDefaultPort = 27104;

@@ -31,7 +31,9 @@ Action readLine(std::string_view line, double earliest) {
   return action;
 }
 
-Session failed(const std::string& fileName, const std::string& reason) { return {{}, {fileName + ": " + reason}}; }
+Session failed(const std::string& fileName, const std::string& reason) {
+  return {{}, {fileName + ": " + reason}};
+}
 
 } // namespace
 
@@ -81,7 +83,8 @@ Session read(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   if (!file)
     return failed(path, std::string("can't be opened: ") + std::strerror(errno));
-  // One byte more than allowed tells a file that is too large from one that just fits, also where no size is known.
+  // One byte more than allowed tells a file that is too large from one that just fits, also where no size is
+  // known.
   std::string text(kMaxFileBytes + 1, '\0');
   file.read(text.data(), static_cast<std::streamsize>(text.size()));
   if (file.bad())

@@ -7,16 +7,16 @@
 #include <string_view>
 #include <vector>
 
-/// Sessions: text files that say what happens when, to the device and at the host. Daemon and host read the same
-/// file, each plays its own lines. Nothing here keeps state; all may be called from any thread.
+/// Sessions: text files that say what happens when, to the device and at the host. Daemon and host read the
+/// same file, each plays its own lines. Nothing here keeps state; all may be called from any thread.
 ///
 ///     # seconds  who     what
 ///     0.5        device  motion 0 0 300 0 0 0
 ///     6.0        host    select 1 4
 ///
-/// A line holds time, player, verb and arguments, separated by blanks or tabs. A word that begins with # starts a
-/// comment, except in the text of `type` and `caption`. Times never decrease; lines of equal time are played in
-/// the order in which they stand.
+/// A line holds time, player, verb and arguments, separated by blanks or tabs. A word that begins with #
+/// starts a comment, except in the text of `type` and `caption`. Times never decrease; lines of equal time
+/// are played in the order in which they stand.
 namespace session {
 
 enum class Who { device, host };
@@ -98,9 +98,9 @@ Session read(const std::string& path);
 /// Reads a session from a text in memory; fileName is for the error messages.
 Session parse(std::string_view text, const std::string& fileName);
 
-/// Reads one line of a device without time and player, as in "motion 0 0 300 0 0 0"; so the daemon takes them from
-/// its standard input. Gives true and fills the action, or false and fills the error with the reason. A line that
-/// is empty or a comment gives false with an empty error.
+/// Reads one line of a device without time and player, as in "motion 0 0 300 0 0 0"; so the daemon takes them
+/// from its standard input. Gives true and fills the action, or false and fills the error with the reason. A
+/// line that is empty or a comment gives false with an empty error.
 bool parseDeviceLine(std::string_view line, Action& action, std::string& error);
 
 } // namespace session

@@ -29,7 +29,9 @@ Value oneOf(Words& words, const std::string& what, const std::map<std::string_vi
   throw LineError("unknown " + what + " " + quoted(found) + "; known: " + names);
 }
 
-bool onOrOff(Words& words) { return oneOf<bool>(words, "state", {{"on", true}, {"off", false}}); }
+bool onOrOff(Words& words) {
+  return oneOf<bool>(words, "state", {{"on", true}, {"off", false}});
+}
 
 void readMotion(Words& words, Action& action) {
   const char* const names[] = {"x", "y", "z", "a", "b", "c"};
@@ -48,7 +50,9 @@ void readView(Words& words, Action& action) {
                                            {"bottom", kEventViewBottom}});
 }
 
-void readZoom(Words&, Action& action) { action.mEventCode = kEventZoomAll; }
+void readZoom(Words&, Action& action) {
+  action.mEventCode = kEventZoomAll;
+}
 
 void readKey(Words& words, Action& action) {
   action.mEventCode = kEventFirstKey + static_cast<std::int32_t>(words.integer("key", 0, kMaxKey));
@@ -61,14 +65,18 @@ void readRotation(Words& words, Action& action) {
   action.mEventCode = kEventRotationChanged;
 }
 
-void readMode(Words&, Action& action) { action.mEventCode = kEventAnnounceMode; }
+void readMode(Words&, Action& action) {
+  action.mEventCode = kEventAnnounceMode;
+}
 
 void readEvent(Words& words, Action& action) {
   // Negative codes are motion samples, and those have their own verb.
   action.mEventCode = static_cast<std::int32_t>(words.integer("event code", 0, kMax<std::int32_t>));
 }
 
-void readAway(Words& words, Action& action) { action.mDuration = words.number("seconds", 0, kMaxSeconds); }
+void readAway(Words& words, Action& action) {
+  action.mDuration = words.number("seconds", 0, kMaxSeconds);
+}
 
 void readSelect(Words& words, Action& action) {
   const std::map<std::string_view, Selection> sets = {
@@ -88,9 +96,13 @@ void readSelect(Words& words, Action& action) {
   }
 }
 
-void readText(Words& words, Action& action) { action.mText = words.text("text"); }
+void readText(Words& words, Action& action) {
+  action.mText = words.text("text");
+}
 
-void readOnOff(Words& words, Action& action) { action.mIsOn = onOrOff(words); }
+void readOnOff(Words& words, Action& action) {
+  action.mIsOn = onOrOff(words);
+}
 
 void readPointer(Words& words, Action& action) {
   action.mPointer = oneOf<Pointer>(words, "pointer place",
@@ -103,7 +115,8 @@ void readPointer(Words& words, Action& action) {
 }
 
 void readLook(Words& words, Action& action) {
-  const char* const names[] = {"eye x", "eye y", "eye z", "target x", "target y", "target z", "up x", "up y", "up z"};
+  const char* const names[] = {"eye x",    "eye y", "eye z", "target x", "target y",
+                               "target z", "up x",  "up y",  "up z"};
   auto& look = action.mLook;
   for (std::size_t i = 0; i < look.size(); ++i)
     look[i] = words.number(names[i], -kMaxCoordinate, kMaxCoordinate);

@@ -39,7 +39,9 @@ std::size_t characterLength(std::string_view text) {
 
 Words::Words(std::string_view line) : mRest(withoutLeadingBlanks(line)) {}
 
-bool Words::isAtEnd() const { return mRest.empty() || mRest.front() == '#'; }
+bool Words::isAtEnd() const {
+  return mRest.empty() || mRest.front() == '#';
+}
 
 std::string_view Words::word(const std::string& what) {
   if (isAtEnd())
@@ -62,15 +64,16 @@ double Words::number(const std::string& what, double smallest, double largest) {
 
 std::int64_t Words::integer(const std::string& what, std::int64_t smallest, std::int64_t largest) {
   const std::string_view found = word(what);
-  const bool isHex = found.size() > 2 && found[0] == '0' && (found[1] == 'x' || found[1] == 'X') && found[2] != '-';
+  const bool isHex =
+      found.size() > 2 && found[0] == '0' && (found[1] == 'x' || found[1] == 'X') && found[2] != '-';
   const char* start = found.data() + (isHex ? 2 : 0);
   std::int64_t value = 0;
   const auto [end, error] = std::from_chars(start, found.data() + found.size(), value, isHex ? 16 : 10);
   if (error == std::errc::invalid_argument || end != found.data() + found.size())
     throw LineError(what + " is no whole number: " + quoted(found));
   if (error != std::errc{} || value < smallest || value > largest)
-    throw LineError(what + " is out of range (" + std::to_string(smallest) + " to " + std::to_string(largest) +
-                    "): " + quoted(found));
+    throw LineError(what + " is out of range (" + std::to_string(smallest) + " to " +
+                    std::to_string(largest) + "): " + quoted(found));
   return value;
 }
 

@@ -14,8 +14,8 @@ public:
   using std::runtime_error::runtime_error;
 };
 
-/// A line taken apart word by word, from left to right. Operations that find something else than they were asked
-/// for throw LineError; `what` names the thing in its text.
+/// A line taken apart word by word, from left to right. Operations that find something else than they were
+/// asked for throw LineError; `what` names the thing in its text.
 class Words {
 public:
   explicit Words(std::string_view line);

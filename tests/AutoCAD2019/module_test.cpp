@@ -21,7 +21,7 @@
 
 namespace {
 
-using EntryPoint = int (*)(int, void*);
+using EntryPoint = AcRx::AppRetCode (*)(int, void*);
 using GetApiVersion = int (*)();
 
 constexpr int kInit = 1;

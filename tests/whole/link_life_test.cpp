@@ -96,7 +96,7 @@ protected:
     const std::string path = OV_MODULE;
     mModule = LoadLibraryW(std::wstring(path.begin(), path.end()).c_str());
     ASSERT_TRUE(mModule);
-    mEntryPoint = reinterpret_cast<int (*)(int, void*)>(
+    mEntryPoint = reinterpret_cast<AcRx::AppRetCode (*)(int, void*)>(
         reinterpret_cast<void*>(GetProcAddress(mModule, "acrxEntryPoint")));
     ASSERT_EQ(mEntryPoint(1, nullptr), 0);
   }
@@ -133,7 +133,7 @@ protected:
   std::string mPort;
   std::unique_ptr<Process> mDaemon;
   HMODULE mModule = nullptr;
-  int (*mEntryPoint)(int, void*) = nullptr;
+  AcRx::AppRetCode (*mEntryPoint)(int, void*) = nullptr;
 };
 
 TEST_F(LinkLife, DaemonThatComesLateAndComesBackIsFoundEachTime) {

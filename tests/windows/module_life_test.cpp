@@ -27,7 +27,7 @@ std::wstring wide(const std::string& text) {
 class Plugin {
 public:
   Plugin() : mModule(LoadLibraryW(wide(OV_MODULE).c_str())) {
-    mEntryPoint = reinterpret_cast<int (*)(int, void*)>(
+    mEntryPoint = reinterpret_cast<AcRx::AppRetCode (*)(int, void*)>(
         reinterpret_cast<void*>(GetProcAddress(mModule, "acrxEntryPoint")));
     EXPECT_EQ(mEntryPoint(1, nullptr), 0);
   }
@@ -40,7 +40,7 @@ public:
 
 private:
   HMODULE mModule;
-  int (*mEntryPoint)(int, void*);
+  AcRx::AppRetCode (*mEntryPoint)(int, void*);
 };
 
 void dispatchFor(DWORD milliseconds) {

@@ -10,7 +10,9 @@ using testing::ElementsAre;
 
 namespace {
 
-Axes push(int z) { return {0, 0, static_cast<std::int16_t>(z), 0, 0, 0}; }
+Axes push(int z) {
+  return {0, 0, static_cast<std::int16_t>(z), 0, 0, 0};
+}
 
 /// What the queue gives until it is empty: "z" of a sample, "#code" of any other event.
 std::vector<std::string> drained(EventQueue& queue) {

@@ -125,8 +125,8 @@ private:
 inline std::string fetched() {
   short axes[6] = {};
   int code = 0;
-  if (ovFetchEvent(0, &axes[0], &axes[1], &axes[2], &axes[3], &axes[4], &axes[5], nullptr, nullptr, &code, nullptr,
-                   nullptr) != 0)
+  if (ovFetchEvent(0, &axes[0], &axes[1], &axes[2], &axes[3], &axes[4], &axes[5], nullptr, nullptr, &code,
+                   nullptr, nullptr) != 0)
     return "failure";
   if (code >= 0)
     return "event " + std::to_string(code);
@@ -146,7 +146,9 @@ inline devlink::Bytes operator+(devlink::Bytes left, const devlink::Bytes& right
   left.insert(left.end(), right.begin(), right.end());
   return left;
 }
-inline devlink::Bytes bytes(std::string_view text) { return {text.begin(), text.end()}; }
+inline devlink::Bytes bytes(std::string_view text) {
+  return {text.begin(), text.end()};
+}
 
 template <class... Numbers> devlink::Bytes frame(devlink::Kind kind, Numbers... numbers32) {
   devlink::Bytes out;
@@ -156,7 +158,8 @@ template <class... Numbers> devlink::Bytes frame(devlink::Kind kind, Numbers... 
   }
   return out;
 }
-inline devlink::Bytes welcome(std::uint32_t magic = devlink::kMagic, std::uint16_t version = devlink::kVersion) {
+inline devlink::Bytes welcome(std::uint32_t magic = devlink::kMagic,
+                              std::uint16_t version = devlink::kVersion) {
   devlink::Bytes out;
   devlink::FrameWriter(out, devlink::Kind::welcome).number32(magic).number16(version);
   return out;

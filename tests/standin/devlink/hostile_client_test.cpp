@@ -15,9 +15,13 @@ struct Said {
   Bytes mBytes;
 };
 
-void PrintTo(const Said& said, std::ostream* out) { *out << said.mName; }
+void PrintTo(const Said& said, std::ostream* out) {
+  *out << said.mName;
+}
 
-std::string nameOf(const testing::TestParamInfo<Said>& info) { return info.param.mName; }
+std::string nameOf(const testing::TestParamInfo<Said>& info) {
+  return info.param.mName;
+}
 
 Bytes mode(const std::string& application, const std::string& name) {
   Bytes out;
@@ -53,8 +57,9 @@ INSTANTIATE_TEST_SUITE_P(
         Said{"newerVersion", hello("x", devlink::kMagic, 3)}, Said{"noName", hello("")},
         Said{"longName", hello(std::string(65, 'n'))}, Said{"nameWithNull", hello(std::string("a\0b", 3))},
         Said{"nameLongerThanMessage", lying(hello("abc"), 10, 200)},
-        Said{"questionBeforeHello", frame(Kind::askDevices, 1)}, Said{"oversized", lying(hello("x"), 1, 0xFF)},
-        Said{"oversizedQuestion", hello() + Bytes{1, 4, 2, 0}}, Said{"helloTwice", hello() + hello()}, Said{"unknownKind", hello() + Bytes{0, 0, 99, 0}},
+        Said{"questionBeforeHello", frame(Kind::askDevices, 1)},
+        Said{"oversized", lying(hello("x"), 1, 0xFF)}, Said{"oversizedQuestion", hello() + Bytes{1, 4, 2, 0}},
+        Said{"helloTwice", hello() + hello()}, Said{"unknownKind", hello() + Bytes{0, 0, 99, 0}},
         Said{"daemonsMessage", hello() + frame(Kind::event, 1)},
         Said{"questionWithoutNumber", hello() + Bytes{0, 0, 2, 0}},
         Said{"longQuestion", hello() + frame(Kind::askDevices, 1, 2)},
@@ -161,8 +166,8 @@ TEST_F(LinkTest, aSessionIsPlayedFromTheFirstClientOnToItsEnd) {
   EXPECT_EQ(ovDisconnect(), 0);
   daemon.join();
   EXPECT_THAT(daemon.mRecorded.all(),
-              ElementsAre("client connected acad", "event 131105", "motion 0 0 300 0 0 0", "motion 0 0 0 0 0 0",
-                          "event 131083", "client gone acad"));
+              ElementsAre("client connected acad", "event 131105", "motion 0 0 300 0 0 0",
+                          "motion 0 0 0 0 0 0", "event 131083", "client gone acad"));
 }
 
 TEST_F(LinkTest, anAbsentDaemonIsGoneAndComesBackToItsPort) {
@@ -180,8 +185,8 @@ TEST_F(LinkTest, anAbsentDaemonIsGoneAndComesBackToItsPort) {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   EXPECT_EQ(fetched(), "motion 0 0 0 0 0 0");
   EXPECT_THAT(daemon.mRecorded.all(),
-              ElementsAre("client connected acad", "motion 0 0 300 0 0 0", "away 0.300", "client gone acad", "back",
-                          "client connected acad"));
+              ElementsAre("client connected acad", "motion 0 0 300 0 0 0", "away 0.300", "client gone acad",
+                          "back", "client connected acad"));
 }
 
 TEST_F(LinkTest, aPortInUseIsAnError) {

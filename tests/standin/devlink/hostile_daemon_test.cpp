@@ -17,9 +17,13 @@ struct Said {
   Bytes mBytes;
 };
 
-void PrintTo(const Said& said, std::ostream* out) { *out << said.mName; }
+void PrintTo(const Said& said, std::ostream* out) {
+  *out << said.mName;
+}
 
-std::string nameOf(const testing::TestParamInfo<Said>& info) { return info.param.mName; }
+std::string nameOf(const testing::TestParamInfo<Said>& info) {
+  return info.param.mName;
+}
 
 Bytes header(unsigned length, unsigned kind) {
   return {static_cast<std::uint8_t>(length & 0xFF), static_cast<std::uint8_t>(length >> 8),
@@ -31,8 +35,8 @@ Bytes beginningOf(Bytes whole, std::size_t size) {
   return whole;
 }
 
-/// What a good daemon does up to the first question, which has to be about the devices. What comes later in the same
-/// breath as a welcome would be part of the greeting's success.
+/// What a good daemon does up to the first question, which has to be about the devices. What comes later in
+/// the same breath as a welcome would be part of the greeting's success.
 void welcomeAndAnswerOnce(RawEnd& end) {
   end.receive();
   end.send(welcome());
@@ -61,13 +65,14 @@ TEST_P(BadGreetingTest, isNoConnection) {
 
 INSTANTIATE_TEST_SUITE_P(
     LinkTest, BadGreetingTest,
-    testing::Values(Said{"nothing", {}}, Said{"otherProgram", bytes("HTTP/1.1 400 Bad Request\r\n\r\n")},
-                    Said{"otherMagic", welcome(0x12345678)}, Said{"olderVersion", welcome(devlink::kMagic, 1)},
-                    Said{"newerVersion", welcome(devlink::kMagic, 3)}, Said{"half", beginningOf(welcome(), 7)},
-                    Said{"tooShort", header(4, 0x81) + bytes("OVLK")},
-                    Said{"tooLong", header(7, 0x81) + beginningOf(welcome(), 10) + bytes("x")},
-                    Said{"oversized", header(0xFFFF, 0x81) + Bytes(70000, 'x')},
-                    Said{"eventFirst", frame(Kind::event, 0x20020) + welcome()}, Said{"anotherClient", hello()}),
+    testing::Values(
+        Said{"nothing", {}}, Said{"otherProgram", bytes("HTTP/1.1 400 Bad Request\r\n\r\n")},
+        Said{"otherMagic", welcome(0x12345678)}, Said{"olderVersion", welcome(devlink::kMagic, 1)},
+        Said{"newerVersion", welcome(devlink::kMagic, 3)}, Said{"half", beginningOf(welcome(), 7)},
+        Said{"tooShort", header(4, 0x81) + bytes("OVLK")},
+        Said{"tooLong", header(7, 0x81) + beginningOf(welcome(), 10) + bytes("x")},
+        Said{"oversized", header(0xFFFF, 0x81) + Bytes(70000, 'x')},
+        Said{"eventFirst", frame(Kind::event, 0x20020) + welcome()}, Said{"anotherClient", hello()}),
     nameOf);
 
 class BadMessageTest : public LinkTest, public testing::WithParamInterface<Said> {};
@@ -86,16 +91,18 @@ TEST_P(BadMessageTest, endsTheLinkAfterWhatCameBefore) {
   EXPECT_EQ(ovDisconnect(), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    LinkTest, BadMessageTest,
-    testing::Values(Said{"oversized", header(1025, 0x87)}, Said{"unknownKind", header(0, 0x99)},
-                    Said{"shortMotion", header(10, 0x86) + Bytes(10, 0)},
-                    Said{"longMotion", header(13, 0x86) + Bytes(13, 0)}, Said{"shortEvent", header(2, 0x87) + Bytes(2, 0)},
-                    Said{"negativeEvent", frame(Kind::event, -1)}, Said{"welcomeAgain", welcome()},
-                    Said{"aQuestion", frame(Kind::askDevices, 1)},
-                    Said{"answerToNoQuestion", frame(Kind::devices, 2, 1)},
-                    Said{"answerOfWrongSize", frame(Kind::devices, 1)}),
-    nameOf);
+INSTANTIATE_TEST_SUITE_P(LinkTest, BadMessageTest,
+                         testing::Values(Said{"oversized", header(1025, 0x87)},
+                                         Said{"unknownKind", header(0, 0x99)},
+                                         Said{"shortMotion", header(10, 0x86) + Bytes(10, 0)},
+                                         Said{"longMotion", header(13, 0x86) + Bytes(13, 0)},
+                                         Said{"shortEvent", header(2, 0x87) + Bytes(2, 0)},
+                                         Said{"negativeEvent", frame(Kind::event, -1)},
+                                         Said{"welcomeAgain", welcome()},
+                                         Said{"aQuestion", frame(Kind::askDevices, 1)},
+                                         Said{"answerToNoQuestion", frame(Kind::devices, 2, 1)},
+                                         Said{"answerOfWrongSize", frame(Kind::devices, 1)}),
+                         nameOf);
 
 TEST_F(LinkTest, aDaemonThatDiesInTheMiddleOfAMessageIsGone) {
   FakeDaemon daemon([](RawEnd& end) {
@@ -172,8 +179,9 @@ TEST_F(LinkTest, answersThatDoNotFitTheQuestionAreFailures) {
       end.drain();
     };
   };
-  const Bytes badAnswers[] = {frame(Kind::devices, 1, -1), frame(Kind::devices, 1, 17), frame(Kind::modeTaken, 1, 0),
-                              frame(Kind::devices, 2, 1), frame(Kind::devices, 0, 1)};
+  const Bytes badAnswers[] = {frame(Kind::devices, 1, -1), frame(Kind::devices, 1, 17),
+                              frame(Kind::modeTaken, 1, 0), frame(Kind::devices, 2, 1),
+                              frame(Kind::devices, 0, 1)};
   for (const Bytes& bad : badAnswers) {
     FakeDaemon daemon(answering(bad));
     ASSERT_EQ(ovConnect(0, "acad"), 0);
@@ -198,8 +206,9 @@ TEST_F(LinkTest, aFloodIsTakenInWithoutLossAndWithoutMemory) {
     end.send(welcome());
     Bytes flood;
     for (int i = 1; i <= kEvents; ++i) {
-      flood = std::move(flood) + (i % kKeyEach == 0 ? frame(Kind::event, i)
-                                                    : motion({static_cast<std::int16_t>(i % 1000), 0, 0, 0, 0, 1}));
+      flood = std::move(flood) + (i % kKeyEach == 0
+                                      ? frame(Kind::event, i)
+                                      : motion({static_cast<std::int16_t>(i % 1000), 0, 0, 0, 0, 1}));
       if (flood.size() > 8000 || i == kEvents) {
         end.send(flood);
         flood.clear();

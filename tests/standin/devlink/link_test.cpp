@@ -61,8 +61,8 @@ TEST_F(LinkTest, aDeviceThatDoesNotExistIsAFailureAndLeavesTheRecord) {
     EXPECT_NE(ovGetDevInfo(index, record.data()), 0);
     EXPECT_NE(ovGetAdvancedSettings(index, record.data()), 0);
     EXPECT_THAT(record, Each('x'));
-    EXPECT_NE(ovFetchEvent(index, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                           nullptr, nullptr),
+    EXPECT_NE(ovFetchEvent(index, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                           nullptr, nullptr, nullptr),
               0);
   }
   EXPECT_TRUE(isConnected());
@@ -79,8 +79,8 @@ TEST_F(LinkTest, announcesModes) {
   EXPECT_NE(ovSetApplMode("AutoCAD", "two\nlines"), 0);
   EXPECT_NE(ovSetApplMode("AutoCAD", nullptr), 0);
   EXPECT_NE(ovSetApplMode(nullptr, "Model"), 0);
-  EXPECT_THAT(daemon.mRecorded.all(), ElementsAre("client connected acad", "mode Model", "mode ", "mode Pl\xE4ne",
-                                                  "mode " + std::string(400, 'm')));
+  EXPECT_THAT(daemon.mRecorded.all(), ElementsAre("client connected acad", "mode Model", "mode ",
+                                                  "mode Pl\xE4ne", "mode " + std::string(400, 'm')));
   EXPECT_TRUE(daemon.mSaid.waitFor("mode: Model"));
   EXPECT_TRUE(isConnected()) << "what was refused here never reached the daemon";
 }
@@ -102,7 +102,8 @@ TEST_F(LinkTest, refusesNamesAndPortsThatAreNone) {
 TEST_F(LinkTest, deliversEventsInTheirOrder) {
   RunningDaemon daemon;
   ASSERT_EQ(ovConnect(0, "acad"), 0);
-  for (const char* line : {"key 0", "view back", "motion 1 -2 32767 -32768 5 6", "zoom", "mode", "event 0x2001F"})
+  for (const char* line :
+       {"key 0", "view back", "motion 1 -2 32767 -32768 5 6", "zoom", "mode", "event 0x2001F"})
     daemon.play(line);
   EXPECT_EQ(fetched(), "event 131104");
   EXPECT_EQ(fetched(), "event 131094");
@@ -111,8 +112,8 @@ TEST_F(LinkTest, deliversEventsInTheirOrder) {
   EXPECT_EQ(fetched(), "event 131091");
   EXPECT_EQ(fetched(), "event 131103");
   EXPECT_THAT(daemon.mRecorded.all(),
-              ElementsAre("client connected acad", "event 131104", "event 131094", "motion 1 -2 32767 -32768 5 6",
-                          "event 131084", "event 131091", "event 131103"));
+              ElementsAre("client connected acad", "event 131104", "event 131094",
+                          "motion 1 -2 32767 -32768 5 6", "event 131084", "event 131091", "event 131103"));
 }
 
 TEST_F(LinkTest, noKeyIsLostOrDoubledAmongMotionAndQuestions) {
@@ -292,7 +293,7 @@ TEST_F(LinkTest, fiftyRestartsOfTheDaemonLeaveNothingBehind) {
     ASSERT_FALSE(HasFatalFailure());
   }
   ovDisconnect();
-  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_LE(openDescriptors(), before); // fewer, where the system drops some of its own meanwhile
 }
 
 TEST_F(LinkTest, allFunctionsMayBeCalledAtOnce) {

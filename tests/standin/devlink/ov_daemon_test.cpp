@@ -121,7 +121,8 @@ std::string waitForPort(const std::string& portFile) {
 
 bool fetch(int& code) {
   short axis = 0;
-  return ovFetchEvent(0, &axis, &axis, &axis, &axis, &axis, &axis, nullptr, nullptr, &code, nullptr, nullptr) == 0;
+  return ovFetchEvent(0, &axis, &axis, &axis, &axis, &axis, &axis, nullptr, nullptr, &code, nullptr,
+                      nullptr) == 0;
 }
 
 class OvDaemonTest : public testing::Test {
@@ -146,12 +147,13 @@ TEST_F(OvDaemonTest, playsASessionRecordsItAndEndsWithItsClient) {
   EXPECT_EQ(ovSetApplMode("AutoCAD", "Pl\xE4ne"), 0);
   EXPECT_EQ(ovDisconnect(), 0);
   EXPECT_EQ(daemon.wait(), 0);
-  EXPECT_EQ(daemon.output(), "Listening on port " + port +
-                                 "\nclient connected: acad\nmode: Pl?ne\nclient gone: acad\n");
+  EXPECT_EQ(daemon.output(),
+            "Listening on port " + port + "\nclient connected: acad\nmode: Pl?ne\nclient gone: acad\n");
   const std::string time = "[0-9]{10,}\\.[0-9]{3} ";
   const std::regex expected(time + "client connected acad\n" + time + "event 131111\n" + time +
                             "motion 0 0 300 0 0 0\n" + time + "mode Pl.ne\n" + time + "client gone acad\n");
-  EXPECT_TRUE(std::regex_match(contentOf(mFolder.file("record")), expected)) << contentOf(mFolder.file("record"));
+  EXPECT_TRUE(std::regex_match(contentOf(mFolder.file("record")), expected))
+      << contentOf(mFolder.file("record"));
 }
 
 TEST_F(OvDaemonTest, takesVerbsFromItsInputAndNamesBadOnes) {

@@ -36,14 +36,16 @@ public:
   int fetch() {
     short axis = 0;
     int code = -1, unused = 0;
-    const int result = mFetchEvent(0, &axis, &axis, &axis, &axis, &axis, &axis, &unused, &unused, &code, &unused, &unused);
+    const int result =
+        mFetchEvent(0, &axis, &axis, &axis, &axis, &axis, &axis, &unused, &unused, &code, &unused, &unused);
     return result == 0 ? code : -2;
   }
 
   void* mHandle;
   int (*mConnect)(int, const char*) = nullptr;
   int (*mDisconnect)() = nullptr;
-  int (*mFetchEvent)(int, short*, short*, short*, short*, short*, short*, int*, int*, int*, int*, int*) = nullptr;
+  int (*mFetchEvent)(int, short*, short*, short*, short*, short*, short*, int*, int*, int*, int*,
+                     int*) = nullptr;
 
 private:
   template <class Function> void load(Function& function, const char* name) {

@@ -63,10 +63,22 @@ TEST(SessionTest, keepsOrderPlayersTimesAndLineNumbers) {
 
 TEST(SessionTest, deviceVerbsCarryTheirEventCodes) {
   const std::pair<const char*, int> cases[] = {
-      {"view front", 0x20009},   {"view right", 0x2000A}, {"view top", 0x2000B},  {"zoom", 0x2000C},
-      {"mode", 0x20013},         {"view back", 0x20016},  {"view left", 0x20017}, {"view bottom", 0x20018},
-      {"key 0", 0x20020},        {"key 1", 0x20021},      {"key 100000", 231104}, {"rotation 13", 0x20001},
-      {"event 0x2001F", 131103}, {"event 5", 5},          {"event 0", 0},         {"event 0x7fffffff", 2147483647},
+      {"view front", 0x20009},
+      {"view right", 0x2000A},
+      {"view top", 0x2000B},
+      {"zoom", 0x2000C},
+      {"mode", 0x20013},
+      {"view back", 0x20016},
+      {"view left", 0x20017},
+      {"view bottom", 0x20018},
+      {"key 0", 0x20020},
+      {"key 1", 0x20021},
+      {"key 100000", 231104},
+      {"rotation 13", 0x20001},
+      {"event 0x2001F", 131103},
+      {"event 5", 5},
+      {"event 0", 0},
+      {"event 0x7fffffff", 2147483647},
   };
   for (const auto& [text, code] : cases)
     EXPECT_EQ(action(std::string("1 device ") + text).mEventCode, code) << text;
@@ -172,7 +184,8 @@ TEST(SessionFileTest, readsAFileAndNamesItInErrors) {
   const TemporaryFile good("1 device zoom\n");
   EXPECT_EQ(session::read(good.mPath.string()).mActions.size(), 1u);
   std::ofstream(good.mPath, std::ios::app) << "oops\n";
-  EXPECT_THAT(session::read(good.mPath.string()).mErrors, ElementsAre(StartsWith(good.mPath.string() + ":2: ")));
+  EXPECT_THAT(session::read(good.mPath.string()).mErrors,
+              ElementsAre(StartsWith(good.mPath.string() + ":2: ")));
 }
 
 TEST(SessionFileTest, whatIsNoSessionIsAnErrorNotASession) {
@@ -180,7 +193,9 @@ TEST(SessionFileTest, whatIsNoSessionIsAnErrorNotASession) {
   EXPECT_THAT(session::read((folder / "ov_no_such_file").string()).mErrors,
               ElementsAre(HasSubstr("can't be opened")));
   EXPECT_THAT(session::read(folder.string()).mErrors, ElementsAre(HasSubstr("is a folder")));
-  const TemporaryFile binary(std::string("\x7f" "ELF\0\0\n1 device zoom\n", 22));
+  const TemporaryFile binary(std::string("\x7f"
+                                         "ELF\0\0\n1 device zoom\n",
+                                         22));
   EXPECT_THAT(session::read(binary.mPath.string()).mErrors, ElementsAre(HasSubstr("not a text file")));
   EXPECT_TRUE(session::parse("", "s").isGood());
 }
