@@ -60,7 +60,7 @@ TEST_P(BadGreetingTest, isNoConnection) {
     EXPECT_EQ(fetched(), "failure");
     EXPECT_NE(ovDisconnect(), 0) << "nothing is left to be closed";
   }
-  EXPECT_EQ(openDescriptors(), descriptors);
+  EXPECT_LE(openDescriptors(), descriptors); // fewer, where the system drops some of its own meanwhile
 }
 
 INSTANTIATE_TEST_SUITE_P(
