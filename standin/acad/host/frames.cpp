@@ -46,6 +46,7 @@ void showFrame(bool is2d) {
   State& s = state();
   Document& d = document();
   d.isRedrawPending = false;
+  const auto asked = std::chrono::steady_clock::now();
   if (s.refreshRate > 0)
     waitForRefresh(s.refreshRate);
   if (!s.frameSink)
@@ -53,7 +54,7 @@ void showFrame(bool is2d) {
   for (const Moved& moved : d.moved)
     if (AcDbEntity* const entityP = d.modelSpace[static_cast<size_t>(moved.entity) - 1])
       HostAccess::movedSlot(*entityP) = -1;
-  const Frame frame{is2d, d.view, layout(), std::move(d.moved)};
+  const Frame frame{is2d, d.view, layout(), std::move(d.moved), asked};
   d.moved.clear();
   const auto sink = s.frameSink; // it may set another one
   sink(frame);

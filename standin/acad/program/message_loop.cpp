@@ -23,11 +23,12 @@ private:
 
 } // namespace
 
-void runMessageLoop(const std::function<bool()>& step) {
+void runMessageLoop(const std::function<void()>& handOver, const std::function<bool()>& step) {
   const Beat beat;
   MSG message{};
   while (GetMessageW(&message, nullptr, 0, 0) > 0) {
     TranslateMessage(&message);
+    handOver();
     DispatchMessageW(&message);
     if (!step())
       return;

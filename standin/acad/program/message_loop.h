@@ -6,9 +6,10 @@
 namespace program {
 
 /// The main thread's message loop, with a beat of its own so that the host gets its turn while nothing
-/// happens. step  called at each beat and after each message; false ends the loop. Its exceptions end the
-/// loop too. Ends also when someone posts WM_QUIT.
-void runMessageLoop(const std::function<bool()>& step);
+/// happens. Ends also when someone posts WM_QUIT.
+/// handOver  called in front of each message, whose receiver may be the plug-in
+/// step      called at each beat and after each message; false ends the loop. Its exceptions end it too.
+void runMessageLoop(const std::function<void()>& handOver, const std::function<bool()>& step);
 
 } // namespace program
 

@@ -53,7 +53,7 @@ private:
 };
 
 void playSession(HostPlayer& player, Recorder& recorder, Controls& controls, const Options& options) {
-  runMessageLoop([&] {
+  const auto step = [&] {
     const double seconds = unixNow() - recorder.start();
     player.play(seconds);
     recorder.typing(true);
@@ -64,7 +64,8 @@ void playSession(HostPlayer& player, Recorder& recorder, Controls& controls, con
     controls.refresh();
     const bool isOver = !options.mSession.empty() && seconds >= player.end() + options.mHold;
     return !isOver && !gIsToStop;
-  });
+  };
+  runMessageLoop([&recorder] { recorder.handOver(); }, step);
 }
 
 bool tookEvents(const std::vector<DeviceEvent>& events, const Options& options, const Recorder& recorder) {

@@ -99,7 +99,7 @@ std::vector<At<std::vector<ScrollState>>> ScrollWatch::scrolls() const {
 }
 
 Recorder::Recorder(Controls& controls) : mControls(controls), mStart(unixNow()), mScrollWatch(controls) {
-  mFrames.push_back({mStart, host::isLayout(), host::view(), host::layout(), {}});
+  mFrames.push_back({mStart, host::isLayout(), host::view(), host::layout(), {}, 0});
   mDrawing.takeNew(0);
   host::setFrameSink([this](const host::Frame& frame) { onFrame(frame); });
 }
@@ -117,7 +117,11 @@ void Recorder::onFrame(const host::Frame& frame) {
   const double now = unixNow();
   mControls.show(frame);
   ++mShownFrames;
+  double plugInSeconds = 0;
   if (!mIsTyping) {
+    plugInSeconds = std::chrono::duration<double>(frame.asked - mHandedOver).count();
+    if (mPlugInTimes.size() < kMaxFrames)
+      mPlugInTimes.push_back(plugInSeconds);
     const double gap = now - mLastCapFrame;
     if (mCapFrames > 0 && gap < kLongestGap) {
       mBusySeconds += gap;
@@ -131,7 +135,8 @@ void Recorder::onFrame(const host::Frame& frame) {
     mHasViewMoved = true;
   // Only the state of what is shown comes with a frame.
   keep({now, frame.is2d, frame.is2d ? host::view() : frame.view, frame.is2d ? frame.layout : host::layout(),
-        grouped(frame.moved)});
+        grouped(frame.moved), plugInSeconds});
+  handOver();
 }
 
 void Recorder::keep(RecordedFrame frame) {
@@ -143,6 +148,7 @@ void Recorder::keep(RecordedFrame frame) {
     last.mView = frame.mView;
     last.mLayout = frame.mLayout;
     append(last.mMoved, frame.mMoved);
+    last.mPlugInSeconds += frame.mPlugInSeconds;
     return;
   }
   mCredit -= 1;
@@ -152,7 +158,7 @@ void Recorder::keep(RecordedFrame frame) {
 void Recorder::look() {
   const double now = unixNow();
   const RecordedFrame& last = mFrames.back();
-  RecordedFrame frame{now, host::isLayout(), host::view(), host::layout(), {}};
+  RecordedFrame frame{now, host::isLayout(), host::view(), host::layout(), {}, 0};
   if (frame.mIs2d != last.mIs2d || !isSameView(frame.mView, last.mView) ||
       !isSameLayout(frame.mLayout, last.mLayout))
     keep(std::move(frame));

@@ -5,6 +5,7 @@
 #include "drawing_data.h"
 #include "host.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
@@ -27,6 +28,7 @@ struct RecordedFrame {
   host::ViewState mView;
   host::LayoutState mLayout;
   std::vector<MovedGroup> mMoved;
+  double mPlugInSeconds = 0; ///< what the plug-in took since the frame before; 0 if it had no part in it
 };
 
 template <class Value> struct At {
@@ -79,6 +81,9 @@ public:
   void selection();
   /// While this is on, frames come from what is typed, and don't count as motion.
   void typing(bool isOn) { mIsTyping = isOn; }
+  /// The host gives control away, most likely to the plug-in: its time counts from here, or from the end of a
+  /// frame, until it asks for the next frame.
+  void handOver() { mHandedOver = Steady::now(); }
 
   double start() const { return mStart; }
   const std::vector<RecordedFrame>& frames() const { return mFrames; }
@@ -88,6 +93,9 @@ public:
   std::int64_t capFrames() const { return mCapFrames; }
   /// Frames a second while frames of the cap followed each other; 0 if they never did.
   double framesPerSecond() const { return mBusySeconds > 0 ? mBusyFrames / mBusySeconds : 0; }
+  /// What each frame of the cap took of the plug-in's time, with the host's calls that it makes but for the
+  /// drawing and its wait, seconds.
+  const std::vector<double>& plugInTimes() const { return mPlugInTimes; }
   /// Whether a frame showed another view than the one before it.
   bool hasViewMoved() const { return mHasViewMoved; }
   const DrawingData& drawing() const { return mDrawing; }
@@ -97,6 +105,8 @@ public:
   std::vector<At<std::vector<ScrollState>>> scrolls() const { return mScrollWatch.scrolls(); }
 
 private:
+  using Steady = std::chrono::steady_clock;
+
   void onFrame(const host::Frame& frame);
   void keep(RecordedFrame frame);
 
@@ -111,6 +121,8 @@ private:
   double mLastKeep = 0;
   double mBusySeconds = 0;
   std::int64_t mBusyFrames = 0;
+  Steady::time_point mHandedOver = Steady::now();
+  std::vector<double> mPlugInTimes;
   bool mHasViewMoved = false;
   DrawingData mDrawing;
   std::vector<At<std::string>> mCaptions;

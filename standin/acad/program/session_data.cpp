@@ -87,6 +87,8 @@ json framesJson(const Recorder& recorder, const std::vector<DeviceEvent>& events
     const double gap = frame.mUnixSeconds - before;
     if (gap < 0.25) // a longer gap is rest
       entry["ms"] = gap * 1000;
+    if (frame.mPlugInSeconds > 0)
+      entry["plugInMs"] = frame.mPlugInSeconds * 1000;
     before = frame.mUnixSeconds;
     out.push_back(std::move(entry));
   }
@@ -196,6 +198,12 @@ json statesJson(const SessionInput& input, double start) {
   return out;
 }
 
+json plugInTimeJson(const std::vector<double>& times) {
+  return {{"median", shareOf(times, 0.5) * 1000},
+          {"most", shareOf(times, 0.99) * 1000}, // all but one in a hundred stay below
+          {"longest", shareOf(times, 1) * 1000}};
+}
+
 json countsJson(const Recorder& recorder, const SessionInput& input) {
   std::int64_t motions = 0;
   std::int64_t others = 0;
@@ -212,6 +220,7 @@ json countsJson(const Recorder& recorder, const SessionInput& input) {
           {"frames", recorder.shownFrames()},
           {"framesKept", recorder.frames().size()},
           {"framesPerSecond", recorder.framesPerSecond()},
+          {"plugInMs", plugInTimeJson(recorder.plugInTimes())},
           {"typed", typed}};
 }
 
@@ -249,6 +258,14 @@ json sessionData(const Recorder& recorder, const SessionInput& input) {
                    {"movedView", input.mOutcome.mMovedView},
                    {"unloaded", input.mOutcome.mIsUnloaded}};
   return out;
+}
+
+double shareOf(std::vector<double> values, double share) {
+  if (values.empty())
+    return 0;
+  std::sort(values.begin(), values.end());
+  const auto below = static_cast<std::size_t>(share * static_cast<double>(values.size()));
+  return values[std::min(below, values.size() - 1)];
 }
 
 std::vector<std::string> lastLines(const std::string& path, std::size_t limit) {

@@ -77,6 +77,8 @@ function show() {
   cursor(axes.g, timeToX(now, axes.w), axes.h - 12);
   const pace = keptPicture(byId('pace'), drawPaceChart);
   cursor(pace.g, timeToX(now, pace.w), pace.h - 12);
+  const share = keptPicture(byId('share'), drawShareChart);
+  cursor(share.g, timeToX(now, share.w), share.h - 12);
   drawControls(now);
   showModes(now);
   showCommands(now);
@@ -128,7 +130,7 @@ byId('speed').addEventListener('click', e => {
   e.target.textContent = rate + '×'; e.target.blur();
 });
 byId('slider').addEventListener('input', e => goTo(e.target.value / 1000 * duration));
-for (const id of ['axes', 'pace']) {
+for (const id of ['axes', 'pace', 'share']) {
   const follow = e => { if (e.buttons & 1) goTo(xToTime(e.offsetX, e.target.clientWidth)); };
   byId(id).addEventListener('pointerdown', follow);
   byId(id).addEventListener('pointermove', follow);
@@ -148,6 +150,9 @@ fillLog();
 byId('speed').textContent = '1×';
 byId('play').textContent = '▶';
 byId('paceNote').textContent = 'milliseconds from one to the next while the cap moves';
+const part = (session.counts || {}).plugInMs;
+byId('shareNote').textContent = 'milliseconds of a frame of 16.7, the host\'s drawing apart' + (part
+  ? '; median ' + number(part.median, 2) + ', all but one in a hundred below ' + number(part.most, 2) : '');
 showModes = timedList(byId('modes'), modes, (li, e) => withTimeLast(li, e));
 showCommands = timedList(byId('commands'), commandEntries, (li, e) => withTime(li, e, visibleText(e.text)));
 function withTimeLast(li, e) {

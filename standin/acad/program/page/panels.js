@@ -131,6 +131,28 @@ function drawPaceChart(g, w, h) {
   drawTimeScale(g, w, h);
 }
 
+// What the plug-in took of each frame. It is a small part of the 16.7 ms, so the scale ends where the times do.
+const kFrameMs = 1000 / 60;
+function shareTop() {
+  const wanted = Math.max(0.05, ...frames.map(f => f.plugInMs || 0));
+  return [0.1, 0.2, 0.5, 1, 2, 5, 10, 20, 50].find(ms => ms >= wanted) || wanted;
+}
+function drawShareChart(g, w, h) {
+  const top = shareTop();
+  const y = ms => h - 14 - Math.min(ms, top) / top * (h - 22);
+  g.font = '10px system-ui, sans-serif'; g.textBaseline = 'middle';
+  g.fillStyle = paint.soft; g.strokeStyle = paint.edge;
+  for (const ms of [0, top / 2, top]) {
+    g.textAlign = 'left'; g.fillText(number(ms, 2), 8, y(ms));
+    g.textAlign = 'right'; if (ms > 0) g.fillText(number(ms / kFrameMs * 100, 2) + ' %', w - 6, y(ms) + 7);
+    g.beginPath(); g.moveTo(kMargin, y(ms)); g.lineTo(w - 6, y(ms)); g.stroke();
+  }
+  g.fillStyle = paint.accent; g.globalAlpha = 0.8;
+  for (const f of frames) if (f.plugInMs > 0) g.fillRect(timeToX(f.t, w) - 0.5, y(f.plugInMs), 1, h - 14 - y(f.plugInMs));
+  g.globalAlpha = 1;
+  drawTimeScale(g, w, h);
+}
+
 function drawMarks() {
   const canvas = byId('marks'), {g, w, h} = fitted(canvas);
   g.fillStyle = paint.soft; g.globalAlpha = 0.7;

@@ -167,6 +167,25 @@ TEST_F(HostPlayerTest, DenseFramesKeepTheWholeMotion) {
   EXPECT_FALSE(mRecorderP->hasViewMoved()) << "objects moved, the view did not";
 }
 
+// The plug-in's time is what passes in its hands, not what the display takes.
+TEST_F(HostPlayerTest, WaitForTheDisplayIsNotThePlugInsTime) {
+  AcGsKernelDescriptor descriptor;
+  descriptor.addRequirement(AcGsKernelDescriptor::k3DDrawing);
+  AcGsView* const view = acgsObtainAcGsView(2, descriptor);
+  host::setRefreshRate(1); // Hz
+  mRecorderP->handOver();
+  view->update();
+  view->update();
+  mRecorderP->handOver();
+  std::this_thread::sleep_for(std::chrono::milliseconds(600));
+  view->update();
+  const std::vector<double>& times = mRecorderP->plugInTimes();
+  ASSERT_EQ(times.size(), 3u);
+  EXPECT_LT(times[1], 0.5);
+  EXPECT_GE(times[2], 0.6);
+  host::setRefreshRate(0);
+}
+
 TEST_F(HostPlayerTest, ViewsThatNoFrameShowedAreSeenAtALook) {
   const std::size_t before = mRecorderP->frames().size();
   mRecorderP->look();
