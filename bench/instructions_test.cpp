@@ -73,8 +73,7 @@ TEST(Instructions, StayWhereTheyAre) {
       file << OV_BUILD << ' ' << static_cast<long>(count.second + 0.5) << ' ' << count.first << '\n';
     return;
   }
-  if (expected.empty())
-    GTEST_SKIP() << "no counts are written down for builds of type " OV_BUILD;
+  ASSERT_FALSE(expected.empty()) << "no counts are written down for builds of type " OV_BUILD;
   for (const auto& count : counts)
     EXPECT_TRUE(expected.count(count.first)) << count.first << ": " << count.second << ", not written down";
   for (const auto& known : expected) {

@@ -17,4 +17,5 @@ export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree=;mshtml=}
 # it runs in, and the results would never be found.
 [[ ${GTEST_OUTPUT:-} != xml:/* ]] || export GTEST_OUTPUT=xml:Z:${GTEST_OUTPUT#xml:}
 mkdir -p "$(dirname "$WINEPREFIX")"
+[[ -f $WINEPREFIX/system.reg ]] || echo "run_under_wine: making a Wine prefix in $WINEPREFIX" >&2
 exec wine "$@"
