@@ -62,8 +62,7 @@ AutoCadProxy::~AutoCadProxy() {
     KillTimer(nullptr, mTimerId);
   } catch (...) { // nothing may leave a destructor; a tick that still comes finds no object
   }
-  // A tick that is under way somewhere below us, or a command that the host still runs, finds nothing to work
-  // on.
+  // A tick or a command that still comes finds nothing to work on.
   gAutoCadProxyP = nullptr;
   OV_LOG(CRT, "AutoCadProxy", "AutoCadProxy::~AutoCadProxy", "Destructed.");
 }

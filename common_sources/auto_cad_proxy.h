@@ -17,11 +17,10 @@ constexpr std::int32_t kMode2D = 1; // the layout itself
 constexpr std::int32_t kMode3D = 2; // everything else
 
 // Values of mRotMode. In the camera modes the camera follows the cap, in the others the scene does.
-constexpr std::int32_t kObjScreen = 0; // about the view's target
-constexpr std::int32_t kObjOrigin = 1; // about the world's origin
-constexpr std::int32_t kCamStandard =
-    2; // about the eye in perspective, about the world's origin in parallel projection
-constexpr std::int32_t kCamTarget = 3; // about the view's target
+constexpr std::int32_t kObjScreen = 0;   // about the view's target
+constexpr std::int32_t kObjOrigin = 1;   // about the world's origin
+constexpr std::int32_t kCamStandard = 2; // about the eye in perspective, else about the world's origin
+constexpr std::int32_t kCamTarget = 3;   // about the view's target
 
 constexpr bool isCameraMode(std::int32_t rotMode) {
   return rotMode == kCamStandard || rotMode == kCamTarget;
@@ -31,16 +30,20 @@ constexpr bool isCameraMode(std::int32_t rotMode) {
 /// sample of the cap into motion of views, objects and controls, and a key into text at the command line.
 ///
 /// Owned by OvAutoCad, made and destroyed on the host's main thread. Every operation runs there, inside
-/// TimerProc, except where another thread is named. Operations that touch the host let no exception out: they
-/// log "Error ", their name and "()" and give up the step they were at.
+/// TimerProc, except where another thread is named. No exception reaches the host: each ends in the operation
+/// that met it or in the one that called that, which logs "Error ", its own name and "()" and gives up the
+/// step it was at; scrollTreesAndLists gives up in silence. One of loadMenufile gets as far as TimerProc, and
+/// stops the pump.
 ///
 /// The cap is at rest or moving (mCapIsMoving):
 ///
 ///            deflected, not taken by scrolling
-///     rest ------------------------------------> moving    the first sample runs while the state is still
-///     "rest"
+///     rest ------------------------------------> moving
 ///          <------------------------------------
-///            all six axes inside the threshold             handleCapIsReleased unlocks, writes the view back
+///            all six axes inside the threshold
+///
+/// The first sample of a movement runs while the state is still rest. On the way back handleCapIsReleased
+/// unlocks the document and writes the view into the drawing.
 class AutoCadProxy {
 public:
   /// Has the host load the menu reader and arms the first timer.
@@ -85,7 +88,8 @@ public:
   // View translation: motion/view_translation.cpp
 
   /// Moves the view along the three screen axes, one after the other; the third zooms, unless the view
-  /// hovers. dx, dy, dz  sample values divided by mTraSensBase
+  /// hovers.
+  /// dx, dy, dz  sample values divided by mTraSensBase
   void moveXYZ(AcGsView* view, double dx, double dy, double dz, const AcGeVector3d& xAxis,
                const AcGeVector3d& yAxis, const AcGeVector3d& zAxis, std::int32_t rotMode, bool isPerspective,
                bool hoverMode);
@@ -112,11 +116,11 @@ public:
   bool calcScreenAxesRelativeToObject(AcGsView* view, AcGeVector3d& xAxis, AcGeVector3d& yAxis,
                                       AcGeVector3d& zAxis);
   /// Direction and start of the selected line. True: exactly one object is selected, and that is a line.
-  /// While the cap moves, only the result of the deflection's first call is given again.
+  /// While the cap moves, the last result is given again, and the host isn't asked.
   bool getSelObjectAxis(AcGeVector3d& axis, AcGePoint3d& point);
   /// Mean of the midpoints of the selected objects' extents. True: there is one.
-  /// set  a selection set of the caller's; null: what the user has selected, and while the cap moves only the
-  ///      result of the deflection's first call is given again
+  /// set  a selection set of the caller's; null: what the user has selected, and while the cap moves the last
+  ///      result is given again, and the host isn't asked
   bool getSelObjectsCenter(const Adesk::Int64* set, AcGePoint3d& centre);
 
   // Motion of selected objects: motion/selected_objects.cpp

@@ -13,8 +13,8 @@ constexpr wchar_t kCancel[] = L"\x1B\x1B"; // whatever runs in the host ends
 
 /// One line of input for one token of a macro.
 std::wstring inputFor(const std::string& token) {
-  // Byte by byte: nothing says which code page the menu file is in, and the menus of the host's languages
-  // that need one are written in ASCII.
+  // Byte by byte: nothing says which code page the menu file is in, so only ASCII is sure to arrive as it was
+  // written.
   const std::wstring wide = Util::toWide(token);
   if (token.compare(0, 2, "M=") == 0)
     return L"(command (menucmd \"" + wide + L"\"))\n";

@@ -15,8 +15,8 @@ extern AcGsView* viewP;
 /// The last value that could be read of the system variable CVPORT.
 extern std::int32_t cvportNumber;
 
-/// Centre and axis from the selection, read with the first rotating sample of a deflection and kept until the
-/// first sample of the next one overwrites them.
+/// Centre and axis from the selection: read if the first sample of a deflection rotates the view, and kept
+/// until such a sample overwrites them. A deflection that begins to rotate later uses what is there.
 extern AcGePoint3d selCenterPoint;
 extern AcGeVector3d selAxisVector;
 extern bool selCenterValid;

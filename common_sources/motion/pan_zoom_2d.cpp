@@ -12,14 +12,13 @@ using namespace motion;
 
 namespace {
 
-/// Opens the layout's viewport for write, or logs that it can't be had.
+/// Opens the layout's viewport for write; false if it can't be had.
 bool openViewport(AcDbObjectPointer<AcDbViewport>& viewport) {
   viewport.open(acedActiveViewportId(), AcDb::kForWrite, false);
-  if (viewport.object())
-    return true;
-  OV_LOG(ERR, "Global", "openViewport", "AcDbObjectPointer could not be retrieved!");
-  return false;
+  return viewport.object() != nullptr;
 }
+
+constexpr char kNoViewport[] = "AcDbObjectPointer could not be retrieved!";
 
 } // namespace
 
@@ -50,8 +49,10 @@ void AutoCadProxy::handleCapIsDeflectedIn2DMode(short x, short y, short z) {
 
 void AutoCadProxy::pan2D(double dx, double dy) {
   AcDbObjectPointer<AcDbViewport> viewport;
-  if (!openViewport(viewport))
+  if (!openViewport(viewport)) {
+    OV_LOG(ERR, "AutoCadProxy", "AutoCadProxy::pan2D", kNoViewport);
     return;
+  }
   const double width = viewport->width();
   const double height = viewport->height();
   const double viewHeight = viewport->viewHeight();
@@ -68,8 +69,10 @@ void AutoCadProxy::pan2D(double dx, double dy) {
 void AutoCadProxy::zoom2D(double dz) {
   const double factor = zoomFactor(dz);
   AcDbObjectPointer<AcDbViewport> viewport;
-  if (!openViewport(viewport))
+  if (!openViewport(viewport)) {
+    OV_LOG(ERR, "AutoCadProxy", "AutoCadProxy::zoom2D", kNoViewport);
     return;
+  }
   const double viewHeight = factor * viewport->viewHeight();
   // Repeated zooming out would end in an infinite view, zooming in at nothing; both are no view any more.
   if (std::isfinite(viewHeight) && viewHeight > 0) {

@@ -15,8 +15,8 @@ using namespace motion;
 namespace {
 
 /// The share of a value that lies along the selected line, towards zero. The smallest value has no opposite:
-/// along a line that points the other way it would wrap and turn the view backwards. Along an axis of a broken
-/// view, which is none, lies nothing.
+/// along a line that points the other way it would wrap and turn the view backwards. Along an axis of a
+/// broken view, which is none, lies nothing.
 short shareAlong(const AcGeVector3d& line, const AcGeVector3d& axis, short value) {
   const double share = std::clamp(line.dotProduct(axis), -1.0, 1.0) * value;
   return std::isnan(share) ? short{0} : static_cast<short>(std::min(share, 32767.0));
