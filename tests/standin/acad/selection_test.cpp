@@ -88,17 +88,4 @@ TEST_F(Selection, TheHostRunsOutOfSetsForThoseWhoNeverFree) {
   EXPECT_EQ(host::held().selectionSets, 128);
 }
 
-TEST_F(Selection, ALargeSelectionIsDeliveredWhole) {
-  constexpr int kCount = 100000;
-  while (host::entityCount() < kCount)
-    host::add(std::make_unique<AcDbPoint>(AcGePoint3d(host::entityCount(), 0, 0)));
-  host::selectAll();
-  ads_name ss;
-  ASSERT_EQ(get(ss), RTNORM);
-  ASSERT_EQ(length(ss), kCount);
-  for (int i = 0; i < kCount; ++i)
-    ASSERT_EQ(at(ss, i), host::entityId(i + 1));
-  acedSSFree(ss);
-}
-
 } // namespace
