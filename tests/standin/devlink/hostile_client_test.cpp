@@ -10,19 +10,6 @@ using testing::ElementsAre;
 
 namespace {
 
-struct Said {
-  const char* mName;
-  Bytes mBytes;
-};
-
-void PrintTo(const Said& said, std::ostream* out) {
-  *out << said.mName;
-}
-
-std::string nameOf(const testing::TestParamInfo<Said>& info) {
-  return info.param.mName;
-}
-
 Bytes mode(const std::string& application, const std::string& name) {
   Bytes out;
   devlink::FrameWriter(out, Kind::setMode).number32(1).text(application).text(name);
@@ -146,30 +133,6 @@ TEST_F(LinkTest, seventeenClientsAreOneTooMany) {
   EXPECT_EQ(ovConnect(0, "acad"), 0);
 }
 
-TEST_F(LinkTest, aSessionIsPlayedFromTheFirstClientOnToItsEnd) {
-  const session::Session session = session::parse("0 device key 1\n"
-                                                  "0.05 device motion 0 0 300 0 0 0\n"
-                                                  "0.05 host wait\n"
-                                                  "0.1 device motion 0 0 0 0 0 0\n"
-                                                  "0.1 device view top\n",
-                                                  "s");
-  devlink::DaemonOptions options;
-  options.mHasSession = true;
-  options.mActions = session.actionsOf(session::Who::device);
-  RunningDaemon daemon(options);
-  ASSERT_EQ(ovConnect(0, "acad"), 0);
-  EXPECT_EQ(fetched(), "event 131105");
-  EXPECT_EQ(fetched(), "motion 0 0 300 0 0 0");
-  EXPECT_EQ(fetched(), "motion 0 0 0 0 0 0");
-  EXPECT_EQ(fetched(), "event 131083");
-  EXPECT_TRUE(isConnected()) << "the daemon stays as long as its client";
-  EXPECT_EQ(ovDisconnect(), 0);
-  daemon.join();
-  EXPECT_THAT(daemon.mRecorded.all(),
-              ElementsAre("client connected acad", "event 131105", "motion 0 0 300 0 0 0",
-                          "motion 0 0 0 0 0 0", "event 131083", "client gone acad"));
-}
-
 TEST_F(LinkTest, anAbsentDaemonIsGoneAndComesBackToItsPort) {
   RunningDaemon daemon;
   ASSERT_EQ(ovConnect(0, "acad"), 0);
@@ -187,13 +150,6 @@ TEST_F(LinkTest, anAbsentDaemonIsGoneAndComesBackToItsPort) {
   EXPECT_THAT(daemon.mRecorded.all(),
               ElementsAre("client connected acad", "motion 0 0 300 0 0 0", "away 0.300", "client gone acad",
                           "back", "client connected acad"));
-}
-
-TEST_F(LinkTest, aPortInUseIsAnError) {
-  RunningDaemon daemon;
-  devlink::DaemonOptions options;
-  options.mPort = daemon.port();
-  EXPECT_THROW(devlink::Daemon second(options), std::system_error);
 }
 
 } // namespace
