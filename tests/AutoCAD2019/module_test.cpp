@@ -192,10 +192,8 @@ TEST_F(Module, ForgetsADocumentThatGoesAndLeavesNoReactorBehind) {
 }
 
 TEST_F(Module, FaultsOfTheHostAtLoadNeverReachIt) {
-  const char* const operations[] = {"acrxSysRegistry",     "at",         "unlockApplication",
-                                    "registerAppMDIAware", "addCommand", "acDocManagerPtr",
-                                    "acutPrintf"};
-  for (const char* const operation : operations) {
+  for (const char* const operation : {"acrxSysRegistry", "at", "unlockApplication", "registerAppMDIAware",
+                                      "addCommand", "acDocManagerPtr", "acutPrintf", ""}) {
     SCOPED_TRACE(operation);
     for (const bool isThrow : {false, true}) {
       load();
@@ -209,14 +207,11 @@ TEST_F(Module, FaultsOfTheHostAtLoadNeverReachIt) {
       // Either the plug-in runs, or it says that it doesn't and has left nothing behind.
       const bool isAlive = contains(type(L"OV_Toggle_Object_Move_Mode\n"), L"Move Selected Object");
       EXPECT_TRUE(result == 0 || !isAlive);
+      EXPECT_TRUE(isAlive || operation[0] != 0);
       EXPECT_EQ(tell(kUnload), 0);
       unload();
     }
   }
-  load();
-  EXPECT_EQ(tell(kInit), 0);
-  EXPECT_TRUE(contains(type(L"OV_Toggle_Object_Move_Mode\n"), L"\n=> Move Selected Object:  on"));
-  EXPECT_EQ(tell(kUnload), 0);
 }
 
 #ifndef _WIN32

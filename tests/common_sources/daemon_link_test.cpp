@@ -234,56 +234,63 @@ TEST_F(DaemonLink, EachEventCodeHasItsOneEffect) {
   }
 }
 
-TEST_F(DaemonLink, DaemonIsToldEachNewMode) {
+TEST_F(DaemonLink, DaemonIsToldEachNewModeUntilItKnows) {
   EXPECT_EQ(devlink_twin::modes().back(), "Unknown") << "there is no menu file yet";
-  const auto modesAfter = [this](std::int32_t code) {
-    event(code);
-    return takeModes();
+  struct Case {
+    std::function<void()> before;
+    std::int32_t event;
+    int tries;
+    Lines modes; // announced with success
   };
-  proxy().mModes.publish({"Start", "Layout", "Model"});
-  EXPECT_EQ(modesAfter(-1), Lines{"Start"}) << "with a motion event too";
-  EXPECT_EQ(modesAfter(-1), Lines{});
-  proxy().mViewMode = 2;
-  EXPECT_EQ(modesAfter(0x20003), Lines{"Model"}) << "with an event that says nothing else";
-  proxy().mViewMode = 1;
-  proxy().mViewMode = 2;
-  EXPECT_EQ(modesAfter(-1), Lines{}) << "it's the name that counts";
-  EXPECT_EQ(modesAfter(kAnnounceModeEvent), Lines{"Model"});
-  EXPECT_EQ(modesAfter(-1), Lines{});
-  ASSERT_TRUE(link().connect());
-  EXPECT_EQ(modesAfter(-1), Lines{"Model"}) << "a new connection, perhaps to a new daemon";
-  EXPECT_FALSE(link().mIsToSendMode);
-  proxy().mModes.publish({"Start", "Layout"});
-  EXPECT_EQ(modesAfter(-1), Lines{"Unknown"});
-  const Lines calls = devlink_twin::calls();
-  EXPECT_EQ(calls.back(), "ovSetApplMode AutoCAD Unknown");
-}
-
-TEST_F(DaemonLink, FailedAnnouncementIsRepeatedUntilTheDaemonKnows) {
-  proxy().mModes.publish({"Start", "Layout", "Model"});
-  const auto triesWith = [this](std::int32_t code) {
-    const int before = announcements();
-    event(code);
-    return announcements() - before;
+  const auto nothing = [] {};
+  const auto refuse = [](int times) { return [times] { devlink_twin::fail("ovSetApplMode", times); }; };
+  const auto connect = [this] { ASSERT_TRUE(link().connect()); };
+  const auto setMode = [this](int mode) { return [this, mode] { proxy().mViewMode = mode; }; };
+  const Case cases[] = {
+      {[this] {
+         proxy().mModes.publish({"Start", "Layout", "Model"});
+       },
+       -1,
+       1,
+       {"Start"}}, // a motion event serves
+      {nothing, -1, 0, {}},
+      {setMode(2), 0x20003, 1, {"Model"}}, // one that says nothing else, too
+      {nothing, kAnnounceModeEvent, 1, {"Model"}},
+      {connect, -1, 1, {"Model"}}, // perhaps to a new daemon
+      {nothing, -1, 0, {}},
+      // What failed is repeated, also what the daemon has asked for.
+      {[&] {
+         refuse(2)();
+         setMode(1)();
+       },
+       -1,
+       1,
+       {}},
+      {nothing, -1, 1, {}},
+      {nothing, -1, 1, {"Layout"}},
+      {refuse(1), kAnnounceModeEvent, 1, {}},
+      {nothing, -1, 1, {"Layout"}},
+      // Behind a new connection it is tried once, if the name is the one told before.
+      {[&] {
+         connect();
+         refuse(1)();
+       },
+       -1,
+       1,
+       {}},
+      {nothing, -1, 0, {}},
+      {[this] { proxy().mModes.publish({"Start"}); }, -1, 1, {"Unknown"}},
   };
-  devlink_twin::fail("ovSetApplMode", 2);
-  EXPECT_EQ(triesWith(-1), 1);
-  EXPECT_EQ(triesWith(-1), 1);
-  EXPECT_EQ(takeModes(), Lines{});
-  EXPECT_EQ(triesWith(-1), 1);
-  EXPECT_EQ(takeModes(), Lines{"Start"});
-  EXPECT_EQ(triesWith(-1), 0);
-  // Asked for by the daemon: its answer is owed until it has been given.
-  devlink_twin::fail("ovSetApplMode", 1);
-  EXPECT_EQ(triesWith(kAnnounceModeEvent), 1);
-  EXPECT_EQ(triesWith(-1), 1);
-  EXPECT_EQ(triesWith(-1), 0);
-  // Behind a new connection it is tried once, if the name is the one told before.
-  ASSERT_TRUE(link().connect());
-  devlink_twin::fail("ovSetApplMode", 1);
-  EXPECT_EQ(triesWith(-1), 1);
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << "case " << &c - cases);
+    c.before();
+    const int tries = announcements();
+    event(c.event);
+    EXPECT_EQ(announcements() - tries, c.tries);
+    EXPECT_EQ(takeModes(), c.modes);
+  }
   EXPECT_FALSE(link().mIsToSendMode);
-  EXPECT_EQ(triesWith(-1), 0);
+  EXPECT_EQ(devlink_twin::calls().back(), "ovSetApplMode AutoCAD Unknown");
 }
 
 TEST_F(DaemonLink, FetchThatFailsStillLetsTheModeThrough) {
@@ -396,30 +403,6 @@ TEST_F(DaemonWatch, EngineComesUpAndGoesInOrder) {
     EXPECT_TRUE(sleep.milliseconds == 2000 || (sleep.isWatched && sleep.milliseconds == 200))
         << sleep.milliseconds;
 #endif
-}
-
-TEST_F(DaemonWatch, EngineIsWholeWithoutADaemon) {
-  stop();
-  devlink_twin::reset();
-  devlink_twin::setPresent(false);
-  const std::size_t mark = rig::logSize();
-  OvAutoCad engine;
-  DaemonProxy& link = *engine.mDaemonProxyP;
-  EXPECT_FALSE(link.mIsConnected);
-  EXPECT_EQ(gAutoCadProxyP, engine.mAutoCadProxyP.get());
-  ASSERT_TRUE(waitFor([&] { return link.mIsReading && engine.mIsConnWatchRunning; }));
-  const Lines main = recordsOfThread(mark, "AutoCadProxy constructed.");
-  ASSERT_GE(main.size(), 5u);
-  EXPECT_EQ((Lines{main.end() - 5, main.end()}),
-            (Lines{"CRT Constructing ...", "TRC Checking connection ...", "ERR Error in ovConnect()!",
-                   "CRT Constructed.", "CRT Constructed."}));
-  TimerProc(nullptr, 0, 0, 0); // a tick
-  EXPECT_EQ(engine.mAutoCadProxyP->mViewMode, 2);
-  devlink_twin::setPresent(true);
-  ASSERT_TRUE(waitFor([&] { return static_cast<bool>(link.mIsConnected); }));
-  devlink_twin::pushEvent(APPL_FUNC_START + 2);
-  ASSERT_TRUE(devlink_twin::waitUntilTaken());
-  EXPECT_EQ(engine.mPendingKey, 2);
 }
 
 } // namespace

@@ -10,7 +10,9 @@ TEST_F(SettingsValues, PathsLieBelowTheHomeFolder) {
   EXPECT_EQ(home, settings.mHomeDir);
   EXPECT_EQ(home + "\\Orvaner\\Applications", settings.mApplicationsDirPath);
   EXPECT_EQ(home + "\\Orvaner\\Applications\\autocad_addin.ini", settings.mSettingsFilePath);
-  EXPECT_EQ(home + "\\Orvaner", gLogging.mSettingsDirPath); // the log lies beside the folder, not in it
+  // The log lies beside the folder, not in it.
+  EXPECT_EQ(home + "\\Orvaner", gLogging.mSettingsDirPath);
+  EXPECT_EQ(home + "\\Orvaner", settings.mLogPars.mSettingsDirPath);
 }
 
 TEST_F(SettingsValues, NumbersAreReadAsFarAsTheyGo) {
@@ -124,6 +126,21 @@ TEST_F(SettingsValues, DumpsAllValues) {
             "              mIsTmp: 0\n"
             "      mExclFileToLog: \n",
             settings.dump());
+}
+
+TEST_F(SettingsValues, DefaultsReplaceEveryValueAndNoPath) {
+  Settings settings;
+  const std::string defaults = settings.dump();
+  const std::string filePath = settings.mSettingsFilePath;
+  settings.mName = settings.mVersion = "x";
+  settings.mTraSensBase = settings.mRotSensBase = settings.mMinThreshold = settings.mMaxContMoveTime = -1;
+  settings.mToggleRotationCenter = settings.mScrollTreeAndList = false;
+  settings.mToggleRotationAxis = settings.mUseInt3dIntrfce = true;
+  settings.mLogPars.mMaxSize = 1;
+  settings.mLogPars.mExclFileToLog = "x";
+  settings.setDefaults();
+  EXPECT_EQ(defaults, settings.dump());
+  EXPECT_EQ(filePath, settings.mSettingsFilePath);
 }
 
 } // namespace

@@ -1,11 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <windows.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
 
 #include "accmd.h"
@@ -199,61 +193,6 @@ TEST_F(CommandLine, ZoomsToAllOfTheDrawing) {
   host::add(std::make_unique<AcDbPoint>(AcGePoint3d(40, 20, 0))); // now the width counts
   run(L"_ZOOM _ALL ");
   EXPECT_NEAR(host::layout().viewHeight, 30 / 1.5 * 1.05, 1e-9);
-}
-
-class MenuReader : public CommandLine {
-protected:
-  MenuReader() {
-    const auto* const info = testing::UnitTest::GetInstance()->current_test_info();
-    mHome = std::filesystem::temp_directory_path() / (std::string("ov_menu_reader_") + info->name());
-    std::filesystem::remove_all(mHome);
-    std::filesystem::create_directories(mHome / "Orvaner" / "Applications");
-    mDll = mHome / "OvScribe2018.dll";
-    std::ofstream(mDll) << "menu reader";
-    setProfile(mHome.string());
-  }
-  ~MenuReader() override {
-    setProfile("");
-    std::filesystem::remove_all(mHome);
-  }
-
-  static void setProfile(const std::string& value) {
-#ifdef _WIN32
-    _putenv_s("USERPROFILE", value.c_str());
-#else
-    setenv("USERPROFILE", value.c_str(), 1);
-#endif
-  }
-  std::string menuFile() const {
-    std::ifstream in(mHome / "Orvaner" / "Applications" / "autocad.mnu", std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-  }
-  void load(const std::string& path) {
-    run(L"(command \"netload\" \"" + std::wstring(path.begin(), path.end()) + L"\")\n");
-  }
-
-  std::filesystem::path mHome;
-  std::filesystem::path mDll;
-};
-
-TEST_F(MenuReader, WritesTheMenuFileOrSaysWhyItCannot) {
-  load(mDll.generic_string());
-  EXPECT_EQ(host::printed(), L"");
-  EXPECT_EQ(menuFile(), host::menuText());
-  EXPECT_EQ(menuFile().find('#'), std::string::npos); // would end the line for a reader of the file
-  EXPECT_EQ(menuFile().find("\n\n") + 1, menuFile().find("\n[MenuBar]")); // nor may a section be cut short
-  for (const std::string& path : {mHome.generic_string() + "/Other.dll", mHome.generic_string() + "/x.dll"}) {
-    load(path);
-    EXPECT_NE(host::history().back().text.find(L"Cannot load assembly"), std::wstring::npos);
-  }
-  std::filesystem::remove_all(mHome / "Orvaner");
-  load(mDll.generic_string());
-  EXPECT_NE(host::history().back().text.find(L"cannot write"), std::wstring::npos);
-  setProfile("");
-  load(mDll.generic_string());
-  EXPECT_NE(host::history().back().text.find(L"USERPROFILE"), std::wstring::npos);
 }
 
 TEST_F(CommandLine, WorksOutMenuExpressions) {

@@ -31,6 +31,7 @@ TEST_F(Faults, AThrowLeavesTheObjectPointerClosed) {
   calls::throwAt("transformBy", 1);
   {
     AcDbObjectPointer<AcDbLine> pointer(mLine, AcDb::kForWrite);
+    EXPECT_EQ(pointer.open(mLine, AcDb::kForWrite), Acad::eOk) << "gives back the first opening";
     EXPECT_THROW(pointer->transformBy(AcGeMatrix3d::translation({1, 0, 0})), calls::InjectedFault);
   }
   EXPECT_EQ(host::held().openForWrite, 0);

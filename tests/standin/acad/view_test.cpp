@@ -33,15 +33,9 @@ protected:
   AcGsKernelDescriptor mDescriptor;
 };
 
-TEST_F(View, IsThereForTheCurrentViewportAndTheRightRequirement) {
-  EXPECT_NE(acgsObtainAcGsView(2, mDescriptor), nullptr);
+TEST_F(View, LivesInMemoryUntilItIsWrittenToTheDrawing) {
   EXPECT_EQ(acgsObtainAcGsView(3, mDescriptor), nullptr);
   EXPECT_EQ(acgsObtainAcGsView(2, AcGsKernelDescriptor()), nullptr);
-  host::setVariable("cvport", 3);
-  EXPECT_NE(acgsObtainAcGsView(3, mDescriptor), nullptr);
-}
-
-TEST_F(View, LivesInMemoryUntilItIsWrittenToTheDrawing) {
   AcGsView* viewP = obtain();
   ASSERT_NE(viewP, nullptr);
   EXPECT_EQ(viewP->position().z, 100);

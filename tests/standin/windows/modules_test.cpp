@@ -128,15 +128,3 @@ TEST_F(Modules, FileNameIsTheFullPathWithBackslashes) {
   EXPECT_EQ(moduleFileName(module), L"");
   fs::remove_all(folder);
 }
-
-TEST_F(Modules, ProgramsPathAndTheOneThatIsSet) {
-  EXPECT_EQ(moduleFileName(nullptr), withBackslashes(widen(fs::read_symlink("/proc/self/exe").string())));
-  desktop::setModulePath(L"C:\\a\\b.arx");
-  EXPECT_EQ(moduleFileName(nullptr), L"C:\\a\\b.arx");
-  desktop::setModulePath(L"");
-  EXPECT_EQ(moduleFileName(nullptr), L"");
-  desktop::setModulePath(std::nullopt);
-  EXPECT_NE(moduleFileName(nullptr), L"");
-  calls::failAt("GetModuleFileNameW", 1);
-  EXPECT_EQ(moduleFileName(nullptr), L"");
-}

@@ -152,20 +152,3 @@ TEST_F(Windows, WheelIsCountedWithItsSignAndOtherMessagesAreKept) {
   EXPECT_EQ(desktop::window(mList).updates, 1);
   EXPECT_FALSE(UpdateWindow(nullptr));
 }
-
-TEST_F(Windows, OrderedFailuresLeaveNoTrace) {
-  setBars(mList, {0, 10, 1, 5}, {});
-  calls::failAt("SendMessageW", 1);
-  calls::failAt("WindowFromPoint", 1);
-  calls::failAt("GetScrollInfo", 1);
-  SendMessageW(mList, WM_VSCROLL, SB_LINEDOWN, 0);
-  EXPECT_EQ(desktop::window(mList).vertical->position, 5);
-  EXPECT_TRUE(desktop::window(mList).sent.empty());
-  EXPECT_EQ(WindowFromPoint({250, 250}), nullptr);
-  SCROLLINFO info{};
-  info.cbSize = sizeof(info);
-  info.fMask = SIF_ALL;
-  EXPECT_FALSE(GetScrollInfo(mList, SB_VERT, &info));
-  EXPECT_EQ(info.nMax, 0);
-  EXPECT_EQ(WindowFromPoint({250, 250}), mUpper);
-}
