@@ -5,6 +5,7 @@ namespace {
 class SettingsValues : public SettingsFixture {};
 
 TEST_F(SettingsValues, PathsLieBelowTheHomeFolder) {
+  write(defaultText());
   const Settings settings;
   const std::string home = mHome.backslashed();
   EXPECT_EQ(home, settings.mHomeDir);
