@@ -4,7 +4,6 @@
 
 #include "calls.h"
 #include "engine_rig.h"
-#include "event_codes.h"
 
 #ifndef _WIN32
 #include "desktop.h"
@@ -144,43 +143,6 @@ TEST_F(Menu, FileIsPolledForAtEachTickUntilItHasAMode) {
   EXPECT_EQ(modes(), Lines{"Start"});
   EXPECT_EQ(proxy().mMenuEntries, (Lines{"A", "B"}));
   EXPECT_EQ(takeRecords(), Lines{});
-}
-
-TEST_F(Menu, FromTheMenuReaderToTheKeysEffect) {
-  rig::home().write(kMenuReader, "stands for the menu reader");
-  // Only once the link is quiet does each event of ours bring one announcement.
-  devlink_twin::pushEvent(kAnnounceModeEvent);
-  ASSERT_TRUE(devlink_twin::waitUntilTaken());
-  EXPECT_EQ(devlink_twin::modes().back(), "Unknown");
-#ifndef _WIN32
-  const std::string module = rig::home().backslashed("OVAutoCAD2019.arx");
-  desktop::setModulePath(std::wstring(module.begin(), module.end()));
-  proxy().StartDotNETPlugin();
-#else
-  std::string path = rig::home().native(kMenuReader);
-  std::replace(path.begin(), path.end(), '\\', '/');
-  host::type(L"(command \"netload\" \"" + std::wstring(path.begin(), path.end()) + L"\")\n");
-#endif
-  EXPECT_FALSE(rig::home().exists(rig::kMenuFile)) << "the host runs it when it gets to it";
-  host::setMenuText(
-      "[Modes]\nStart\nLayout\nModel\n\n[MenuBar]\na = x}_LINE\nb = Draw}_CIRCLE;50,50;25|Draws\n");
-  host::runQueue();
-  ASSERT_TRUE(rig::home().exists(rig::kMenuFile));
-  tick();
-  EXPECT_TRUE(proxy().mMenuIsLoaded);
-  devlink_twin::pushEvent(APPL_FUNC_START + 1);
-  ASSERT_TRUE(devlink_twin::waitUntilTaken());
-  EXPECT_EQ(devlink_twin::modes().back(), "Model");
-  tick();
-  EXPECT_EQ(host::entityCount(), 0);
-  host::runQueue();
-  ASSERT_EQ(host::entityCount(), 1);
-  EXPECT_EQ(rig::text(static_cast<const AcDbCircle*>(host::entity(1))->center(), 1), "50.0 50.0 0.0");
-  host::setLayout(true);
-  tick();
-  devlink_twin::pushMotion({0, 0, 0, 0, 0, 0});
-  ASSERT_TRUE(devlink_twin::waitUntilTaken());
-  EXPECT_EQ(devlink_twin::modes().back(), "Layout");
 }
 
 #ifndef _WIN32 // dialogs and module paths

@@ -10,7 +10,6 @@
 #include "temp_folder.h"
 
 #ifndef _WIN32
-#include "calls.h"
 #include "desktop.h"
 
 namespace {
@@ -151,30 +150,5 @@ TEST(UtilTest, ThePrefixHasThreeColumns) {
   for (const auto& place : kPlaces)
     EXPECT_EQ(place.prefix, Util::logPrefix(place.file, place.line, place.className, place.method.c_str()));
 }
-
-#ifndef _WIN32
-
-TEST(UtilTest, AMessageBeepsAndWaitsForItsAnswer) {
-  desktop::reset();
-  desktop::setMessageBoxAnswer([](const desktop::MessageBox&) { return 6; });
-  const HWND window = desktop::addWindow({});
-  calls::startRecording();
-  EXPECT_EQ(6, Util::showMessage(window, "Text \xE4", "Caption", 4));
-  const std::vector<std::string> journal = calls::stopRecording();
-  ASSERT_EQ(2u, journal.size());
-  EXPECT_EQ(0u, journal[0].find("Beep")) << "the beep comes before the box, which blocks";
-  ASSERT_EQ(1u, desktop::beeps().size());
-  EXPECT_EQ(440u, desktop::beeps()[0].frequency);
-  EXPECT_EQ(200u, desktop::beeps()[0].milliseconds);
-  ASSERT_EQ(1u, desktop::messageBoxes().size());
-  const desktop::MessageBox box = desktop::messageBoxes()[0];
-  EXPECT_EQ(window, box.owner);
-  EXPECT_EQ(L"Text \xFFE4", box.text);
-  EXPECT_EQ(L"Caption", box.caption);
-  EXPECT_EQ(4u, box.type);
-  desktop::reset();
-}
-
-#endif
 
 } // namespace

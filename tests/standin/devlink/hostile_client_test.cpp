@@ -53,6 +53,7 @@ INSTANTIATE_TEST_SUITE_P(
         Said{"shortQuestion", hello() + frame(Kind::askInfo, 1)},
         Said{"longMode", hello() + mode("AutoCAD", std::string(401, 'm'))},
         Said{"modeWithEscape", hello() + mode("AutoCAD", "\x1B[2J")},
+        Said{"modeWithDelete", hello() + mode("AutoCAD", "a\x7F")},
         Said{"modeWithoutName", hello() + frame(Kind::setMode, 1)}),
     nameOf);
 
