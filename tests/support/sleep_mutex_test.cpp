@@ -1,7 +1,6 @@
 #include "mutex.h"
 
 #include <atomic>
-#include <chrono>
 #include <iostream>
 #include <memory>
 #include <thread>
