@@ -243,43 +243,35 @@ TEST_F(DaemonLink, DaemonIsToldEachNewModeUntilItKnows) {
     Lines modes; // announced with success
   };
   const auto nothing = [] {};
+  const auto setModes = [this](const Lines& names) { return [=] { proxy().mModes.publish(Lines(names)); }; };
+  const auto setMode = [this](int mode) { return [=] { proxy().mViewMode = mode; }; };
   const auto refuse = [](int times) { return [times] { devlink_twin::fail("ovSetApplMode", times); }; };
   const auto connect = [this] { ASSERT_TRUE(link().connect()); };
-  const auto setMode = [this](int mode) { return [this, mode] { proxy().mViewMode = mode; }; };
+  const auto connectAndRefuse = [&] {
+    connect();
+    devlink_twin::fail("ovSetApplMode", 1);
+  };
+  const auto setModeAndRefuse = [this] {
+    proxy().mViewMode = 1;
+    devlink_twin::fail("ovSetApplMode", 2);
+  };
   const Case cases[] = {
-      {[this] {
-         proxy().mModes.publish({"Start", "Layout", "Model"});
-       },
-       -1,
-       1,
-       {"Start"}}, // a motion event serves
+      {setModes({"Start", "Layout", "Model"}), -1, 1, {"Start"}}, // a motion event serves
       {nothing, -1, 0, {}},
       {setMode(2), 0x20003, 1, {"Model"}}, // one that says nothing else, too
       {nothing, kAnnounceModeEvent, 1, {"Model"}},
       {connect, -1, 1, {"Model"}}, // perhaps to a new daemon
       {nothing, -1, 0, {}},
       // What failed is repeated, also what the daemon has asked for.
-      {[&] {
-         refuse(2)();
-         setMode(1)();
-       },
-       -1,
-       1,
-       {}},
+      {setModeAndRefuse, -1, 1, {}},
       {nothing, -1, 1, {}},
       {nothing, -1, 1, {"Layout"}},
       {refuse(1), kAnnounceModeEvent, 1, {}},
       {nothing, -1, 1, {"Layout"}},
       // Behind a new connection it is tried once, if the name is the one told before.
-      {[&] {
-         connect();
-         refuse(1)();
-       },
-       -1,
-       1,
-       {}},
+      {connectAndRefuse, -1, 1, {}},
       {nothing, -1, 0, {}},
-      {[this] { proxy().mModes.publish({"Start"}); }, -1, 1, {"Unknown"}},
+      {setModes({"Start"}), -1, 1, {"Unknown"}},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(testing::Message() << "case " << &c - cases);
