@@ -40,8 +40,8 @@ TEST_F(DxfFiles, ModelsAreWhole) {
     int entities;
     std::size_t strokes; // at least
   };
-  for (const Case& c :
-       {Case{"PinkEggFromLW.dxf", 288, 288}, Case{"wuson.dxf", 1, 6767}, Case{"lineTest.dxf", 3, 3}}) {
+  for (const Case& c : {Case{"PinkEggFromLW.dxf", 288, 288}, Case{"wuson.dxf", 1, 6767},
+                        Case{"lineTest.dxf", 3, 3}, Case{"issue_2229.dxf", 4, 1001}}) {
     host::reset();
     const dxf::Result result = dxf::load(kModels + c.name);
     EXPECT_EQ(result.error, "");
