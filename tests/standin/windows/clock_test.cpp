@@ -47,6 +47,11 @@ TEST_F(Clock, ReleasedClockGoesOnFromWhereItStood) {
 }
 
 TEST_F(Clock, WatchedSleepsPassAtOnceMoveTheClockAndAreReported) {
+  calls::startRecording();
+  Sleep(0);
+  desktop::watchThisThread();
+  Sleep(1);
+  EXPECT_THAT(calls::stopRecording(), ElementsAre("Sleep 1"));
   desktop::holdClock();
   desktop::setTickCount(0);
   calls::startRecording();
