@@ -3,6 +3,9 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+#include <fstream>
+
 namespace {
 
 class Process : public testing::Test {
@@ -58,4 +61,18 @@ TEST_F(Process, MessageBoxesAreKeptAndAnswered) {
   calls::failAt("MessageBoxW", 1);
   EXPECT_EQ(MessageBoxW(nullptr, L"", L"", 0), 0);
   EXPECT_EQ(desktop::messageBoxes().size(), 2u);
+}
+
+TEST_F(Process, FileAttributesTellFoldersFromFiles) {
+  namespace fs = std::filesystem;
+  const fs::path folder = fs::temp_directory_path() / "ov_process_test";
+  fs::create_directories(folder);
+  const std::string file = (folder / "file").string();
+  std::ofstream(file) << "x";
+  EXPECT_EQ(GetFileAttributesA(folder.c_str()), FILE_ATTRIBUTE_DIRECTORY);
+  EXPECT_EQ(GetFileAttributesA(file.c_str()), FILE_ATTRIBUTE_NORMAL);
+  fs::permissions(file, fs::perms::owner_read);
+  EXPECT_EQ(GetFileAttributesA(file.c_str()), FILE_ATTRIBUTE_READONLY);
+  fs::remove_all(folder);
+  EXPECT_EQ(GetFileAttributesA(file.c_str()), INVALID_FILE_ATTRIBUTES);
 }
