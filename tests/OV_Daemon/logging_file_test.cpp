@@ -38,29 +38,38 @@ TEST_F(LoggingFile, BeginsWithAHeaderAndAppends) {
   EXPECT_EQ("", out.take());
 }
 
-TEST_F(LoggingFile, TakesOverAllParametersAndForgetsAHexDump) {
+TEST_F(LoggingFile, AnotherFileTakesOverWithAllParametersAndTheConsoleGetsWhatTheFileGets) {
+  gLogging.init(mPars);
+  ASSERT_TRUE(record("one"));
   mPars.mSectionName = "OTHER";
-  mPars.mExclFileToLog = "file.cpp";
-  mPars.mIsWarning = false;
+  mPars.mLogFile = "other.txt";
+  mPars.mIsLogToCnsl = true;
   gLogging << LOG_HEX_DUMP;
+  rig::StreamCapture out(std::cout);
   gLogging.init(mPars);
   EXPECT_EQ(mPars.dump(2), gLogging.dump(2));
   EXPECT_FALSE(gLogging.mIsHexDump);
-}
-
-TEST_F(LoggingFile, AnotherFileTakesOverFromTheFirst) {
-  gLogging.init(mPars);
-  ASSERT_TRUE(record("one"));
-  mPars.mLogFile = "other.txt";
-  gLogging.init(mPars);
   ASSERT_TRUE(record("two"));
   EXPECT_EQ(Texts{"one"}, texts());
   EXPECT_EQ(Texts{"two"}, texts("other.txt"));
+  EXPECT_EQ(bytes("other.txt"), out.take());
   mPars.mIsLogToFile = false;
   gLogging.init(mPars);
   EXPECT_EQ(nullptr, gLogging.mFileStream);
-  ASSERT_TRUE(record("nowhere"));
+  EXPECT_EQ("", out.take()) << "no header without a file";
+  ASSERT_TRUE(record("console"));
+  EXPECT_EQ("console\n", textOf(out.take()));
   EXPECT_EQ(Texts{"two"}, texts("other.txt"));
+  // A file that can't be opened leaves the console, too.
+  mPars.mIsLogToFile = true;
+  mPars.mLogFile = mFolder.backslashed("no such folder\\log.txt");
+  gLogging.init(mPars);
+  const std::string report = out.take();
+  EXPECT_EQ("|ERR|", report.substr(12, 5));
+  EXPECT_EQ("Opening log file '" + mPars.mLogFile + "failed!\n", textOf(report));
+  EXPECT_FALSE(gLogging.mIsLogToFile);
+  ASSERT_TRUE(record("goes on"));
+  EXPECT_EQ("goes on\n", textOf(out.take()));
 }
 
 TEST_F(LoggingFile, WithoutANameItTakesOneAndWithAFolderItKeepsTheFolder) {
@@ -73,67 +82,6 @@ TEST_F(LoggingFile, WithoutANameItTakesOneAndWithAFolderItKeepsTheFolder) {
   gLogging.init(mPars);
   EXPECT_EQ(mPars.mLogFile, gLogging.mFilePath);
   EXPECT_EQ(headerOf(mPars.mLogFile), bytes("else where\\my.log"));
-}
-
-TEST_F(LoggingFile, OneThatCantBeOpenedLeavesTheConsole) {
-  mPars.mLogFile = mFolder.backslashed("no such folder\\log.txt");
-  mPars.mIsLogToCnsl = true;
-  rig::StreamCapture out(std::cout);
-  gLogging.init(mPars);
-  const std::string report = out.take();
-  EXPECT_EQ("|ERR|", report.substr(12, 5));
-  EXPECT_EQ("Opening log file '" + mPars.mLogFile + "failed!\n", textOf(report));
-  EXPECT_FALSE(gLogging.mIsLogToFile);
-  ASSERT_TRUE(record("goes on"));
-  EXPECT_EQ("goes on\n", textOf(out.take()));
-}
-
-TEST_F(LoggingFile, TheConsoleGetsTheHeaderWithTheFileAndNoneWithoutIt) {
-  mPars.mIsLogToCnsl = true;
-  rig::StreamCapture out(std::cout);
-  gLogging.init(mPars);
-  ASSERT_TRUE(record("x"));
-  EXPECT_EQ(bytes(), out.take());
-  mPars.mIsLogToFile = false;
-  gLogging.init(mPars);
-  EXPECT_EQ("", out.take());
-  ASSERT_TRUE(record("y"));
-  EXPECT_EQ("y\n", textOf(out.take()));
-}
-
-TEST_F(LoggingFile, OthersReadItWhileItIsWritten) {
-  gLogging.init(mPars);
-  std::ifstream reader(mFolder.native("log.txt"), std::ios::binary);
-  const std::string before(std::istreambuf_iterator<char>(reader), {});
-  EXPECT_EQ(headerOf("log.txt"), before);
-  ASSERT_TRUE(record("while it is read"));
-  reader.clear();
-  reader.seekg(static_cast<std::streamoff>(before.size()));
-  const std::string grown(std::istreambuf_iterator<char>(reader), {});
-  EXPECT_EQ("while it is read\n", textOf(grown));
-}
-
-TEST_F(LoggingFile, DumpsAllFields) {
-  LogPars pars;
-  pars.mSettingsDirPath = "c:\\folder";
-  pars.mMaxSize = -7;
-  pars.mExclFileToLog = "only.cpp";
-  EXPECT_EQ("      mSectionName: LOGGING\n"
-            "  mSettingsDirPath: c:\\folder\n"
-            "          mLogFile: autocad_addin_log.txt\n"
-            "          mMaxSize: -7\n"
-            "      mIsLogToFile: 1\n"
-            "      mIsLogToCnsl: 0\n"
-            "        mIsWarning: 0\n"
-            "       mIsCreation: 1\n"
-            "          mIsTrace: 0\n"
-            "         mIsDevCom: 0\n"
-            "         mIsIntCom: 0\n"
-            "           mIsInfo: 1\n"
-            "          mIsDebug: 0\n"
-            "            mIsTmp: 0\n"
-            "    mExclFileToLog: only.cpp",
-            pars.dump(2));
 }
 
 #ifndef _WIN32

@@ -35,17 +35,6 @@ TEST_F(LoggingRotation, ARecordThatFindsTheLimitReachedIsTheFirstOfTheNewFile) {
   EXPECT_EQ(Texts{"again"}, texts());
 }
 
-TEST_F(LoggingRotation, ALimitOfNothingRotatesAtEveryRecord) {
-  mPars.mMaxSize = 0;
-  gLogging.init(mPars);
-  ASSERT_TRUE(record("one"));
-  EXPECT_EQ(Texts{}, texts("log.bak"));
-  EXPECT_EQ(Texts{"one"}, texts());
-  ASSERT_TRUE(record("two"));
-  EXPECT_EQ(Texts{"one"}, texts("log.bak"));
-  EXPECT_EQ(Texts{"two"}, texts());
-}
-
 TEST_F(LoggingRotation, TheLimitIsFormedIn32Bits) {
   mPars.mMaxSize = 4294968; // times 1000 is 2^32 + 704
   gLogging.init(mPars);

@@ -142,56 +142,51 @@ TEST_F(DaemonLink, ConnectListsTheDevicesAndFetchesTheRotation) {
   EXPECT_FALSE(proxy().mKeepHorizon || proxy().mHoverMode || proxy().mZoomAllAfterView);
 }
 
-TEST_F(DaemonLink, ConnectGivesUpAtTheFirstFailure) {
+TEST_F(DaemonLink, ConnectGivesUpAtTheFirstFailureButForTheRotation) {
   struct Case {
     const char* function;
     int skip;
     Lines calls;
     Lines records;
+    bool isConnected;
   };
+  const std::string connecting = "ovConnect acad", info0 = "ovGetDevInfo 0", info1 = "ovGetDevInfo 1";
+  const std::string first = "INF devIdx: 0:Orvaner twin", second = "INF devIdx: 1:Orvaner twin";
   const Case cases[] = {
-      {"ovConnect", 0, {"ovConnect acad"}, {"ERR Error in ovConnect()!"}},
-      {"ovGetDevNum", 0, {"ovConnect acad"}, {"ERR Error in ovGetDevNum()!"}},
-      {"ovGetDevInfo", 0, {"ovConnect acad", "ovGetDevInfo 0"}, {"ERR Error in ovGetDevInfo()!"}},
-      {"ovGetDevInfo",
-       1,
-       {"ovConnect acad", "ovGetDevInfo 0", "ovGetDevInfo 1"},
-       {"INF devIdx: 0:Orvaner twin", "ERR Error in ovGetDevInfo()!"}},
+      {"ovConnect", 0, {connecting}, {"ERR Error in ovConnect()!"}, false},
+      {"ovGetDevNum", 0, {connecting}, {"ERR Error in ovGetDevNum()!"}, false},
+      {"ovGetDevInfo", 0, {connecting, info0}, {"ERR Error in ovGetDevInfo()!"}, false},
+      {"ovGetDevInfo", 1, {connecting, info0, info1}, {first, "ERR Error in ovGetDevInfo()!"}, false},
+      {"ovGetAdvancedSettings",
+       0,
+       {connecting, info0, info1, "ovGetAdvancedSettings 0"},
+       {first, second, "ERR Error in ovGetAdvancedSettings()!"},
+       true},
   };
   devlink_twin::setDeviceCount(2);
+  devlink_twin::setRotation(112, true);
   for (const Case& c : cases) {
     SCOPED_TRACE(testing::Message() << c.function << " " << c.skip);
     mMark = devlink_twin::calls().size();
     takeLinkRecords();
     proxy().setRotMode(113);
+    proxy().mZoomAllAfterView = true;
     devlink_twin::fail(c.function, 1, c.skip);
-    EXPECT_FALSE(link().connect());
-    EXPECT_FALSE(link().mIsConnected);
-    EXPECT_FALSE(link().mIsToSendMode);
+    EXPECT_EQ(link().connect(), c.isConnected);
+    EXPECT_EQ(link().mIsConnected, c.isConnected);
+    EXPECT_EQ(link().mIsToSendMode, c.isConnected);
     EXPECT_EQ(linkCalls(mMark), c.calls);
     Lines expected = c.records;
     expected.insert(expected.begin(), "TRC Checking connection ...");
     EXPECT_EQ(takeLinkRecords(), expected);
-    EXPECT_EQ(proxy().mRotMode, 3) << "not asked for";
+    EXPECT_EQ(proxy().mRotMode, c.isConnected ? 0 : 3) << "not asked for, or nothing answered";
+    EXPECT_EQ(proxy().mKeepHorizon && proxy().mHoverMode && proxy().mZoomAllAfterView, !c.isConnected);
     // The link stays open, so the next look finds it alive, without a connection being made.
     mMark = devlink_twin::calls().size();
     EXPECT_TRUE(link().checkConnection());
     EXPECT_TRUE(link().mIsConnected);
     EXPECT_EQ(linkCalls(mMark), Lines{});
   }
-}
-
-TEST_F(DaemonLink, ConnectionStandsWithoutRotationSettings) {
-  proxy().setRotMode(113);
-  proxy().mZoomAllAfterView = true;
-  devlink_twin::setRotation(113, true);
-  devlink_twin::fail("ovGetAdvancedSettings");
-  EXPECT_TRUE(link().connect());
-  EXPECT_EQ(takeLinkRecords(), (Lines{"TRC Checking connection ...", "INF devIdx: 0:Orvaner twin",
-                                      "ERR Error in ovGetAdvancedSettings()!"}));
-  EXPECT_EQ(proxy().mRotMode, 0);
-  EXPECT_FALSE(proxy().mKeepHorizon || proxy().mHoverMode || proxy().mZoomAllAfterView);
-  EXPECT_TRUE(link().mIsConnected && link().mIsToSendMode);
 }
 
 TEST_F(DaemonLink, LookAtADeadLinkClosesIt) {
@@ -239,69 +234,55 @@ TEST_F(DaemonLink, EachEventCodeHasItsOneEffect) {
   }
 }
 
-TEST_F(DaemonLink, NewerEventTakesTheSlotOver) {
-  event(kViewFrontEvent);
-  event(kViewTopEvent);
-  EXPECT_EQ(plugin().mPendingSpecial, kViewTopEvent);
-  event(APPL_FUNC_START + 4);
-  event(APPL_FUNC_START);
-  EXPECT_EQ(plugin().mPendingKey, 0);
-  EXPECT_EQ(plugin().mPendingSpecial, kViewTopEvent) << "a slot of its own";
-  event(-1, {1, 2, 3, 4, 5, 6});
-  event(-1, {0, 0, 7, 0, 0, 0});
-  EXPECT_EQ(sample(), (std::array<int, 6>{0, 0, 7, 0, 0, 0}));
-}
-
-TEST_F(DaemonLink, DaemonIsToldEachNewMode) {
+TEST_F(DaemonLink, DaemonIsToldEachNewModeUntilItKnows) {
   EXPECT_EQ(devlink_twin::modes().back(), "Unknown") << "there is no menu file yet";
-  const auto modesAfter = [this](std::int32_t code) {
-    event(code);
-    return takeModes();
+  struct Case {
+    std::function<void()> before;
+    std::int32_t event;
+    int tries;
+    Lines modes; // announced with success
   };
-  proxy().mModes.publish({"Start", "Layout", "Model"});
-  EXPECT_EQ(modesAfter(-1), Lines{"Start"}) << "with a motion event too";
-  EXPECT_EQ(modesAfter(-1), Lines{});
-  proxy().mViewMode = 2;
-  EXPECT_EQ(modesAfter(0x20003), Lines{"Model"}) << "with an event that says nothing else";
-  proxy().mViewMode = 1;
-  proxy().mViewMode = 2;
-  EXPECT_EQ(modesAfter(-1), Lines{}) << "it's the name that counts";
-  EXPECT_EQ(modesAfter(kAnnounceModeEvent), Lines{"Model"});
-  EXPECT_EQ(modesAfter(-1), Lines{});
-  ASSERT_TRUE(link().connect());
-  EXPECT_EQ(modesAfter(-1), Lines{"Model"}) << "a new connection, perhaps to a new daemon";
-  EXPECT_FALSE(link().mIsToSendMode);
-  proxy().mModes.publish({"Start", "Layout"});
-  EXPECT_EQ(modesAfter(-1), Lines{"Unknown"});
-  const Lines calls = devlink_twin::calls();
-  EXPECT_EQ(calls.back(), "ovSetApplMode AutoCAD Unknown");
-}
-
-TEST_F(DaemonLink, FailedAnnouncementIsRepeatedUntilTheDaemonKnows) {
-  proxy().mModes.publish({"Start", "Layout", "Model"});
-  const auto triesWith = [this](std::int32_t code) {
-    const int before = announcements();
-    event(code);
-    return announcements() - before;
+  const auto nothing = [] {};
+  const auto setModes = [this](const Lines& names) { return [=] { proxy().mModes.publish(Lines(names)); }; };
+  const auto setMode = [this](int mode) { return [=] { proxy().mViewMode = mode; }; };
+  const auto refuse = [](int times) { return [times] { devlink_twin::fail("ovSetApplMode", times); }; };
+  const auto connect = [this] { ASSERT_TRUE(link().connect()); };
+  const auto connectAndRefuse = [&] {
+    connect();
+    devlink_twin::fail("ovSetApplMode", 1);
   };
-  devlink_twin::fail("ovSetApplMode", 2);
-  EXPECT_EQ(triesWith(-1), 1);
-  EXPECT_EQ(triesWith(-1), 1);
-  EXPECT_EQ(takeModes(), Lines{});
-  EXPECT_EQ(triesWith(-1), 1);
-  EXPECT_EQ(takeModes(), Lines{"Start"});
-  EXPECT_EQ(triesWith(-1), 0);
-  // Asked for by the daemon: its answer is owed until it has been given.
-  devlink_twin::fail("ovSetApplMode", 1);
-  EXPECT_EQ(triesWith(kAnnounceModeEvent), 1);
-  EXPECT_EQ(triesWith(-1), 1);
-  EXPECT_EQ(triesWith(-1), 0);
-  // Behind a new connection it is tried once, if the name is the one told before.
-  ASSERT_TRUE(link().connect());
-  devlink_twin::fail("ovSetApplMode", 1);
-  EXPECT_EQ(triesWith(-1), 1);
+  const auto setModeAndRefuse = [this] {
+    proxy().mViewMode = 1;
+    devlink_twin::fail("ovSetApplMode", 2);
+  };
+  const Case cases[] = {
+      {setModes({"Start", "Layout", "Model"}), -1, 1, {"Start"}}, // a motion event serves
+      {nothing, -1, 0, {}},
+      {setMode(2), 0x20003, 1, {"Model"}}, // one that says nothing else, too
+      {nothing, kAnnounceModeEvent, 1, {"Model"}},
+      {connect, -1, 1, {"Model"}}, // perhaps to a new daemon
+      {nothing, -1, 0, {}},
+      // What failed is repeated, also what the daemon has asked for.
+      {setModeAndRefuse, -1, 1, {}},
+      {nothing, -1, 1, {}},
+      {nothing, -1, 1, {"Layout"}},
+      {refuse(1), kAnnounceModeEvent, 1, {}},
+      {nothing, -1, 1, {"Layout"}},
+      // Behind a new connection it is tried once, if the name is the one told before.
+      {connectAndRefuse, -1, 1, {}},
+      {nothing, -1, 0, {}},
+      {setModes({"Start"}), -1, 1, {"Unknown"}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << "case " << &c - cases);
+    c.before();
+    const int tries = announcements();
+    event(c.event);
+    EXPECT_EQ(announcements() - tries, c.tries);
+    EXPECT_EQ(takeModes(), c.modes);
+  }
   EXPECT_FALSE(link().mIsToSendMode);
-  EXPECT_EQ(triesWith(-1), 0);
+  EXPECT_EQ(devlink_twin::calls().back(), "ovSetApplMode AutoCAD Unknown");
 }
 
 TEST_F(DaemonLink, FetchThatFailsStillLetsTheModeThrough) {
@@ -414,30 +395,6 @@ TEST_F(DaemonWatch, EngineComesUpAndGoesInOrder) {
     EXPECT_TRUE(sleep.milliseconds == 2000 || (sleep.isWatched && sleep.milliseconds == 200))
         << sleep.milliseconds;
 #endif
-}
-
-TEST_F(DaemonWatch, EngineIsWholeWithoutADaemon) {
-  stop();
-  devlink_twin::reset();
-  devlink_twin::setPresent(false);
-  const std::size_t mark = rig::logSize();
-  OvAutoCad engine;
-  DaemonProxy& link = *engine.mDaemonProxyP;
-  EXPECT_FALSE(link.mIsConnected);
-  EXPECT_EQ(gAutoCadProxyP, engine.mAutoCadProxyP.get());
-  ASSERT_TRUE(waitFor([&] { return link.mIsReading && engine.mIsConnWatchRunning; }));
-  const Lines main = recordsOfThread(mark, "AutoCadProxy constructed.");
-  ASSERT_GE(main.size(), 5u);
-  EXPECT_EQ((Lines{main.end() - 5, main.end()}),
-            (Lines{"CRT Constructing ...", "TRC Checking connection ...", "ERR Error in ovConnect()!",
-                   "CRT Constructed.", "CRT Constructed."}));
-  TimerProc(nullptr, 0, 0, 0); // a tick
-  EXPECT_EQ(engine.mAutoCadProxyP->mViewMode, 2);
-  devlink_twin::setPresent(true);
-  ASSERT_TRUE(waitFor([&] { return static_cast<bool>(link.mIsConnected); }));
-  devlink_twin::pushEvent(APPL_FUNC_START + 2);
-  ASSERT_TRUE(devlink_twin::waitUntilTaken());
-  EXPECT_EQ(engine.mPendingKey, 2);
 }
 
 } // namespace

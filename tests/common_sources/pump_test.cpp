@@ -75,48 +75,6 @@ TEST_F(Pump, DeflectionIsAnyOneAxisAboveTheThreshold) {
   EXPECT_FALSE(pass(50, 50, 50, 50, 50, 50)) << "it isn't the length of a vector";
 }
 
-TEST_F(Pump, ModeIsReadAnewInEachPass) {
-  struct Case {
-    short tilemode;
-    short cvport;
-    int mode;
-  };
-  for (const Case& c : {Case{0, 1, 1}, Case{0, 2, 2}, Case{0, 3, 2}, Case{1, 1, 2}, Case{1, 2, 2},
-                        Case{0, 1, 1}, Case{-1, 1, 2}}) {
-    host::setVariable("tilemode", c.tilemode);
-    host::setVariable("cvport", c.cvport);
-    EXPECT_EQ(proxy().retrieveMode(), c.mode) << c.tilemode << " " << c.cvport;
-    EXPECT_EQ(proxy().mViewMode, c.mode);
-  }
-  // With nothing to be had from the host the user is where he was.
-  for (const bool isLayout : {true, false}) {
-    host::setLayout(isLayout);
-    const std::int32_t mode = proxy().retrieveMode();
-    host::setLayout(!isLayout);
-    calls::failAt("acedGetVar", 1, 2);
-    EXPECT_EQ(proxy().retrieveMode(), mode);
-    calls::clear();
-  }
-}
-
-TEST_F(Pump, LeavingTheLayoutInTheMiddleOfAMovement) {
-  host::setLayout(true);
-  pass(1000, 0, 0);
-  EXPECT_EQ(host::layout().centre.x, -7.5);
-  EXPECT_EQ(host::held().locks, 1);
-  host::setLayout(false);
-  pass(1000, 0, 0);
-  EXPECT_EQ(host::layout().centre.x, -7.5);
-  EXPECT_EQ(rig::text(host::view().position), "-5.00000 0.00000 100.00000");
-  takeRecords();
-  release();
-  // The release is that of a 3D view, and gives back the layout's lock all the same.
-  EXPECT_EQ(takeRecords(), Lines{"TRC Cap released."});
-  EXPECT_EQ(host::held().locks, 0);
-  EXPECT_FALSE(proxy().mIsDocLocked);
-  EXPECT_EQ(host::viewCounts().storedViews, 1);
-}
-
 TEST_F(Pump, RotationCodesAreThreeDigits) {
   struct Case {
     std::int32_t code;
@@ -150,83 +108,71 @@ TEST_F(Pump, ModeNamesComeFromTheMenuFilesTable) {
   }
 }
 
+TEST_F(Pump, WithNothingToBeHadFromTheHostTheModeStays) {
+  for (const bool isLayout : {true, false}) {
+    host::setLayout(isLayout);
+    const std::int32_t mode = proxy().retrieveMode();
+    host::setLayout(!isLayout);
+    calls::failAt("acedGetVar", 1, 2);
+    EXPECT_EQ(proxy().retrieveMode(), mode);
+    calls::clear();
+  }
+}
+
 TEST_F(Pump, APassServesTheKeyThenTheViewKeyThenTheCap) {
-  proxy().mMenuEntries = {"A", "B"};
-  plugin().mPendingKey = 1;
-  plugin().mPendingSpecial = kViewTopEvent;
-  EXPECT_EQ(milestones([this] { proxy().doTransform(); }),
-            (Lines{"sendStringToExecute \"\\e\\e\" 1 0 1", "sendStringToExecute \"B\\n\" 1 0 1",
-                   "sendStringToExecute \"'_-VIEW _TOP \" 0 0 1", "acedGetVar tilemode"}));
-  EXPECT_EQ(plugin().mPendingKey, -1);
-  EXPECT_EQ(plugin().mPendingSpecial, 0);
-  // At rest: one pass, and nothing more to do in it.
-  EXPECT_EQ(milestones([this] { proxy().doTransform(); }), Lines{"acedGetVar tilemode"});
-  // Key 0 is a key, no slot's emptiness; negative ones are none.
-  plugin().mPendingKey = 0;
-  EXPECT_EQ(milestones([this] { proxy().handleDeviceKeys(); }).size(), 2u);
-  plugin().mPendingKey = -2;
-  plugin().mPendingSpecial = -5;
-  EXPECT_EQ(milestones([this] { proxy().handleDeviceKeys(); }), Lines{});
+  const Lines key = {"sendStringToExecute \"\\e\\e\" 1 0 1", "sendStringToExecute \"A\\n\" 1 0 1"};
+  const std::string view = "sendStringToExecute \"'_-VIEW _TOP \" 0 0 1", mode = "acedGetVar tilemode";
+  struct Case {
+    int key, special;
+    std::uint32_t timeBox;
+    bool isHostsOwn; // the host's own interface serves the cap
+    Lines expected;
+  };
+  const Case cases[] = {
+      {0, kViewTopEvent, 500, false, {key[0], key[1], view, mode}},
+      {-1, 0, 500, false, {mode}}, // at rest one pass, and nothing more to do in it
+      {-2, -5, 500, false, {mode}},
+      {0, kViewTopEvent, 0, false, {}}, // no time, no pass
+      {0, kViewTopEvent, kEndless, true, {key[0], key[1], view}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << "case " << &c - cases);
+    proxy().mMenuEntries = {"A"};
+    plugin().mPendingKey = c.key;
+    plugin().mPendingSpecial = c.special;
+    proxy().mMaxContMoveTime = c.timeBox;
+    proxy().mUseInt3dIntrfce = c.isHostsOwn;
+    setSample(c.isHostsOwn || c.timeBox == 0 ? 1000 : 0, 0, 0);
+    EXPECT_EQ(milestones([this] { proxy().doTransform(); }), c.expected);
+    EXPECT_EQ(plugin().mPendingKey, c.timeBox != 0 && c.key == 0 ? -1 : c.key);
+    EXPECT_EQ(plugin().mPendingSpecial, c.timeBox != 0 && c.special > 0 ? 0 : c.special);
+    EXPECT_FALSE(proxy().mCapIsMoving);
+  }
 }
 
-TEST_F(Pump, KeysAreServedInTheMiddleOfAMovement) {
+TEST_F(Pump, KeysAndNewSamplesAreServedInTheMiddleOfAMovement) {
   proxy().mMenuEntries = {"A"};
-  proxy().mMaxContMoveTime = kEndless;
-  int frames = 0;
-  host::setFrameSink([&](const host::Frame&) {
-    ++frames;
-    if (frames == 1)
-      plugin().mPendingKey = 0;
-    if (frames == 2)
-      setSample(0, 0, 0);
-  });
-  setSample(100, 0, 0);
-  EXPECT_EQ(
-      milestones([this] { proxy().doTransform(); }),
-      (Lines{"acedGetVar tilemode", "update", "sendStringToExecute \"\\e\\e\" 1 0 1",
-             "sendStringToExecute \"A\\n\" 1 0 1", "acedGetVar tilemode", "update", "acedGetVar tilemode"}));
-  EXPECT_EQ(plugin().mPendingKey, -1);
-}
-
-TEST_F(Pump, SampleIsALevelThatActsUntilAnotherOneComes) {
   proxy().mMaxContMoveTime = kEndless;
   std::vector<double> places;
   host::setFrameSink([&](const host::Frame& frame) {
     places.push_back(frame.view.position.x);
+    if (places.size() == 2)
+      plugin().mPendingKey = 0;
     if (places.size() == 3)
       setSample(-2000, 0, 0);
     if (places.size() == 5)
       setSample(0, 0, 0);
   });
-  setSample(1000, 0, 0);
-  proxy().doTransform();
+  setSample(1000, 0, 0); // a level, which acts until another one comes
+  const Lines seen = milestones([this] { proxy().doTransform(); });
   EXPECT_EQ(places, (std::vector<double>{-5, -10, -15, -5, 5}));
+  EXPECT_EQ((Lines{seen.begin() + 3, seen.begin() + 7}),
+            (Lines{"update", "sendStringToExecute \"\\e\\e\" 1 0 1", "sendStringToExecute \"A\\n\" 1 0 1",
+                   "acedGetVar tilemode"}));
   const Lines records = takeRecords();
   EXPECT_EQ(std::count(records.begin(), records.end(), "INF Cap moving."), 1);
   EXPECT_EQ(records.back(), "TRC Cap released.");
   EXPECT_FALSE(proxy().mCapIsMoving);
-}
-
-TEST_F(Pump, NoTimeNoPass) {
-  proxy().mMaxContMoveTime = 0;
-  proxy().mMenuEntries = {"A"};
-  plugin().mPendingKey = 0;
-  setSample(1000, 0, 0);
-  EXPECT_EQ(milestones([this] { proxy().doTransform(); }), Lines{});
-  EXPECT_EQ(plugin().mPendingKey, 0);
-}
-
-TEST_F(Pump, WithTheHostsOwnInterfaceOnlyKeysWork) {
-  proxy().mUseInt3dIntrfce = true;
-  proxy().mMenuEntries = {"A"};
-  proxy().mMaxContMoveTime = kEndless;
-  plugin().mPendingKey = 0;
-  plugin().mPendingSpecial = kViewTopEvent;
-  setSample(1000, 0, 0);
-  EXPECT_EQ(milestones([this] { proxy().doTransform(); }).size(), 3u) << "one pass";
-  EXPECT_EQ(host::viewCounts().setViews, 0);
-  EXPECT_FALSE(proxy().mCapIsMoving);
-  EXPECT_EQ(proxy().mViewMode, 0);
 }
 
 TEST_F(Pump, KeyWhoseActionThrowsIsTriedAgain) {
@@ -259,7 +205,7 @@ TEST_F(Pump, PassThatThrowsDoesNotEndTheTick) {
   EXPECT_EQ(takeRecords(), (Lines{"ERR Error doTransform()", "ERR Error doTransform()"}));
 }
 
-TEST_F(Pump, TickWithoutAnEngineDoesNothing) {
+TEST_F(Pump, TickNeedsAnEngineAndNoArguments) {
   AutoCadProxy* const engineP = gAutoCadProxyP;
   ASSERT_EQ(engineP, &proxy());
   gAutoCadProxyP = nullptr;
@@ -267,9 +213,6 @@ TEST_F(Pump, TickWithoutAnEngineDoesNothing) {
   TimerProc(nullptr, 0, 0, 0);
   gAutoCadProxyP = engineP;
   EXPECT_EQ(calls::stopRecording(), Lines{});
-}
-
-TEST_F(Pump, TickWorksWhateverItsArguments) {
   plugin().mPendingSpecial = kZoomAllEvent;
   TimerProc(nullptr, 77, 12345, 0xFFFFFFFF);
   EXPECT_EQ(plugin().mPendingSpecial, 0);
@@ -334,12 +277,9 @@ TEST_F(Pump, TicksAreFastWhileTheCapMoves) {
 
 TEST_F(Pump, TickArmsNoTimerOnceThePumpIsToStop) {
   proxy().mIsPumpRunning = false;
-  calls::startRecording();
-  TimerProc(nullptr, 0, 0, 0);
-  const Lines tick = calls::stopRecording();
+  EXPECT_EQ(milestones([] { TimerProc(nullptr, 0, 0, 0); }), Lines{"acedGetVar tilemode"})
+      << "still worked off";
   proxy().mIsPumpRunning = true;
-  EXPECT_EQ(tick.front().substr(0, 9), "KillTimer");
-  EXPECT_EQ(std::count(tick.begin(), tick.end(), "acedGetVar tilemode"), 1) << "the tick is still worked off";
   EXPECT_TRUE(desktop::activeTimers().empty());
 }
 

@@ -1,5 +1,6 @@
 #include "engine_rig.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <iomanip>
@@ -42,39 +43,37 @@ void useOwnHome() {
 }
 
 std::string settingsText(const std::vector<std::pair<std::string, std::string>>& changes) {
-  std::vector<std::pair<std::string, std::string>> values = {{"name", "AutoCAD Plug-in"},
-                                                             {"version", "2.9.0"},
-                                                             {"transSensBase", "20000"},
-                                                             {"rotSensBase", "10000"},
-                                                             {"minThreshold", "0"},
-                                                             {"maxContMoveTime", "500"},
-                                                             {"toggleRotationCenter", "on"},
-                                                             {"toggleRotationAxis", "off"},
-                                                             {"scrollTreeAndList", "on"},
-                                                             {"useInt3dIntrfce", "off"},
-                                                             {"logFile", "autocad_addin_log.txt"},
-                                                             {"maxSize", "50000"},
-                                                             {"logToFile", "on"},
-                                                             {"logToCnsl", "off"},
-                                                             {"warning", "on"},
-                                                             {"creation", "on"},
-                                                             {"trace", "on"},
-                                                             {"devcom", "on"},
-                                                             {"intcom", "on"},
-                                                             {"info", "on"},
-                                                             {"debug", "on"},
-                                                             {"tmp", "on"},
-                                                             {"fileToLog", ""}};
+  static const std::pair<const char*, const char*> kValues[] = {{"name", "AutoCAD Plug-in"},
+                                                                {"version", "2.9.0"},
+                                                                {"transSensBase", "20000"},
+                                                                {"rotSensBase", "10000"},
+                                                                {"minThreshold", "0"},
+                                                                {"maxContMoveTime", "500"},
+                                                                {"toggleRotationCenter", "on"},
+                                                                {"toggleRotationAxis", "off"},
+                                                                {"scrollTreeAndList", "on"},
+                                                                {"useInt3dIntrfce", "off"},
+                                                                {"logFile", "autocad_addin_log.txt"},
+                                                                {"maxSize", "50000"},
+                                                                {"logToFile", "on"},
+                                                                {"logToCnsl", "off"},
+                                                                {"warning", "on"},
+                                                                {"creation", "on"},
+                                                                {"trace", "on"},
+                                                                {"devcom", "on"},
+                                                                {"intcom", "on"},
+                                                                {"info", "on"},
+                                                                {"debug", "on"},
+                                                                {"tmp", "on"},
+                                                                {"fileToLog", ""}};
   std::string text = "[PROGRAM]\n";
-  for (const auto& value : values) {
-    std::string changed = value.second;
-    for (const auto& change : changes) {
-      if (change.first == value.first)
-        changed = change.second;
-    }
-    if (value.first == "logFile")
+  for (const auto& [key, value] : kValues) {
+    const std::string name = key;
+    const auto change = std::find_if(changes.begin(), changes.end(),
+                                     [&name](const auto& candidate) { return candidate.first == name; });
+    if (name == "logFile")
       text += "\n[LOGGING]\n";
-    text += "\t" + value.first + " = " + changed + "\n";
+    text += "\t" + name + " = " + (change == changes.end() ? value : change->second) + "\n";
   }
   return text;
 }

@@ -75,19 +75,14 @@ TEST_F(CnfgRead, ALineWithoutANameEndsTheSectionAndIsConsumed) {
   }
 }
 
-TEST_F(CnfgRead, CommentsInTheFirstColumnAreNoLinesOfTheSection) {
-  open("# head\n[S]\n# one\n#two = 2\na = 1\n\r\r\n#\nb = 2\n# last, without a line feed");
-  ASSERT_EQ(Cnfg::kOk, mCnfg.selectSection("S"));
-  EXPECT_EQ((std::vector<Parameter>{{"a", "1"}, {"b", "2"}}), rest());
-}
-
 TEST_F(CnfgRead, NamesCompareExactlyAndTheFirstOneWins) {
-  open("[s]\na = lower\n[S]\nA = upper\na = 1\na = 2\nab = 3\n[S]\nlate = 4\n");
+  open("[s]\na = lower\n[S]\nA = upper\n# one\n#a = 0\na = 1\n\r\r\na = 2\nab = 3\n[S]\nlate = 4\n# last");
   std::string value;
   EXPECT_EQ(Cnfg::kOk, mCnfg.readParameter("a", value, "S", true));
   EXPECT_EQ("1", value);
-  EXPECT_EQ(Cnfg::kOk, mCnfg.readParameter("ab", value, "S", true));
+  EXPECT_EQ(Cnfg::kOk, mCnfg.readParameter("ab", value, "", true)) << "from the read position on";
   EXPECT_EQ("3", value);
+  EXPECT_EQ(Cnfg::kNoParameter, mCnfg.readParameter("a", value, "", true));
   EXPECT_EQ(Cnfg::kNoParameter, mCnfg.readParameter("late", value, "S", true));
   ASSERT_EQ(Cnfg::kOk, mCnfg.selectSection("S"));
   EXPECT_EQ((std::vector<Parameter>{{"A", "upper"}, {"a", "1"}, {"a", "2"}, {"ab", "3"}}), rest());
@@ -139,16 +134,6 @@ TEST_F(CnfgRead, AtTheFilesEndTheTextsStayAsTheyWere) {
   EXPECT_EQ(Cnfg::kOk, mCnfg.readParameter("a", value, "S", true));
 }
 
-TEST_F(CnfgRead, WithoutASectionTheSearchGoesOnFromTheReadPosition) {
-  open("[S]\na = 1\nb = 2\nc = 3\n");
-  std::string value;
-  ASSERT_EQ(Cnfg::kOk, mCnfg.readParameter("b", value, "S", true));
-  EXPECT_EQ(Cnfg::kOk, mCnfg.readParameter("c", value, "", true));
-  EXPECT_EQ("3", value);
-  ASSERT_EQ(Cnfg::kOk, mCnfg.readParameter("b", value, "S", true));
-  EXPECT_EQ(Cnfg::kNoParameter, mCnfg.readParameter("a", value, "", true));
-}
-
 TEST_F(CnfgRead, GivesParametersByTheirPlace) {
   open("[R]\nz = 0\n[S]\na = 1\n# no place of its own\nb = 2\n\nc = 3\n");
   std::string name, value;
@@ -178,35 +163,15 @@ TEST_F(CnfgRead, EachResultHasATextThatNamesWhatWasSearchedFor) {
   EXPECT_EQ("OK", mCnfg.errorText());
   EXPECT_EQ(Cnfg::kNoMoreParameters, mCnfg.readNextParameter(name, value, true));
   EXPECT_EQ("No further parameter in section 'S'!", mCnfg.errorText());
+  mFolder.makeFolder("folder.ini");
+  for (const char* const file : {"missing.ini", "folder.ini"}) {
+    EXPECT_EQ(Cnfg::kNoFile, mCnfg.open(mFolder.backslashed(file)));
+    EXPECT_EQ("File '" + mFolder.backslashed(file) + "' not found!", mCnfg.errorText());
+  }
+  open("[S]\na = 1\n"); // one that failed can be opened on another file
+  EXPECT_EQ(Cnfg::kOk, mCnfg.readParameter("a", value, "S", true));
   mCnfg.mError = 5;
   EXPECT_EQ("Unknown error in class Cnfg!", mCnfg.errorText());
-}
-
-TEST_F(CnfgRead, AMissingFileAndAFolderCantBeOpened) {
-  mFolder.makeFolder("folder.ini");
-  for (const char* const name : {"missing.ini", "folder.ini"}) {
-    const std::string path = mFolder.backslashed(name);
-    int status = -1;
-    const Cnfg cnfg(path, status);
-    EXPECT_EQ(Cnfg::kNoFile, status);
-    EXPECT_EQ("File '" + path + "' not found!", cnfg.errorText());
-  }
-  // One that failed can be opened on another file.
-  EXPECT_EQ(Cnfg::kNoFile, mCnfg.open(mFolder.backslashed("missing.ini")));
-  open("[S]\na = 1\n");
-  std::string value;
-  EXPECT_EQ(Cnfg::kOk, mCnfg.readParameter("a", value, "S", true));
-}
-
-TEST_F(CnfgRead, ReadsAFileThatIsBeingWritten) {
-  std::ofstream writer(mFolder.native("some file.ini"), std::ios::binary);
-  writer << "[S]\na = 1\n" << std::flush;
-  std::string value;
-  EXPECT_EQ(Cnfg::kOk, mCnfg.open(mFolder.backslashed("some file.ini")));
-  EXPECT_EQ(Cnfg::kNoParameter, mCnfg.readParameter("b", value, "S", true));
-  writer << "b = 2\n" << std::flush;
-  EXPECT_EQ(Cnfg::kOk, mCnfg.readParameter("b", value, "S", true));
-  EXPECT_EQ("2", value);
 }
 
 } // namespace

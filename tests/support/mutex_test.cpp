@@ -1,10 +1,8 @@
 #include "mutex.h"
 
-#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <iostream>
-#include <memory>
 #include <thread>
 #include <vector>
 
@@ -59,81 +57,39 @@ TEST(MutexTest, KeepsThreadsApartAcrossFunctions) {
   EXPECT_EQ(kThreads * kRounds, rounds);
 }
 
-TEST(MutexTest, TheSecondThreadWaitsForTheFirst) {
-  Mutex mutex("Name");
-  std::atomic<bool> isStarted{false};
-  std::atomic<bool> isThrough{false};
-  take(mutex);
-  std::thread second([&] {
-    isStarted = true;
-    take(mutex);
-    isThrough = true;
-    giveBack(mutex);
-  });
-  while (!isStarted)
-    std::this_thread::yield();
-  std::this_thread::sleep_for(std::chrono::milliseconds(20)); // room for a lock that doesn't hold
-  EXPECT_FALSE(isThrough);
-  giveBack(mutex);
-  second.join();
-  EXPECT_TRUE(isThrough);
-}
-
-TEST(MutexTest, AWaitThatASignalEndsGoesOn) {
-  Mutex mutex("Name");
+TEST(MutexTest, EachFailureIsReportedAndAWaitThatASignalEndsGoesOn) {
   rig::StreamCapture out(std::cout);
-  semaphore_faults::order(semaphore_faults::Wait, EINTR, 2);
-  EXPECT_EQ(0, mutex.lock());
-  EXPECT_EQ("", out.take());
-  EXPECT_EQ(0, mutex.unlock());
-}
-
-TEST(MutexTest, AFailedLockIsReportedAndNotHeld) {
+  rig::StreamCapture err(std::cerr);
+  semaphore_faults::order(semaphore_faults::Init, ENOSYS, 1);
+  semaphore_faults::order(semaphore_faults::Destroy, EBUSY, 1);
+  {
+    Mutex mutex("Name");
+    EXPECT_EQ("Mutex::Mutex(): **** Error initializing semaphore by thread " + threadText() + "! **** " +
+                  errorTail(ENOSYS),
+              out.take());
+  }
+  EXPECT_EQ("Mutex::~Mutex(): Semaphore '" + ownName() + "' (OS X ID not available) of thread " +
+                threadText() + " could not be destroyed!" + errorTail(EBUSY),
+            out.take());
   Mutex mutex("Name");
-  rig::StreamCapture out(std::cout);
   semaphore_faults::order(semaphore_faults::Wait, EINVAL, 1);
   EXPECT_EQ(-1, mutex.lock());
   EXPECT_EQ("Mutex::lock(): **** Error locking semaphore '" + ownName() + "' by thread " + threadText() +
                 "! **** " + errorTail(EINVAL),
             out.take());
+  semaphore_faults::order(semaphore_faults::Wait, EINTR, 2);
   EXPECT_EQ(0, mutex.lock()); // it was free all the time
-  EXPECT_EQ(0, mutex.unlock());
-  EXPECT_EQ("", out.take());
-}
-
-TEST(MutexTest, AFailedUnlockGoesToTheErrorStream) {
-  Mutex mutex("Name");
-  rig::StreamCapture out(std::cout);
-  rig::StreamCapture err(std::cerr);
-  take(mutex);
   semaphore_faults::order(semaphore_faults::Post, EOVERFLOW, 1);
   EXPECT_EQ(-1, mutex.unlock());
   EXPECT_EQ("Mutex::unlock(): **** Error unlocking semaphore '" + ownName() + "' by thread " + threadText() +
                 "'! **** " + errorTail(EOVERFLOW),
             err.take());
+  EXPECT_EQ(0, mutex.unlock());
   EXPECT_EQ("", out.take());
-  giveBack(mutex);
-}
-
-TEST(MutexTest, FailuresOfItsBirthAndDeathAreReported) {
-  rig::StreamCapture out(std::cout);
-  semaphore_faults::order(semaphore_faults::Init, ENOSYS, 1);
-  semaphore_faults::order(semaphore_faults::Destroy, EBUSY, 1);
-  auto mutexP = std::make_unique<Mutex>("Name");
-  EXPECT_EQ("Mutex::Mutex(): **** Error initializing semaphore by thread " + threadText() + "! **** " +
-                errorTail(ENOSYS),
-            out.take());
-  mutexP.reset();
-  EXPECT_EQ("Mutex::~Mutex(): Semaphore '" + ownName() + "' (OS X ID not available) of thread " +
-                threadText() + " could not be destroyed!" + errorTail(EBUSY),
-            out.take());
-}
-
-TEST(MutexTest, ANameAtTheLimitHasNoTerminatorAndIsCut) {
-  rig::StreamCapture out(std::cout);
-  Mutex mutex("0123456789abcdefghijklmnopqrstuvwxyz");
+  // A name at the limit has no terminator, and is cut.
+  Mutex longName("0123456789abcdefghijklmnopqrstuvwxyz");
   semaphore_faults::order(semaphore_faults::Wait, EINVAL, 1);
-  EXPECT_EQ(-1, mutex.lock());
+  EXPECT_EQ(-1, longName.lock());
   EXPECT_NE(std::string::npos, out.take().find("semaphore '0123456789abcdefghijklmnopqrstuv' by"));
 }
 

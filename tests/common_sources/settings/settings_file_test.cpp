@@ -61,21 +61,9 @@ TEST_F(SettingsFile, AMissingKeyIsReportedOnceByItsName) {
   const Texts all = records();
   ASSERT_EQ(14u, all.size());
   EXPECT_EQ("ERR Section 'LOGGING' not found!", all[0]);
-}
-
-TEST_F(SettingsFile, ABlankLineInASectionHidesTheKeysBehindIt) {
-  std::string text = textWith("transSensBase", "12345");
-  write(text.insert(text.find("\tminThreshold"), "\n"));
-  const Settings settings;
-  EXPECT_EQ(20000, settings.mTraSensBase);
-  EXPECT_EQ(defaultText(), read());
-}
-
-TEST_F(SettingsFile, AFileThatCantBeOpenedChangesNothingAndIsNoError) {
-  Settings settings;
+  // A file that isn't there changes nothing, and is no error.
   settings.mTraSensBase = 77;
   mHome.remove(kFile);
-  turnLogOn();
   EXPECT_EQ(-1, settings.readSettingsFile(path()));
   EXPECT_EQ(77, settings.mTraSensBase);
   EXPECT_EQ(Texts{}, records());
@@ -117,21 +105,6 @@ TEST_F(SettingsFile, LogsItsLife) {
   EXPECT_EQ((Texts{"TRC Writing new default settings file ...", "TRC Default settings file written.",
                    "CRT Destructed."}),
             records());
-}
-
-TEST_F(SettingsFile, ChangesOfARunAreInTheFileAfterIt) {
-  {
-    Settings settings;
-    settings.mToggleRotationCenter = false;
-    settings.mToggleRotationAxis = true;
-    EXPECT_EQ(defaultText(), read()) << "not before the end";
-  }
-  std::string expected = textWith("toggleRotationCenter", "off");
-  expected.replace(expected.find("= off", expected.find("toggleRotationAxis")), 5, "= on ");
-  EXPECT_EQ(expected, read());
-  const Settings next;
-  EXPECT_FALSE(next.mToggleRotationCenter);
-  EXPECT_TRUE(next.mToggleRotationAxis);
 }
 
 TEST_F(SettingsFile, ValuesOfAHandEditedFileSurviveAndItsLayoutDoesnt) {
@@ -186,24 +159,6 @@ TEST_F(SettingsFile, AValueAsLongAsItsColumnsLeavesNoBlankAndIsReadBack) {
   const Settings settings;
   EXPECT_EQ(name, settings.mName);
   EXPECT_EQ(logFile, settings.mLogPars.mLogFile);
-}
-
-TEST_F(SettingsFile, ItsOwnReadersLogWhatIsMissing) {
-  Settings settings;
-  write("[S]\na =  1 \nb = 2\n");
-  int status = -1;
-  Cnfg cnfg(path(), status);
-  turnLogOn();
-  std::string key, value;
-  EXPECT_EQ(Cnfg::kOk, settings.readParameter(cnfg, "a", value, "S"));
-  EXPECT_EQ("1", value);
-  EXPECT_EQ(Cnfg::kOk, settings.readNextParameter(cnfg, key, value));
-  EXPECT_EQ("b", key);
-  EXPECT_EQ("2", value);
-  EXPECT_EQ(Texts{}, records());
-  EXPECT_EQ(Cnfg::kNoMoreParameters, settings.readNextParameter(cnfg, key, value));
-  EXPECT_EQ(Cnfg::kNoSection, settings.readParameter(cnfg, "a", value, "T"));
-  EXPECT_EQ((Texts{"ERR No further parameter in section 'S'!", "ERR Section 'T' not found!"}), records());
 }
 
 } // namespace

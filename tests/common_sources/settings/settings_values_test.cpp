@@ -5,12 +5,15 @@ namespace {
 class SettingsValues : public SettingsFixture {};
 
 TEST_F(SettingsValues, PathsLieBelowTheHomeFolder) {
+  write(defaultText());
   const Settings settings;
   const std::string home = mHome.backslashed();
   EXPECT_EQ(home, settings.mHomeDir);
   EXPECT_EQ(home + "\\Orvaner\\Applications", settings.mApplicationsDirPath);
   EXPECT_EQ(home + "\\Orvaner\\Applications\\autocad_addin.ini", settings.mSettingsFilePath);
-  EXPECT_EQ(home + "\\Orvaner", gLogging.mSettingsDirPath); // the log lies beside the folder, not in it
+  // The log lies beside the folder, not in it.
+  EXPECT_EQ(home + "\\Orvaner", gLogging.mSettingsDirPath);
+  EXPECT_EQ(home + "\\Orvaner", settings.mLogPars.mSettingsDirPath);
 }
 
 TEST_F(SettingsValues, NumbersAreReadAsFarAsTheyGo) {
@@ -139,39 +142,6 @@ TEST_F(SettingsValues, DefaultsReplaceEveryValueAndNoPath) {
   settings.setDefaults();
   EXPECT_EQ(defaults, settings.dump());
   EXPECT_EQ(filePath, settings.mSettingsFilePath);
-}
-
-TEST_F(SettingsValues, AnEmptyLogFileIsAValueThatTheLogReplaces) {
-  write(textWith("logFile", ""));
-  {
-    const Settings settings;
-    EXPECT_EQ("", settings.mLogPars.mLogFile);
-    EXPECT_EQ(20000, settings.mTraSensBase);
-    gLogging.init(settings.mLogPars);
-    EXPECT_TRUE(mHome.exists("Orvaner\\forgot_to_name_this_file_log.txt"));
-    LogPars off;
-    off.mIsLogToFile = off.mIsCreation = off.mIsInfo = false;
-    gLogging.init(off);
-  }
-  EXPECT_EQ(textWith("logFile", ""), read());
-}
-
-TEST_F(SettingsValues, NumbersStayPlainWhateverLocaleTheHostSets) {
-  class Dots : public std::numpunct<char> {
-    char do_thousands_sep() const override { return '.'; }
-    std::string do_grouping() const override { return "\3"; }
-  };
-  const std::locale before = std::locale::global(std::locale(std::locale::classic(), new Dots));
-  std::string dump;
-  {
-    const Settings settings;
-    dump = settings.dump();
-  }
-  const Settings settings;
-  std::locale::global(before);
-  EXPECT_EQ(defaultText(), read());
-  EXPECT_EQ(20000, settings.mTraSensBase);
-  EXPECT_NE(std::string::npos, dump.find("mTraSensBase: 20000\n")) << dump;
 }
 
 } // namespace

@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
-#include <functional>
 #include <random>
 
 #include "host.h"
@@ -56,20 +54,27 @@ std::vector<std::unique_ptr<AcDbEntity>> oneOfEachKind() {
 /// size.
 constexpr double kDrawnShortfall = 0.0014;
 
-TEST(Entities, ExtentsFitTheShapeHoweverItIsTurned) {
+TEST(Entities, PointsGoWithTheTurnAndExtentsFitTheShape) {
   std::mt19937 random(3);
   std::uniform_real_distribution<double> any(-3, 3);
   for (auto& entityP : oneOfEachKind()) {
     for (int i = 0; i < 40; ++i) {
+      const auto before = host::strokes(*entityP);
       const AcGeMatrix3d m = AcGeMatrix3d::translation({any(random), any(random), any(random)}) *
                              AcGeMatrix3d::rotation(any(random), {any(random), any(random), any(random)});
       ASSERT_EQ(entityP->transformBy(m), Acad::eOk);
       AcDbExtents box;
       ASSERT_EQ(entityP->getGeomExtents(box), Acad::eOk);
       AcDbExtents drawn;
-      for (const AcDbStroke& stroke : host::strokes(*entityP))
-        for (const AcGePoint3d& p : stroke)
-          drawn.addPoint(p);
+      const auto strokes = host::strokes(*entityP);
+      ASSERT_EQ(before.size(), strokes.size());
+      for (std::size_t k = 0; k < strokes.size(); ++k) {
+        ASSERT_EQ(before[k].size(), strokes[k].size());
+        for (std::size_t n = 0; n < strokes[k].size(); ++n) {
+          EXPECT_LT((m * before[k][n]).distanceTo(strokes[k][n]), 1e-9);
+          drawn.addPoint(strokes[k][n]);
+        }
+      }
       const double slack = 1e-9 + kDrawnShortfall * (box.maxPoint() - box.minPoint()).length();
       for (const auto axis : {&AcGePoint3d::x, &AcGePoint3d::y, &AcGePoint3d::z}) {
         EXPECT_LE(box.minPoint().*axis, drawn.minPoint().*axis + 1e-9);
@@ -77,22 +82,6 @@ TEST(Entities, ExtentsFitTheShapeHoweverItIsTurned) {
         EXPECT_NEAR(box.minPoint().*axis, drawn.minPoint().*axis, slack);
         EXPECT_NEAR(box.maxPoint().*axis, drawn.maxPoint().*axis, slack);
       }
-    }
-  }
-}
-
-TEST(Entities, ATransformMovesEveryPointOfTheShape) {
-  const AcGeMatrix3d m =
-      AcGeMatrix3d::rotation(0.7, {1, 1, 0}, {2, 3, 4}) * AcGeMatrix3d::translation({5, 6, 7});
-  for (auto& entityP : oneOfEachKind()) {
-    const auto before = host::strokes(*entityP);
-    ASSERT_EQ(entityP->transformBy(m), Acad::eOk);
-    const auto after = host::strokes(*entityP);
-    ASSERT_EQ(before.size(), after.size());
-    for (size_t i = 0; i < before.size(); ++i) {
-      ASSERT_EQ(before[i].size(), after[i].size());
-      for (size_t k = 0; k < before[i].size(); ++k)
-        EXPECT_LT((m * before[i][k]).distanceTo(after[i][k]), 1e-9);
     }
   }
 }
@@ -113,24 +102,15 @@ TEST(Entities, CirclesAndArcsHaveExactExtents) {
   expectBox(AcDbArc({0, 0, 0}, -AcGeVector3d::kZAxis, 1, 0, kPi / 2), {-1, 0, 0}, {0, 1, 0});
 }
 
-TEST(Entities, EllipsesHaveExactExtents) {
-  AcDbEllipse ellipse({0, 0, 0}, AcGeVector3d::kZAxis, {4, 0, 0}, 0.5, 0, 2 * kPi);
-  expectBox(ellipse, {-4, -2, 0}, {4, 2, 0});
-  ellipse.transformBy(turnZ(kPi / 4));
-  expectBox(ellipse, {-std::sqrt(10), -std::sqrt(10), 0}, {std::sqrt(10), std::sqrt(10), 0});
-  expectBox(AcDbEllipse({0, 0, 0}, AcGeVector3d::kZAxis, {4, 0, 0}, 0.5, kPi / 2, kPi), {-4, 0, 0},
-            {0, 2, 0});
-}
-
 TEST(Entities, RoundThingsRefuseToBeDistortedAndStayAsTheyAre) {
   AcDbCircle circle({1, 0, 0}, AcGeVector3d::kZAxis, 2);
   EXPECT_EQ(circle.transformBy(AcGeMatrix3d::scaling(1, 3, 1)), Acad::eCannotScaleNonUniformly);
   expectBox(circle, {-1, -2, 0}, {3, 2, 0});
-  EXPECT_EQ(circle.transformBy(AcGeMatrix3d::scaling(2, 2, 2)), Acad::eOk);
-  expectBox(circle, {-2, -4, 0}, {6, 4, 0});
   AcDbEllipse ellipse({0, 0, 0}, AcGeVector3d::kZAxis, {4, 0, 0}, 0.5, 0, 2 * kPi);
   EXPECT_EQ(ellipse.transformBy(AcGeMatrix3d::scaling(1, 3, 1)), Acad::eOk);
   expectBox(ellipse, {-4, -6, 0}, {4, 6, 0});
+  expectBox(AcDbEllipse({0, 0, 0}, AcGeVector3d::kZAxis, {4, 0, 0}, 0.5, kPi / 2, kPi), {-4, 0, 0},
+            {0, 2, 0});
 }
 
 TEST(Entities, BulgesAreArcsOnTheRightSide) {
@@ -168,24 +148,6 @@ TEST(Entities, InsertsNestAndScaleAboutTheBase) {
   const AcDbBlockReference empty(std::make_shared<AcDbBlock>(), AcGeMatrix3d());
   EXPECT_EQ(empty.getGeomExtents(box), Acad::eInvalidExtents);
   EXPECT_EQ(box.maxPoint().z, 6);
-}
-
-TEST(Entities, AMillionLiveInADrawing) {
-  constexpr int kCount = 1000000;
-  host::reset();
-  for (int i = 0; i < kCount; ++i)
-    host::add(std::make_unique<AcDbPoint>(AcGePoint3d(i, -i, 0)));
-  EXPECT_EQ(host::entityCount(), kCount);
-  EXPECT_EQ(host::extents().maxPoint().x, kCount - 1);
-  for (int i = 1; i <= kCount; i += 1000) {
-    AcDbPoint* pointP = nullptr;
-    ASSERT_EQ(acdbOpenObject(pointP, host::entityId(i), AcDb::kForWrite), Acad::eOk);
-    EXPECT_EQ(pointP->transformBy(AcGeMatrix3d::translation({0, 0, 1})), Acad::eOk);
-    EXPECT_EQ(pointP->position().x, i - 1);
-    pointP->close();
-  }
-  host::reset();
-  EXPECT_EQ(host::entityCount(), 0);
 }
 
 } // namespace

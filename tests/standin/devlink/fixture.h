@@ -178,6 +178,18 @@ inline devlink::Bytes motion(const devlink::Axes& axes) {
   return out;
 }
 
+/// A message of a case's own, for tests that are given one after the other.
+struct Said {
+  const char* mName;
+  devlink::Bytes mBytes;
+};
+inline void PrintTo(const Said& said, std::ostream* out) {
+  *out << said.mName;
+}
+inline std::string nameOf(const testing::TestParamInfo<Said>& info) {
+  return info.param.mName;
+}
+
 /// A connected socket that the test speaks through; reading ends at the other's end or after a long time.
 class RawEnd {
 public:

@@ -10,19 +10,6 @@ using testing::ElementsAre;
 
 namespace {
 
-struct Said {
-  const char* mName;
-  Bytes mBytes;
-};
-
-void PrintTo(const Said& said, std::ostream* out) {
-  *out << said.mName;
-}
-
-std::string nameOf(const testing::TestParamInfo<Said>& info) {
-  return info.param.mName;
-}
-
 Bytes mode(const std::string& application, const std::string& name) {
   Bytes out;
   devlink::FrameWriter(out, Kind::setMode).number32(1).text(application).text(name);
@@ -66,6 +53,7 @@ INSTANTIATE_TEST_SUITE_P(
         Said{"shortQuestion", hello() + frame(Kind::askInfo, 1)},
         Said{"longMode", hello() + mode("AutoCAD", std::string(401, 'm'))},
         Said{"modeWithEscape", hello() + mode("AutoCAD", "\x1B[2J")},
+        Said{"modeWithDelete", hello() + mode("AutoCAD", "a\x7F")},
         Said{"modeWithoutName", hello() + frame(Kind::setMode, 1)}),
     nameOf);
 
@@ -146,30 +134,6 @@ TEST_F(LinkTest, seventeenClientsAreOneTooMany) {
   EXPECT_EQ(ovConnect(0, "acad"), 0);
 }
 
-TEST_F(LinkTest, aSessionIsPlayedFromTheFirstClientOnToItsEnd) {
-  const session::Session session = session::parse("0 device key 1\n"
-                                                  "0.05 device motion 0 0 300 0 0 0\n"
-                                                  "0.05 host wait\n"
-                                                  "0.1 device motion 0 0 0 0 0 0\n"
-                                                  "0.1 device view top\n",
-                                                  "s");
-  devlink::DaemonOptions options;
-  options.mHasSession = true;
-  options.mActions = session.actionsOf(session::Who::device);
-  RunningDaemon daemon(options);
-  ASSERT_EQ(ovConnect(0, "acad"), 0);
-  EXPECT_EQ(fetched(), "event 131105");
-  EXPECT_EQ(fetched(), "motion 0 0 300 0 0 0");
-  EXPECT_EQ(fetched(), "motion 0 0 0 0 0 0");
-  EXPECT_EQ(fetched(), "event 131083");
-  EXPECT_TRUE(isConnected()) << "the daemon stays as long as its client";
-  EXPECT_EQ(ovDisconnect(), 0);
-  daemon.join();
-  EXPECT_THAT(daemon.mRecorded.all(),
-              ElementsAre("client connected acad", "event 131105", "motion 0 0 300 0 0 0",
-                          "motion 0 0 0 0 0 0", "event 131083", "client gone acad"));
-}
-
 TEST_F(LinkTest, anAbsentDaemonIsGoneAndComesBackToItsPort) {
   RunningDaemon daemon;
   ASSERT_EQ(ovConnect(0, "acad"), 0);
@@ -187,13 +151,6 @@ TEST_F(LinkTest, anAbsentDaemonIsGoneAndComesBackToItsPort) {
   EXPECT_THAT(daemon.mRecorded.all(),
               ElementsAre("client connected acad", "motion 0 0 300 0 0 0", "away 0.300", "client gone acad",
                           "back", "client connected acad"));
-}
-
-TEST_F(LinkTest, aPortInUseIsAnError) {
-  RunningDaemon daemon;
-  devlink::DaemonOptions options;
-  options.mPort = daemon.port();
-  EXPECT_THROW(devlink::Daemon second(options), std::system_error);
 }
 
 } // namespace

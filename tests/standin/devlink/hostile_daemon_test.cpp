@@ -8,22 +8,8 @@
 
 using devlink::Bytes;
 using devlink::Kind;
-using testing::StartsWith;
 
 namespace {
-
-struct Said {
-  const char* mName;
-  Bytes mBytes;
-};
-
-void PrintTo(const Said& said, std::ostream* out) {
-  *out << said.mName;
-}
-
-std::string nameOf(const testing::TestParamInfo<Said>& info) {
-  return info.param.mName;
-}
 
 Bytes header(unsigned length, unsigned kind) {
   return {static_cast<std::uint8_t>(length & 0xFF), static_cast<std::uint8_t>(length >> 8),
@@ -131,14 +117,10 @@ TEST_F(LinkTest, messagesThatComeInPiecesAreWhole) {
   EXPECT_EQ(fetched(), "event 131104");
 }
 
-TEST_F(LinkTest, aSilentDaemonIsGivenUp) {
+TEST_F(LinkTest, aSilentDaemonIsGivenUpAndDisconnectingEndsTheAttempt) {
   FakeDaemon daemon([](RawEnd& end) { end.drain(); });
   EXPECT_NE(ovConnect(0, "acad"), 0);
   EXPECT_NE(ovDisconnect(), 0);
-}
-
-TEST_F(LinkTest, disconnectingEndsAnAttemptToConnect) {
-  FakeDaemon daemon([](RawEnd& end) { end.drain(); });
   for (int round = 0; round < 5; ++round) {
     std::atomic<bool> isOver{false};
     std::thread connecting([&] {

@@ -183,21 +183,6 @@ TEST_F(OvDaemonTest, endsCleanlyAtASignalAlsoWithInputOpen) {
   }
 }
 
-TEST_F(OvDaemonTest, mayBeKilledAndStartedAgainAtItsPort) {
-  std::string port = "0";
-  for (int i = 0; i < 5; ++i) {
-    Process daemon(mFolder, {"--port", port, "--port-file", mFolder.file("port")});
-    port = waitForPort(mFolder.file("port"));
-    ASSERT_EQ(ovConnect(0, "acad"), 0) << daemon.errors();
-    daemon.write("key 1\n");
-    int code = 0;
-    EXPECT_TRUE(fetch(code));
-    EXPECT_EQ(daemon.end(SIGKILL), -SIGKILL);
-    EXPECT_FALSE(fetch(code));
-    EXPECT_NE(ovGetDevNum(nullptr, nullptr, nullptr), 0);
-  }
-}
-
 TEST_F(OvDaemonTest, aStoppedDaemonIsNotWaitedForLong) {
   Process daemon(mFolder, {"--port", "0", "--port-file", mFolder.file("port")});
   waitForPort(mFolder.file("port"));

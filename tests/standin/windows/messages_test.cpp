@@ -19,18 +19,9 @@ struct Tick {
 
 // Timer callbacks get no context of their own.
 std::vector<Tick> gTicks;
-UINT_PTR gArmed = 0;
 
 void CALLBACK noteTick(HWND, UINT, UINT_PTR id, DWORD ticks) {
   gTicks.push_back({id, ticks, GetCurrentThreadId()});
-}
-
-// The way of a one-shot timer that arms itself anew, with work of 500 ms in between.
-void CALLBACK rearm(HWND window, UINT message, UINT_PTR id, DWORD ticks) {
-  noteTick(window, message, id, ticks);
-  KillTimer(nullptr, gArmed);
-  Sleep(500);
-  gArmed = SetTimer(nullptr, 0, 10, rearm);
 }
 
 void CALLBACK slowTick(HWND window, UINT message, UINT_PTR id, DWORD ticks) {
@@ -72,32 +63,37 @@ protected:
 
 } // namespace
 
-TEST_F(Messages, TimerRepeatsAtItsInterval) {
+TEST_F(Messages, TimerRepeatsAtItsIntervalAndWaitsAsOneMessage) {
+  calls::startRecording();
   const UINT_PTR id = SetTimer(nullptr, 0, 100, noteTick);
   EXPECT_EQ(desktop::runTimers(99), 0);
   EXPECT_EQ(desktop::runTimers(1), 1);
   EXPECT_EQ(desktop::runTimers(250), 2);
   EXPECT_THAT(tickCounts(), ElementsAre(100, 200, 300));
   EXPECT_EQ(gTicks[0].id, id);
+  desktop::advanceClock(1000); // however long nobody asks
+  EXPECT_EQ(desktop::runMessages(), 1);
+  EXPECT_EQ(desktop::runMessages(), 0);
+  EXPECT_EQ(desktop::runTimers(99), 0) << "the next one is due an interval after the delivery";
+  EXPECT_EQ(desktop::runTimers(1), 1);
   EXPECT_TRUE(KillTimer(nullptr, id));
   EXPECT_EQ(desktop::runTimers(1000), 0);
   EXPECT_FALSE(KillTimer(nullptr, id));
-}
+  const std::string kill = "KillTimer " + std::to_string(id);
+  EXPECT_THAT(calls::stopRecording(), ElementsAre("SetTimer 100", kill, kill));
 
-TEST_F(Messages, IntervalIsAtLeastTenMilliseconds) {
-  SetTimer(nullptr, 0, 1, noteTick);
-  desktop::runTimers(25);
-  EXPECT_THAT(tickCounts(), ElementsAre(10, 20));
-}
-
-TEST_F(Messages, TimerWaitsAsOneMessageHoweverLongNobodyAsks) {
-  SetTimer(nullptr, 0, 10, noteTick);
-  desktop::advanceClock(1000);
-  EXPECT_EQ(desktop::runMessages(), 1);
-  EXPECT_EQ(desktop::runMessages(), 0);
-  // The next one is due an interval after the delivery.
+  desktop::reset();
+  desktop::holdClock();
+  const UINT_PTR next = SetTimer(nullptr, 0, 1, slowTick); // at least 10 ms
+  EXPECT_NE(next, id) << "no number is used again";
   EXPECT_EQ(desktop::runTimers(9), 0);
-  EXPECT_EQ(desktop::runTimers(1), 1);
+  EXPECT_EQ(desktop::runTimers(1), 1) << "a slow callback doesn't keep the loop for ever";
+  calls::failAt("SetTimer", 1);
+  calls::failAt("KillTimer", 1);
+  EXPECT_EQ(SetTimer(nullptr, 0, 100, noteTick), 0u);
+  EXPECT_FALSE(KillTimer(nullptr, next));
+  EXPECT_EQ(SetTimer(desktop::addWindow({}), 1, 10, noteTick), 0u) << "windows have no timers";
+  EXPECT_EQ(desktop::activeTimers().size(), 1u);
 }
 
 TEST_F(Messages, TimersFireInTheOrderInWhichTheyFallDue) {
@@ -111,24 +107,6 @@ TEST_F(Messages, TimersFireInTheOrderInWhichTheyFallDue) {
   EXPECT_EQ(gTicks[1].id, late);
   EXPECT_EQ(gTicks[2].id, early);
   EXPECT_EQ(gTicks[3].id, late);
-}
-
-TEST_F(Messages, CallbackMayRearmItself) {
-  gArmed = SetTimer(nullptr, 0, 100, rearm);
-  desktop::runTimers(1200);
-  EXPECT_THAT(tickCounts(), ElementsAre(100, 610, 1120));
-  const auto timers = desktop::activeTimers();
-  ASSERT_EQ(timers.size(), 1u);
-  EXPECT_EQ(timers[0].id, gArmed);
-  EXPECT_EQ(timers[0].interval, 10u);
-  EXPECT_EQ(timers[0].dueIn, 10u);
-  EXPECT_EQ(timers[0].threadId, GetCurrentThreadId());
-}
-
-TEST_F(Messages, SlowCallbackDoesNotKeepTheLoopForEver) {
-  SetTimer(nullptr, 0, 10, slowTick);
-  desktop::advanceClock(10);
-  EXPECT_EQ(desktop::runMessages(), 1);
 }
 
 TEST_F(Messages, KillTakesAwayAMessageThatIsUnderWay) {
@@ -147,17 +125,6 @@ TEST_F(Messages, KillTakesAwayAMessageThatIsUnderWay) {
   desktop::advanceClock(20);
   KillTimer(nullptr, second);
   EXPECT_FALSE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE));
-}
-
-TEST_F(Messages, TimerNumbersAreNotUsedAgain) {
-  const UINT_PTR first = SetTimer(nullptr, 0, 10, noteTick);
-  KillTimer(nullptr, first);
-  const UINT_PTR second = SetTimer(nullptr, 0, 10, noteTick);
-  EXPECT_NE(first, 0u);
-  EXPECT_NE(second, first);
-  desktop::reset();
-  EXPECT_TRUE(desktop::activeTimers().empty());
-  EXPECT_NE(SetTimer(nullptr, 0, 10, noteTick), first);
 }
 
 TEST_F(Messages, TimersBelongToTheirThread) {
@@ -179,9 +146,12 @@ TEST_F(Messages, TimersBelongToTheirThread) {
 TEST_F(Messages, PostedComeBeforeQuitAndQuitBeforeTimers) {
   SetTimer(nullptr, 0, 10, noteTick);
   desktop::advanceClock(10);
-  PostQuitMessage(5);
   ASSERT_TRUE(PostThreadMessageW(GetCurrentThreadId(), WM_APP + 1, 11, -12));
   MSG message{};
+  EXPECT_TRUE(PeekMessageW(&message, nullptr, WM_TIMER, WM_TIMER, PM_NOREMOVE));
+  EXPECT_EQ(message.message, static_cast<UINT>(WM_TIMER));
+  PostQuitMessage(5);
+  EXPECT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE));
   EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), 1);
   EXPECT_EQ(message.message, static_cast<UINT>(WM_APP + 1));
   EXPECT_EQ(message.wParam, 11u);
@@ -191,36 +161,6 @@ TEST_F(Messages, PostedComeBeforeQuitAndQuitBeforeTimers) {
   EXPECT_EQ(message.wParam, 5u);
   EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), 1);
   EXPECT_EQ(message.message, static_cast<UINT>(WM_TIMER));
-}
-
-TEST_F(Messages, PeekMayLeaveTheMessageAndFilter) {
-  SetTimer(nullptr, 0, 10, noteTick);
-  PostThreadMessageW(GetCurrentThreadId(), WM_APP, 0, 0);
-  desktop::advanceClock(10);
-  MSG message{};
-  EXPECT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE));
-  EXPECT_EQ(message.message, static_cast<UINT>(WM_APP));
-  EXPECT_TRUE(PeekMessageW(&message, nullptr, WM_TIMER, WM_TIMER, PM_NOREMOVE));
-  EXPECT_EQ(message.message, static_cast<UINT>(WM_TIMER));
-  EXPECT_TRUE(PeekMessageW(&message, nullptr, WM_TIMER, WM_TIMER, PM_REMOVE));
-  EXPECT_FALSE(PeekMessageW(&message, nullptr, WM_TIMER, WM_TIMER, PM_REMOVE));
-  EXPECT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE));
-  EXPECT_EQ(message.message, static_cast<UINT>(WM_APP));
-}
-
-TEST_F(Messages, PostingNeedsAThreadWithAQueue) {
-  std::atomic<DWORD> idle{0};
-  std::atomic<bool> isDone{false};
-  std::thread thread([&] {
-    idle = GetCurrentThreadId();
-    while (!isDone)
-      std::this_thread::yield();
-  });
-  while (idle == 0)
-    std::this_thread::yield();
-  EXPECT_FALSE(PostThreadMessageW(idle, WM_APP, 0, 0));
-  isDone = true;
-  thread.join();
 }
 
 TEST_F(Messages, WaitingThreadIsWokenByPostsAndByTheHeldClock) {
@@ -266,26 +206,4 @@ TEST_F(Messages, RealClockDeliversWithoutSpinning) {
   EXPECT_GE(GetTickCount() - start, WAIT);
   // A wait that spins costs the whole of it.
   EXPECT_LT(threadTime() - before, WAIT_NANOSECONDS / 2);
-}
-
-TEST_F(Messages, WindowsHaveNoMessagesAndNoTimers) {
-  const HWND window = desktop::addWindow({});
-  MSG message{};
-  EXPECT_EQ(SetTimer(window, 1, 10, noteTick), 0u);
-  EXPECT_EQ(GetMessageW(&message, window, 0, 0), -1);
-  EXPECT_FALSE(PeekMessageW(&message, window, 0, 0, PM_REMOVE));
-}
-
-TEST_F(Messages, TimerCallsAreReportedAndCanFail) {
-  calls::startRecording();
-  const UINT_PTR id = SetTimer(nullptr, 0, 100, noteTick);
-  KillTimer(nullptr, id);
-  EXPECT_THAT(calls::stopRecording(), ElementsAre("SetTimer 100", "KillTimer " + std::to_string(id)));
-
-  const UINT_PTR armed = SetTimer(nullptr, 0, 100, noteTick);
-  calls::failAt("SetTimer", 1);
-  calls::failAt("KillTimer", 1);
-  EXPECT_EQ(SetTimer(nullptr, 0, 100, noteTick), 0u);
-  EXPECT_FALSE(KillTimer(nullptr, armed));
-  EXPECT_EQ(desktop::activeTimers().size(), 1u);
 }

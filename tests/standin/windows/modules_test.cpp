@@ -96,23 +96,8 @@ TEST_F(Modules, ModuleThatRefusesIsNotLoaded) {
   // It was unloaded for good: the next attempt begins anew.
   EXPECT_EQ(LoadLibraryA(MODULE_REFUSING), nullptr);
   EXPECT_EQ(reasons().size(), 4u);
-}
-
-TEST_F(Modules, ModuleWithoutEntryPoint) {
-  const HMODULE module = LoadLibraryA(MODULE_PLAIN);
-  ASSERT_NE(module, nullptr);
-  EXPECT_TRUE(reasons().empty());
-  EXPECT_NE(GetProcAddress(module, "plainAnswer"), nullptr);
-  EXPECT_EQ(GetProcAddress(module, "noSuchThing"), nullptr);
-  EXPECT_EQ(GetProcAddress(module, reinterpret_cast<LPCSTR>(1)), nullptr);
-  EXPECT_TRUE(FreeLibrary(module));
-  EXPECT_EQ(GetProcAddress(module, "plainAnswer"), nullptr);
-}
-
-TEST_F(Modules, NoModuleForAPathThatIsNone) {
-  EXPECT_EQ(LoadLibraryW(L"no/such/module.arx"), nullptr);
-  EXPECT_EQ(LoadLibraryW(L""), nullptr);
-  EXPECT_EQ(LoadLibraryW(L"\x20AC.arx"), nullptr);
+  for (const wchar_t* const path : {L"no/such/module.arx", L"", L"\x20AC.arx"})
+    EXPECT_EQ(LoadLibraryW(path), nullptr);
 }
 
 TEST_F(Modules, FileNameIsTheFullPathWithBackslashes) {
@@ -124,6 +109,10 @@ TEST_F(Modules, FileNameIsTheFullPathWithBackslashes) {
   ASSERT_NE(module, nullptr);
   const std::wstring expected = withBackslashes(widen(copy.string()));
   EXPECT_EQ(moduleFileName(module), expected);
+  EXPECT_TRUE(reasons().empty()) << "this one has no entry point";
+  EXPECT_NE(GetProcAddress(module, "plainAnswer"), nullptr);
+  EXPECT_EQ(GetProcAddress(module, "noSuchThing"), nullptr);
+  EXPECT_EQ(GetProcAddress(module, reinterpret_cast<LPCSTR>(1)), nullptr);
 
   // The narrow form is the native path again, apart from the slashes.
   char narrow[4096] = {};
@@ -138,16 +127,4 @@ TEST_F(Modules, FileNameIsTheFullPathWithBackslashes) {
   FreeLibrary(module);
   EXPECT_EQ(moduleFileName(module), L"");
   fs::remove_all(folder);
-}
-
-TEST_F(Modules, ProgramsPathAndTheOneThatIsSet) {
-  EXPECT_EQ(moduleFileName(nullptr), withBackslashes(widen(fs::read_symlink("/proc/self/exe").string())));
-  desktop::setModulePath(L"C:\\a\\b.arx");
-  EXPECT_EQ(moduleFileName(nullptr), L"C:\\a\\b.arx");
-  desktop::setModulePath(L"");
-  EXPECT_EQ(moduleFileName(nullptr), L"");
-  desktop::setModulePath(std::nullopt);
-  EXPECT_NE(moduleFileName(nullptr), L"");
-  calls::failAt("GetModuleFileNameW", 1);
-  EXPECT_EQ(moduleFileName(nullptr), L"");
 }

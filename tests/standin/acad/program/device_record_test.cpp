@@ -44,9 +44,6 @@ TEST_F(DeviceRecordTest, PassesOverWhatIsNoWholeLine) {
   const auto events = read("\nnonsense\n5 motion 1 2 3\nnan event 7\n6 event\n7 event 9\n8 motion 1 2 3 4 5");
   ASSERT_EQ(events.size(), 1u);
   EXPECT_EQ(events[0].mCode, 9);
-}
-
-TEST_F(DeviceRecordTest, MissingFileIsAnEmptyRecord) {
   EXPECT_TRUE(program::readDeviceRecord(testing::TempDir() + "there/is/none").empty());
 }
 
