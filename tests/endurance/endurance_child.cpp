@@ -1,0 +1,50 @@
+// A process that works until it is killed.
+//
+//   endurance_child settings            loads the settings of USERPROFILE, turns a toggle and saves, again
+//   and again endurance_child log FOLDER [COUNT]  writes records to FOLDER/log.txt, so many or without end
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "logging.h"
+#include "settings.h"
+
+namespace {
+
+/// Says on standard output that the work has begun.
+void sayReady() {
+  std::puts("ready");
+  std::fflush(stdout);
+}
+
+void saveSettings() {
+  sayReady();
+  for (;;) {
+    Settings settings;
+    settings.mToggleRotationAxis = !settings.mToggleRotationAxis;
+  }
+}
+
+void writeLog(const std::string& folder, long count) {
+  LogPars pars;
+  pars.mSettingsDirPath = folder;
+  pars.mLogFile = "log.txt";
+  pars.mMaxSize = 5; // rotates every fifty records
+  pars.mIsCreation = false;
+  gLogging.init(pars);
+  sayReady();
+  for (long i = 0; i != count; ++i)
+    OV_LOG(INF, "Child", "Child::writeLog", "record " << i << " end");
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  const std::string work = argc > 1 ? argv[1] : "";
+  if (work == "settings")
+    saveSettings();
+  else if (work == "log" && argc > 2)
+    writeLog(argv[2], argc > 3 ? std::atol(argv[3]) : -1);
+  return 0;
+}
