@@ -3,9 +3,11 @@
 //   endurance_child settings            loads the settings of USERPROFILE, turns a toggle and saves, again
 //   and again endurance_child log FOLDER [COUNT]  writes records to FOLDER/log.txt, so many or without end
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <thread>
 
 #include "logging.h"
 #include "settings.h"
@@ -19,11 +21,13 @@ void sayReady() {
 }
 
 void saveSettings() {
-  sayReady();
-  for (;;) {
+  {
     Settings settings;
     settings.mToggleRotationAxis = !settings.mToggleRotationAxis;
+    sayReady();
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
+  std::this_thread::sleep_for(std::chrono::seconds(10));
 }
 
 void writeLog(const std::string& folder, long count) {
