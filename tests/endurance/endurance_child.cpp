@@ -39,7 +39,8 @@ void writeLog(const std::string& folder, long count) {
   gLogging.init(pars);
   sayReady();
   for (long i = 0; i != count; ++i)
-    OV_LOG(INF, "Child", "Child::writeLog", "record " << i << " end");
+    OV_LOG(INF, "Child", "Child::writeLog",
+           "record " << i << std::string(static_cast<std::size_t>(i % 37), 'x') << " end");
 }
 
 } // namespace

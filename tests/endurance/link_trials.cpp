@@ -222,19 +222,24 @@ TEST_F(Link, Flood) {
   };
   Usage before;
   int expected = 0;
-  while (passed() < length) {
-    tick();
+  const auto takeKeys = [&] {
     for (std::string keys = typedKeys(); !keys.empty(); keys.erase(0, keys.find(' ') + 1)) {
       const std::string key = "KEY" + std::to_string(expected++ % kKeys);
       trial.count("key " + std::to_string(expected), keys.substr(0, keys.find(' ')) == key);
       taken = expected;
     }
+    return expected;
+  };
+  while (passed() < length) {
+    tick();
+    takeKeys();
     if (before.threads == 0 && passed() > length / 10)
       before = usage();
   }
   const double rate = static_cast<double>(samples) * 1e-3 / static_cast<double>(passed()) * 1000;
   isEnough = true;
   trial.count("newest sample", pumpUntilSample(kLast));
+  trial.count("all keys", expected > 1 && pumpUntil([&] { return takeKeys() == sent; }));
   trial.count("usage", isBackTo(before) && isBalanced());
   trial.detail(std::to_string(samples) + " samples, " + std::to_string(static_cast<int>(rate)) +
                ",000 a second, " + std::to_string(expected) + " keys");

@@ -52,6 +52,9 @@ protected:
     save(true);
     mText[1] = mHome.read(kFile);
     mDump[1] = loaded();
+    EXPECT_NE(mDump[0], mDefaults);
+    EXPECT_NE(mDump[1], mDefaults);
+    EXPECT_NE(mText[0], mText[1]);
   }
 
   /// Values that aren't the defaults, with the toggle off or on, as the plug-in leaves them at its unload.

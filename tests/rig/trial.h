@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -30,6 +31,9 @@ public:
     std::filesystem::remove(mFile); // a run that dies leaves no line, not an old one
   }
   ~Trial() {
+    // What went wrong outside of the cases counts as one more.
+    if (mSurvived == mTried && (std::uncaught_exceptions() > 0 || testing::Test::HasFailure()))
+      count("the trial itself", false);
     alarm(0);
     EXPECT_GT(mTried, 0) << mWhat;
     EXPECT_EQ(mSurvived, mTried) << mWhat << "\nNot survived: " << mFailures;
