@@ -1,7 +1,9 @@
 // A process that works until it is killed.
 //
-//   endurance_child settings            loads the settings of USERPROFILE, turns a toggle and saves, again
-//   and again endurance_child log FOLDER [COUNT]  writes records to FOLDER/log.txt, so many or without end
+//   endurance_child settings
+//     loads the settings of USERPROFILE, turns a toggle, saves a millisecond later
+//   endurance_child log FOLDER MAXSIZE [COUNT]
+//     writes records to FOLDER/log.txt, so many or without end
 
 #include <chrono>
 #include <cstdio>
@@ -30,11 +32,11 @@ void saveSettings() {
   std::this_thread::sleep_for(std::chrono::seconds(10));
 }
 
-void writeLog(const std::string& folder, long count) {
+void writeLog(const std::string& folder, std::int32_t maxSize, long count) {
   LogPars pars;
   pars.mSettingsDirPath = folder;
   pars.mLogFile = "log.txt";
-  pars.mMaxSize = 5; // rotates every fifty records
+  pars.mMaxSize = maxSize;
   pars.mIsCreation = false;
   gLogging.init(pars);
   sayReady();
@@ -49,7 +51,7 @@ int main(int argc, char** argv) {
   const std::string work = argc > 1 ? argv[1] : "";
   if (work == "settings")
     saveSettings();
-  else if (work == "log" && argc > 2)
-    writeLog(argv[2], argc > 3 ? std::atol(argv[3]) : -1);
+  else if (work == "log" && argc > 3)
+    writeLog(argv[2], std::atoi(argv[3]), argc > 4 ? std::atol(argv[4]) : -1);
   return 0;
 }
