@@ -230,9 +230,13 @@ TEST_F(Link, Flood) {
     }
     return expected;
   };
-  while (passed() < length) {
+  for (auto forgotten = passed(); passed() < length;) {
     tick();
     takeKeys();
+    if (passed() - forgotten > 500) {
+      newDocument();
+      forgotten = passed();
+    }
     if (before.threads == 0 && passed() > length / 10)
       before = usage();
   }
@@ -240,9 +244,12 @@ TEST_F(Link, Flood) {
   isEnough = true;
   trial.count("newest sample", pumpUntilSample(kLast));
   trial.count("all keys", expected > 1 && pumpUntil([&] { return takeKeys() == sent; }));
+  newDocument();
+  const std::int64_t growth = (usage().heap - before.heap) / 1024;
   trial.count("usage", isBackTo(before) && isBalanced());
   trial.detail(std::to_string(samples) + " samples, " + std::to_string(static_cast<int>(rate)) +
-               ",000 a second, " + std::to_string(expected) + " keys");
+               ",000 a second, " + std::to_string(expected) + " keys, heap " + std::to_string(growth) +
+               " kB more");
 }
 
 } // namespace

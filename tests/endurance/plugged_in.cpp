@@ -91,6 +91,7 @@ void PluggedIn::load() {
 void PluggedIn::newDocument() {
   host::reset();
   addCommands(nullptr);
+  desktop::holdClock();
   mHistoryRead = 0;
 }
 

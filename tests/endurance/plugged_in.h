@@ -53,7 +53,9 @@ protected:
   OvAutoCad& plugin() { return *mApp.mOvAutoCadP; }
   AutoCadProxy& proxy() { return *plugin().mAutoCadProxyP; }
 
-  /// A fresh document, its history empty, with the plug-in's commands.
+  /// A fresh document with the plug-in's commands, and the records that the stand-ins keep for tests begun
+  /// anew: the history of the command line, the sleeps. They grow with the time, which isn't the plug-in's
+  /// doing.
   void newDocument();
   /// Lets the timer fall due. Gives the number of passes that the pump made, if none of them slept.
   std::int64_t tick();

@@ -28,6 +28,7 @@ public:
     const std::filesystem::path folder = wishP && *wishP ? wishP : OV_RESULTS_FOLDER;
     std::filesystem::create_directories(folder);
     mFile = folder / (std::string(infoP->test_suite_name()) + "." + infoP->name() + ".json");
+    alarm(kLongestCase);
     std::filesystem::remove(mFile); // a run that dies leaves no line, not an old one
   }
   ~Trial() {
