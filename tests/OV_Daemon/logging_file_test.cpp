@@ -4,8 +4,7 @@
 #include "stream_capture.h"
 
 #ifndef _WIN32
-#include <csignal>
-#include <sys/resource.h>
+#include "file_limit.h"
 #endif
 
 namespace {
@@ -85,26 +84,6 @@ TEST_F(LoggingFile, WithoutANameItTakesOneAndWithAFolderItKeepsTheFolder) {
 }
 
 #ifndef _WIN32
-
-/// The largest file that this process may write, as a disk that fills up and gets room again.
-class FileLimit {
-public:
-  explicit FileLimit(rlim_t bytes) : mHandler(std::signal(SIGXFSZ, SIG_IGN)) {
-    getrlimit(RLIMIT_FSIZE, &mBefore);
-    const rlimit limit = {bytes, mBefore.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~FileLimit() {
-    setrlimit(RLIMIT_FSIZE, &mBefore);
-    std::signal(SIGXFSZ, mHandler);
-  }
-  FileLimit(const FileLimit&) = delete;
-  FileLimit& operator=(const FileLimit&) = delete;
-
-private:
-  rlimit mBefore{};
-  void (*mHandler)(int);
-};
 
 TEST_F(LoggingFile, AFullDiskLosesRecordsAndLaterOnesComeWhole) {
   gLogging.init(mPars);

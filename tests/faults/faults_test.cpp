@@ -22,6 +22,7 @@
 #include "event_codes.h"
 #include "logging.h"
 #include "motion/motion_state.h"
+#include "trial.h"
 
 namespace {
 
@@ -272,6 +273,7 @@ TEST_F(Faults, EveryCallFailingThenThrowing) {
     RecordProperty("calls", static_cast<int>(reached));
     mReached = reached;
   }
+  Trial trial("Each call of the host and of Windows in a session through all paths fails, then throws");
   std::set<std::string> struck;
   for (std::int64_t k = 1; k <= mReached; ++k) {
     for (const bool isThrow : {false, true}) {
@@ -297,6 +299,7 @@ TEST_F(Faults, EveryCallFailingThenThrowing) {
       EXPECT_TRUE(!isPumpStopped || (isThrow && (faulted == "SetTimer" || faulted == "KillTimer")));
       session.unload();
       expectBalance(faulted);
+      trial.count(faulted + " as call " + std::to_string(k), !HasFailure());
       if (HasFailure())
         return; // one such report is enough
     }
@@ -304,6 +307,7 @@ TEST_F(Faults, EveryCallFailingThenThrowing) {
       ASSERT_EQ(cleanOutcome(), mClean) << "after call " << k;
     }
   }
+  trial.detail(std::to_string(mReached) + " calls of " + std::to_string(struck.size()) + " operations");
   for (const char* const operation :
        {"acedGetVar", "setView", "zoom", "update", "acedSSGet", "acdbOpenObject", "transformBy",
         "lockDocument", "unlockDocument", "sendStringToExecute", "setViewCenter", "SendMessageW", "SetTimer",
@@ -314,6 +318,7 @@ TEST_F(Faults, EveryCallFailingThenThrowing) {
 TEST_F(Faults, EveryCallOfTheDeviceLibraryFailing) {
   const char* const functions[] = {"ovConnect",    "ovDisconnect",          "ovGetDevNum",  "ovGetDevInfo",
                                    "ovFetchEvent", "ovGetAdvancedSettings", "ovSetApplMode"};
+  Trial trial("Each function of the device library fails, at its first calls");
   for (const char* const function : functions) {
     for (int skip = 0; skip < 4; ++skip) {
       SCOPED_TRACE(testing::Message() << function << " after " << skip);
@@ -329,6 +334,7 @@ TEST_F(Faults, EveryCallOfTheDeviceLibraryFailing) {
       EXPECT_TRUE(session.isPumpRunning());
       session.unload();
       expectBalance("");
+      trial.count(std::string(function) + " after " + std::to_string(skip), !HasFailure());
     }
   }
   devlink_twin::reset();

@@ -1,0 +1,82 @@
+#ifndef TRIAL_H
+#define TRIAL_H
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <utility>
+
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+/// One endurance trial: how many cases were tried and how many the system survived.
+///
+/// Its end expects the two to be equal, and leaves them as a line of JSON in the results folder: $OV_RESULTS,
+/// or else the build's own. A case that takes too long ends the program: a stall is no survival either.
+class Trial {
+public:
+  /// what  one plain sentence; the table of all trials knows the trial by it
+  explicit Trial(std::string what) : mWhat(std::move(what)) {
+    const auto* const infoP = testing::UnitTest::GetInstance()->current_test_info();
+    const char* const wishP = std::getenv("OV_RESULTS");
+    const std::filesystem::path folder = wishP && *wishP ? wishP : OV_RESULTS_FOLDER;
+    std::filesystem::create_directories(folder);
+    mFile = folder / (std::string(infoP->test_suite_name()) + "." + infoP->name() + ".json");
+    alarm(kLongestCase);
+    std::filesystem::remove(mFile); // a run that dies leaves no line, not an old one
+  }
+  ~Trial() {
+    // What went wrong outside of the cases counts as one more.
+    if (mSurvived == mTried && (std::uncaught_exceptions() > 0 || testing::Test::HasFailure()))
+      count("the trial itself", false);
+    alarm(0);
+    EXPECT_GT(mTried, 0) << mWhat;
+    EXPECT_EQ(mSurvived, mTried) << mWhat << "\nNot survived: " << mFailures;
+    std::ofstream(mFile) << nlohmann::json{{"what", mWhat},
+                                           {"tried", mTried},
+                                           {"survived", mSurvived},
+                                           {"detail", mDetail}}
+                         << '\n';
+  }
+  Trial(const Trial&) = delete;
+  Trial& operator=(const Trial&) = delete;
+
+  /// Counts so many cases, survived or not.
+  void count(const std::string& name, bool isSurvived, std::int64_t cases = 1) {
+    alarm(kLongestCase);
+    mTried += cases;
+    if (isSurvived)
+      mSurvived += cases;
+    else if (mFailures.size() < kFailureRoom)
+      mFailures += name + "; ";
+  }
+  /// What was seen on the way, for the table.
+  void detail(const std::string& text) { mDetail += (mDetail.empty() ? "" : ", ") + text; }
+
+private:
+  static constexpr unsigned kLongestCase = 300; // seconds
+  static constexpr std::size_t kFailureRoom = 2000;
+
+  std::string mWhat;
+  std::string mDetail;
+  std::string mFailures;
+  std::filesystem::path mFile;
+  std::int64_t mTried = 0;
+  std::int64_t mSurvived = 0;
+};
+
+/// A trial's size: the short one by itself, times $OV_ENDURANCE if that is set, up to the full one.
+inline std::int64_t scaled(std::int64_t shortSize, std::int64_t fullSize) {
+  const char* const factorP = std::getenv("OV_ENDURANCE");
+  const double factor = factorP && *factorP ? std::max(std::atof(factorP), 0.0) : 1.0;
+  const double size = static_cast<double>(shortSize) * factor;
+  return std::clamp<std::int64_t>(static_cast<std::int64_t>(std::min(size, 1e18)), 1, fullSize);
+}
+
+#endif
