@@ -16,13 +16,17 @@ void movePoints(const AcGeMatrix3d& transform, std::vector<AcGePoint3d>& points)
     p = transform * p;
 }
 
+/// Flatter pieces are straight: their middle lies off the chord by half of this share of its length, and their
+/// centre would be so far away that nothing is left of the arc in a double.
+constexpr double kLeastBulge = 1e-8;
+
 /// The arc from p to q whose bulge is given, counter-clockwise about the normal if that is positive.
 AcDbEllipticArc bulgeArc(const AcGePoint3d& p, const AcGePoint3d& q, double bulge,
                          const AcGeVector3d& normal) {
   const AcGeVector3d chord = q - p;
   const AcGeVector3d left = normal.crossProduct(chord); // as long as the chord
   AcDbEllipticArc arc;
-  arc.centre = p + chord * 0.5 + left * ((1 - bulge * bulge) / (4 * bulge));
+  arc.centre = p + chord * 0.5 + left * ((1 / bulge - bulge) / 4);
   arc.major = p - arc.centre;
   arc.minor = normal.crossProduct(arc.major) * (bulge > 0 ? 1 : -1);
   arc.sweep = 4 * std::atan(std::fabs(bulge));
@@ -43,8 +47,11 @@ AcDbPolyline::AcDbPolyline(const std::vector<Vertex>& vertices, bool isClosed, d
   for (size_t i = 0; i < count; ++i) {
     const AcGePoint3d& next = mPoints[(i + 1) % count];
     const bool hasPiece = i + 1 < count || isClosed;
-    if (hasPiece && vertices[i].bulge != 0 && mPoints[i] != next)
-      mRoundPieces.push_back({i, bulgeArc(mPoints[i], next, vertices[i].bulge, up)});
+    if (!hasPiece || std::fabs(vertices[i].bulge) < kLeastBulge || mPoints[i] == next)
+      continue;
+    const AcDbEllipticArc arc = bulgeArc(mPoints[i], next, vertices[i].bulge, up);
+    if (std::isfinite(arc.centre.x) && std::isfinite(arc.centre.y) && std::isfinite(arc.centre.z))
+      mRoundPieces.push_back({i, arc});
   }
 }
 
