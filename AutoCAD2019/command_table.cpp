@@ -32,8 +32,11 @@ void toggleScrollMode() {
 }
 
 void toggleObjectMoveMode() {
-  if (gAutoCadProxyP)
-    print("\n=> Move Selected Object: ", gAutoCadProxyP->mObjectMoveMode = !gAutoCadProxyP->mObjectMoveMode);
+  if (!gAutoCadProxyP)
+    return;
+  bool& isOn = gAutoCadProxyP->mObjectMoveMode;
+  isOn = !isOn;
+  print("\n=> Move Selected Object: ", isOn);
 }
 
 template <void (*command)()> void guarded() {

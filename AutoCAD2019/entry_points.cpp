@@ -22,9 +22,13 @@ int acrxGetApiVersion() {
   return kApiVersion;
 }
 
-BOOL APIENTRY DllMain(HINSTANCE module, DWORD reason, LPVOID) {
+BOOL APIENTRY DllMain(HINSTANCE module, DWORD reason, LPVOID isProcessEnding) {
   if (reason == DLL_PROCESS_ATTACH)
     gModuleInstance = module;
+  // Without an unload message, then. Our threads are gone already, wherever they were, and the engine would
+  // wait for them for ever.
+  if (reason == DLL_PROCESS_DETACH && isProcessEnding)
+    static_cast<void>(gApplication.mOvAutoCadP.release());
   return TRUE;
 }
 

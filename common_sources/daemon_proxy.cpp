@@ -115,33 +115,40 @@ void DaemonProxy::readMouseEvents() {
          "Invoking reading loop ... mIsToRead: " << static_cast<bool>(mIsToRead));
   std::string lastMode; // what the daemon was last told
   while (mIsToRead) {
-    short x = 0, y = 0, z = 0, a = 0, b = 0, c = 0;
-    int unused1 = 0, unused2 = 0, unused3 = 0, unused4 = 0;
-    int eventCode = 0;
-    if (ovFetchEvent(kDevice, &x, &y, &z, &a, &b, &c, &unused1, &unused2, &eventCode, &unused3, &unused4) ==
-        0) {
-      if (eventCode < 0) {
-        mOvAutoCadP->mCapX = x;
-        mOvAutoCadP->mCapY = y;
-        mOvAutoCadP->mCapZ = z;
-        mOvAutoCadP->mCapA = a;
-        mOvAutoCadP->mCapB = b;
-        mOvAutoCadP->mCapC = c;
-      } else {
-        handleEvent(eventCode, lastMode);
-      }
+    try {
+      readMouseEvent(lastMode);
+    } catch (...) { // no memory, say; an exception that leaves a thread ends the host
     }
-    const std::string mode = mOvAutoCadP->getModeName();
-    if (mode == lastMode && !mIsToSendMode)
-      continue;
-    // Cleared before the call rather than behind it, so that a connection made meanwhile is still told of the
-    // mode.
-    mIsToSendMode = false;
-    if (ovSetApplMode(kApplicationName, mode.c_str()) == 0)
-      lastMode = mode;
   }
   OV_LOG(CRT, "DaemonProxy", "DaemonProxy::readMouseEvents", "Reading loop left.");
   mIsReading = false;
+}
+
+void DaemonProxy::readMouseEvent(std::string& lastMode) {
+  short x = 0, y = 0, z = 0, a = 0, b = 0, c = 0;
+  int unused1 = 0, unused2 = 0, unused3 = 0, unused4 = 0;
+  int eventCode = 0;
+  if (ovFetchEvent(kDevice, &x, &y, &z, &a, &b, &c, &unused1, &unused2, &eventCode, &unused3, &unused4) ==
+      0) {
+    if (eventCode < 0) {
+      mOvAutoCadP->mCapX = x;
+      mOvAutoCadP->mCapY = y;
+      mOvAutoCadP->mCapZ = z;
+      mOvAutoCadP->mCapA = a;
+      mOvAutoCadP->mCapB = b;
+      mOvAutoCadP->mCapC = c;
+    } else {
+      handleEvent(eventCode, lastMode);
+    }
+  }
+  const std::string mode = mOvAutoCadP->getModeName();
+  if (mode == lastMode && !mIsToSendMode)
+    return;
+  // Cleared before the call rather than behind it, so that a connection made meanwhile is still told of the
+  // mode.
+  mIsToSendMode = false;
+  if (ovSetApplMode(kApplicationName, mode.c_str()) == 0)
+    lastMode = mode;
 }
 
 void DaemonProxy::handleEvent(std::int32_t eventCode, std::string& lastMode) {

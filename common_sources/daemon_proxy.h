@@ -44,6 +44,8 @@ public:
   Relaxed<bool> mIsToSendMode; // the mode has to be announced again, changed or not
 
 private:
+  /// One pass of the reading loop: the next event, if one comes in time, and the mode's name for the daemon.
+  void readMouseEvent(std::string& lastMode);
   /// Puts a key, a view command or a request where it belongs. lastMode is what the daemon was last told.
   void handleEvent(std::int32_t eventCode, std::string& lastMode);
 

@@ -70,9 +70,12 @@ std::string OvAutoCad::getModeName() const {
 void OvAutoCad::watchConnection(OvAutoCad& ovAutoCad) {
   ovAutoCad.mIsConnWatchRunning = true;
   while (ovAutoCad.mIsToWatchConnection) {
-    if (!ovAutoCad.mDaemonProxyP->checkConnection())
-      ovAutoCad.mDaemonProxyP->connect();
-    Util::sleep(kWatchInterval);
+    try {
+      if (!ovAutoCad.mDaemonProxyP->checkConnection())
+        ovAutoCad.mDaemonProxyP->connect();
+      Util::sleep(kWatchInterval);
+    } catch (...) { // no memory, say; an exception that leaves a thread ends the host
+    }
   }
   ovAutoCad.mIsConnWatchRunning = false;
 }

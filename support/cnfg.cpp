@@ -81,33 +81,23 @@ bool Cnfg::isSectionLine(const std::string& line, const std::string& section) co
   return close != std::string::npos && line.compare(open + 1, close - open - 1, section) == 0;
 }
 
-Cnfg::Cut Cnfg::cut(const std::string& line) const {
-  Cut parts;
-  const std::size_t first = std::min(line.find_first_not_of(kBlanks), line.size());
-  parts.leading = line.substr(0, first);
-  const std::size_t nameEnd = std::min(line.find_first_of(mSeparators, first), line.size());
-  parts.name = line.substr(first, nameEnd - first);
-  parts.name.erase(parts.name.find_last_not_of(' ') + 1);
-  const std::size_t valueStart = std::min(line.find_first_not_of(mSeparators, nameEnd), line.size());
-  parts.separator = line.substr(nameEnd, valueStart - nameEnd);
-  const std::size_t valueEnd = std::min(line.find_first_of(mLineEnds, valueStart), line.size());
-  parts.value = line.substr(valueStart, valueEnd - valueStart);
-  parts.tail = line.substr(valueEnd);
-  return parts;
+Cnfg::Places Cnfg::placesIn(const std::string& line) const {
+  Places places;
+  places.name = std::min(line.find_first_not_of(kBlanks), line.size());
+  places.separator = std::min(line.find_first_of(mSeparators, places.name), line.size());
+  places.nameEnd = places.separator;
+  while (places.nameEnd > places.name && line[places.nameEnd - 1] == ' ')
+    --places.nameEnd;
+  places.value = std::min(line.find_first_not_of(mSeparators, places.separator), line.size());
+  places.tail = std::min(line.find_first_of(mLineEnds, places.value), line.size());
+  return places;
 }
 
-/// What cut() gives as name and value, into texts whose room is used again: the readers' way, without the
-/// pieces that only a writer needs.
+/// Into texts whose room is used again.
 void Cnfg::cutNameAndValue(const std::string& line, std::string& name, std::string& value) const {
-  const std::size_t first = std::min(line.find_first_not_of(kBlanks), line.size());
-  const std::size_t nameEnd = std::min(line.find_first_of(mSeparators, first), line.size());
-  std::size_t last = nameEnd;
-  while (last > first && line[last - 1] == ' ')
-    --last;
-  name.assign(line, first, last - first);
-  const std::size_t valueStart = std::min(line.find_first_not_of(mSeparators, nameEnd), line.size());
-  const std::size_t valueEnd = std::min(line.find_first_of(mLineEnds, valueStart), line.size());
-  value.assign(line, valueStart, valueEnd - valueStart);
+  const Places places = placesIn(line);
+  name.assign(line, places.name, places.nameEnd - places.name);
+  value.assign(line, places.value, places.tail - places.value);
 }
 
 int Cnfg::selectSection(const std::string& section) {
@@ -214,25 +204,20 @@ bool Cnfg::findSectionLine(const std::string& section) {
   return false;
 }
 
-void Cnfg::rebuildLine(std::string& line, const Cut& old, const std::string& name,
-                       const std::string& value) const {
+/// Gives a line, one of mLines, a new name and value.
+void Cnfg::rebuildLine(std::string& line, const std::string& name, const std::string& value) const {
+  // A carriage return at its end is no part of its text.
+  const std::string end = !line.empty() && line.back() == '\r' ? "\r" : "";
+  line.erase(line.size() - end.size());
+  const Places old = placesIn(line);
   // A line that had a name only gets a separator, or the value would read as part of the name.
-  const std::string separator = old.separator.empty() ? "=" : old.separator;
+  const std::string separator =
+      old.value > old.separator ? line.substr(old.separator, old.value - old.separator) : "=";
   // What ends a value in reading can't be kept in one.
   const std::string kept = value.substr(0, value.find_first_of(mLineEnds));
-  line = old.leading + padded(name, kNameWidth) + separator + " " + padded(kept, kValueWidth) + old.tail;
+  line = line.substr(0, old.name) + padded(name, kNameWidth) + separator + " " + padded(kept, kValueWidth) +
+         line.substr(old.tail) + end;
 }
-
-namespace {
-
-/// Parts a line of mLines from the carriage return at its end, which is no part of the line's text.
-std::string withoutReturn(const std::string& line, std::string& carriageReturn) {
-  const bool hasReturn = !line.empty() && line.back() == '\r';
-  carriageReturn = hasReturn ? "\r" : "";
-  return hasReturn ? line.substr(0, line.size() - 1) : line;
-}
-
-} // namespace
 
 int Cnfg::writeParameter(const std::string& name, const std::string& value, const std::string& section) {
   setError(kOk);
@@ -249,13 +234,12 @@ int Cnfg::writeParameter(const std::string& name, const std::string& value, cons
   for (; mLineIndex < mLines.size(); ++mLineIndex) {
     std::string& line = mLines[mLineIndex];
     const Kind kind = kindOf(line);
-    if (kind == Kind::Section)
+    // Without its closing bracket it is of no use, and doesn't end a section.
+    if (kind == Kind::Section && line.find(']') != std::string::npos)
       return setError(kNoParameter);
-    std::string carriageReturn;
-    const Cut parts = cut(withoutReturn(line, carriageReturn));
-    if (kind == Kind::Parameter && parts.name == name) {
-      rebuildLine(line, parts, name, value);
-      line += carriageReturn;
+    const Places places = placesIn(line);
+    if (kind == Kind::Parameter && line.compare(places.name, places.nameEnd - places.name, name) == 0) {
+      rebuildLine(line, name, value);
       return mError;
     }
   }
@@ -271,11 +255,7 @@ int Cnfg::writeParameterAt(const std::string& name, const std::string& value, co
   if (offset >= mLines.size() - mLineIndex)
     return setError(kNoParameter);
   mLineIndex += offset;
-  std::string& line = mLines[mLineIndex];
-  std::string carriageReturn;
-  const Cut parts = cut(withoutReturn(line, carriageReturn));
-  rebuildLine(line, parts, name, value);
-  line += carriageReturn;
+  rebuildLine(mLines[mLineIndex], name, value);
   return mError;
 }
 

@@ -36,9 +36,9 @@ public:
 
   /// Moves the read position behind the line of the first section of that name.
   int selectSection(const std::string& section);
-  /// Fetches the next parameter from the read position. A line without a name is consumed and gives 4, with
-  /// both texts empty; at the file's end both stay as they were. trim  removes blanks and tabs from both ends
-  /// of the value
+  /// Fetches the next parameter from the read position. A line without a name is consumed and gives 4; name
+  /// is empty then, and so is value, unless the line begins with a separator. At the file's end both stay as
+  /// they were. trim  removes blanks and tabs from both ends of the value
   int readNextParameter(std::string& name, std::string& value, bool trim);
   /// Looks a parameter up by name; the first of two with one name wins.
   /// section  empty: the search goes on from the read position
@@ -77,12 +77,13 @@ public:
 
 private:
   /// A line taken apart, each piece as it stands there; put together they give the line again.
-  struct Cut {
-    std::string leading;   // blanks and tabs in front
-    std::string name;      // with no blanks at its end
-    std::string separator; // the run of separators
-    std::string value;     // untrimmed
-    std::string tail;      // from the first value end on
+  /// Where the pieces of a parameter line begin; in front of the name are blanks and tabs.
+  struct Places {
+    std::size_t name = 0;
+    std::size_t nameEnd = 0;   // blanks at its end left out
+    std::size_t separator = 0; // the run of separators
+    std::size_t value = 0;     // untrimmed
+    std::size_t tail = 0;      // from the first value end on
   };
 
   enum class Kind { Blank, Comment, Section, Parameter };
@@ -91,12 +92,11 @@ private:
   bool readLine(std::string& line);
   Kind kindOf(const std::string& line) const;
   bool isSectionLine(const std::string& line, const std::string& section) const;
-  Cut cut(const std::string& line) const;
+  Places placesIn(const std::string& line) const;
   void cutNameAndValue(const std::string& line, std::string& name, std::string& value) const;
   void load();
   bool findSectionLine(const std::string& section);
-  void rebuildLine(std::string& line, const Cut& old, const std::string& name,
-                   const std::string& value) const;
+  void rebuildLine(std::string& line, const std::string& name, const std::string& value) const;
 };
 
 #endif

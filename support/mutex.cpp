@@ -109,7 +109,8 @@ int SleepMutex::lock() {
   std::cout << "SleepMutex::lock(): '" + nameText(mName) +
                    "' forced to unlock due to timeout, called by thread " + threadText() + "!\n"
             << std::flush;
-  return 0; // the flag is set, and from here on it is ours
+  mIsLocked = true; // its holder may have let go of it meanwhile
+  return 0;
 }
 
 int SleepMutex::unlock() {

@@ -161,7 +161,12 @@ void Logging::rotateIfFull() {
   // The limit is formed in 32 bits. A file that couldn't be opened again has no position and never reaches
   // it.
   const auto limit = static_cast<std::int32_t>(static_cast<std::uint32_t>(mMaxSize) * kSizeUnit);
-  if (mPosition >= limit && mFileStream && mFileStream->is_open())
+  if (mPosition < limit || !mFileStream || !mFileStream->is_open())
+    return;
+  // Our own count doesn't know of a file that was emptied before the last record, nor of a device that keeps
+  // no size.
+  mPosition = mFileStream->position();
+  if (mPosition >= limit)
     backupLogFile();
 }
 
@@ -179,7 +184,8 @@ void Logging::writeToFile(std::string_view text) {
     mFileStream->write("\n");
   const bool isWhole = mFileStream->write(text);
   if (isWhole && !mIsLineTorn) {
-    mPosition += static_cast<std::int64_t>(text.size());
+    if (mPosition >= 0) // a pipe has no position
+      mPosition += static_cast<std::int64_t>(text.size());
     return;
   }
   const std::int64_t end = mFileStream->position();

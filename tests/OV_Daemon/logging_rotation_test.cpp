@@ -2,6 +2,12 @@
 #include <cerrno>
 #include <iostream>
 
+#ifndef _WIN32
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
 #include "file_faults.h"
 #include "log_fixture.h"
 #include "stream_capture.h"
@@ -34,6 +40,33 @@ TEST_F(LoggingRotation, ARecordThatFindsTheLimitReachedIsTheFirstOfTheNewFile) {
   EXPECT_EQ("rotates", texts("log.bak").front());
   EXPECT_EQ(Texts{"again"}, texts());
 }
+
+TEST_F(LoggingRotation, AFileThatSomeoneEmptiesBeginsItsCountAnew) {
+  mPars.mMaxSize = 1;
+  gLogging.init(mPars);
+  ASSERT_TRUE(record(std::string(300, 'x')));
+  mFolder.write("log.txt", "");
+  ASSERT_TRUE(record(std::string(500, 'y')));
+  ASSERT_TRUE(record("goes on"));
+  EXPECT_FALSE(mFolder.exists("log.bak"));
+}
+
+#ifndef _WIN32
+TEST_F(LoggingRotation, APipeHasNoSizeAndStaysWhereItIs) {
+  ASSERT_EQ(0, mkfifo(mFolder.native("pipe.txt").c_str(), 0600));
+  const int reader = open(mFolder.native("pipe.txt").c_str(), O_RDWR);
+  mPars.mLogFile = "pipe.txt";
+  mPars.mMaxSize = 0;
+  gLogging.init(mPars);
+  ASSERT_TRUE(record("one"));
+  ASSERT_TRUE(record("two"));
+  char bytes[4096] = {};
+  EXPECT_GT(read(reader, bytes, sizeof bytes - 1), 0);
+  EXPECT_NE(std::string::npos, std::string(bytes).find("| two\n"));
+  EXPECT_FALSE(mFolder.exists("pipe.bak"));
+  close(reader);
+}
+#endif
 
 TEST_F(LoggingRotation, TheLimitIsFormedIn32Bits) {
   mPars.mMaxSize = 4294968; // times 1000 is 2^32 + 704

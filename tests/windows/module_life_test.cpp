@@ -2,6 +2,7 @@
 // leave.
 
 #include <atomic>
+#include <cstdlib>
 #include <string>
 #include <thread>
 
@@ -105,6 +106,18 @@ TEST_F(ModuleLife, MissingFolderIsToldInADialogThatTheLoadWaitsFor) {
                   L"' not found!\n\nStart the driver first and try again to read out AutoCAD's menu items.");
     EXPECT_NE(host::printed().find(L"mOvAutoCadP constructed"), std::wstring::npos) << "the load goes on";
   }
+}
+
+// The host may end without an unload message. By then Windows has ended our threads, wherever they were.
+TEST_F(ModuleLife, ProcessThatEndsWithThePlugInLoadedEnds) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        Plugin plugin;
+        dispatchFor(300);
+        std::exit(0);
+      },
+      testing::ExitedWithCode(0), "");
 }
 
 TEST_F(ModuleLife, FoldersBeyondTheCodePageAreTakenForMissing) {
