@@ -197,7 +197,8 @@ std::unique_ptr<AcDbEntity> Builder::faceMesh(const Polyline& polyline) {
     const double corners[] = {v.point.x, v.point.y, v.point.z, v.bulge}; // numbers from 1; 0 for none
     AcDbPolyFaceMesh::Face face;
     for (int k = 0; k < 4; ++k)
-      face.corner[k] = static_cast<int>(corners[k]) - 1;
+      face.corner[k] =
+          std::fabs(corners[k]) <= static_cast<double>(count) ? static_cast<int>(corners[k]) - 1 : -1;
     faces.push_back(face);
   }
   return std::make_unique<AcDbPolyFaceMesh>(pointsOf(polyline, count), faces);
