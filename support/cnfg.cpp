@@ -16,6 +16,11 @@ void trimBlanks(std::string& text) {
   text.erase(0, text.find_first_not_of(kBlanks));
 }
 
+/// A line of mLines without the carriage return at its end, which is no part of its text.
+std::string withoutReturn(const std::string& line) {
+  return line.substr(0, line.size() - (!line.empty() && line.back() == '\r' ? 1 : 0));
+}
+
 std::string padded(std::string text, std::size_t width) {
   if (text.size() < width)
     text.append(width - text.size(), ' ');
@@ -206,17 +211,16 @@ bool Cnfg::findSectionLine(const std::string& section) {
 
 /// Gives a line, one of mLines, a new name and value.
 void Cnfg::rebuildLine(std::string& line, const std::string& name, const std::string& value) const {
-  // A carriage return at its end is no part of its text.
-  const std::string end = !line.empty() && line.back() == '\r' ? "\r" : "";
-  line.erase(line.size() - end.size());
-  const Places old = placesIn(line);
+  const std::string text = withoutReturn(line);
+  const std::string end = line.substr(text.size());
+  const Places old = placesIn(text);
   // A line that had a name only gets a separator, or the value would read as part of the name.
   const std::string separator =
-      old.value > old.separator ? line.substr(old.separator, old.value - old.separator) : "=";
+      old.value > old.separator ? text.substr(old.separator, old.value - old.separator) : "=";
   // What ends a value in reading can't be kept in one.
   const std::string kept = value.substr(0, value.find_first_of(mLineEnds));
-  line = line.substr(0, old.name) + padded(name, kNameWidth) + separator + " " + padded(kept, kValueWidth) +
-         line.substr(old.tail) + end;
+  line = text.substr(0, old.name) + padded(name, kNameWidth) + separator + " " + padded(kept, kValueWidth) +
+         text.substr(old.tail) + end;
 }
 
 int Cnfg::writeParameter(const std::string& name, const std::string& value, const std::string& section) {
@@ -237,8 +241,9 @@ int Cnfg::writeParameter(const std::string& name, const std::string& value, cons
     // Without its closing bracket it is of no use, and doesn't end a section.
     if (kind == Kind::Section && line.find(']') != std::string::npos)
       return setError(kNoParameter);
-    const Places places = placesIn(line);
-    if (kind == Kind::Parameter && line.compare(places.name, places.nameEnd - places.name, name) == 0) {
+    const std::string text = withoutReturn(line);
+    const Places places = placesIn(text);
+    if (kind == Kind::Parameter && text.compare(places.name, places.nameEnd - places.name, name) == 0) {
       rebuildLine(line, name, value);
       return mError;
     }

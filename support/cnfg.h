@@ -38,7 +38,8 @@ public:
   int selectSection(const std::string& section);
   /// Fetches the next parameter from the read position. A line without a name is consumed and gives 4; name
   /// is empty then, and so is value, unless the line begins with a separator. At the file's end both stay as
-  /// they were. trim  removes blanks and tabs from both ends of the value
+  /// they were.
+  /// trim  removes blanks and tabs from both ends of the value
   int readNextParameter(std::string& name, std::string& value, bool trim);
   /// Looks a parameter up by name; the first of two with one name wins.
   /// section  empty: the search goes on from the read position
@@ -76,7 +77,6 @@ public:
   std::vector<std::string> mLines; // for the writing operations only
 
 private:
-  /// A line taken apart, each piece as it stands there; put together they give the line again.
   /// Where the pieces of a parameter line begin; in front of the name are blanks and tabs.
   struct Places {
     std::size_t name = 0;

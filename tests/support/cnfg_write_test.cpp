@@ -38,6 +38,8 @@ TEST_F(CnfgWrite, RebuildsALineInColumns) {
       {"name\t=old#why", "name", "new", name32 + "\t= " + padded("new", 34) + "#why"},
       {"name", "name", "new", name32 + "= " + padded("new", 34)}, // or the value would read as the name's
       {"name = old # why", "name", "", name32 + "= " + padded("", 34) + "# why"},
+      {"name\r", "name", "new", name32 + "= " + padded("new", 34) + "\r"},
+      {"[no section\nname = old", "name", "new", "[no section\n" + name32 + "= " + padded("new", 34)},
       {"name = old", "name", "a # b", name32 + "= " + padded("a ", 34)}, // couldn't be read back otherwise
       {"name = old # why", "name", "a\r\nb = c", name32 + "= " + padded("a", 34) + "# why"},
       {longName + " = old # why", longName, longValue, longName + "= " + longValue + "# why"},
