@@ -10,7 +10,9 @@
 #include <arxHeaders.h>
 
 #include "calls.h"
+#include "environment.h"
 #include "host.h"
+#include "message_loop.h"
 #include "temp_folder.h"
 
 #ifndef _WIN32
@@ -23,17 +25,10 @@ namespace {
 
 using EntryPoint = AcRx::AppRetCode (*)(int, void*);
 using GetApiVersion = int (*)();
+using rig::setEnvironment;
 
 constexpr int kInit = 1;
 constexpr int kUnload = 2;
-
-void setEnvironment(const char* name, const std::string& value) {
-#ifdef _WIN32
-  _putenv_s(name, value.c_str());
-#else
-  setenv(name, value.c_str(), 1);
-#endif
-}
 
 std::wstring wide(const std::string& text) {
   return std::wstring(text.begin(), text.end());
@@ -42,13 +37,7 @@ std::wstring wide(const std::string& text) {
 /// Lets the message loop run for a while: on a clock in hand where there is one.
 void runLoop(DWORD milliseconds) {
 #ifdef _WIN32
-  const DWORD start = GetTickCount();
-  while (GetTickCount() - start < milliseconds) {
-    MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
-      DispatchMessageW(&message);
-    Sleep(5);
-  }
+  rig::runLoop(milliseconds);
 #else
   desktop::runTimers(milliseconds);
 #endif

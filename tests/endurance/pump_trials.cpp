@@ -9,16 +9,15 @@
 
 #include "desktop.h"
 #include "host.h"
+#include "message_loop.h"
 #include "plugged_in.h"
 #include "trial.h"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-double secondsSince(Clock::time_point start) {
-  return std::chrono::duration<double>(Clock::now() - start).count();
-}
+using rig::runLoop;
+using rig::secondsSince;
 
 class Keys : public PluggedIn {};
 
@@ -194,22 +193,6 @@ double processorSeconds() {
     return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_usec) * 1e-6;
   };
   return seconds(used.ru_utime) + seconds(used.ru_stime);
-}
-
-bool gIsLoopOver = false;
-
-void CALLBACK endLoop(HWND, UINT, UINT_PTR id, DWORD) {
-  KillTimer(nullptr, id);
-  gIsLoopOver = true;
-}
-
-/// The host's message loop for some milliseconds, asleep while there is nothing to do.
-void runLoop(UINT milliseconds) {
-  gIsLoopOver = false;
-  SetTimer(nullptr, 0, milliseconds, endLoop);
-  MSG message;
-  while (!gIsLoopOver && GetMessageW(&message, nullptr, 0, 0) > 0)
-    DispatchMessageW(&message);
 }
 
 TEST_F(LongRun, Rest) {

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <iomanip>
 #include <sstream>
 
 #include "calls.h"
+#include "environment.h"
 #include "logging.h"
 #include "motion/motion_state.h"
 #include "util.h"
@@ -25,14 +25,6 @@ TempFolder& home() {
 namespace {
 
 constexpr char kLogFile[] = "Orvaner/autocad_addin_log.txt";
-
-void setEnvironment(const char* name, const std::string& value) {
-#ifdef _WIN32
-  _putenv_s(name, value.c_str());
-#else
-  setenv(name, value.c_str(), 1);
-#endif
-}
 
 } // namespace
 

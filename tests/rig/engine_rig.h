@@ -29,8 +29,8 @@ constexpr char kSettingsFile[] = "Orvaner/Applications/autocad_addin.ini";
 /// {"transSensBase", "0"}.
 std::string settingsText(const std::vector<std::pair<std::string, std::string>>& changes = {});
 
-/// This thread's records in the log file from a position on, each as "ERR text", in order. Those of the device
-/// link are left out.
+/// This thread's records in the log file from a position on, each as "ERR text", in order. Those of the
+/// device link are left out.
 std::vector<std::string> records(std::size_t from);
 std::size_t logSize();
 /// The log file from a position on, as it stands.

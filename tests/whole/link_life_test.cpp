@@ -11,7 +11,9 @@
 #include <arxHeaders.h>
 
 #include "calls.h"
+#include "environment.h"
 #include "host.h"
+#include "message_loop.h"
 #include "process.h"
 #include "temp_folder.h"
 
@@ -24,33 +26,12 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using rig::secondsSince;
+using rig::setEnvironment;
 
-double secondsSince(Clock::time_point start) {
-  return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
-void setEnvironment(const char* name, const std::string& value) {
-#ifdef _WIN32
-  _putenv_s(name, value.c_str());
-#else
-  setenv(name, value.c_str(), 1);
-#endif
-}
-
-bool gIsLoopOver = false;
-
-void CALLBACK endLoop(HWND, UINT, UINT_PTR id, DWORD) {
-  KillTimer(nullptr, id);
-  gIsLoopOver = true;
-}
-
-/// The host's message loop for some milliseconds, asleep while there is nothing to do.
+/// The host's turn: its message loop for some milliseconds, and what was typed meanwhile.
 void runLoop(UINT milliseconds) {
-  gIsLoopOver = false;
-  SetTimer(nullptr, 0, milliseconds, endLoop);
-  MSG message;
-  while (!gIsLoopOver && GetMessageW(&message, nullptr, 0, 0) > 0)
-    DispatchMessageW(&message);
+  rig::runLoop(milliseconds);
   host::runQueue();
 }
 

@@ -13,6 +13,7 @@
 #include <tlhelp32.h>
 
 #include "host.h"
+#include "message_loop.h"
 #include "process.h"
 #include "temp_folder.h"
 
@@ -43,16 +44,6 @@ private:
   HMODULE mModule;
   AcRx::AppRetCode (*mEntryPoint)(int, void*);
 };
-
-void dispatchFor(DWORD milliseconds) {
-  const DWORD start = GetTickCount();
-  while (GetTickCount() - start < milliseconds) {
-    MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
-      DispatchMessageW(&message);
-    Sleep(5);
-  }
-}
 
 class ModuleLife : public testing::Test {
 protected:
@@ -114,7 +105,7 @@ TEST_F(ModuleLife, ProcessThatEndsWithThePlugInLoadedEnds) {
   EXPECT_EXIT(
       {
         Plugin plugin;
-        dispatchFor(300);
+        rig::runLoop(300);
         std::exit(0);
       },
       testing::ExitedWithCode(0), "");
@@ -142,7 +133,7 @@ TEST_F(ModuleLife, FoldersBeyondTheCodePageAreTakenForMissing) {
 
 TEST_F(ModuleLife, OtherProcessesReadTheLogWhileItIsWritten) {
   Plugin plugin;
-  dispatchFor(300);
+  rig::runLoop(300);
   const std::string log = mHome.native("Orvaner\\autocad_addin_log.txt");
   // The daemon reads any file as a session, and tells what is wrong with its first line.
   Process reader(OV_DAEMON, {log}, mHome.native("reader.txt"));
@@ -178,7 +169,7 @@ TEST_F(ModuleLife, FiftyLivesLeaveWhatOneLeaves) {
   constexpr int kLives = 50;
   const auto live = [] {
     Plugin plugin;
-    dispatchFor(120); // a tick at least
+    rig::runLoop(120); // a tick at least
   };
   live();
   const Holdings one = holdings();
