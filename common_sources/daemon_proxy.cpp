@@ -38,7 +38,10 @@ DaemonProxy::DaemonProxy(OvAutoCad* ovAutoCadP)
       mIsToSendMode(false), mHasReadThread(false) {
   OV_LOG(CRT, "DaemonProxy", "DaemonProxy::DaemonProxy", "Constructing ...");
   mOvAutoCadP->mPendingKey = -1;
-  mIsConnected = connect();
+  try {
+    mIsConnected = connect();
+  } catch (...) { // no memory, say; the connection watch tries again
+  }
   mHasReadThread = pthread_create(&mReadThread, nullptr, readThreadEntry, this) == 0;
   OV_LOG(CRT, "DaemonProxy", "DaemonProxy::DaemonProxy", "Constructed.");
 }
@@ -46,7 +49,12 @@ DaemonProxy::DaemonProxy(OvAutoCad* ovAutoCadP)
 DaemonProxy::~DaemonProxy() {
   OV_LOG(CRT, "DaemonProxy", "DaemonProxy::~DaemonProxy", "Destructing ...");
   mIsToRead = false;
-  if (ovDisconnect() != 0)
+  bool isDisconnected = false;
+  try {
+    isDisconnected = ovDisconnect() == 0;
+  } catch (...) { // nothing may leave a destructor
+  }
+  if (!isDisconnected)
     OV_LOG(ERR, "DaemonProxy", "DaemonProxy::~DaemonProxy", "Error in ovDisConnect()!");
   sleepWhile(mIsReading, kReadPollInterval);
   // Behind its flag the thread still writes a record and leaves our code. The host unmaps that code soon.

@@ -315,15 +315,17 @@ TEST_F(Faults, EveryCallFailingThenThrowing) {
     EXPECT_EQ(struck.count(operation), 1u) << "the session no longer reaches " << operation;
 }
 
-TEST_F(Faults, EveryCallOfTheDeviceLibraryFailing) {
+TEST_F(Faults, EveryCallOfTheDeviceLibraryFailingThenThrowing) {
   const char* const functions[] = {"ovConnect",    "ovDisconnect",          "ovGetDevNum",  "ovGetDevInfo",
                                    "ovFetchEvent", "ovGetAdvancedSettings", "ovSetApplMode"};
-  Trial trial("Each function of the device library fails, at its first calls");
+  Trial trial("Each function of the device library fails, then throws, at its first calls");
   for (const char* const function : functions) {
-    for (int skip = 0; skip < 4; ++skip) {
-      SCOPED_TRACE(testing::Message() << function << " after " << skip);
+    for (int call = 0; call < 8; ++call) {
+      const bool isThrow = call % 2 != 0;
+      SCOPED_TRACE(testing::Message()
+                   << function << (isThrow ? " throws" : " fails") << " after " << call / 2);
       devlink_twin::reset();
-      devlink_twin::fail(function, 1, skip);
+      devlink_twin::fail(function, 1, call / 2, isThrow);
       devlink_twin::pushMotion({5, 0, 0, 0, 0, 0});
       devlink_twin::pushEvent(kRotationSettingsEvent1);
       devlink_twin::pushEvent(kAnnounceModeEvent);
@@ -334,7 +336,7 @@ TEST_F(Faults, EveryCallOfTheDeviceLibraryFailing) {
       EXPECT_TRUE(session.isPumpRunning());
       session.unload();
       expectBalance("");
-      trial.count(std::string(function) + " after " + std::to_string(skip), !HasFailure());
+      trial.count(std::string(function) + " at call " + std::to_string(call), !HasFailure());
     }
   }
   devlink_twin::reset();

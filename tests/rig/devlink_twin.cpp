@@ -6,6 +6,7 @@
 #include <deque>
 #include <map>
 #include <mutex>
+#include <stdexcept>
 
 #include <ov_devlink.h>
 
@@ -21,6 +22,7 @@ struct Event {
 struct Failure {
   int skip = 0;
   int count = 0;
+  bool isThrow = false;
 };
 
 struct Twin {
@@ -51,6 +53,8 @@ struct Twin {
       return false;
     }
     --failure.count;
+    if (failure.isThrow)
+      throw std::runtime_error(function);
     return true;
   }
 };
@@ -116,9 +120,9 @@ bool waitUntilTaken() {
   return t.changed.wait_for(lock, 5s, [&t] { return t.events.empty() && t.isFetchWaiting; });
 }
 
-void fail(const std::string& function, int count, int skip) {
+void fail(const std::string& function, int count, int skip, bool isThrow) {
   const std::lock_guard<std::mutex> lock(twin().mutex);
-  twin().failures[function] = Failure{skip, count};
+  twin().failures[function] = Failure{skip, count, isThrow};
 }
 
 std::vector<std::string> calls() {
@@ -152,10 +156,9 @@ int ovConnect(int, const char* clientName) {
 int ovDisconnect() {
   Twin& t = twin();
   const std::lock_guard<std::mutex> lock(t.mutex);
-  const bool isToFail = t.enter("ovDisconnect", "");
   t.isLinkUp = false; // a failure is told, yet nobody stays blocked
   t.changed.notify_all();
-  return isToFail ? 1 : 0;
+  return t.enter("ovDisconnect", "") ? 1 : 0;
 }
 
 int ovGetDevNum(int* deviceCount, int*, int*) {

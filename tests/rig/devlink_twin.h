@@ -24,8 +24,8 @@ void pushEvent(std::int32_t code);
 /// Waits until the reading loop has come back for more after taking all events. False after some seconds.
 bool waitUntilTaken();
 
-/// The next count calls of that function fail, after letting skip calls pass.
-void fail(const std::string& function, int count = 1, int skip = 0);
+/// The next count calls of that function fail, or throw, after letting skip calls pass.
+void fail(const std::string& function, int count = 1, int skip = 0, bool isThrow = false);
 
 /// The calls up to now, as in "ovConnect acad", without ovFetchEvent and ovGetDevNum, which come at any time.
 std::vector<std::string> calls();

@@ -16,10 +16,6 @@ void movePoints(const AcGeMatrix3d& transform, std::vector<AcGePoint3d>& points)
     p = transform * p;
 }
 
-/// Flatter pieces are straight: their middle lies off the chord by half of this share of its length, and their
-/// centre would be so far away that nothing is left of the arc in a double.
-constexpr double kLeastBulge = 1e-8;
-
 /// The arc from p to q whose bulge is given, counter-clockwise about the normal if that is positive.
 AcDbEllipticArc bulgeArc(const AcGePoint3d& p, const AcGePoint3d& q, double bulge,
                          const AcGeVector3d& normal) {
@@ -47,8 +43,9 @@ AcDbPolyline::AcDbPolyline(const std::vector<Vertex>& vertices, bool isClosed, d
   for (size_t i = 0; i < count; ++i) {
     const AcGePoint3d& next = mPoints[(i + 1) % count];
     const bool hasPiece = i + 1 < count || isClosed;
-    if (!hasPiece || std::fabs(vertices[i].bulge) < kLeastBulge || mPoints[i] == next)
+    if (!hasPiece || vertices[i].bulge == 0 || mPoints[i] == next)
       continue;
+    // A piece with next to no bulge has its centre beyond all numbers: it is straight, too.
     const AcDbEllipticArc arc = bulgeArc(mPoints[i], next, vertices[i].bulge, up);
     if (std::isfinite(arc.centre.x) && std::isfinite(arc.centre.y) && std::isfinite(arc.centre.z))
       mRoundPieces.push_back({i, arc});
