@@ -14,6 +14,8 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds kOpenTimeout{1000};
 constexpr milliseconds kRequestTimeout{500};
+/// Ends of reads are found at once. Where one isn't, closing the socket has to end it.
+constexpr milliseconds kLastReadTimeout{500};
 
 /// Small, so that old motion samples don't pile up in the system where they can't be overwritten.
 constexpr int kReceiveBufferBytes = 64 * 1024;
@@ -37,6 +39,17 @@ constexpr auto kForever = std::chrono::steady_clock::time_point::max();
 } // namespace
 
 Link::Link() : mStaysReady(asio::make_work_guard(mIo)), mSocket(mIo) {}
+
+/// By now no call is under way any more. Only a link that has ended may be waited for: one that is closed by
+/// force, at unload, goes with its socket.
+Link::~Link() {
+  try {
+    const Clock::time_point deadline = Clock::now() + kLastReadTimeout;
+    while (mState == State::down && mIsReading && mIo.run_one_until(deadline) > 0) {
+    }
+  } catch (...) { // the socket goes with its read, then
+  }
+}
 
 bool Link::open(std::uint16_t port, const std::string& clientName) {
   Lock lock(mMutex);
@@ -181,13 +194,16 @@ void Link::armRead() {
   mSocket.async_read_some(asio::buffer(room, size),
                           [this, size](const asio::error_code& error, std::size_t got) {
                             const Lock lock(mMutex);
+                            mIsReading = false;
+                            asio::error_code ignored;
                             if (mState == State::down)
-                              return;
-                            if (error)
+                              mSocket.close(ignored);
+                            else if (error)
                               drop();
                             else
                               onRead(got, size);
                           });
+  mIsReading = true; // its handler waits for the lock
 }
 
 /// Takes what has come, and what else the socket holds: motion that is about to be overwritten needn't go
@@ -282,12 +298,18 @@ bool Link::send(const Bytes& bytes) {
   return mSocket.write_some(asio::buffer(bytes), error) == bytes.size() && !error;
 }
 
+/// A read that is under way is ended by shutting the socket down, which it finds as the end of the stream:
+/// one that another thread has begun may never end when its socket is closed, where overlapped reads are
+/// Wine's, and the io_context would wait for it for good. Its handler closes the socket.
 void Link::drop() {
   if (mState == State::down)
     return;
   mState = State::down;
   asio::error_code ignored;
-  mSocket.close(ignored);
+  if (mIsReading)
+    mSocket.shutdown(tcp::socket::shutdown_both, ignored);
+  else
+    mSocket.close(ignored);
   mWoken.notify_all();
   asio::post(mIo, [] {}); // frees the caller who reads
 }

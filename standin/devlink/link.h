@@ -26,6 +26,10 @@ namespace devlink {
 class Link {
 public:
   Link();
+  /// Waits for the end of a read that close() has left, kLastReadTimeout at most.
+  ~Link();
+  Link(const Link&) = delete;
+  Link& operator=(const Link&) = delete;
 
   /// Connects, and exchanges greetings. Gives false after kOpenTimeout at the latest.
   bool open(std::uint16_t port, const std::string& clientName);
@@ -80,6 +84,7 @@ private:
   bool mHasReader = false; ///< a caller is in mIo
   State mState = State::opening;
   bool mIsClosed = false;
+  bool mIsReading = false; ///< a read of the socket is under way, whoever waits for it
   std::uint32_t mLastQuestion = 0;
   std::vector<Question*> mQuestions;
   EventQueue mEvents;

@@ -33,11 +33,16 @@ inline void usePort(const std::string& port) {
 #endif
 }
 
-/// Descriptors that this process has open; 0 where there is no way to tell.
+/// Descriptors, on Windows handles, that this process has open; 0 where there is no way to tell.
 inline std::ptrdiff_t openDescriptors() {
+#ifdef _WIN32
+  DWORD handles = 0;
+  return GetProcessHandleCount(GetCurrentProcess(), &handles) ? static_cast<std::ptrdiff_t>(handles) : 0;
+#else
   std::error_code failure;
   std::filesystem::directory_iterator folder("/proc/self/fd", failure);
   return failure ? 0 : std::distance(folder, std::filesystem::directory_iterator());
+#endif
 }
 
 /// Memory of this process, bytes; 0 where there is no way to tell, or where a sanitizer keeps freed memory.

@@ -266,8 +266,6 @@ TEST_F(LinkTest, fiftyRestartsOfTheDaemonLeaveNothingBehind) {
   EXPECT_LE(openDescriptors(), before); // fewer, where the system drops some of its own meanwhile
 }
 
-// Under Wine this has been seen to hang: a link that is closed while it connects is destroyed, and Asio's
-// io_context waits there for an operation whose end never reaches the completion port.
 TEST_F(LinkTest, allFunctionsMayBeCalledAtOnce) {
   RunningDaemon daemon;
   std::atomic<bool> isOver{false}, areJoined{false};
