@@ -339,6 +339,10 @@ bool Daemon::play(const Action& action) {
   return true;
 }
 
+void Daemon::enqueue(const Action& action) {
+  asio::post(mImplementationP->mIo, [this, action] { mImplementationP->play(action); });
+}
+
 void Daemon::endOfInput() {
   asio::post(mImplementationP->mIo, [this] {
     mImplementationP->mIsInputOver = true;

@@ -60,6 +60,8 @@ public:
   /// Plays one action of the device now, whatever its time; returns when it has gone out. False if run() has
   /// ended before. Any thread but that of run().
   bool play(const session::Action& action);
+  /// The same without waiting for it. Any thread.
+  void enqueue(const session::Action& action);
   /// There will be no more play(): run() ends when the clients that were there have left. Any thread.
   void endOfInput();
 

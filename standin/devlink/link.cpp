@@ -158,17 +158,21 @@ template <class IsDone> bool Link::waitFor(Lock& lock, Clock::time_point deadlin
   return true;
 }
 
-/// Runs the socket's operations, without the lock; their handlers take it.
+/// Runs the socket's operations, without the lock; their handlers take it. A read begins here and not as soon
+/// as the one before has ended: the event that came with that one is on its way first.
 template <class Run> void Link::readSocket(Lock& lock, Run run) {
   mHasReader = true;
-  lock.unlock();
   bool isFailed = false;
   try {
+    if (mIsConnected && !mIsReading && mState != State::down)
+      armRead();
+    lock.unlock();
     run();
   } catch (...) {
     isFailed = true; // out of memory: this link is over
   }
-  lock.lock();
+  if (!lock.owns_lock())
+    lock.lock();
   if (isFailed)
     drop();
   mHasReader = false;
@@ -185,7 +189,7 @@ void Link::onConnected(const std::string& clientName) {
   if (failure || !send(hello))
     drop();
   else
-    armRead();
+    mIsConnected = true;
 }
 
 void Link::armRead() {
@@ -215,12 +219,12 @@ void Link::onRead(std::size_t got, std::size_t size) {
       return drop();
     // Room is left, so the socket is most likely empty.
     if (got < size || reads == kMaxReadsPerTurn)
-      return armRead();
+      return;
     std::uint8_t* room = mIn.room(size);
     asio::error_code error;
     got = mSocket.read_some(asio::buffer(room, size), error);
     if (error == asio::error::would_block)
-      return armRead();
+      return;
     if (error)
       return drop();
   }

@@ -84,6 +84,7 @@ private:
   bool mHasReader = false; ///< a caller is in mIo
   State mState = State::opening;
   bool mIsClosed = false;
+  bool mIsConnected = false;
   bool mIsReading = false; ///< a read of the socket is under way, whoever waits for it
   std::uint32_t mLastQuestion = 0;
   std::vector<Question*> mQuestions;
