@@ -6,6 +6,7 @@
 
 #include "cnfg.h"
 #include "logging.h"
+#include "parameter_text.h"
 #include "util.h"
 
 namespace {

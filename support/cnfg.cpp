@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "parameter_text.h"
 #include "util.h"
 
 namespace {
@@ -19,12 +20,6 @@ void trimBlanks(std::string& text) {
 /// A line of mLines without the carriage return at its end, which is no part of its text.
 std::string withoutReturn(const std::string& line) {
   return line.substr(0, line.size() - (!line.empty() && line.back() == '\r' ? 1 : 0));
-}
-
-std::string padded(std::string text, std::size_t width) {
-  if (text.size() < width)
-    text.append(width - text.size(), ' ');
-  return text;
 }
 
 } // namespace

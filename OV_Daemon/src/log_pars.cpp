@@ -1,39 +1,13 @@
 #include "log_pars.h"
 
-#include <cstdlib>
-#include <limits>
 #include <locale>
 #include <ostream>
 #include <sstream>
 
 #include "cnfg.h"
 #include "logging.h"
+#include "parameter_text.h"
 #include "util.h"
-
-namespace {
-
-constexpr std::size_t kKeyWidth = 22;
-
-std::string padded(std::string text, std::size_t width) {
-  if (text.size() < width)
-    text.append(width - text.size(), ' ');
-  return text;
-}
-
-} // namespace
-
-void writeParameterLine(std::ostream& os, const char* key, const std::string& value, int width,
-                        const char* comment) {
-  os << '\t' << padded(key, kKeyWidth) << "= " << padded(value, static_cast<std::size_t>(width)) << comment
-     << '\n';
-}
-
-std::int32_t toNumber(const std::string& text) {
-  const long long number = std::strtoll(text.c_str(), nullptr, 10);
-  constexpr long long kLowest = std::numeric_limits<std::int32_t>::min();
-  constexpr long long kHighest = std::numeric_limits<std::int32_t>::max();
-  return static_cast<std::int32_t>(number < kLowest ? kLowest : number > kHighest ? kHighest : number);
-}
 
 LogPars::LogPars()
     : mSectionName("LOGGING"), mLogFile("autocad_addin_log.txt"), mMaxSize(5000), mIsLogToFile(true),

@@ -39,14 +39,4 @@ public:
   std::string mExclFileToLog; // if not empty, the one source file whose records are logged
 };
 
-/// One parameter line of the settings file, its line feed included.
-/// head     tab, key, "=" and blank, 25 characters
-/// comment  with its "#"
-void writeParameterLine(std::ostream& os, const char* key, const std::string& value, int width,
-                        const char* comment);
-
-/// The number that a text starts with, 0 if it doesn't start with one. A number out of range becomes the
-/// nearest one that fits.
-std::int32_t toNumber(const std::string& text);
-
 #endif
