@@ -77,6 +77,7 @@ TEST(SessionTest, hostVerbsCarryTheirArguments) {
   EXPECT_EQ(action("1 host select line").mSelection, session::Selection::line);
   EXPECT_EQ(action("1 host type  _ZOOM #3  \xC3\xA4 \t").mText, "_ZOOM #3  \xC3\xA4");
   EXPECT_EQ(action("1 host caption #1 push").mText, "#1 push");
+  EXPECT_TRUE(action("1 host layout on").mIsOn);
   EXPECT_FALSE(action("1 host perspective off").mIsOn);
   EXPECT_EQ(action("1 host pointer wheel").mPointer, session::Pointer::wheel);
   EXPECT_THAT(action("1 host look 1 2 3 0 0 -1.5 0 1 0").mLook, ElementsAre(1, 2, 3, 0, 0, -1.5, 0, 1, 0));
