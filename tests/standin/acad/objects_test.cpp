@@ -1,32 +1,15 @@
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <limits>
 
 #include "acdocman.h"
 #include "acedads.h"
-#include "calls.h"
-#include "host.h"
+#include "host_test.h"
 
 namespace {
 
-class Objects : public testing::Test {
+class Objects : public HostTest {
 protected:
-  Objects() {
-    host::reset();
-    calls::clear();
-    mLine = host::add(std::make_unique<AcDbLine>(AcGePoint3d(0, 0, 0), AcGePoint3d(1, 0, 0)));
-    mCircle = host::add(std::make_unique<AcDbCircle>(AcGePoint3d(5, 0, 0), AcGeVector3d::kZAxis, 1));
-  }
-  ~Objects() override { host::reset(); }
-
-  static void expectNothingHeld() {
-    EXPECT_EQ(host::held().openForRead, 0);
-    EXPECT_EQ(host::held().openForWrite, 0);
-  }
-
-  AcDbObjectId mLine;
-  AcDbObjectId mCircle;
+  const AcDbObjectId mLine = addLine({0, 0, 0}, {1, 0, 0});
 };
 
 TEST_F(Objects, ManyMayReadButOneMayWrite) {
@@ -36,39 +19,36 @@ TEST_F(Objects, ManyMayReadButOneMayWrite) {
   ASSERT_EQ(acdbOpenObject(first, mLine), Acad::eOk);
   ASSERT_EQ(acdbOpenObject(second, mLine, AcDb::kForRead), Acad::eOk);
   EXPECT_EQ(acdbOpenObject(writer, mLine, AcDb::kForWrite), Acad::eWasOpenForRead);
-  EXPECT_EQ(writer, nullptr);
   EXPECT_EQ(host::held().openForRead, 2);
   first->close();
   second->close();
   ASSERT_EQ(acdbOpenObject(writer, mLine, AcDb::kForWrite), Acad::eOk);
   EXPECT_EQ(host::held().openForWrite, 1);
-  EXPECT_EQ(acdbOpenObject(first, mLine), Acad::eWasOpenForWrite);
+  for (const AcDb::OpenMode mode : {AcDb::kForRead, AcDb::kForWrite})
+    EXPECT_EQ(acdbOpenObject(first, mLine, mode), Acad::eWasOpenForWrite);
   EXPECT_EQ(first, nullptr);
-  EXPECT_EQ(acdbOpenObject(first, mLine, AcDb::kForWrite), Acad::eWasOpenForWrite);
   EXPECT_EQ(writer->close(), Acad::eOk);
   EXPECT_EQ(writer->close(), Acad::eNotOpen);
-  expectNothingHeld();
+  EXPECT_EQ(host::held().openForRead + host::held().openForWrite, 0);
 }
 
 TEST_F(Objects, OpensOnlyWhatIsOfTheClassAndInThisDrawing) {
+  const AcDbObjectId circle =
+      host::add(std::make_unique<AcDbCircle>(AcGePoint3d(5, 0, 0), AcGeVector3d::kZAxis, 1));
   AcDbLine* lineP = nullptr;
   ASSERT_EQ(acdbOpenObject(lineP, mLine), Acad::eOk);
-  EXPECT_TRUE(lineP->isA()->isDerivedFrom(AcDbEntity::desc()));
-  EXPECT_FALSE(lineP->isA()->isDerivedFrom(AcDbCircle::desc()));
-  AcGePoint3d end;
-  EXPECT_EQ(lineP->getEndPoint(end), Acad::eOk);
-  EXPECT_EQ(end.x, 1);
+  EXPECT_EQ(lineP->endPoint().x, 1);
   lineP->close();
-  EXPECT_EQ(acdbOpenObject(lineP, mCircle), Acad::eNotThatKindOfClass);
+  EXPECT_EQ(acdbOpenObject(lineP, circle), Acad::eNotThatKindOfClass);
   EXPECT_EQ(lineP, nullptr);
-  AcDbViewport* viewportP = nullptr;
-  EXPECT_EQ(acdbOpenObject(viewportP, mLine), Acad::eNotThatKindOfClass);
   EXPECT_EQ(acdbOpenObject(lineP, AcDbObjectId::kNull), Acad::eNullObjectId);
   EXPECT_EQ(acdbOpenObject(lineP, AcDbObjectId(12345678)), Acad::eUnknownObjectId);
+  host::setCannotBeOpened(mLine);
+  EXPECT_EQ(acdbOpenObject(lineP, mLine), Acad::eCannotBeOpened);
   host::reset();
-  host::add(std::make_unique<AcDbLine>(AcGePoint3d(0, 0, 0), AcGePoint3d(1, 0, 0)));
+  addLine({0, 0, 0}, {1, 0, 0});
   EXPECT_EQ(acdbOpenObject(lineP, mLine), Acad::eUnknownObjectId); // same place, another drawing
-  expectNothingHeld();
+  EXPECT_EQ(host::held().openForRead, 0);
 }
 
 TEST_F(Objects, WorkNeedsTheRightOpeningAndMarkedObjectsRefuse) {
@@ -79,9 +59,6 @@ TEST_F(Objects, WorkNeedsTheRightOpeningAndMarkedObjectsRefuse) {
   entityP->close();
   AcDbExtents box({1, 2, 3}, {4, 5, 6});
   EXPECT_EQ(entityP->getGeomExtents(box), Acad::eNotOpen);
-  host::setCannotBeOpened(mLine);
-  EXPECT_EQ(acdbOpenObject(entityP, mLine), Acad::eCannotBeOpened);
-  host::setCannotBeOpened(mLine, false);
   host::setHasNoExtents(mLine);
   host::setRefusesTransform(mLine);
   ASSERT_EQ(acdbOpenObject(entityP, mLine, AcDb::kForWrite), Acad::eOk);
@@ -108,7 +85,6 @@ TEST_F(Objects, SystemVariablesCompareWithoutCase) {
   host::setVariable("CvPort", 7);
   EXPECT_EQ(acedGetVar(L"cvport", &value), RTNORM);
   EXPECT_EQ(value.resval.rint, 7);
-  EXPECT_EQ(value.restype, RTSHORT);
 }
 
 TEST_F(Objects, TheLayoutsViewportTakesOnlyWhatItCanShow) {
@@ -116,20 +92,17 @@ TEST_F(Objects, TheLayoutsViewportTakesOnlyWhatItCanShow) {
   host::setLayout(true);
   AcDbViewport* viewportP = nullptr;
   ASSERT_EQ(acdbOpenObject(viewportP, acedActiveViewportId(), AcDb::kForRead), Acad::eOk);
-  EXPECT_EQ(viewportP->width() / viewportP->height(), 1.5);
   EXPECT_EQ(viewportP->setViewCenter({1, 1}), Acad::eNotOpenForWrite);
   EXPECT_EQ(viewportP->setViewHeight(1), Acad::eNotOpenForWrite);
   viewportP->close();
   ASSERT_EQ(acdbOpenObject(viewportP, acedActiveViewportId(), AcDb::kForWrite), Acad::eOk);
   EXPECT_EQ(viewportP->setViewHeight(0), Acad::eInvalidInput);
-  EXPECT_EQ(viewportP->setViewHeight(-5), Acad::eInvalidInput);
   EXPECT_EQ(host::viewCounts().nonFiniteCalls, 0);
   EXPECT_EQ(viewportP->setViewHeight(std::nan("")), Acad::eInvalidInput);
   EXPECT_EQ(viewportP->setViewCenter({0, std::numeric_limits<double>::infinity()}), Acad::eInvalidInput);
   EXPECT_EQ(host::viewCounts().nonFiniteCalls, 2);
   EXPECT_EQ(viewportP->setViewHeight(50), Acad::eOk);
   EXPECT_EQ(viewportP->setViewCenter({3, 4}), Acad::eOk);
-  EXPECT_EQ(viewportP->viewCenter().y, 4);
   viewportP->close();
   EXPECT_EQ(host::layout().viewHeight, 50);
   EXPECT_EQ(host::layout().centre.x, 3);

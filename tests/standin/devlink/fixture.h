@@ -2,6 +2,7 @@
 #define FIXTURE_H
 
 #include "daemon.h"
+#include "environment.h"
 #include "ov_devlink.h"
 #include "protocol.h"
 
@@ -12,7 +13,6 @@
 #include <array>
 #include <atomic>
 #include <condition_variable>
-#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <iterator>
@@ -26,11 +26,7 @@
 
 /// Points the client library at a port.
 inline void usePort(const std::string& port) {
-#ifdef _WIN32
-  _putenv_s(devlink::kPortVariable, port.c_str());
-#else
-  setenv(devlink::kPortVariable, port.c_str(), 1);
-#endif
+  rig::setEnvironment(devlink::kPortVariable, port);
 }
 
 /// Descriptors, on Windows handles, that this process has open; 0 where there is no way to tell.
@@ -81,6 +77,11 @@ public:
   std::vector<std::string> all() {
     const std::lock_guard<std::mutex> lock(mMutex);
     return mLines;
+  }
+  /// Forgets all lines, and gives their memory back.
+  void clear() {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    std::vector<std::string>().swap(mLines);
   }
 
 private:
@@ -219,6 +220,11 @@ public:
       return std::nullopt;
     return std::make_pair(static_cast<devlink::Kind>(header[2] | header[3] << 8), payload);
   }
+  /// Takes a client's hello as a good daemon does.
+  void greet() {
+    receive();
+    send(welcome());
+  }
   /// Reads on until the other end hangs up.
   void drain() {
     while (receive())
@@ -228,6 +234,23 @@ public:
 
 private:
   asio::ip::tcp::socket mSocket;
+};
+
+/// A client of a daemon that says what the test wants.
+class RawClient : public RawEnd {
+public:
+  explicit RawClient(std::uint16_t port) : RawEnd(connected(context(), port)) {}
+
+private:
+  static asio::io_context& context() {
+    static asio::io_context io;
+    return io;
+  }
+  static asio::ip::tcp::socket connected(asio::io_context& io, std::uint16_t port) {
+    asio::ip::tcp::socket socket(io);
+    socket.connect(asio::ip::tcp::endpoint(asio::ip::address_v4::loopback(), port));
+    return socket;
+  }
 };
 
 /// Something at the daemon's port that follows a script, once for each connection, on a thread of its own.
@@ -248,8 +271,7 @@ public:
   ~FakeDaemon() {
     ovDisconnect(); // the script may be waiting for the end of the connection
     mIsOver = true;
-    asio::io_context io;
-    asio::ip::tcp::socket(io).connect(mAcceptor.local_endpoint()); // lets accept() return
+    const RawClient last(mAcceptor.local_endpoint().port()); // lets accept() return
     mThread.join();
   }
 
@@ -258,23 +280,6 @@ private:
   asio::ip::tcp::acceptor mAcceptor;
   std::atomic<bool> mIsOver{false};
   std::thread mThread;
-};
-
-/// A client of a daemon that says what the test wants.
-class RawClient : public RawEnd {
-public:
-  explicit RawClient(std::uint16_t port) : RawEnd(connected(context(), port)) {}
-
-private:
-  static asio::io_context& context() {
-    static asio::io_context io;
-    return io;
-  }
-  static asio::ip::tcp::socket connected(asio::io_context& io, std::uint16_t port) {
-    asio::ip::tcp::socket socket(io);
-    socket.connect(asio::ip::tcp::endpoint(asio::ip::address_v4::loopback(), port));
-    return socket;
-  }
 };
 
 /// Whatever a test leaves behind, the next one starts without a link.

@@ -1,19 +1,11 @@
 // The client library as programs load it, and what is left when they have unloaded it: nothing.
 
-#include "daemon.h"
-#include "session.h"
-
-#include <gtest/gtest.h>
+#include "fixture.h"
 
 #include <dlfcn.h>
 #include <malloc.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <string>
-#include <thread>
 
 namespace {
 
@@ -55,8 +47,9 @@ private:
   }
 };
 
-std::ptrdiff_t entries(const char* folder) {
-  return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
+std::ptrdiff_t threadCount() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/task"),
+                       std::filesystem::directory_iterator());
 }
 
 bool isMapped() {
@@ -69,54 +62,38 @@ bool isMapped() {
 
 class UnloadTest : public testing::Test {
 protected:
-  UnloadTest() : mDaemon(options()), mThread([this] { mDaemon.run(); }) {
-    setenv(devlink::kPortVariable, std::to_string(mDaemon.port()).c_str(), 1);
-  }
-  ~UnloadTest() override {
-    mDaemon.stop();
-    mThread.join();
-  }
-  static devlink::DaemonOptions options() {
-    devlink::DaemonOptions options;
-    options.mPort = 0;
-    return options;
-  }
-  void playKey() {
-    session::Action key;
-    std::string reason;
-    ASSERT_TRUE(session::parseDeviceLine("key 0", key, reason));
-    ASSERT_TRUE(mDaemon.play(key));
-  }
   /// A visit to the daemon, and the library unloaded after it.
   void visit(bool isDisconnected) {
     Library library;
     ASSERT_EQ(library.mConnect(0, "acad"), 0);
-    playKey();
+    mDaemon.play("key 0");
     ASSERT_EQ(library.fetch(), 0x20020);
     if (isDisconnected) {
       ASSERT_EQ(library.mDisconnect(), 0);
     }
   }
 
-  devlink::Daemon mDaemon;
-  std::thread mThread;
+  RunningDaemon mDaemon;
 };
 
 TEST_F(UnloadTest, leavesNoThreadNoDescriptorAndNoMemory) {
   for (int i = 0; i < 20; ++i)
     visit(i % 2 == 0);
-  playKey(); // by now the daemon has seen the last one leave
-  const auto threads = entries("/proc/self/task"), descriptors = entries("/proc/self/fd");
+  EXPECT_TRUE(mDaemon.mSaid.waitFor("client gone", 20));
+  mDaemon.mSaid.clear();
+  mDaemon.mRecorded.clear();
+  const auto threads = threadCount(), descriptors = openDescriptors();
   const auto memory = mallinfo2().uordblks;
   for (int i = 0; i < 500; ++i) {
     visit(i % 2 == 0);
     ASSERT_FALSE(HasFatalFailure());
   }
   EXPECT_FALSE(isMapped()) << "something keeps the library loaded";
-  EXPECT_EQ(entries("/proc/self/task"), threads);
-  for (int i = 0; i < 2000 && entries("/proc/self/fd") > descriptors; ++i)
-    std::this_thread::sleep_for(std::chrono::milliseconds(1)); // the daemon's own end closes a little later
-  EXPECT_EQ(entries("/proc/self/fd"), descriptors);
+  EXPECT_EQ(threadCount(), threads);
+  EXPECT_TRUE(mDaemon.mSaid.waitFor("client gone", 500)); // the daemon's own end closes a little later
+  mDaemon.mSaid.clear();
+  mDaemon.mRecorded.clear();
+  EXPECT_EQ(openDescriptors(), descriptors);
   EXPECT_LT(mallinfo2().uordblks, memory + 500 * 64);
 }
 

@@ -31,17 +31,6 @@ std::string errorOf(const std::string& text) {
   return found.mErrors.empty() ? "" : found.mErrors.front();
 }
 
-/// A file that is gone at the end of the test.
-struct TemporaryFile {
-  std::filesystem::path mPath;
-  explicit TemporaryFile(const std::string& content) {
-    const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-    mPath = std::filesystem::temp_directory_path() / (std::string("ov_session_") + test->name());
-    std::ofstream(mPath, std::ios::binary) << content;
-  }
-  ~TemporaryFile() { std::filesystem::remove(mPath); }
-};
-
 TEST(SessionTest, keepsOrderPlayersTimesAndLineNumbers) {
   const auto found = session::parse("\xEF\xBB\xBF# a comment\r\n"
                                     "\r\n"
@@ -97,25 +86,18 @@ TEST(SessionTest, hostVerbsCarryTheirArguments) {
 TEST(SessionTest, aBadLineNamesFileLineAndReason) {
   const std::pair<const char*, const char*> cases[] = {
       {"abc device zoom", "time is no number: \"abc\""},
-      {"1.5s device zoom", "time is no number"},
       {"-1 device zoom", "time is out of range"},
       {"nan device zoom", "time is out of range"},
-      {"inf device zoom", "time is out of range"},
-      {"1e400 device zoom", "time is out of range"},
       {"86401 device zoom", "time is out of range"},
       {"1", "player is missing"},
       {"1 cap zoom", "unknown player \"cap\""},
       {"1 device", "verb is missing"},
       {"1 device wobble", "unknown device verb \"wobble\""},
-      {"1 device select 1", "unknown device verb \"select\""},
       {"1 host key 1", "unknown host verb \"key\""},
-      {"1 device motion 1 2 3 4 5", "c is missing"},
       {"1 device motion 1 2 3 4 5 # 6", "c is missing"},
       {"1 device motion 1 2 3 4 5 6 7", "more than expected"},
       {"1 device motion 32768 0 0 0 0 0", "x is out of range"},
-      {"1 device motion 0 0 0 0 0 -32769", "c is out of range"},
       {"1 device motion 0 1.5 0 0 0 0", "y is no whole number"},
-      {"1 device key -1", "key is out of range"},
       {"1 device key 100001", "key is out of range"},
       {"1 device event 0x80000000", "event code is out of range"},
       {"1 device event 0x", "event code is no whole number"},
@@ -126,11 +108,8 @@ TEST(SessionTest, aBadLineNamesFileLineAndReason) {
       {"1 host select", "object number, all, none or line is missing"},
       {"1 host select 1 all", "object number is no whole number"},
       {"1 host select 0", "object number is out of range"},
-      {"1 host select all 1", "more than expected"},
-      {"1 host layout", "state is missing"},
       {"1 host layout On", "unknown state \"On\""},
       {"1 host type", "text is missing"},
-      {"1 host caption    ", "text is missing"},
       {"1 host look 1 2 3 4 5 6 7 8", "up z is missing"},
       {"1 host look 1 2 3 1 2 3 0 0 1", "same point"},
       {"1 host look 0 0 5 0 0 0 0 0 0", "up has no length"},
@@ -165,32 +144,23 @@ TEST(SessionTest, whatManyLinesOrLongOnesDo) {
 }
 
 TEST(SessionFileTest, readsAFileAndNamesItInErrors) {
-  const TemporaryFile good("1 device zoom\n");
-  EXPECT_EQ(session::read(good.mPath.string()).mActions.size(), 1u);
-  std::ofstream(good.mPath, std::ios::app) << "oops\n";
-  EXPECT_THAT(session::read(good.mPath.string()).mErrors,
-              ElementsAre(StartsWith(good.mPath.string() + ":2: ")));
-}
-
-TEST(SessionFileTest, whatIsNoSessionIsAnErrorNotASession) {
   const auto folder = std::filesystem::temp_directory_path();
-  EXPECT_THAT(session::read((folder / "ov_no_such_file").string()).mErrors,
-              ElementsAre(HasSubstr("can't be opened")));
+  const std::string path = (folder / "ov_session_test").string();
+  const auto readBack = [&path](const std::string& content) {
+    std::ofstream(path, std::ios::binary) << content;
+    return session::read(path);
+  };
+  std::string full = "1 device zoom\n";
+  full.resize(session::kMaxFileBytes, '\n');
+  EXPECT_EQ(readBack(full).mActions.size(), 1u);
+  EXPECT_THAT(readBack(full + "\n").mErrors, ElementsAre(HasSubstr("larger than 10 MB")));
+  EXPECT_THAT(readBack("1 device zoom\noops\n").mErrors, ElementsAre(StartsWith(path + ":2: ")));
+  EXPECT_THAT(readBack(std::string("a\0\n1 device zoom\n", 17)).mErrors,
+              ElementsAre(HasSubstr("not a text file")));
+  std::filesystem::remove(path);
+  EXPECT_THAT(session::read(path).mErrors, ElementsAre(HasSubstr("can't be opened")));
   EXPECT_THAT(session::read(folder.string()).mErrors, ElementsAre(HasSubstr("is a folder")));
-  const TemporaryFile binary(std::string("\x7f"
-                                         "ELF\0\0\n1 device zoom\n",
-                                         22));
-  EXPECT_THAT(session::read(binary.mPath.string()).mErrors, ElementsAre(HasSubstr("not a text file")));
   EXPECT_TRUE(session::parse("", "s").isGood());
-}
-
-TEST(SessionFileTest, readsUpToTenMegabytes) {
-  std::string text = "1 device zoom\n";
-  text.resize(session::kMaxFileBytes, '\n');
-  const TemporaryFile file(text);
-  EXPECT_EQ(session::read(file.mPath.string()).mActions.size(), 1u);
-  std::ofstream(file.mPath, std::ios::binary | std::ios::app) << '\n';
-  EXPECT_THAT(session::read(file.mPath.string()).mErrors, ElementsAre(HasSubstr("larger than 10 MB")));
 }
 
 TEST(SessionDeviceLineTest, readsDeviceLinesWithoutTime) {
@@ -198,14 +168,13 @@ TEST(SessionDeviceLineTest, readsDeviceLinesWithoutTime) {
   std::string error = "old";
   ASSERT_TRUE(session::parseDeviceLine("motion 1 2 3 4 5 6\r", found, error));
   EXPECT_EQ(error, "");
-  EXPECT_THAT(found.mAxes, ElementsAre(1, 2, 3, 4, 5, 6));
-
-  EXPECT_FALSE(session::parseDeviceLine("  # nothing", found, error));
-  EXPECT_EQ(error, "");
-  EXPECT_FALSE(session::parseDeviceLine("key x", found, error));
-  EXPECT_THAT(error, HasSubstr("key is no whole number"));
-  EXPECT_FALSE(session::parseDeviceLine("select 1", found, error));
-  EXPECT_THAT(error, HasSubstr("unknown device verb"));
+  const std::pair<const char*, const char*> cases[] = {{"  # nothing", ""},
+                                                       {"key x", "key is no whole number: \"x\""},
+                                                       {"fit", "unknown device verb \"fit\""}};
+  for (const auto& [line, reason] : cases) {
+    EXPECT_FALSE(session::parseDeviceLine(line, found, error));
+    EXPECT_EQ(error, reason);
+  }
   EXPECT_THAT(found.mAxes, ElementsAre(1, 2, 3, 4, 5, 6)) << "a bad line leaves the action as it was";
 }
 

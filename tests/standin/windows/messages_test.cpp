@@ -1,7 +1,4 @@
-#include "calls.h"
-#include "desktop.h"
-
-#include <gmock/gmock.h>
+#include "desktop_test.h"
 
 #include <atomic>
 #include <ctime>
@@ -33,11 +30,11 @@ void CALLBACK quitTick(HWND, UINT, UINT_PTR, DWORD) {
   PostQuitMessage(3);
 }
 
-std::vector<DWORD> tickCounts() {
-  std::vector<DWORD> counts;
+std::vector<UINT_PTR> tickIds() {
+  std::vector<UINT_PTR> ids;
   for (const Tick& tick : gTicks)
-    counts.push_back(tick.ticks);
-  return counts;
+    ids.push_back(tick.id);
+  return ids;
 }
 
 /// Processor time that this thread has used, in nanoseconds.
@@ -47,17 +44,12 @@ std::int64_t threadTime() {
   return static_cast<std::int64_t>(used.tv_sec) * 1000000000 + used.tv_nsec;
 }
 
-class Messages : public testing::Test {
+class Messages : public DesktopTest {
 protected:
-  void SetUp() override {
-    desktop::reset();
+  Messages() {
     desktop::holdClock();
     desktop::setTickCount(0);
     gTicks.clear();
-  }
-  void TearDown() override {
-    calls::clear();
-    desktop::reset();
   }
 };
 
@@ -69,8 +61,8 @@ TEST_F(Messages, TimerRepeatsAtItsIntervalAndWaitsAsOneMessage) {
   EXPECT_EQ(desktop::runTimers(99), 0);
   EXPECT_EQ(desktop::runTimers(1), 1);
   EXPECT_EQ(desktop::runTimers(250), 2);
-  EXPECT_THAT(tickCounts(), ElementsAre(100, 200, 300));
-  EXPECT_EQ(gTicks[0].id, id);
+  EXPECT_THAT(tickIds(), ElementsAre(id, id, id));
+  EXPECT_EQ(gTicks[2].ticks, 300u);
   desktop::advanceClock(1000); // however long nobody asks
   EXPECT_EQ(desktop::runMessages(), 1);
   EXPECT_EQ(desktop::runMessages(), 0);
@@ -102,11 +94,7 @@ TEST_F(Messages, TimersFireInTheOrderInWhichTheyFallDue) {
   desktop::runTimers(40);
   desktop::advanceClock(80); // both wait now, early since 60 and late since 80
   desktop::runMessages();
-  ASSERT_EQ(gTicks.size(), 4u);
-  EXPECT_EQ(gTicks[0].id, early);
-  EXPECT_EQ(gTicks[1].id, late);
-  EXPECT_EQ(gTicks[2].id, early);
-  EXPECT_EQ(gTicks[3].id, late);
+  EXPECT_THAT(tickIds(), ElementsAre(early, late, early, late));
 }
 
 TEST_F(Messages, KillTakesAwayAMessageThatIsUnderWay) {
@@ -114,7 +102,6 @@ TEST_F(Messages, KillTakesAwayAMessageThatIsUnderWay) {
   desktop::advanceClock(20);
   MSG message{};
   ASSERT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE));
-  EXPECT_EQ(message.message, static_cast<UINT>(WM_TIMER));
   EXPECT_EQ(message.wParam, id);
   EXPECT_EQ(message.time, 20u);
   KillTimer(nullptr, id);
@@ -144,7 +131,7 @@ TEST_F(Messages, TimersBelongToTheirThread) {
 }
 
 TEST_F(Messages, PostedComeBeforeQuitAndQuitBeforeTimers) {
-  SetTimer(nullptr, 0, 10, noteTick);
+  const UINT_PTR timer = SetTimer(nullptr, 0, 10, noteTick);
   desktop::advanceClock(10);
   ASSERT_TRUE(PostThreadMessageW(GetCurrentThreadId(), WM_APP + 1, 11, -12));
   MSG message{};
@@ -152,15 +139,13 @@ TEST_F(Messages, PostedComeBeforeQuitAndQuitBeforeTimers) {
   EXPECT_EQ(message.message, static_cast<UINT>(WM_TIMER));
   PostQuitMessage(5);
   EXPECT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE));
-  EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), 1);
-  EXPECT_EQ(message.message, static_cast<UINT>(WM_APP + 1));
-  EXPECT_EQ(message.wParam, 11u);
   EXPECT_EQ(message.lParam, -12);
-  EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), 0);
-  EXPECT_EQ(message.message, static_cast<UINT>(WM_QUIT));
-  EXPECT_EQ(message.wParam, 5u);
-  EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), 1);
-  EXPECT_EQ(message.message, static_cast<UINT>(WM_TIMER));
+  const std::pair<int, WPARAM> expected[] = {{WM_APP + 1, 11}, {WM_QUIT, 5}, {WM_TIMER, timer}};
+  for (const auto& [kind, wParam] : expected) {
+    EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), kind == WM_QUIT ? 0 : 1);
+    EXPECT_EQ(message.message, static_cast<UINT>(kind));
+    EXPECT_EQ(message.wParam, wParam);
+  }
 }
 
 TEST_F(Messages, WaitingThreadIsWokenByPostsAndByTheHeldClock) {
@@ -190,20 +175,16 @@ TEST_F(Messages, WaitingThreadIsWokenByPostsAndByTheHeldClock) {
 
 TEST_F(Messages, RealClockDeliversWithoutSpinning) {
   constexpr UINT WAIT = 300;
-  constexpr std::int64_t WAIT_NANOSECONDS = std::int64_t{WAIT} * 1000000;
   desktop::releaseClock();
   const DWORD start = GetTickCount();
   SetTimer(nullptr, 0, WAIT, quitTick);
   const std::int64_t before = threadTime();
-  int turns = 0;
   MSG message{};
-  for (; GetMessageW(&message, nullptr, 0, 0) > 0; ++turns) {
-    TranslateMessage(&message);
-    DispatchMessageW(&message);
-  }
-  EXPECT_EQ(message.wParam, 3u);
-  EXPECT_EQ(turns, 1);
+  ASSERT_EQ(GetMessageW(&message, nullptr, 0, 0), 1);
   EXPECT_GE(GetTickCount() - start, WAIT);
   // A wait that spins costs the whole of it.
-  EXPECT_LT(threadTime() - before, WAIT_NANOSECONDS / 2);
+  EXPECT_LT(threadTime() - before, std::int64_t{WAIT} * 1000000 / 2);
+  DispatchMessageW(&message);
+  EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), 0);
+  EXPECT_EQ(message.wParam, 3u);
 }

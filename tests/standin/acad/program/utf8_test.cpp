@@ -16,9 +16,7 @@ TEST(Utf8Test, CharactersOfEachLengthGoThereAndBack) {
 
 TEST(Utf8Test, WhatIsNoCharacterIsReplaced) {
   const std::string mark = "\xEF\xBF\xBD";
-  EXPECT_EQ(narrowed(widened("a\xFF"
-                             "b")),
-            "a" + mark + "b");
+  EXPECT_EQ(narrowed(widened("a\xFF.")), "a" + mark + ".");
   EXPECT_EQ(narrowed(widened("a\xE2\x82")), "a" + mark) << "cut off at the end";
   EXPECT_EQ(narrowed(widened("\xC3(")), mark + "(") << "the character behind stays";
   EXPECT_EQ(narrowed(widened("\xC0\xAF")), mark + mark) << "a longer form than needed is none";
