@@ -12,6 +12,7 @@ using testing::AllOf;
 using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using namespace std::string_literals;
 
 namespace {
 
@@ -72,12 +73,13 @@ TEST_F(LinkTest, refusesNamesAndPortsThatAreNone) {
   for (const char* name : {"", "a\tb", static_cast<const char*>(nullptr)})
     EXPECT_NE(ovConnect(0, name), 0);
   EXPECT_NE(ovConnect(0, std::string(65, 'n').c_str()), 0);
-  for (const char* port : {"0", "65536", "x", "12 ", "-1"}) {
+  const std::string good = std::to_string(daemon.port());
+  for (const std::string& port : {"0"s, "65536"s, "x"s, "-1"s, good + " ", good + "x"}) {
     usePort(port);
     EXPECT_NE(ovConnect(0, "acad"), 0) << port;
   }
   EXPECT_NE(ovDisconnect(), 0) << "no attempt left a link";
-  usePort(std::to_string(daemon.port()));
+  usePort(good);
   EXPECT_EQ(ovConnect(0, std::string(64, 'n').c_str()), 0);
 }
 
