@@ -6,7 +6,6 @@
 #include <functional>
 #include <limits>
 #include <set>
-#include <sstream>
 #include <thread>
 
 #include "calls.h"
@@ -19,29 +18,13 @@
 #endif
 
 using Lines = std::vector<std::string>;
+using rig::Record;
 
 namespace {
 
-/// A record of any class; a file name that is too long for its column shows with its end.
-struct Record {
-  std::string type, thread, file, text;
-};
-
-std::vector<Record> allRecords(std::size_t from) {
-  constexpr std::size_t kTextColumn = 82;
-  std::vector<Record> found;
-  std::istringstream lines(rig::logText(from));
-  for (std::string line; std::getline(lines, line);) {
-    if (line.size() >= kTextColumn && line[12] == '|')
-      found.push_back(
-          {line.substr(13, 3), line.substr(17, 6), line.substr(24, 16), line.substr(kTextColumn)});
-  }
-  return found;
-}
-
 /// The records of the thread that wrote a certain text, in order.
 Lines recordsOfThread(std::size_t from, const std::string& text) {
-  const std::vector<Record> all = allRecords(from);
+  const std::vector<Record> all = rig::allRecords(from);
   const auto first =
       std::find_if(all.begin(), all.end(), [&text](const Record& record) { return record.text == text; });
   Lines found;
@@ -101,7 +84,7 @@ protected:
   /// Records of this thread or of the reading thread since the last call.
   Lines takeLinkRecords() {
     Lines found;
-    for (const Record& record : allRecords(mLogMark))
+    for (const Record& record : rig::allRecords(mLogMark))
       found.push_back(record.type + " " + record.text);
     mLogMark = rig::logSize();
     return found;
@@ -332,7 +315,7 @@ TEST_F(DaemonWatch, RestartedDaemonIsPickedUpAndToldTheMode) {
 /// The records of construction and destruction on the main thread, with the source file in front.
 Lines lifeRecords(std::size_t from) {
   Lines found;
-  const std::vector<Record> all = allRecords(from);
+  const std::vector<Record> all = rig::allRecords(from);
   const auto isMain = [](const Record& record) { return record.file == " ov_auto_cad.cpp"; };
   const auto main = std::find_if(all.begin(), all.end(), isMain);
   for (const Record& record : all) {
