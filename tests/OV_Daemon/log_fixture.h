@@ -13,6 +13,8 @@
 /// The global log with a folder of its own; all types are on. The log is off again after the test.
 class LogFixture : public testing::Test {
 protected:
+  using Texts = std::vector<std::string>;
+
   LogFixture() {
     mPars.mSettingsDirPath = mFolder.backslashed();
     mPars.mLogFile = "log.txt";
@@ -26,35 +28,39 @@ protected:
     gLogging.init(off);
   }
 
-  /// A record in the simplest way; gives what the gate said.
-  static bool record(const std::string& text, int type = INF, const char* file = "file.cpp") {
+  /// A record whose text an action writes; gives what the gate said.
+  template <class Action>
+  static bool recordOf(const Action& write, int type = INF, const char* file = "file.cpp") {
     if (!gLogging.beginRecord(type, file, Util::logPrefix(file, 1, "Class", "method")))
       return false;
-    *gLogging.mOs << text;
+    write(*gLogging.mOs);
     gLogging << LOG_MAGIC;
     return true;
   }
+  static bool record(const std::string& text, int type = INF, const char* file = "file.cpp") {
+    return recordOf([&text](RecordStream& os) { os << text; }, type, file);
+  }
 
   std::string bytes(const std::string& name = "log.txt") const { return mFolder.read(name); }
-  std::vector<std::string> lines(const std::string& name = "log.txt") const {
-    std::vector<std::string> all;
+  Texts lines(const std::string& name = "log.txt") const {
+    Texts all;
     std::istringstream text(bytes(name));
     for (std::string line; std::getline(text, line);)
       all.push_back(line);
     return all;
   }
   /// The lines below the first header.
-  std::vector<std::string> records(const std::string& name = "log.txt") const {
-    const std::vector<std::string> all = lines(name);
+  Texts records(const std::string& name = "log.txt") const {
+    const Texts all = lines(name);
     EXPECT_GE(all.size(), kHeaderLines);
-    return std::vector<std::string>(all.begin() + kHeaderLines, all.end());
+    return Texts(all.begin() + kHeaderLines, all.end());
   }
   /// What stands behind the columns.
   static std::string textOf(const std::string& line) {
     return line.size() < kTextColumn ? "no record: " + line : line.substr(kTextColumn);
   }
-  std::vector<std::string> texts(const std::string& name = "log.txt") const {
-    std::vector<std::string> all;
+  Texts texts(const std::string& name = "log.txt") const {
+    Texts all;
     for (const std::string& line : records(name))
       all.push_back(textOf(line));
     return all;

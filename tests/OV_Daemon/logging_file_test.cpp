@@ -9,8 +9,6 @@
 
 namespace {
 
-using Texts = std::vector<std::string>;
-
 class LoggingFile : public LogFixture {};
 
 std::string headerOf(const std::string& logFile) {
@@ -105,7 +103,7 @@ TEST_F(LoggingFile, AFullDiskLosesRecordsAndLaterOnesComeWhole) {
   // The torn line has no end of its own; the next record doesn't continue it.
   ASSERT_TRUE(record("a line of its own"));
   ASSERT_TRUE(record("last"));
-  const std::vector<std::string> all = records();
+  const Texts all = records();
   ASSERT_EQ(5u, all.size());
   EXPECT_EQ(20u, all[2].size());
   EXPECT_EQ("a line of its own", textOf(all[3]));

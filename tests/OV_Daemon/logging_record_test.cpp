@@ -5,6 +5,7 @@
 #include <limits>
 #include <random>
 #include <regex>
+#include <set>
 #include <stdexcept>
 #include <thread>
 
@@ -22,8 +23,6 @@ protected:
   LoggingRecord() { gLogging.init(mPars); }
 };
 
-using Texts = std::vector<std::string>;
-
 void logFromAMixedPath();
 
 constexpr char kLetters[TMP + 1][4] = {"ERR", "WRN", "CRT", "TRC", "DCM", "ICM", "INF", "DBG", "TMP"};
@@ -40,7 +39,7 @@ TEST_F(LoggingRecord, StandsInFixedColumns) {
 #endif
   char head[64];
   std::snprintf(head, sizeof head, "|CRT|%6u|*record_test.cpp|%5d| ", Util::getThreadId(), line);
-  const std::vector<std::string> all = records();
+  const Texts all = records();
   ASSERT_EQ(2u, all.size());
   EXPECT_EQ(head + std::string("Settings::Settings::Settings    | Text 12| of it  "), all[0].substr(12));
   EXPECT_TRUE(std::regex_match(all[0].substr(0, 12), std::regex("\\d\\d:\\d\\d:\\d\\d\\.\\d{3}")));
@@ -53,25 +52,20 @@ TEST_F(LoggingRecord, StandsInFixedColumns) {
 }
 
 TEST_F(LoggingRecord, EachGateLetsItsTypeThroughErrorsHaveNoneAndNoneHoldsTheLock) {
-  bool LogPars::*const kGates[] = {nullptr,
-                                   &LogPars::mIsWarning,
-                                   &LogPars::mIsCreation,
-                                   &LogPars::mIsTrace,
-                                   &LogPars::mIsDevCom,
-                                   &LogPars::mIsIntCom,
-                                   &LogPars::mIsInfo,
-                                   &LogPars::mIsDebug,
-                                   &LogPars::mIsTmp};
+  LogPars& pars = gLogging;
+  bool* const kGates[] = {nullptr,        &pars.mIsWarning, &pars.mIsCreation,
+                          &pars.mIsTrace, &pars.mIsDevCom,  &pars.mIsIntCom,
+                          &pars.mIsInfo,  &pars.mIsDebug,   &pars.mIsTmp};
   for (int open = ERR; open <= TMP; ++open) {
     mFolder.write("log.txt", ""); // the log appends
     for (int type = WRN; type <= TMP; ++type)
-      gLogging.*kGates[type] = type == open;
+      *kGates[type] = type == open;
     for (const int type : {-1, 9, 1 << 30, -(1 << 30)})
       EXPECT_FALSE(record("x", type)) << type;
     // On one thread, a lock that stayed would hold the next record for ever.
     for (int type = ERR; type <= TMP; ++type)
       EXPECT_EQ(type == ERR || type == open, record("x", type)) << kLetters[type];
-    const std::vector<std::string> all = lines();
+    const Texts all = lines();
     ASSERT_EQ(open == ERR ? 1u : 2u, all.size());
     EXPECT_EQ("|ERR|", all.front().substr(12, 5));
     EXPECT_EQ(kLetters[open], all.back().substr(13, 3));
@@ -143,10 +137,8 @@ TEST_F(LoggingRecord, NumbersReadAsAnyStreamWritesThem) {
 }
 
 TEST_F(LoggingRecord, PrintsBytesAsATable) {
-  const auto table = [&](const std::string& data) {
-    EXPECT_TRUE(gLogging.beginRecord(INF, "f", Util::logPrefix("f", 1, "Class", "method")));
-    gLogging << LOG_HEX_DUMP << data << " then " << 255;
-    gLogging << LOG_MAGIC;
+  const auto table = [this](const std::string& data) {
+    recordOf([&data](RecordStream&) { gLogging << LOG_HEX_DUMP << data << " then " << 255; });
     const std::string all = bytes();
     return all.substr(all.rfind("Class::method") + 34);
   };
@@ -158,9 +150,7 @@ TEST_F(LoggingRecord, PrintsBytesAsATable) {
             table("0123456789\x80\xFF\x7F"));
   EXPECT_EQ(head + "\n   0: 30 31 32 33 34 35 36 37 38 39  then ff\n", table("0123456789"));
   // Only the string behind the mark, and only in this record.
-  ASSERT_TRUE(gLogging.beginRecord(INF, "f", Util::logPrefix("f", 1, "Class", "method")));
-  gLogging << "A" << 31;
-  gLogging << LOG_MAGIC;
+  recordOf([](RecordStream&) { gLogging << "A" << 31; });
   EXPECT_EQ("A31", textOf(lines().back()));
 }
 
@@ -182,23 +172,23 @@ TEST_F(LoggingRecord, ManipulatorsCountForTheWholeOfTheirRecordAndEndWithIt) {
       {[](std::ostream&) {}, "25ab1.53125"},
   };
   for (const auto& entry : kManipulators) {
-    ASSERT_TRUE(gLogging.beginRecord(INF, "f", Util::logPrefix("f", 1, "Class", "method")));
-    entry.manipulate(*gLogging.mOs);
-    *gLogging.mOs << 25;
-    *gLogging.mOs << "a";
-    *gLogging.mOs << 'b';
-    *gLogging.mOs << 1.53125;
-    gLogging << LOG_MAGIC;
+    recordOf([&entry](RecordStream& os) {
+      entry.manipulate(os);
+      os << 25;
+      os << "a";
+      os << 'b';
+      os << 1.53125;
+    });
     EXPECT_EQ(entry.text, textOf(lines().back()));
   }
-  ASSERT_TRUE(gLogging.beginRecord(INF, "f", Util::logPrefix("f", 1, "Class", "method")));
-  *gLogging.mOs << std::left << std::setw(3);
-  *gLogging.mOs << "a";
-  *gLogging.mOs << std::setw(3);
-  *gLogging.mOs << 'b';
-  *gLogging.mOs << std::setw(3);
-  gLogging << std::string("c") << "|";
-  gLogging << LOG_MAGIC;
+  recordOf([](RecordStream& os) {
+    os << std::left << std::setw(3);
+    os << "a";
+    os << std::setw(3);
+    os << 'b';
+    os << std::setw(3);
+    gLogging << std::string("c") << "|";
+  });
   EXPECT_EQ("a  b  c  |", textOf(lines().back()));
 }
 
@@ -253,7 +243,7 @@ TEST_F(LoggingRecord, ALongOrManyLinedTextGoesOutAsItStands) {
   ASSERT_TRUE(record("two\nlines"));
   ASSERT_TRUE(record(large));
   ASSERT_TRUE(record("small"));
-  const std::vector<std::string> all = records();
+  const Texts all = records();
   ASSERT_EQ(4u, all.size());
   EXPECT_EQ("two", textOf(all[0]));
   EXPECT_EQ("lines", all[1]);
@@ -272,9 +262,10 @@ TEST_F(LoggingRecord, LinesOfFourThreadsStayWholeAndTheirTimesRise) {
   }
   for (std::thread& thread : threads)
     thread.join();
-  const std::vector<std::string> all = records();
+  const Texts all = records();
   ASSERT_EQ(static_cast<std::size_t>(kThreads * kRecords), all.size());
   int next[kThreads] = {};
+  std::set<std::string> ids;
   int falls = 0;
   std::string last = "00:00:00.000";
   for (const std::string& line : all) {
@@ -282,12 +273,14 @@ TEST_F(LoggingRecord, LinesOfFourThreadsStayWholeAndTheirTimesRise) {
     const auto t = static_cast<std::size_t>(textOf(line)[0] - '0');
     ASSERT_LT(t, std::size_t{kThreads}) << line;
     ASSERT_EQ(std::to_string(t) + ' ' + std::to_string(next[t]++) + " end", textOf(line));
+    ids.insert(line.substr(17, 6));
     const std::string time = line.substr(0, 12);
     // For those who test at midnight.
     falls += time < last && !(last.substr(0, 2) == "23" && time.substr(0, 2) == "00");
     last = time;
   }
   EXPECT_EQ(0, falls);
+  EXPECT_EQ(std::size_t{kThreads}, ids.size()) << "each under its own id";
 }
 
 #ifndef _WIN32
@@ -307,7 +300,7 @@ TEST_F(LoggingRecord, AStatementIsSafeWhileTheStaticsGo) {
     std::exit(0);
   };
   EXPECT_EXIT(logFromADestructor(), testing::ExitedWithCode(0), "");
-  const std::vector<std::string> all = records();
+  const Texts all = records();
   ASSERT_EQ(3u, all.size());
   EXPECT_EQ(all[0].substr(24), all[1].substr(24));
   EXPECT_EQ("Logging::~Logging(): destructing ...", textOf(all[2]));

@@ -25,20 +25,24 @@ struct Failure {
   bool isThrow = false;
 };
 
-struct Twin {
-  std::mutex mutex;
-  std::condition_variable changed;
+/// What reset() makes anew.
+struct State {
   bool isPresent = true;
   bool isLinkUp = false;
   int deviceCount = 1;
   std::int32_t rotation = 0;
   bool zoomAllAfterView = false;
   std::deque<Event> events;
-  bool isFetchWaiting = false;
   std::map<std::string, Failure> failures;
   std::map<std::string, int> counts;
   std::vector<std::string> calls;
   std::vector<std::string> modes;
+};
+
+struct Twin : State {
+  std::mutex mutex;
+  std::condition_variable changed;
+  bool isFetchWaiting = false;
 
   /// For the holder of the mutex. True: the call has to fail.
   bool enter(const std::string& function, const std::string& arguments, bool isNoted = true) {
@@ -64,50 +68,52 @@ Twin& twin() {
   return *twinP;
 }
 
+/// The twin, nobody else's until the statement's end.
+struct Held {
+  Twin* operator->() const { return &twin(); }
+  const std::lock_guard<std::mutex> mLock{twin().mutex};
+};
+
+/// A function of the library that needs a daemon.
+template <class Action> int call(const char* function, const std::string& arguments, const Action& action) {
+  const Held held;
+  if (twin().enter(function, arguments) || !twin().isPresent)
+    return 1;
+  action(twin());
+  return 0;
+}
+
 } // namespace
 
 namespace devlink_twin {
 
 void reset() {
-  Twin& t = twin();
-  const std::lock_guard<std::mutex> lock(t.mutex);
-  t.isPresent = true;
-  t.isLinkUp = false;
-  t.deviceCount = 1;
-  t.rotation = 0;
-  t.zoomAllAfterView = false;
-  t.events.clear();
-  t.failures.clear();
-  t.counts.clear();
-  t.calls.clear();
-  t.modes.clear();
-  t.changed.notify_all();
+  const Held held;
+  static_cast<State&>(twin()) = State();
+  twin().changed.notify_all();
 }
 
 void setPresent(bool isPresent) {
-  Twin& t = twin();
-  const std::lock_guard<std::mutex> lock(t.mutex);
-  t.isPresent = isPresent;
-  if (!isPresent)
-    t.isLinkUp = false;
-  t.changed.notify_all();
+  const Held held;
+  held->isPresent = isPresent;
+  held->isLinkUp = held->isLinkUp && isPresent;
+  held->changed.notify_all();
 }
 
 void setDeviceCount(int count) {
-  const std::lock_guard<std::mutex> lock(twin().mutex);
-  twin().deviceCount = count;
+  Held()->deviceCount = count;
 }
 
 void setRotation(std::int32_t code, bool zoomAllAfterView) {
-  const std::lock_guard<std::mutex> lock(twin().mutex);
-  twin().rotation = code;
-  twin().zoomAllAfterView = zoomAllAfterView;
+  const Held held;
+  held->rotation = code;
+  held->zoomAllAfterView = zoomAllAfterView;
 }
 
 void pushMotion(const std::array<short, 6>& axes, std::int32_t code) {
-  const std::lock_guard<std::mutex> lock(twin().mutex);
-  twin().events.push_back({axes, code});
-  twin().changed.notify_all();
+  const Held held;
+  held->events.push_back({axes, code});
+  held->changed.notify_all();
 }
 
 void pushEvent(std::int32_t code) {
@@ -121,23 +127,19 @@ bool waitUntilTaken() {
 }
 
 void fail(const std::string& function, int count, int skip, bool isThrow) {
-  const std::lock_guard<std::mutex> lock(twin().mutex);
-  twin().failures[function] = Failure{skip, count, isThrow};
+  Held()->failures[function] = Failure{skip, count, isThrow};
 }
 
 std::vector<std::string> calls() {
-  const std::lock_guard<std::mutex> lock(twin().mutex);
-  return twin().calls;
+  return Held()->calls;
 }
 
 int callCount(const std::string& function) {
-  const std::lock_guard<std::mutex> lock(twin().mutex);
-  return twin().counts[function];
+  return Held()->counts[function];
 }
 
 std::vector<std::string> modes() {
-  const std::lock_guard<std::mutex> lock(twin().mutex);
-  return twin().modes;
+  return Held()->modes;
 }
 
 } // namespace devlink_twin
@@ -145,50 +147,37 @@ std::vector<std::string> modes() {
 extern "C" {
 
 int ovConnect(int, const char* clientName) {
-  Twin& t = twin();
-  const std::lock_guard<std::mutex> lock(t.mutex);
-  if (t.enter("ovConnect", clientName) || !t.isPresent)
-    return 1;
-  t.isLinkUp = true;
-  return 0;
+  return call("ovConnect", clientName, [](Twin& t) { t.isLinkUp = true; });
 }
 
 int ovDisconnect() {
-  Twin& t = twin();
-  const std::lock_guard<std::mutex> lock(t.mutex);
-  t.isLinkUp = false; // a failure is told, yet nobody stays blocked
-  t.changed.notify_all();
-  return t.enter("ovDisconnect", "") ? 1 : 0;
+  const Held held;
+  held->isLinkUp = false; // a failure is told, yet nobody stays blocked
+  held->changed.notify_all();
+  return held->enter("ovDisconnect", "") ? 1 : 0;
 }
 
 int ovGetDevNum(int* deviceCount, int*, int*) {
-  Twin& t = twin();
-  const std::lock_guard<std::mutex> lock(t.mutex);
-  if (t.enter("ovGetDevNum", "", false) || !t.isPresent || !t.isLinkUp)
+  const Held held;
+  if (held->enter("ovGetDevNum", "", false) || !held->isPresent || !held->isLinkUp)
     return 1;
-  *deviceCount = t.deviceCount;
+  *deviceCount = held->deviceCount;
   return 0;
 }
 
 int ovGetDevInfo(int deviceIndex, void* record96) {
-  Twin& t = twin();
-  const std::lock_guard<std::mutex> lock(t.mutex);
-  if (t.enter("ovGetDevInfo", std::to_string(deviceIndex)) || !t.isPresent)
-    return 1;
-  std::memset(record96, 0, 96);
-  std::memcpy(static_cast<char*>(record96) + 20, "Orvaner twin", 13);
-  return 0;
+  return call("ovGetDevInfo", std::to_string(deviceIndex), [record96](Twin&) {
+    std::memset(record96, 0, 96);
+    std::memcpy(static_cast<char*>(record96) + 20, "Orvaner twin", 13);
+  });
 }
 
 int ovGetAdvancedSettings(int deviceIndex, void* record148) {
-  Twin& t = twin();
-  const std::lock_guard<std::mutex> lock(t.mutex);
-  if (t.enter("ovGetAdvancedSettings", std::to_string(deviceIndex)) || !t.isPresent)
-    return 1;
-  std::memset(record148, 0x55, 148); // what isn't read may hold anything
-  std::memcpy(static_cast<char*>(record148) + 132, &t.rotation, 4);
-  static_cast<char*>(record148)[138] = t.zoomAllAfterView ? 1 : 0;
-  return 0;
+  return call("ovGetAdvancedSettings", std::to_string(deviceIndex), [record148](const Twin& t) {
+    std::memset(record148, 0x55, 148); // what isn't read may hold anything
+    std::memcpy(static_cast<char*>(record148) + 132, &t.rotation, 4);
+    static_cast<char*>(record148)[138] = t.zoomAllAfterView ? 1 : 0;
+  });
 }
 
 int ovFetchEvent(int, short* x, short* y, short* z, short* a, short* b, short* c, int*, int*, int* eventCode,
@@ -208,23 +197,16 @@ int ovFetchEvent(int, short* x, short* y, short* z, short* a, short* b, short* c
     return 1;
   const Event event = t.events.front();
   t.events.pop_front();
-  *x = event.axes[0];
-  *y = event.axes[1];
-  *z = event.axes[2];
-  *a = event.axes[3];
-  *b = event.axes[4];
-  *c = event.axes[5];
+  short* const axes[] = {x, y, z, a, b, c};
+  for (std::size_t i = 0; i < event.axes.size(); ++i)
+    *axes[i] = event.axes[i];
   *eventCode = event.code;
   return 0;
 }
 
 int ovSetApplMode(const char* application, const char* mode) {
-  Twin& t = twin();
-  const std::lock_guard<std::mutex> lock(t.mutex);
-  if (t.enter("ovSetApplMode", std::string(application) + " " + mode) || !t.isPresent)
-    return 1;
-  t.modes.push_back(mode);
-  return 0;
+  return call("ovSetApplMode", std::string(application) + " " + mode,
+              [mode](Twin& t) { t.modes.push_back(mode); });
 }
 
 } // extern "C"

@@ -17,16 +17,12 @@
 
 namespace rig {
 
+constexpr char kLogFile[] = "Orvaner/autocad_addin_log.txt";
+
 TempFolder& home() {
   static TempFolder folder;
   return folder;
 }
-
-namespace {
-
-constexpr char kLogFile[] = "Orvaner/autocad_addin_log.txt";
-
-} // namespace
 
 void useOwnHome() {
   setEnvironment("USERPROFILE", home().native());
@@ -35,37 +31,15 @@ void useOwnHome() {
 }
 
 std::string settingsText(const std::vector<std::pair<std::string, std::string>>& changes) {
-  static const std::pair<const char*, const char*> kValues[] = {{"name", "AutoCAD Plug-in"},
-                                                                {"version", "2.9.0"},
-                                                                {"transSensBase", "20000"},
-                                                                {"rotSensBase", "10000"},
-                                                                {"minThreshold", "0"},
-                                                                {"maxContMoveTime", "500"},
-                                                                {"toggleRotationCenter", "on"},
-                                                                {"toggleRotationAxis", "off"},
-                                                                {"scrollTreeAndList", "on"},
-                                                                {"useInt3dIntrfce", "off"},
-                                                                {"logFile", "autocad_addin_log.txt"},
-                                                                {"maxSize", "50000"},
-                                                                {"logToFile", "on"},
-                                                                {"logToCnsl", "off"},
-                                                                {"warning", "on"},
-                                                                {"creation", "on"},
-                                                                {"trace", "on"},
-                                                                {"devcom", "on"},
-                                                                {"intcom", "on"},
-                                                                {"info", "on"},
-                                                                {"debug", "on"},
-                                                                {"tmp", "on"},
-                                                                {"fileToLog", ""}};
-  std::string text = "[PROGRAM]\n";
-  for (const auto& [key, value] : kValues) {
-    const std::string name = key;
-    const auto change = std::find_if(changes.begin(), changes.end(),
-                                     [&name](const auto& candidate) { return candidate.first == name; });
-    if (name == "logFile")
-      text += "\n[LOGGING]\n";
-    text += "\t" + name + " = " + (change == changes.end() ? value : change->second) + "\n";
+  std::string text =
+      "[PROGRAM]\nname=AutoCAD Plug-in\nversion=2.9.0\ntransSensBase=20000\nrotSensBase=10000\n"
+      "minThreshold=0\nmaxContMoveTime=500\ntoggleRotationCenter=on\ntoggleRotationAxis=off\n"
+      "scrollTreeAndList=on\nuseInt3dIntrfce=off\n\n[LOGGING]\nlogFile=autocad_addin_log.txt\n"
+      "maxSize=50000\nlogToFile=on\nlogToCnsl=off\nwarning=on\ncreation=on\ntrace=on\ndevcom=on\n"
+      "intcom=on\ninfo=on\ndebug=on\ntmp=on\nfileToLog=\n";
+  for (const auto& [key, value] : changes) {
+    const std::size_t start = text.find("\n" + key + "=") + key.size() + 2;
+    text.replace(start, text.find('\n', start) - start, value);
   }
   return text;
 }
@@ -82,22 +56,25 @@ std::string logText(std::size_t from) {
   return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-std::vector<std::string> records(std::size_t from) {
-  constexpr std::size_t kTypeColumn = 13;
-  constexpr std::size_t kThreadColumn = 17;
-  constexpr std::size_t kFileColumn = 24;
+std::vector<Record> allRecords(std::size_t from) {
   constexpr std::size_t kTextColumn = 82;
-  std::ostringstream thread;
-  thread << std::setw(6) << Util::getThreadId() << '|';
-  std::vector<std::string> found;
+  std::vector<Record> found;
   std::istringstream lines(logText(from));
-  std::string line;
-  while (std::getline(lines, line)) {
-    if (line.size() < kTextColumn || line[12] != '|' ||
-        line.compare(kThreadColumn, thread.str().size(), thread.str()) != 0 ||
-        line.compare(kFileColumn, 16, "daemon_proxy.cpp") == 0)
-      continue;
-    found.push_back(line.substr(kTypeColumn, 3) + " " + line.substr(kTextColumn));
+  for (std::string line; std::getline(lines, line);) {
+    if (line.size() >= kTextColumn && line[12] == '|')
+      found.push_back(
+          {line.substr(13, 3), line.substr(17, 6), line.substr(24, 16), line.substr(kTextColumn)});
+  }
+  return found;
+}
+
+std::vector<std::string> records(std::size_t from) {
+  std::ostringstream thread;
+  thread << std::setw(6) << Util::getThreadId();
+  std::vector<std::string> found;
+  for (const Record& record : allRecords(from)) {
+    if (record.thread == thread.str() && record.file != "daemon_proxy.cpp")
+      found.push_back(record.type + " " + record.text);
   }
   return found;
 }
@@ -114,28 +91,19 @@ host::ViewState viewFrom(AcGePoint3d eye, AcGePoint3d target, AcGeVector3d up, d
   return state;
 }
 
-namespace {
-
-std::string threeNumbers(double x, double y, double z, int digits) {
+std::string text(const AcGePoint3d& p, int digits) {
   std::string all;
-  for (const double value : {x, y, z}) {
+  for (const double value : {p.x, p.y, p.z}) {
     char number[64];
     std::snprintf(number, sizeof number, "%.*f", digits, value);
-    const std::string trimmed = number;
-    const bool isZero = trimmed.find_first_not_of("-0.") == std::string::npos;
-    all += (all.empty() ? "" : " ") + (isZero && trimmed[0] == '-' ? trimmed.substr(1) : trimmed);
+    const bool isZero = std::string(number).find_first_not_of("-0.") == std::string::npos;
+    all += (all.empty() ? "" : " ") + std::string(isZero && number[0] == '-' ? number + 1 : number);
   }
   return all;
 }
 
-} // namespace
-
-std::string text(const AcGePoint3d& p, int digits) {
-  return threeNumbers(p.x, p.y, p.z, digits);
-}
-
 std::string text(const AcGeVector3d& v, int digits) {
-  return threeNumbers(v.x, v.y, v.z, digits);
+  return text(AcGePoint3d::kOrigin + v, digits);
 }
 
 std::unique_ptr<AcDbLine> line(AcGePoint3d start, AcGePoint3d end) {

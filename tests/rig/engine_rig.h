@@ -29,8 +29,13 @@ constexpr char kSettingsFile[] = "Orvaner/Applications/autocad_addin.ini";
 /// {"transSensBase", "0"}.
 std::string settingsText(const std::vector<std::pair<std::string, std::string>>& changes = {});
 
-/// This thread's records in the log file from a position on, each as "ERR text", in order. Those of the
-/// device link are left out.
+/// A record of any thread; a file name that is too long for its column shows with its end.
+struct Record {
+  std::string type, thread, file, text;
+};
+/// The records in the log file from a position on, in order.
+std::vector<Record> allRecords(std::size_t from);
+/// This thread's, each as "ERR text". Those of the device link are left out.
 std::vector<std::string> records(std::size_t from);
 std::size_t logSize();
 /// The log file from a position on, as it stands.

@@ -1,7 +1,6 @@
 #ifndef SETTINGS_FIXTURE_H
 #define SETTINGS_FIXTURE_H
 
-#include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -11,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "environment.h"
 #include "logging.h"
 #include "settings.h"
 #include "stream_capture.h"
@@ -20,17 +20,13 @@
 /// console when a test turns it on.
 class SettingsFixture : public testing::Test {
 protected:
+  using Texts = std::vector<std::string>;
+
   SettingsFixture() : mOut(std::cout) {
     mHome.makeFolder("Orvaner\\Applications");
-#ifdef _WIN32
-    _putenv_s("USERPROFILE", mHome.backslashed().c_str());
-#else
-    setenv("USERPROFILE", mHome.backslashed().c_str(), 1);
-#endif
+    rig::setEnvironment("USERPROFILE", mHome.backslashed());
   }
-  ~SettingsFixture() override {
-    gLogging.mIsLogToCnsl = gLogging.mIsCreation = gLogging.mIsTrace = false;
-  }
+  ~SettingsFixture() override { gLogging.mIsLogToCnsl = gLogging.mIsCreation = gLogging.mIsTrace = false; }
 
   /// Text of the file with all values at their defaults.
   static std::string defaultText() {
@@ -39,9 +35,19 @@ protected:
     EXPECT_FALSE(text.empty());
     return text;
   }
-  /// The default text with another value of a key, in the columns of the others.
-  static std::string textWith(const std::string& key, const std::string& value) {
-    std::string text = defaultText();
+  /// The keys of the file, in order.
+  static Texts keys() {
+    Texts all;
+    const std::string text = defaultText();
+    const std::regex line("\t(\\w+) ");
+    for (std::sregex_iterator i(text.begin(), text.end(), line), end; i != end; ++i)
+      all.push_back((*i)[1]);
+    EXPECT_EQ(23u, all.size());
+    return all;
+  }
+  /// The text with another value of a key, in the columns of the others.
+  static std::string textWith(const std::string& key, const std::string& value,
+                              std::string text = defaultText()) {
     const std::size_t start = text.find("= ", text.find("\t" + key + " ")) + 2;
     return text.replace(start, 50, value + std::string(50 - value.size(), ' '));
   }
@@ -51,22 +57,14 @@ protected:
     return text.erase(start, text.find('\n', start) + 1 - start);
   }
 
-  void write(const std::string& text) const {
-    mHome.write(kFile, text);
-  }
-  std::string read() const {
-    return mHome.read(kFile);
-  }
-  std::string path() const {
-    return mHome.backslashed(kFile);
-  }
+  void write(const std::string& text) const { mHome.write(kFile, text); }
+  std::string read() const { return mHome.read(kFile); }
+  std::string path() const { return mHome.backslashed(kFile); }
 
-  static void turnLogOn() {
-    gLogging.mIsLogToCnsl = gLogging.mIsCreation = gLogging.mIsTrace = true;
-  }
+  static void turnLogOn() { gLogging.mIsLogToCnsl = gLogging.mIsCreation = gLogging.mIsTrace = true; }
   /// The records since the last call, each as "ERR text".
-  std::vector<std::string> records() {
-    std::vector<std::string> all;
+  Texts records() {
+    Texts all;
     const std::regex start(
         "\\d\\d:\\d\\d:\\d\\d\\.\\d{3}\\|([A-Z]{3})\\| *\\d+\\|.{16}\\|.{5}\\|.{33}\\| (.*)");
     std::istringstream text(mOut.take());
