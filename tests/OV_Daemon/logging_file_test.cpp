@@ -3,10 +3,6 @@
 #include "log_fixture.h"
 #include "stream_capture.h"
 
-#ifndef _WIN32
-#include "file_limit.h"
-#endif
-
 namespace {
 
 class LoggingFile : public LogFixture {};
@@ -80,36 +76,5 @@ TEST_F(LoggingFile, WithoutANameItTakesOneAndWithAFolderItKeepsTheFolder) {
   EXPECT_EQ(mPars.mLogFile, gLogging.mFilePath);
   EXPECT_EQ(headerOf(mPars.mLogFile), bytes("else where\\my.log"));
 }
-
-#ifndef _WIN32
-
-TEST_F(LoggingFile, AFullDiskLosesRecordsAndLaterOnesComeWhole) {
-  gLogging.init(mPars);
-  ASSERT_TRUE(record("before"));
-  const std::string before = bytes();
-  {
-    const FileLimit limit(before.size());
-    ASSERT_TRUE(record("lost"));
-    ASSERT_TRUE(record("lost, too"));
-  }
-  EXPECT_EQ(before, bytes());
-  ASSERT_TRUE(record("after"));
-  EXPECT_EQ((Texts{"before", "after"}), texts());
-  {
-    const FileLimit limit(bytes().size() + 20);
-    ASSERT_TRUE(record("has room for its first columns"));
-    ASSERT_TRUE(record("has none"));
-  }
-  // The torn line has no end of its own; the next record doesn't continue it.
-  ASSERT_TRUE(record("a line of its own"));
-  ASSERT_TRUE(record("last"));
-  const Texts all = records();
-  ASSERT_EQ(5u, all.size());
-  EXPECT_EQ(20u, all[2].size());
-  EXPECT_EQ("a line of its own", textOf(all[3]));
-  EXPECT_EQ("last", textOf(all[4]));
-}
-
-#endif
 
 } // namespace

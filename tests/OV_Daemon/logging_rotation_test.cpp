@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
+#include <functional>
 #include <iostream>
 
 #ifndef _WIN32
@@ -78,17 +80,6 @@ TEST_F(LoggingRotation, TheLimitIsFormedIn32Bits) {
   EXPECT_EQ(Texts{"rotates, too"}, texts());
 }
 
-TEST_F(LoggingRotation, AFileThatIsFullAtTheStartRotatesAtTheFirstRecord) {
-  mPars.mMaxSize = 1;
-  mFolder.write("log.txt", std::string(1000, 'o') + "\n");
-  gLogging.init(mPars);
-  ASSERT_TRUE(record("first"));
-  EXPECT_EQ(Texts{"first"}, texts());
-  const Texts old = lines("log.bak");
-  ASSERT_EQ(6u, old.size());
-  EXPECT_EQ("Orvane", old[2].substr(0, 6)); // the new run's header
-}
-
 TEST_F(LoggingRotation, TheLastDotOfTheWholePathIsWhereTheBackupsNameEnds) {
   // By relative paths, so that no dot but those given here counts.
   const std::filesystem::path before = std::filesystem::current_path();
@@ -110,76 +101,43 @@ TEST_F(LoggingRotation, TheLastDotOfTheWholePathIsWhereTheBackupsNameEnds) {
   std::filesystem::current_path(before);
 }
 
-TEST_F(LoggingRotation, AFileThatSomeoneRemovedIsBegunAnew) {
-  gLogging.init(mPars);
-  gLogging.mFileStream->close(); // some systems don't remove files that are open
-  mFolder.remove("log.txt");
-  rig::StreamCapture out(std::cout);
-  EXPECT_EQ(0, gLogging.backupLogFile());
-  EXPECT_EQ("", out.take());
-  ASSERT_TRUE(record("first"));
-  EXPECT_EQ(Texts{"first"}, texts());
-}
-
-/// What follows a rotation that failed: the console alone, no further attempt, and a new start with init().
-class LoggingRotationFailure : public LoggingRotation {
-protected:
-  LoggingRotationFailure() {
+TEST_F(LoggingRotation, AFailureIsReportedOnceThenTheConsoleGoesOnUntilTheNextStart) {
+  const std::string log = mFolder.backslashed("log.txt"), backup = mFolder.backslashed("log.bak");
+  const struct {
+    std::function<void()> breakIt;
+    int code; // of the rotation
+    std::string report;
+  } kSteps[] = {
+      {[this] { mFolder.makeFolder("log.bak\\content"); }, -2, "'" + backup + "' couldn't be removed!\n"},
+      {[] { file_faults::failRename(EACCES); }, -3,
+       "File '" + log + "' couldn't be renamed to '" + backup + "'!\n"},
+      {[this] { file_faults::afterRename([this] { mFolder.makeFolder("log.txt"); }); }, 0,
+       "Opening of stream of'" + log + "' failed!\n"}};
+  for (const auto& step : kSteps) {
+    SCOPED_TRACE(step.report);
     mPars.mMaxSize = 0;
     gLogging.init(mPars);
-  }
-
-  void expectTheFileIsGivenUp(const std::string& report) {
+    step.breakIt();
     rig::StreamCapture out(std::cout);
     gLogging.mIsLogToCnsl = true;
     ASSERT_TRUE(record("one")); // and the lock is back
     const std::string first = out.take();
-    EXPECT_EQ(report, first.substr(0, report.size()));
-    EXPECT_EQ("one\n", textOf(first.substr(std::min(first.size(), report.size()))));
+    EXPECT_EQ(step.report, first.substr(0, step.report.size()));
+    EXPECT_EQ("one\n", textOf(first.substr(std::min(first.size(), step.report.size()))));
     ASSERT_TRUE(record("two"));
     EXPECT_EQ("two\n", textOf(out.take())) << "no second attempt";
-  }
-  void expectInitStartsAnew() {
-    gLogging.mIsLogToCnsl = false;
     mPars.mMaxSize = 1;
     mFolder.remove("log.txt");
+    mFolder.remove("log.bak");
     gLogging.init(mPars);
     ASSERT_TRUE(record("new start"));
     EXPECT_EQ(Texts{"new start"}, texts());
+    step.breakIt();
+    EXPECT_EQ(step.code, gLogging.backupLogFile());
+    EXPECT_EQ(step.report, out.take());
+    mFolder.remove("log.txt");
+    mFolder.remove("log.bak");
   }
-};
-
-TEST_F(LoggingRotationFailure, AnOldBackupThatCantBeRemoved) {
-  mFolder.makeFolder("log.bak\\content");
-  const std::string before = bytes();
-  expectTheFileIsGivenUp("'" + mFolder.backslashed("log.bak") + "' couldn't be removed!\n");
-  EXPECT_EQ(before, bytes());
-  {
-    rig::StreamCapture out(std::cout);
-    EXPECT_EQ(-2, gLogging.backupLogFile());
-  }
-  expectInitStartsAnew();
-}
-
-TEST_F(LoggingRotationFailure, ALogThatCantBeRenamed) {
-  const std::string before = bytes();
-  const std::string report = "File '" + mFolder.backslashed("log.txt") + "' couldn't be renamed to '" +
-                             mFolder.backslashed("log.bak") + "'!\n";
-  file_faults::failRename(EACCES);
-  expectTheFileIsGivenUp(report);
-  EXPECT_EQ(before, bytes());
-  rig::StreamCapture out(std::cout);
-  file_faults::failRename(EACCES);
-  EXPECT_EQ(-3, gLogging.backupLogFile());
-  EXPECT_EQ(report, out.take());
-  expectInitStartsAnew();
-}
-
-TEST_F(LoggingRotationFailure, ALogThatCantBeOpenedAgain) {
-  file_faults::afterRename([this] { mFolder.makeFolder("log.txt"); });
-  expectTheFileIsGivenUp("Opening of stream of'" + mFolder.backslashed("log.txt") + "' failed!\n");
-  EXPECT_EQ(Texts{}, texts("log.bak"));
-  expectInitStartsAnew();
 }
 
 } // namespace

@@ -137,7 +137,9 @@ TEST_F(DaemonLink, ConnectListsTheDevicesThenFetchesTheRotationAndGivesUpAtAFail
     EXPECT_EQ(takeLinkCalls(), Lines{});
   }
   devlink_twin::setDeviceCount(0); // no failure
+  devlink_twin::setRotation(112, false);
   EXPECT_TRUE(link().connect());
+  EXPECT_FALSE(proxy().mZoomAllAfterView);
   EXPECT_EQ(takeLinkCalls(), (Lines{all.front(), all.back()}));
 }
 
@@ -243,30 +245,6 @@ TEST_F(DaemonLink, FetchThatFailsStillLetsTheModeThrough) {
 
 // ---- the watch, and the engine's coming and going ----
 
-class DaemonWatch : public EngineTest {};
-
-TEST_F(DaemonWatch, RestartedDaemonIsPickedUpAndToldTheMode) {
-  restart();
-  DaemonProxy& link = *plugin().mDaemonProxyP;
-  devlink_twin::pushMotion({5, 0, 0, 0, 0, 0});
-  ASSERT_TRUE(devlink_twin::waitUntilTaken());
-  devlink_twin::setPresent(false);
-  ASSERT_TRUE(waitFor([] { return devlink_twin::callCount("ovConnect") >= 2; }));
-  EXPECT_FALSE(link.mIsConnected);
-  EXPECT_TRUE(link.mIsReading) << "the reading thread goes on";
-  EXPECT_EQ(plugin().mCapX, 5) << "a level, whatever happens to the link";
-  devlink_twin::setRotation(13, true);
-  const std::size_t told = devlink_twin::modes().size();
-  devlink_twin::setPresent(true);
-  ASSERT_TRUE(waitFor([&link] { return static_cast<bool>(link.mIsConnected); }));
-  EXPECT_EQ(proxy().mRotMode, 3);
-  EXPECT_TRUE(proxy().mKeepHorizon && proxy().mZoomAllAfterView);
-  devlink_twin::pushEvent(APPL_FUNC_START + 1);
-  ASSERT_TRUE(devlink_twin::waitUntilTaken());
-  EXPECT_EQ(plugin().mPendingKey, 1);
-  EXPECT_GT(devlink_twin::modes().size(), told);
-}
-
 /// The records of construction and destruction on the main thread, with the source file in front.
 Lines lifeRecords(std::size_t from) {
   Lines found;
@@ -282,7 +260,8 @@ Lines lifeRecords(std::size_t from) {
   return found;
 }
 
-TEST_F(DaemonWatch, EngineComesUpAndGoesInOrder) {
+TEST_F(EngineTest, ComesUpAndGoesInOrder) {
+  restart();
   std::size_t mark = rig::logSize();
   devlink_twin::fail("ovDisconnect");
   stop(); // with the reading thread waiting for an event

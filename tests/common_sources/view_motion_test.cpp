@@ -23,41 +23,6 @@ protected:
   void move(const Sample& s) { EXPECT_TRUE(pass(s.x, s.y, s.z, s.a, s.b, s.c)); }
 };
 
-TEST_F(ViewMotion, TheLogTellsStepsTurnsAndTheCapsState) {
-  host::add(rig::line({1, 2, 3}, {4, 2, 7})); // direction (0.6, 0, 0.8)
-  host::selectNumbers({1});
-  struct Case {
-    int rotCode;
-    bool isLineTheAxis;
-    Sample sample;
-    Lines records;
-  };
-  const Case cases[] = {
-      {0,
-       false,
-       {1000, 0, 0, 1000},
-       {"INF Move x-Direction, value: 0.05", "TMP selCenterPoint: 2.5, 2, 5", "DBG Rotate Axis: 0.1(0)"}},
-      {10, true, {0, 0, 0, 0, 0, 500}, {}}, // no roll
-      {0,
-       true,
-       {0, 0, 0, 7, 50, 5},
-       {"DBG Rotate Axis: -0.0004(0)", "DBG Rotate Axis: -0.0004(2)"}}, // shares, cut
-  };
-  for (const Case& c : cases) {
-    look();
-    proxy().setRotMode(c.rotCode);
-    plugin().mToggleRotationAxis = c.isLineTheAxis;
-    move(c.sample);
-    Lines expected = c.records;
-    expected.push_back("INF Cap moving.");
-    EXPECT_EQ(takeRecords(), expected);
-    release();
-    EXPECT_EQ(takeRecords(), Lines{"TRC Cap released."});
-    release();
-    EXPECT_EQ(takeRecords(), Lines{});
-  }
-}
-
 TEST_F(ViewMotion, FailuresDropWhatTheyTouchAndNothingElse) {
   struct Case {
     const char* operation;

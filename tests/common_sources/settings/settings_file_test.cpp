@@ -61,25 +61,6 @@ TEST_F(SettingsFile, AMissingKeyIsReportedOnceByItsName) {
   EXPECT_EQ(Texts{}, records());
 }
 
-TEST_F(SettingsFile, WithoutItsFolderTheDefaultsServe) {
-  mHome.remove("Orvaner");
-  turnLogOn();
-  Texts all;
-  {
-    Settings settings;
-    EXPECT_EQ(20000, settings.mTraSensBase);
-    EXPECT_EQ("autocad_addin_log.txt", settings.mLogPars.mLogFile);
-    all = records();
-    EXPECT_EQ(-1, settings.writeSettingsFile(path()));
-    EXPECT_EQ((Texts{"TRC Writing new default settings file ...",
-                     "ERR Writing default settings file 'autocad_addin.ini' failed!"}),
-              records());
-  }
-  EXPECT_EQ("ERR Writing default settings file 'autocad_addin.ini' failed!", all.at(2));
-  EXPECT_FALSE(mHome.exists("Orvaner"));
-  EXPECT_EQ("CRT Destructed.", records().back());
-}
-
 TEST_F(SettingsFile, ValuesOfAHandEditedFileSurviveAndItsLayoutDoesnt) {
   std::string text =
       "# mine\r\n[LOGGING]\r\ntmp=on\r\nlogFile=c:\\log files\\x.txt # here\r\nmaxSize=7\r\n"
