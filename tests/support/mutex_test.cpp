@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <cstring>
 #include <iostream>
-#include <memory>
 #include <thread>
 #include <vector>
 
@@ -142,17 +141,6 @@ TEST(MutexTest, EachFailureIsReportedAndAWaitThatASignalEndsGoesOn) {
   order(Wait, EINVAL, 1);
   EXPECT_EQ(-1, longName.lock());
   EXPECT_NE(std::string::npos, out.take().find("semaphore '0123456789abcdefghijklmnopqrstuv' by"));
-}
-
-TEST(SleepMutexTest, ReportsItsLife) {
-  rig::StreamCapture out(std::cout);
-  auto mutexP = std::make_unique<SleepMutex>("Name");
-  EXPECT_EQ("SleepMutex::SleepMutex(): 'Name' constructed by thread " + threadText() + ".\n", out.take());
-  EXPECT_EQ(50, mutexP->mDelay);
-  EXPECT_EQ(10000, mutexP->mTimeOut);
-  EXPECT_EQ(200, mutexP->mMaxTries);
-  mutexP.reset();
-  EXPECT_EQ("SleepMutex::~SleepMutex(): 'Name' destructed by thread " + threadText() + ".\n", out.take());
 }
 
 TEST(SleepMutexTest, OfTwoThreadsThatFindItFreeOneGetsIt) {
