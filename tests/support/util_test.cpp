@@ -10,8 +10,6 @@
 #include "temp_folder.h"
 
 #ifndef _WIN32
-#include "desktop.h"
-
 namespace {
 std::atomic<std::time_t> gTime{0}; // what time() gives; 0: the truth
 }
@@ -81,20 +79,6 @@ TEST(UtilTest, TellsFilesFromFolders) {
   }
   EXPECT_FALSE(Util::fileExists(""));
   EXPECT_FALSE(Util::folderExists(""));
-}
-
-TEST(UtilTest, TheTimeHasTwelveColumns) {
-  char text[] = "................";
-  Util::writeTime(text + 1);
-  EXPECT_TRUE(std::regex_match(text, std::regex("\\.\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d\\.\\.\\.")));
-#ifndef _WIN32
-  const SYSTEMTIME kTimes[] = {{2026, 11, 0, 22, 9, 5, 3, 7}, {2026, 11, 0, 22, 23, 59, 58, 989}};
-  desktop::setSystemTime(kTimes[0]);
-  EXPECT_EQ("09:05:03.007", Util::getTime());
-  desktop::setSystemTime(kTimes[1]);
-  EXPECT_EQ("23:59:58.989", Util::getTime());
-  desktop::setSystemTime(std::nullopt);
-#endif
 }
 
 TEST(UtilTest, TheDateHasFifteenColumnsAndThoseOfTwoThreadsDontMix) {
