@@ -180,29 +180,6 @@ TEST_F(Module, ForgetsADocumentThatGoesAndLeavesNoReactorBehind) {
   EXPECT_EQ(calls::stopRecording(), std::vector<std::string>{});
 }
 
-TEST_F(Module, FaultsOfTheHostAtLoadNeverReachIt) {
-  for (const char* const operation : {"acrxSysRegistry", "at", "unlockApplication", "registerAppMDIAware",
-                                      "addCommand", "acDocManagerPtr", "acutPrintf", ""}) {
-    SCOPED_TRACE(operation);
-    for (const bool isThrow : {false, true}) {
-      load();
-      if (isThrow)
-        calls::throwAt(operation, 1);
-      else
-        calls::failAt(operation, 1);
-      const int result = tell(kInit);
-      EXPECT_EQ(calls::lastFault(), operation);
-      calls::clear();
-      // Either the plug-in runs, or it says that it doesn't and has left nothing behind.
-      const bool isAlive = contains(type(L"OV_Toggle_Object_Move_Mode\n"), L"Move Selected Object");
-      EXPECT_TRUE(result == 0 || !isAlive);
-      EXPECT_TRUE(isAlive || operation[0] != 0);
-      EXPECT_EQ(tell(kUnload), 0);
-      unload();
-    }
-  }
-}
-
 #ifndef _WIN32
 
 /// Entries of a folder of the kernel's that lists what the process has.
