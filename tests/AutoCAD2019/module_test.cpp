@@ -24,7 +24,6 @@
 namespace {
 
 using EntryPoint = AcRx::AppRetCode (*)(int, void*);
-using GetApiVersion = int (*)();
 using rig::setEnvironment;
 
 constexpr int kInit = 1;
@@ -109,37 +108,34 @@ bool contains(const std::wstring& text, const std::wstring& part) {
 TEST_F(Module, LoadRegistersBeforeItStartsAndUnloadRemovesBeforeItEnds) {
   load();
   const auto version =
-      reinterpret_cast<GetApiVersion>(reinterpret_cast<void*>(GetProcAddress(mModule, "acrxGetApiVersion")));
+      reinterpret_cast<int (*)()>(reinterpret_cast<void*>(GetProcAddress(mModule, "acrxGetApiVersion")));
   ASSERT_TRUE(version);
   EXPECT_EQ(version(), 0x170000);
   for (const int code : {-1, 0, 3, 4, 6, 15, 16, 1000}) // no engine is needed for these
     EXPECT_EQ(tell(code), 0) << code;
-  calls::startRecording();
-  ASSERT_EQ(tell(kInit), 0);
   // The steps in their order; what the menu reader's start does depends on whether it lies beside the module.
-  const std::set<std::string> steps = {"unlockApplication", "registerAppMDIAware", "addCommand", "SetTimer",
-                                       "acutPrintf"};
-  std::vector<std::string> heard;
-  for (const std::string& call : calls::stopRecording()) {
-    const std::string name = call.substr(0, call.find(' '));
-    if (steps.count(name) != 0)
-      heard.push_back(name);
-  }
-  std::vector<std::string> expected = {"unlockApplication", "registerAppMDIAware", "addCommand",
-                                       "addCommand",        "addCommand",          "addCommand"};
+  std::set<std::string> steps = {"unlockApplication", "registerAppMDIAware", "addCommand", "acutPrintf",
+                                 "removeCmd"};
 #ifndef _WIN32
-  expected.push_back("SetTimer");
+  steps.insert({"SetTimer", "KillTimer"});
 #endif
-  expected.push_back("acutPrintf");
-  EXPECT_EQ(heard, expected);
+  const auto heard = [this, &steps](int code) {
+    calls::startRecording();
+    EXPECT_EQ(tell(code), 0);
+    std::string found;
+    for (const std::string& call : calls::stopRecording()) {
+      const std::string name = call.substr(0, call.find(' '));
+      if (steps.count(name) != 0)
+        found += (name == "SetTimer" || name == "KillTimer" ? "timer" : name) + ' ';
+    }
+    return found;
+  };
+  const std::string timer = steps.count("SetTimer") != 0 ? "timer " : "";
+  EXPECT_EQ(heard(kInit),
+            "unlockApplication registerAppMDIAware addCommand addCommand addCommand addCommand " + timer +
+                "acutPrintf ");
   EXPECT_TRUE(contains(takePrinted(), L"\nmOvAutoCadP constructed\n"));
-
-  calls::startRecording();
-  ASSERT_EQ(tell(kUnload), 0);
-  const std::vector<std::string> calls = calls::stopRecording();
-  EXPECT_EQ(std::count_if(calls.begin(), calls.end(),
-                          [](const std::string& call) { return call.compare(0, 9, "removeCmd") == 0; }),
-            4);
+  EXPECT_EQ(heard(kUnload), "removeCmd removeCmd removeCmd removeCmd " + timer);
   EXPECT_TRUE(contains(type(L"OV_Toggle_Scroll_Mode\n"), L"Unknown command"));
 #ifndef _WIN32
   EXPECT_TRUE(desktop::activeTimers().empty());
@@ -149,13 +145,17 @@ TEST_F(Module, LoadRegistersBeforeItStartsAndUnloadRemovesBeforeItEnds) {
 TEST_F(Module, CommandsFlipTellAndAreKept) {
   load();
   ASSERT_EQ(tell(kInit), 0);
-  const std::wstring center = L"\n=> Selection as Rotation Center:  ";
-  EXPECT_TRUE(contains(type(L"OV_Toggle_Rotation_Center\n"), center + L"off"));
-  EXPECT_TRUE(contains(type(L"OV_Toggle_Rotation_Center\n"), center + L"on"));
-  EXPECT_TRUE(contains(type(L"OV_Toggle_Rotation_Center\n"), center + L"off"));
-  EXPECT_TRUE(contains(type(L"ov_toggle_rotation_axis\n"), L"\n=> Selected Line as Rotation Axis:  on"));
-  EXPECT_TRUE(contains(type(L"OV_Toggle_Scroll_Mode\n"), L"\n=> Scroll Trees and Lists:  off"));
-  EXPECT_TRUE(contains(type(L"OV_Toggle_Object_Move_Mode\n"), L"\n=> Move Selected Object:  on"));
+  const std::pair<const wchar_t*, const wchar_t*> kCommands[] = {
+      {L"OV_Toggle_Rotation_Center\n", L"\n=> Selection as Rotation Center:  off"},
+      {L"OV_Toggle_Rotation_Center\n", L"\n=> Selection as Rotation Center:  on"},
+      {L"OV_Toggle_Rotation_Center\n", L"\n=> Selection as Rotation Center:  off"},
+      {L"ov_toggle_rotation_axis\n", L"\n=> Selected Line as Rotation Axis:  on"},
+      {L"OV_Toggle_Scroll_Mode\n", L"\n=> Scroll Trees and Lists:  off"},
+      {L"OV_Toggle_Object_Move_Mode\n", L"\n=> Move Selected Object:  on"},
+      {L"OV_Toggle_Object_Move_Mode\n", L"\n=> Move Selected Object:  off"},
+      {L"OV_Toggle_Object_Move_Mode\n", L"\n=> Move Selected Object:  on"}};
+  for (const auto& [command, answer] : kCommands)
+    EXPECT_TRUE(contains(type(command), answer));
   EXPECT_NE(settings().find("toggleRotationCenter  = on "), std::string::npos) << "not before the end";
   ASSERT_EQ(tell(kUnload), 0);
   EXPECT_NE(settings().find("toggleRotationCenter  = off "), std::string::npos);
@@ -178,29 +178,6 @@ TEST_F(Module, ForgetsADocumentThatGoesAndLeavesNoReactorBehind) {
   calls::startRecording();
   host::closeDocument(); // a reactor left behind would be called in a library that is gone
   EXPECT_EQ(calls::stopRecording(), std::vector<std::string>{});
-}
-
-TEST_F(Module, FaultsOfTheHostAtLoadNeverReachIt) {
-  for (const char* const operation : {"acrxSysRegistry", "at", "unlockApplication", "registerAppMDIAware",
-                                      "addCommand", "acDocManagerPtr", "acutPrintf", ""}) {
-    SCOPED_TRACE(operation);
-    for (const bool isThrow : {false, true}) {
-      load();
-      if (isThrow)
-        calls::throwAt(operation, 1);
-      else
-        calls::failAt(operation, 1);
-      const int result = tell(kInit);
-      EXPECT_EQ(calls::lastFault(), operation);
-      calls::clear();
-      // Either the plug-in runs, or it says that it doesn't and has left nothing behind.
-      const bool isAlive = contains(type(L"OV_Toggle_Object_Move_Mode\n"), L"Move Selected Object");
-      EXPECT_TRUE(result == 0 || !isAlive);
-      EXPECT_TRUE(isAlive || operation[0] != 0);
-      EXPECT_EQ(tell(kUnload), 0);
-      unload();
-    }
-  }
 }
 
 #ifndef _WIN32

@@ -29,7 +29,7 @@ constexpr char kLetters[TMP + 1][4] = {"ERR", "WRN", "CRT", "TRC", "DCM", "ICM",
 
 TEST_F(LoggingRecord, StandsInFixedColumns) {
 #ifndef _WIN32
-  desktop::setSystemTime(SYSTEMTIME{2026, 11, 0, 22, 9, 5, 3, 7});
+  desktop::setSystemTime(SYSTEMTIME{2026, 11, 0, 22, 9, 5, 43, 807});
 #endif
   const int line = __LINE__ + 1;
   OV_LOG(CRT, "Settings", "Settings::Settings", "Text " << 12 << '|' << " of it  ");
@@ -44,7 +44,7 @@ TEST_F(LoggingRecord, StandsInFixedColumns) {
   EXPECT_EQ(head + std::string("Settings::Settings::Settings    | Text 12| of it  "), all[0].substr(12));
   EXPECT_TRUE(std::regex_match(all[0].substr(0, 12), std::regex("\\d\\d:\\d\\d:\\d\\d\\.\\d{3}")));
 #ifndef _WIN32
-  EXPECT_EQ("09:05:03.007", all[0].substr(0, 12));
+  EXPECT_EQ("09:05:43.807", all[0].substr(0, 12));
 #endif
   EXPECT_EQ(kTextColumn, all[1].size());
   EXPECT_EQ("| ", all[1].substr(kTextColumn - 2));

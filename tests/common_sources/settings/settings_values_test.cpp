@@ -52,38 +52,6 @@ TEST_F(SettingsValues, EveryKeyGoesToItsOwnField) {
   }
 }
 
-TEST_F(SettingsValues, DumpsAllValues) {
-  Settings settings;
-  settings.mLogPars.mSettingsDirPath = "c:\\folder";
-  EXPECT_EQ("(AutoCAD Plug-in) mName: AutoCAD Plug-in\n"
-            "               mVersion: 2.9.0\n"
-            "           mTraSensBase: 20000\n"
-            "           mRotSensBase: 10000\n"
-            "          mMinThreshold: 0\n"
-            "       mMaxContMoveTime: 500\n"
-            "  mToggleRotationCenter: 1\n"
-            "    mToggleRotationAxis: 0\n"
-            "     mScrollTreeAndList: 1\n"
-            "       mUseInt3dIntrfce: 0\n"
-            "               mLogPars:\n"
-            "        mSectionName: LOGGING\n"
-            "    mSettingsDirPath: c:\\folder\n"
-            "            mLogFile: autocad_addin_log.txt\n"
-            "            mMaxSize: 5000\n"
-            "        mIsLogToFile: 1\n"
-            "        mIsLogToCnsl: 0\n"
-            "          mIsWarning: 0\n"
-            "         mIsCreation: 1\n"
-            "            mIsTrace: 0\n"
-            "           mIsDevCom: 0\n"
-            "           mIsIntCom: 0\n"
-            "             mIsInfo: 1\n"
-            "            mIsDebug: 0\n"
-            "              mIsTmp: 0\n"
-            "      mExclFileToLog: \n",
-            settings.dump());
-}
-
 TEST_F(SettingsValues, DefaultsReplaceEveryValueAndNoPath) {
   Settings settings;
   const std::string defaults = settings.dump();
