@@ -5,6 +5,7 @@
 #include <cmath>
 #include <functional>
 #include <memory>
+#include <stdexcept>
 
 #include <gtest/gtest.h>
 
@@ -101,13 +102,22 @@ protected:
                                  mHome.native("port"), "--record", mHome.native("record"), "--linger"},
         mHome.native("daemon.txt"));
     const auto start = Clock::now();
-    while (!mHome.exists("port") || mHome.read("port").empty()) {
+    while (writtenTo("port").empty()) {
       ASSERT_LT(secondsSince(start), 20) << mHome.read("daemon.txt");
       Sleep(5);
     }
   }
   bool isRecorded(const std::string& text) const {
-    return mHome.exists("record") && mHome.read("record").find(text) != std::string::npos;
+    return writtenTo("record").find(text) != std::string::npos;
+  }
+  /// What the daemon has written to a file so far. Where the file is just being made, Windows may refuse to
+  /// open it for the moment.
+  std::string writtenTo(const std::string& name) const {
+    try {
+      return mHome.read(name);
+    } catch (const std::runtime_error&) {
+      return {};
+    }
   }
 
   rig::TempFolder mHome;
