@@ -15,7 +15,7 @@ namespace {
 using EntryPoint = BOOL(WINAPI*)(HINSTANCE, DWORD, LPVOID);
 
 struct Module {
-  void* library = nullptr; ///< from dlopen; the handle of Windows is the same value
+  void* loaded = nullptr; ///< from dlopen; the handle of Windows is the same value
   int loads = 0;
   EntryPoint entryPoint = nullptr; ///< DllMain, or null
 };
@@ -38,7 +38,7 @@ HMODULE handle(void* library) {
 
 std::vector<Module>::iterator find(const void* library) {
   return std::find_if(modules().begin(), modules().end(),
-                      [library](const Module& module) { return module.library == library; });
+                      [library](const Module& module) { return module.loaded == library; });
 }
 
 /// What the module itself exports: dlsym looks into the libraries that it leans on as well, Windows doesn't.
@@ -66,7 +66,7 @@ std::string nativePath(HMODULE module) {
 }
 
 void unload(std::vector<Module>::iterator module) {
-  void* const library = module->library;
+  void* const library = module->loaded;
   const EntryPoint entryPoint = module->entryPoint;
   if (entryPoint != nullptr)
     entryPoint(handle(library), DLL_PROCESS_DETACH, nullptr);
@@ -101,7 +101,7 @@ HMODULE WINAPI LoadLibraryA(LPCSTR path) {
     return handle(library);
   }
   Module module;
-  module.library = library;
+  module.loaded = library;
   module.loads = 1;
   module.entryPoint = reinterpret_cast<EntryPoint>(ownSymbol(library, "DllMain"));
   modules().push_back(module);
@@ -129,7 +129,7 @@ BOOL WINAPI FreeLibrary(HMODULE module) {
   if (known == modules().end())
     return FALSE;
   if (--known->loads > 0)
-    dlclose(known->library);
+    dlclose(known->loaded);
   else
     unload(known);
   return TRUE;
