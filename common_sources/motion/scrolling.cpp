@@ -87,9 +87,12 @@ bool scrollLines(HWND window, int h, int v) {
   return true;
 }
 
+/// In 32 bits that wrap, whatever a window says of itself.
 std::int32_t area(const RECT& r) {
-  return static_cast<std::int32_t>(static_cast<std::uint32_t>(r.right - r.left) *
-                                   static_cast<std::uint32_t>(r.bottom - r.top));
+  const auto length = [](LONG from, LONG to) {
+    return static_cast<std::uint32_t>(to) - static_cast<std::uint32_t>(from);
+  };
+  return static_cast<std::int32_t>(length(r.left, r.right) * length(r.top, r.bottom));
 }
 
 } // namespace
