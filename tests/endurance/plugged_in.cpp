@@ -15,6 +15,7 @@
 #include "fixture.h"
 #include "host.h"
 #include "logging.h"
+#include "quiet_port.h"
 
 namespace {
 
@@ -25,13 +26,6 @@ std::string menuText(int keys) {
   for (int key = 0; key < keys; ++key)
     text += "Key" + std::to_string(key) + " = Keys}KEY" + std::to_string(key) + "|types its name\n";
   return text;
-}
-
-std::uint16_t freePort() {
-  asio::io_context io;
-  return asio::ip::tcp::acceptor(io, asio::ip::tcp::endpoint(asio::ip::address_v4::loopback(), 0))
-      .local_endpoint()
-      .port();
 }
 
 } // namespace
@@ -60,7 +54,7 @@ void DaemonProcess::tell(const std::string& line) const {
     throw std::runtime_error("the daemon's input is full");
 }
 
-PluggedIn::PluggedIn() : mPort(freePort()) {
+PluggedIn::PluggedIn() : mPort(rig::quietPort()) {
   calls::clear();
   host::reset();
   desktop::reset();

@@ -5,6 +5,7 @@
 #include "environment.h"
 #include "ov_devlink.h"
 #include "protocol.h"
+#include "quiet_port.h"
 
 #include <asio.hpp>
 #include <gtest/gtest.h>

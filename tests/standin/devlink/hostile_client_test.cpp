@@ -137,7 +137,7 @@ TEST_F(LinkTest, seventeenClientsAreOneTooMany) {
 }
 
 TEST_F(LinkTest, anAbsentDaemonIsGoneAndComesBackToItsPort) {
-  RunningDaemon daemon;
+  RunningDaemon daemon({}, rig::quietPort());
   ASSERT_EQ(ovConnect(0, "acad"), 0);
   daemon.play("motion 0 0 300 0 0 0");
   daemon.play("away 0.3");

@@ -219,10 +219,9 @@ TEST_F(LinkTest, whoeverReadsTheLinkHandsItOnWhenHeLeaves) {
 }
 
 TEST_F(LinkTest, fiftyRestartsOfTheDaemonLeaveNothingBehind) {
-  std::uint16_t port = 0;
+  const std::uint16_t port = rig::quietPort();
   const auto life = [&](bool isDisconnected) {
     RunningDaemon daemon({}, port);
-    port = daemon.port();
     ASSERT_EQ(ovConnect(0, "acad"), 0);
     ASSERT_TRUE(isConnected());
     if (isDisconnected) {
