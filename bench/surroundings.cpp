@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "desktop.h"
+#include "engine_state.h"
 #include "host.h"
 #include "logging.h"
 
@@ -78,13 +79,7 @@ void resetView() {
 }
 
 void setSample(int x, int y, int z, int a, int b, int c) {
-  OvAutoCad& p = plugin();
-  p.mCapX = static_cast<std::int16_t>(x);
-  p.mCapY = static_cast<std::int16_t>(y);
-  p.mCapZ = static_cast<std::int16_t>(z);
-  p.mCapA = static_cast<std::int16_t>(a);
-  p.mCapB = static_cast<std::int16_t>(b);
-  p.mCapC = static_cast<std::int16_t>(c);
+  rig::setSample(plugin(), x, y, z, a, b, c);
 }
 
 void setDefaultLog() {

@@ -4,7 +4,7 @@
 #include "desktop.h"
 #include "devlink_twin.h"
 #include "engine_rig.h"
-#include "motion/motion_state.h"
+#include "engine_state.h"
 
 namespace fuzz {
 
@@ -37,30 +37,11 @@ OvAutoCad& freshEngine() {
   static const std::unique_ptr<OvAutoCad> sPluginP = makeEngine();
   freshSurroundings();
   OvAutoCad& p = *sPluginP;
-  p.mCapX = p.mCapY = p.mCapZ = p.mCapA = p.mCapB = p.mCapC = 0;
-  p.mPendingKey = -1;
-  p.mPendingSpecial = 0;
-  p.mToggleRotationCenter = true;
-  p.mToggleRotationAxis = false;
-  p.mScrollTreeAndList = true;
-  p.mMinThreshold = 0;
+  rig::resetEngine(p);
   AutoCadProxy& e = *p.mAutoCadProxyP;
   e.mTraSensBase = 20000;
   e.mRotSensBase = 10000;
   e.mMaxContMoveTime = kPassesPerTick;
-  e.mViewMode = 0;
-  e.mCapIsMoving = false;
-  e.mIsDocLocked = false;
-  e.mObjectMoveMode = false;
-  e.mMenuIsLoaded = false;
-  e.setRotMode(0);
-  e.mZoomAllAfterView = false;
-  e.mModes.publish({});
-  e.mMenuEntries.clear();
-  motion::selCenterPoint = AcGePoint3d(0, 0, 0);
-  motion::selAxisVector = AcGeVector3d(0, 0, 0);
-  motion::selCenterValid = false;
-  motion::selAxisValid = false;
   return p;
 }
 

@@ -19,9 +19,9 @@
 #include "desktop.h"
 #include "devlink_twin.h"
 #include "engine_rig.h"
+#include "engine_state.h"
 #include "event_codes.h"
 #include "logging.h"
-#include "motion/motion_state.h"
 #include "trial.h"
 
 namespace {
@@ -67,9 +67,7 @@ public:
                                                              {"logFile", "faults.txt"},
                                                              {"maxContMoveTime", "150"}}));
     rig::home().remove("Orvaner/faults.txt");
-    motion::selCenterPoint = AcGePoint3d(0, 0, 0);
-    motion::selAxisVector = AcGeVector3d(0, 0, 0);
-    motion::selCenterValid = motion::selAxisValid = false;
+    rig::forgetSelection();
     host::add(rig::line({1, 2, 3}, {4, 6, 3}));
     host::add(std::make_unique<AcDbCircle>(AcGePoint3d(5, 5, 0), AcGeVector3d(0, 0, 1), 2.0));
   }
@@ -118,14 +116,8 @@ private:
     desktop::runTimers(100);
     host::runQueue();
   }
-  void hold(short x, short y, short z, short a, short b, short c) {
-    OvAutoCad& p = *mApp.mOvAutoCadP;
-    p.mCapX = x;
-    p.mCapY = y;
-    p.mCapZ = z;
-    p.mCapA = a;
-    p.mCapB = b;
-    p.mCapC = c;
+  void hold(int x, int y, int z, int a, int b, int c) {
+    rig::setSample(*mApp.mOvAutoCadP, x, y, z, a, b, c);
     tick();
   }
   static void point(int x, int y) {

@@ -6,9 +6,9 @@
 #include <sstream>
 
 #include "calls.h"
+#include "engine_state.h"
 #include "environment.h"
 #include "logging.h"
-#include "motion/motion_state.h"
 #include "util.h"
 
 #ifndef _WIN32
@@ -157,28 +157,7 @@ void EngineTest::SetUp() {
     restart();
     freshSurroundings();
   }
-  OvAutoCad& p = plugin();
-  setSample(0, 0, 0);
-  p.mPendingKey = -1;
-  p.mPendingSpecial = 0;
-  p.mToggleRotationCenter = true;
-  p.mToggleRotationAxis = false;
-  p.mScrollTreeAndList = true;
-  p.mMinThreshold = 0;
-  AutoCadProxy& e = proxy();
-  e.mViewMode = 0;
-  e.mCapIsMoving = false;
-  e.mIsDocLocked = false;
-  e.mObjectMoveMode = false;
-  e.mMenuIsLoaded = false;
-  e.setRotMode(0);
-  e.mZoomAllAfterView = false;
-  e.mModes.publish({});
-  e.mMenuEntries.clear();
-  motion::selCenterPoint = AcGePoint3d(0, 0, 0);
-  motion::selAxisVector = AcGeVector3d(0, 0, 0);
-  motion::selCenterValid = false;
-  motion::selAxisValid = false;
+  rig::resetEngine(plugin());
   mLogStart = rig::logSize();
 }
 
@@ -200,13 +179,7 @@ AutoCadProxy& EngineTest::proxy() {
 }
 
 void EngineTest::setSample(int x, int y, int z, int a, int b, int c) {
-  OvAutoCad& p = plugin();
-  p.mCapX = static_cast<std::int16_t>(x);
-  p.mCapY = static_cast<std::int16_t>(y);
-  p.mCapZ = static_cast<std::int16_t>(z);
-  p.mCapA = static_cast<std::int16_t>(a);
-  p.mCapB = static_cast<std::int16_t>(b);
-  p.mCapC = static_cast<std::int16_t>(c);
+  rig::setSample(plugin(), x, y, z, a, b, c);
 }
 
 bool EngineTest::pass(int x, int y, int z, int a, int b, int c) {

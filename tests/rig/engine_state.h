@@ -1,0 +1,52 @@
+#ifndef ENGINE_STATE_H
+#define ENGINE_STATE_H
+
+#include <cstdint>
+
+#include "motion/motion_state.h"
+#include "ov_auto_cad.h"
+
+namespace rig {
+
+/// Leaves a sample for the pump, as the reading thread does.
+inline void setSample(OvAutoCad& plugin, int x, int y, int z, int a = 0, int b = 0, int c = 0) {
+  plugin.mCapX = static_cast<std::int16_t>(x);
+  plugin.mCapY = static_cast<std::int16_t>(y);
+  plugin.mCapZ = static_cast<std::int16_t>(z);
+  plugin.mCapA = static_cast<std::int16_t>(a);
+  plugin.mCapB = static_cast<std::int16_t>(b);
+  plugin.mCapC = static_cast<std::int16_t>(c);
+}
+
+/// What earlier movements have kept of the selection.
+inline void forgetSelection() {
+  motion::selCenterPoint = AcGePoint3d(0, 0, 0);
+  motion::selAxisVector = AcGeVector3d(0, 0, 0);
+  motion::selCenterValid = motion::selAxisValid = false;
+}
+
+/// Sets a running engine back to how it starts on the default settings, with its cap at rest and no menu.
+inline void resetEngine(OvAutoCad& plugin) {
+  setSample(plugin, 0, 0, 0);
+  plugin.mPendingKey = -1;
+  plugin.mPendingSpecial = 0;
+  plugin.mToggleRotationCenter = true;
+  plugin.mToggleRotationAxis = false;
+  plugin.mScrollTreeAndList = true;
+  plugin.mMinThreshold = 0;
+  AutoCadProxy& proxy = *plugin.mAutoCadProxyP;
+  proxy.mViewMode = 0;
+  proxy.mCapIsMoving = false;
+  proxy.mIsDocLocked = false;
+  proxy.mObjectMoveMode = false;
+  proxy.mMenuIsLoaded = false;
+  proxy.setRotMode(0);
+  proxy.mZoomAllAfterView = false;
+  proxy.mModes.publish({});
+  proxy.mMenuEntries.clear();
+  forgetSelection();
+}
+
+} // namespace rig
+
+#endif
