@@ -118,17 +118,23 @@ TEST_F(ModuleLife, FoldersBeyondTheCodePageAreTakenForMissing) {
   CreateDirectoryW((folder + L"\\Orvaner").c_str(), nullptr);
   CreateDirectoryW((folder + L"\\Orvaner\\Applications").c_str(), nullptr);
   _wputenv_s(L"USERPROFILE", folder.c_str());
-  std::thread user([] {
-    for (int i = 0; i < 500; ++i) {
+  std::atomic<bool> wasTold{false};
+  std::atomic<bool> isLoaded{false};
+  std::thread user([&] {
+    while (!wasTold && !isLoaded) {
       Sleep(10);
       if (const HWND dialog = FindWindowW(nullptr, kDialogTitle)) {
         PostMessageW(dialog, WM_COMMAND, IDOK, 0);
-        return;
+        wasTold = true;
       }
     }
   });
-  { Plugin plugin; }
+  {
+    Plugin plugin;
+    isLoaded = true;
+  }
   user.join();
+  EXPECT_TRUE(wasTold);
 }
 
 TEST_F(ModuleLife, OtherProcessesReadTheLogWhileItIsWritten) {

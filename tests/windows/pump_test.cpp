@@ -42,11 +42,21 @@ TEST_F(RealTimers, TicksComeOnAndOnWhileTheCapMovesAndAtRest) {
   restart({{"maxContMoveTime", "1"}});
   plugin().mScrollTreeAndList = false;
   host::setFrameSink([](const host::Frame&) {});
+  constexpr int kTicks = 20;
   setSample(1, 0, 0);
-  const int many = dispatchUntil(10000, [] { return host::viewCounts().updates >= 20; });
-  EXPECT_GE(many, 0) << "the pump has stopped";
+  const int moving = dispatchUntil(20000, [] { return host::viewCounts().updates >= kTicks; });
+  EXPECT_GE(moving, 10 * (kTicks - 1) / 2) << "the pump has stopped, or never rests";
   setSample(0, 0, 0);
   EXPECT_GE(dispatchUntil(3000, [this] { return !proxy().mCapIsMoving; }), 0);
+  int ticks = 0;
+  const int atRest = dispatchUntil(20000, [&] {
+    if (proxy().mViewMode != 0) // as each pass says it
+      ++ticks;
+    proxy().mViewMode = 0;
+    return ticks >= kTicks;
+  });
+  EXPECT_GT(atRest, 90 * (kTicks - 1));
+  EXPECT_LT(3 * moving, atRest);
   plugin().mPendingSpecial = 0x2000C;
   EXPECT_GE(dispatchUntil(3000, [this] { return plugin().mPendingSpecial == 0; }), 0)
       << "at rest keys are served";
