@@ -12,6 +12,7 @@
 #include "daemon_proxy.h"
 #include "engine_rig.h"
 #include "event_codes.h"
+#include "logging.h"
 
 #ifndef _WIN32
 #include "desktop.h"
@@ -299,6 +300,20 @@ TEST_F(EngineTest, ComesUpAndGoesInOrder) {
     EXPECT_TRUE(sleep.milliseconds == 2000 || (sleep.isWatched && sleep.milliseconds == 200))
         << sleep.milliseconds;
 #endif
+}
+
+TEST_F(EngineTest, LogRunsOnTheUsersParameters) {
+  const char* const keys[] = {"logToFile", "logToCnsl", "warning", "creation", "trace",
+                              "devcom",    "intcom",    "info",    "debug",    "tmp"};
+  for (unsigned bit = 1; bit < 16; bit *= 2) { // no two keys have the same value each time
+    std::vector<std::pair<std::string, std::string>> changes = {
+        {"logFile", "other.txt"}, {"maxSize", "77"}, {"fileToLog", "none.cpp"}};
+    for (unsigned i = 0; i < std::size(keys); ++i)
+      changes.emplace_back(keys[i], (i & bit) != 0 ? "on" : "off");
+    restart(changes);
+    EXPECT_EQ(plugin().mLogPars.mIsTmp, (9 & bit) != 0);
+    EXPECT_EQ(gLogging.dump(0), plugin().mLogPars.dump(0));
+  }
 }
 
 } // namespace
