@@ -120,10 +120,10 @@ void WINAPI GetSystemTime(LPSYSTEMTIME time) {
       return;
     }
   }
+  // As on Windows, the time of the system's last tick, for a few nanoseconds: the log asks at each record.
   timespec now{};
-  clock_gettime(CLOCK_REALTIME, &now);
-  // Windows gives the time in a few nanoseconds, and the log asks at each record: a second is taken apart
-  // once.
+  clock_gettime(CLOCK_REALTIME_COARSE, &now);
+  // A second is taken apart once.
   struct Second {
     time_t number = -1;
     SYSTEMTIME time{};
