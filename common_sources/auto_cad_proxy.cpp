@@ -62,6 +62,11 @@ AutoCadProxy::~AutoCadProxy() {
     KillTimer(nullptr, mTimerId);
   } catch (...) { // nothing may leave a destructor; a tick that still comes finds no object
   }
+  try {
+    if (mIsDocLocked) // the cap is still deflected: nobody could give the lock back after us
+      unlockDocument();
+  } catch (...) {
+  }
   // A tick or a command that still comes finds nothing to work on.
   gAutoCadProxyP = nullptr;
   OV_LOG(CRT, "AutoCadProxy", "AutoCadProxy::~AutoCadProxy", "Destructed.");

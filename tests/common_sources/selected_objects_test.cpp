@@ -102,6 +102,14 @@ TEST_F(SelectedObjects, ThrowInTheMiddleLeavesNothingHeldAndMovesTheView) {
                                   "INF Move x-Direction, value: 0.0005", "INF Cap moving."}));
 }
 
+TEST_F(SelectedObjects, UnloadInTheMiddleOfAMovementGivesTheDocumentBack) {
+  selectLine({0, 0, 0}, {2, 0, 0});
+  EXPECT_TRUE(pass(10, 0, 0));
+  EXPECT_EQ(host::held().locks, 1);
+  restart();
+  EXPECT_EQ(host::held().locks, 0);
+}
+
 TEST_F(SelectedObjects, NoObjectGetsANumberThatIsNone) {
   const double inf = std::numeric_limits<double>::infinity();
   const double nan = std::numeric_limits<double>::quiet_NaN();
