@@ -1,6 +1,7 @@
 #ifndef AUTOCAD_APP_H
 #define AUTOCAD_APP_H
 
+#include <atomic>
 #include <memory>
 
 #include <arxHeaders.h>
@@ -10,6 +11,14 @@ class OvAutoCad;
 /// The plug-in as the host's application object: turns the host's load and unload messages into the making
 /// and destroying of OvAutoCad. One global instance lives from library load; all of it runs on the host's
 /// main thread.
+///
+/// From the load message until the engine is gone the library holds a reference to itself, so a host that
+/// frees it without an unload message leaves it in place, at work. The next load message then ends the old
+/// engine and makes a new one; the unload message ends it and gives the reference back.
+///
+/// Load and unload message are refused with kRetError, and nothing changes, while the engine is in use: a
+/// tick or another of these messages is on the stack, and a host call below it, or the load's dialog, runs
+/// the message loop.
 class CAutoCAD2011App : public AcRxArxApp {
 public:
   CAutoCAD2011App();
@@ -22,10 +31,23 @@ public:
   AcRx::AppRetCode On_kUnloadAppMsg(void* pkt) override;
   void RegisterServerComponents() override;
 
-  std::unique_ptr<OvAutoCad> mOvAutoCadP;
+  /// For the library's last moment, on any thread. If the unload message is giving back the last reference,
+  /// waits until that message has left the library's code. A host can bring that about with a pointer that it
+  /// kept after it had freed the library.
+  void letMessageLeave();
 
-protected:
-  HINSTANCE moduleInstance() const override;
+  std::unique_ptr<OvAutoCad> mOvAutoCadP;
+  HMODULE mModuleInstance; // the reference to the plug-in's own library, null until the load message
+
+private:
+  bool isEngineInUse() const;
+  void endEngine();
+  void holdLibrary();
+  void freeLibrary();
+
+  bool mIsInMessage; // the load or the unload message is on the stack
+  std::atomic<bool> mIsFreeing;
+  std::atomic<bool> mIsLastReference;
 };
 
 #endif

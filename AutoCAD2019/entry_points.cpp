@@ -1,21 +1,66 @@
-// What the library shows to the host and to Windows.
+// What the library shows to the host and to Windows, and its globals.
 
 #include "autocad_app.h"
 
+#include <new>
+
 #include "auto_cad_proxy.h"
+#include "logging.h"
 
 namespace {
 
 constexpr int kApiVersion = 0x170000; // of the host's SDK that we are built for
 
-CAutoCAD2011App gApplication;
+bool gIsProcessEnding = false;
+
+/// An object that is made when the library is loaded and destroyed when it is unloaded. A process that ends
+/// with the library in it leaves the object alone: Windows has ended our threads by then, wherever they were,
+/// and whoever waits for one of them, or for a lock that it held, waits for ever.
+template <class T> struct WithLibrary {
+  WithLibrary() { new (&mObject) T; }
+  ~WithLibrary() {
+    if (!gIsProcessEnding)
+      mObject.~T();
+  }
+  WithLibrary(const WithLibrary&) = delete;
+  WithLibrary& operator=(const WithLibrary&) = delete;
+
+  union {
+    T mObject;
+  };
+};
+
+/// What the application keeps for each document: nothing so far.
+class CDocData {};
+
+// Made in this order, destroyed in the reverse order.
+WithLibrary<AcApDataManager<CDocData>> gDocVars;
+WithLibrary<Logging> gLog;
+WithLibrary<CAutoCAD2011App> gApplication;
+
+using Operation = AcRx::AppRetCode (AcRxDbxApp::*)(void*);
+
+/// By message code.
+constexpr Operation kOperations[] = {
+    &AcRxDbxApp::On_kNullMsg,    &AcRxDbxApp::On_kInitAppMsg,    &AcRxDbxApp::On_kUnloadAppMsg,
+    &AcRxDbxApp::On_kLoadDwgMsg, &AcRxDbxApp::On_kUnloadDwgMsg,  &AcRxDbxApp::On_kInvkSubrMsg,
+    &AcRxDbxApp::On_kEndMsg,     &AcRxDbxApp::On_kQuitMsg,       &AcRxDbxApp::On_kSaveMsg,
+    &AcRxDbxApp::On_kCfgMsg,     &AcRxDbxApp::On_kDependencyMsg, &AcRxDbxApp::On_kSuspendMsg,
+    &AcRxDbxApp::On_kResumeMsg,  &AcRxDbxApp::On_kPreEndMsg,     &AcRxDbxApp::On_kPreQuitMsg,
+    &AcRxDbxApp::On_kPreSaveMsg};
+constexpr int kOperationCount = static_cast<int>(sizeof kOperations / sizeof kOperations[0]);
 
 } // namespace
+
+Logging& gLogging = gLog.mObject;
 
 extern "C" {
 
 AcRx::AppRetCode acrxEntryPoint(int messageCode, void* applicationData) {
-  return acrxDispatch(gApplication, messageCode, applicationData);
+  if (messageCode < 0 || messageCode >= kOperationCount)
+    return AcRx::kRetOK;
+  AcRxDbxApp& application = gApplication.mObject;
+  return (application.*kOperations[messageCode])(applicationData);
 }
 
 int acrxGetApiVersion() {
@@ -24,11 +69,13 @@ int acrxGetApiVersion() {
 
 BOOL APIENTRY DllMain(HINSTANCE module, DWORD reason, LPVOID isProcessEnding) {
   if (reason == DLL_PROCESS_ATTACH)
-    gModuleInstance = module;
-  // Without an unload message, then. Our threads are gone already, wherever they were, and the engine would
-  // wait for them for ever.
-  if (reason == DLL_PROCESS_DETACH && isProcessEnding)
-    static_cast<void>(gApplication.mOvAutoCadP.release());
+    AutoCadProxy::mModuleInstance = module;
+  // On other systems our threads still run at the process's end. It is the same end there, since an orderly
+  // one waits for them, and takes longer than a user likes.
+  else if (reason == DLL_PROCESS_DETACH && isProcessEnding)
+    gIsProcessEnding = true;
+  else if (reason == DLL_PROCESS_DETACH)
+    gApplication.mObject.letMessageLeave();
   return TRUE;
 }
 

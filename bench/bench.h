@@ -54,6 +54,7 @@ double median(std::vector<double> values);
 void addLogRows();
 void addFileRows();
 void addMotionRows();
+void addInstructionRow();
 void addObjectRows();
 void addWindowRows();
 void addDeviceRows();

@@ -84,6 +84,7 @@ int main(int argc, char** argv) {
   bench::addLogRows();
   bench::addFileRows();
   bench::addMotionRows();
+  bench::addInstructionRow();
   bench::addObjectRows();
   bench::addWindowRows();
   bench::addDeviceRows();

@@ -1,13 +1,18 @@
 # What every target of ours is compiled with. Link it PRIVATE: the warnings are for our code, not for libraries.
 option(OV_SANITIZE "Sanitizers to build with, as in -fsanitize= (address,undefined or thread)" "")
 
-find_package(Threads REQUIRED)
-
 add_library(ov_options INTERFACE)
 target_compile_features(ov_options INTERFACE cxx_std_17)
-target_compile_options(ov_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Werror)
-# Log records and assertions name source files; the builder's own folders don't belong in them.
-target_compile_options(ov_options INTERFACE -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+if(MSVC)
+  # Handlers for any exception have to see faults in hardware, too; CMake's own /EHsc would keep them out.
+  string(REPLACE "/EHsc" "" CMAKE_CXX_FLAGS "${CMAKE_CXX_FLAGS}")
+  target_compile_options(ov_options INTERFACE /W3 /EHa /utf-8 /Zc:wchar_t)
+  target_compile_definitions(ov_options INTERFACE UNICODE _UNICODE _CRT_SECURE_NO_WARNINGS)
+else()
+  target_compile_options(ov_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor)
+  # Log records and assertions name source files; the builder's own folders don't belong in them.
+  target_compile_options(ov_options INTERFACE -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+endif()
 
 if(OV_SANITIZE)
   string(REPLACE ";" "," ov_sanitize "${OV_SANITIZE}")
@@ -20,7 +25,7 @@ if(OV_FUZZ) # the fuzzer sees which ways the code took
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
-if(WIN32)
+if(MINGW)
   # The programs and the module stand alone: no compiler runtime beside them.
   add_link_options(-static -static-libgcc -static-libstdc++)
   # And no library offers the compiler runtime inside it to the next one.

@@ -1,28 +1,33 @@
 #include "auto_cad_proxy.h"
 
 #include <cstdlib>
+#include <stdexcept>
 
 #include "logging.h"
+#include "motion/rotation_mode.h"
 #include "ov_auto_cad.h"
 #include "util.h"
 
 AutoCadProxy* gAutoCadProxyP = nullptr;
-HINSTANCE gModuleInstance = nullptr;
+HINSTANCE AutoCadProxy::mModuleInstance = nullptr;
 
 namespace {
 
 constexpr UINT kMovingInterval = 10; // milliseconds between two ticks while the cap moves
 constexpr UINT kRestInterval = 100;  // milliseconds between two ticks at rest
 
-constexpr std::int32_t kHoverDigit = 4; // last digit "camhover": kCamStandard with the hover flag
+int gTicks = 0; // on the stack
 
-constexpr int kTimerTries = 5; // the system may be short of timers for a moment
+struct Tick {
+  Tick() { ++gTicks; }
+  ~Tick() { --gTicks; }
+};
 
-/// Arms the timer of the next tick. Gives 0 if the system has none to give; the pump stands still then.
+/// Arms the timer of the next tick. Throws if the system has none: the pump stops then.
 UINT_PTR armTimer(UINT interval) {
-  UINT_PTR id = 0;
-  for (int i = 0; i < kTimerTries && id == 0; ++i)
-    id = SetTimer(nullptr, 0, interval, TimerProc);
+  const UINT_PTR id = SetTimer(nullptr, 0, interval, TimerProc);
+  if (id == 0)
+    throw std::runtime_error("no timer");
   return id;
 }
 
@@ -42,7 +47,7 @@ AutoCadProxy::AutoCadProxy(OvAutoCad* ovAutoCadP)
       mMaxContMoveTime(static_cast<std::uint32_t>(ovAutoCadP->mMaxContMoveTime)),
       mUseInt3dIntrfce(ovAutoCadP->mUseInt3dIntrfce), mViewMode(0), mCapIsMoving(false), mIsPumpRunning(true),
       mIsDocLocked(false), mRotMode(0), mZoomAllAfterView(false), mKeepHorizon(false), mHoverMode(false),
-      mObjectMoveMode(false), mMenuIsLoaded(false), mTimerId(0) {
+      mObjectMoveMode(false), mMenuIsLoaded(false), mTimerId(0), mLockedDocumentP(nullptr) {
   OV_LOG(CRT, "AutoCadProxy", "AutoCadProxy::AutoCadProxy", "Constructing ...");
   if (!mUseInt3dIntrfce)
     StartDotNETPlugin();
@@ -63,12 +68,15 @@ AutoCadProxy::~AutoCadProxy() {
   } catch (...) { // nothing may leave a destructor; a tick that still comes finds no object
   }
   try {
-    if (mIsDocLocked) // the cap is still deflected: nobody could give the lock back after us
-      unlockDocument();
+    // The cap is still deflected. Nobody else would release the lock, and the drawing would stay locked.
+    AcApDocManager* const managerP = mIsDocLocked ? acDocManagerPtr() : nullptr;
+    if (managerP && managerP->curDocument() == mLockedDocumentP)
+      managerP->unlockDocument(mLockedDocumentP);
   } catch (...) {
   }
   // A tick or a command that still comes finds nothing to work on.
-  gAutoCadProxyP = nullptr;
+  if (gAutoCadProxyP == this)
+    gAutoCadProxyP = nullptr;
   OV_LOG(CRT, "AutoCadProxy", "AutoCadProxy::~AutoCadProxy", "Destructed.");
 }
 
@@ -76,6 +84,7 @@ void CALLBACK TimerProc(HWND, UINT, UINT_PTR, DWORD) {
   AutoCadProxy* const proxyP = gAutoCadProxyP;
   if (!proxyP)
     return;
+  const Tick tick;
   try {
     // One-shot, so that a tick that runs long isn't entered again from a message loop below it.
     KillTimer(nullptr, proxyP->mTimerId);
@@ -89,6 +98,10 @@ void CALLBACK TimerProc(HWND, UINT, UINT_PTR, DWORD) {
     // The timer stays disarmed: the pump stands still until the plug-in is loaded again.
     OV_LOG(ERR, "Global", "TimerProc", "Error TimerProc()");
   }
+}
+
+bool AutoCadProxy::isInTick() {
+  return gTicks > 0;
 }
 
 void AutoCadProxy::doTransform() {
@@ -168,28 +181,17 @@ std::int32_t AutoCadProxy::retrieveMode() {
 }
 
 std::string AutoCadProxy::getModeName() const {
-  const auto modes = mModes.get();
+  if (!mMenuIsLoaded.load(std::memory_order_acquire))
+    return "Unknown";
   const auto index = static_cast<std::uint32_t>(static_cast<std::int32_t>(mViewMode));
-  return index < modes->size() ? (*modes)[index] : "Unknown";
+  return index < mModes.size() ? mModes[index] : "Unknown";
 }
 
 void AutoCadProxy::setRotMode(std::int32_t code) {
-  // Codes below zero and last digits above 4 name no mode: the scene then turns about the point looked at,
-  // which surprises least. What the other digits say stays in force.
-  if (code < 0)
-    code = 0;
-  const std::int32_t digits = code % 100;
-  std::int32_t rotMode = digits % 10;
-  bool isHover = code >= 100;
-  if (rotMode == kHoverDigit) {
-    rotMode = kCamStandard;
-    isHover = true;
-  } else if (rotMode > kCamTarget) {
-    rotMode = kObjScreen;
-  }
-  mHoverMode = isHover;
-  mKeepHorizon = digits >= 10;
-  mRotMode = rotMode;
+  const motion::RotationMode mode = motion::rotationMode(code);
+  mHoverMode = mode.hoverMode;
+  mKeepHorizon = mode.keepHorizon;
+  mRotMode = mode.rotMode;
 }
 
 bool AutoCadProxy::toggleRotationCenter() {

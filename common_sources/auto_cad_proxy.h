@@ -1,39 +1,33 @@
 #ifndef AUTO_CAD_PROXY_H
 #define AUTO_CAD_PROXY_H
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include <windows.h>
+
 #include <arxHeaders.h>
 
-#include "published.h"
 #include "relaxed.h"
 
 class OvAutoCad;
+namespace motion {
+struct ScreenFrame;
+}
 
 // Values of mViewMode.
 constexpr std::int32_t kMode2D = 1; // the layout itself
 constexpr std::int32_t kMode3D = 2; // everything else
 
-// Values of mRotMode. In the camera modes the camera follows the cap, in the others the scene does.
-constexpr std::int32_t kObjScreen = 0;   // about the view's target
-constexpr std::int32_t kObjOrigin = 1;   // about the world's origin
-constexpr std::int32_t kCamStandard = 2; // about the eye in perspective, else about the world's origin
-constexpr std::int32_t kCamTarget = 3;   // about the view's target
-
-constexpr bool isCameraMode(std::int32_t rotMode) {
-  return rotMode == kCamStandard || rotMode == kCamTarget;
-}
-
 /// The bridge between the device's event state and the host: the timer pump, and the operations that turn a
 /// sample of the cap into motion of views, objects and controls, and a key into text at the command line.
 ///
-/// Owned by OvAutoCad, made and destroyed on the host's main thread. Every operation runs there, inside
-/// TimerProc, except where another thread is named. No exception reaches the host: each ends in the operation
-/// that met it or in the one that called that, which logs "Error ", its own name and "()" and gives up the
-/// step it was at; scrollTreesAndLists gives up in silence. One of loadMenufile gets as far as TimerProc, and
-/// stops the pump.
+/// Owned by OvAutoCad, created and destroyed on the host's main thread. Every operation runs there, inside
+/// TimerProc, except where another thread is named. No exception reaches the host: it ends in the operation
+/// that met it or in that operation's caller, which logs "Error ", its own name and "()" and gives up the
+/// current step; scrollTreesAndLists logs nothing. One of loadMenufile ends in TimerProc and stops the pump.
 ///
 /// The cap is at rest or moving (mCapIsMoving):
 ///
@@ -55,37 +49,36 @@ public:
 
   // Pump, dispatch and mode: auto_cad_proxy.cpp
 
+  /// True while TimerProc is on the stack, as it is for whatever a message loop below it runs.
+  static bool isInTick();
   /// Runs passes back to back, keys before cap, for mMaxContMoveTime milliseconds at most, or one pass at
   /// rest.
   void doTransform();
   /// Serves both key slots, the key first. A slot is emptied after its action has run.
   void handleDeviceKeys();
-  /// One pass over the motion sample. True: it was deflected and has been acted on. False: every axis was
-  /// inside the threshold.
+  /// Acts on the motion sample, once. Returns false if every axis is inside the threshold.
   bool handleDeviceCap();
-  /// Reads the host's mode into mViewMode and gives it: 1 = 2D, 2 = 3D.
+  /// Reads the host's mode into mViewMode and returns it: 1 = 2D, 2 = 3D.
   std::int32_t retrieveMode();
-  /// Name of the mode, "Unknown" if the menu file hasn't named it. On any thread.
+  /// Returns the mode's name, "Unknown" if the menu file hasn't named it. On any thread.
   std::string getModeName() const;
   /// Takes a rotation code apart into mRotMode, mKeepHorizon and mHoverMode. On any thread.
   void setRotMode(std::int32_t code);
 
-  // The commands' toggles: each negates its setting and gives the new value.
+  // The commands' toggles: each negates its setting and returns the new value.
   bool toggleRotationCenter();
   bool toggleRotationAxis();
   bool toggleScrollMode();
 
-  // Frame of a 3D sample: motion/view_frame_3d.cpp
+  // 3D view: host/view_motion.cpp
 
-  /// One deflected sample in 3D: moves the selection or the view, and has the view updated once.
+  /// Moves the selection or the view by one deflected sample, and has the view updated once.
   void handleCapIsDeflectedIn3DMode(short x, short y, short z, short a, short b, short c);
   /// Ends a movement: releases the document lock and, in 3D, writes the view into the drawing. Does nothing
-  /// while no movement is on.
+  /// at rest.
   void handleCapIsReleased(std::int32_t mode);
-  /// The graphics view of the current viewport, null on a failure, and the viewport's number.
+  /// Obtains the graphics view of the current viewport, null on a failure, and the viewport's number.
   void retrieveViewParams(AcGsView*& view, std::int32_t& viewport);
-
-  // View translation: motion/view_translation.cpp
 
   /// Moves the view along the three screen axes, one after the other; the third zooms, unless the view
   /// hovers.
@@ -100,8 +93,6 @@ public:
   /// A failure of the host is logged as "Error move3D()" and loses this step only.
   void move3D(AcGsView* view, double value, const AcGeVector3d& axis, bool hoverMode, bool isPerspective);
 
-  // View rotation: motion/view_rotation.cpp
-
   /// Turns eye, target and up vector of the view about an axis through a centre.
   /// angle      radians, before the mode's sign
   /// axisIndex  0, 1, 2 for the sample's values A, B, C
@@ -109,44 +100,47 @@ public:
   void rotate(AcGsView* view, double angle, std::int32_t axisIndex, const AcGePoint3d& centre,
               AcGeVector3d& axis, std::int32_t rotMode, bool keepHorizon, bool isPerspective);
 
-  // Selection geometry: motion/selection_geometry.cpp
-
-  /// The screen frame: x to the LEFT of the picture, y up, z towards the viewer; unit vectors. False:
-  /// failure.
+  /// Reads the view and computes its screen frame (motion/view_step.h). Returns false on a failure of the
+  /// host.
   bool calcScreenAxesRelativeToObject(AcGsView* view, AcGeVector3d& xAxis, AcGeVector3d& yAxis,
                                       AcGeVector3d& zAxis);
-  /// Direction and start of the selected line. True: exactly one object is selected, and that is a line.
-  /// While the cap moves, the last result is given again, and the host isn't asked.
+
+  // Selection: host/selection.cpp
+
+  /// Reads direction and start of the selected line. Returns true if exactly one object is selected, and that
+  /// is a line. While the cap moves, only the bool of the last reading is returned; axis and point aren't
+  /// touched, and the host isn't asked.
   bool getSelObjectAxis(AcGeVector3d& axis, AcGePoint3d& point);
-  /// Mean of the midpoints of the selected objects' extents. True: there is one.
-  /// set  a selection set of the caller's; null: what the user has selected, and while the cap moves the last
-  ///      result is given again, and the host isn't asked
+  /// Computes the mean of the midpoints of the selected objects' extents. Returns false if there is none.
+  /// set  a selection set of the caller's; null: what the user has selected. While the cap moves, null
+  /// returns the
+  ///      last result again, and the host isn't asked.
   bool getSelObjectsCenter(const Adesk::Int64* set, AcGePoint3d& centre);
 
-  // Motion of selected objects: motion/selected_objects.cpp
+  // Motion of selected objects: host/object_motion.cpp
 
-  /// Moves and turns the selected objects as one rigid body. True: the selection took the sample.
+  /// Moves and turns the selected objects as one rigid body. Returns true if the selection took the sample.
   /// x, ..., c  sample values, device counts
   bool transformSelection3d(double x, double y, double z, double a, double b, double c,
                             const AcGeVector3d& xAxis, const AcGeVector3d& yAxis, const AcGeVector3d& zAxis,
                             bool hoverMode, bool keepHorizon);
-  /// Moves the selected objects in world X and Y. True: the selection took the sample.
+  /// Moves the selected objects in world X and Y. Returns true if the selection took the sample.
   bool transformSelection2d(double x, double y);
 
-  // Flat view of a layout: motion/pan_zoom_2d.cpp
+  // Flat view of a layout: host/layout.cpp
 
-  /// One deflected sample on a layout: moves the selection, or pans and zooms.
+  /// Moves the selection, or pans and zooms the layout, by one deflected sample.
   void handleCapIsDeflectedIn2DMode(short x, short y, short z);
   /// Moves the view's centre, by fractions of the view's width and height.
   void pan2D(double dx, double dy);
   /// Scales the view's height by a factor of 1 + dz, held within 0.8 and 1.2.
   void zoom2D(double dz);
 
-  // Controls under the pointer: motion/scrolling.cpp
+  // Controls under the pointer: controls/scrolling.cpp
 
-  /// True: the sample is spent on the control under the pointer. False: it is the view's.
+  /// Scrolls the control under the pointer. Returns false if the sample goes on to the view.
   bool scrollTreesAndLists(int x, int y, int z);
-  /// The smallest visible window at a point of the screen, or null.
+  /// Returns the smallest visible window at a point of the screen, or null.
   HWND windowUnderPoint(POINT point);
 
   // Keys: keys/
@@ -157,9 +151,12 @@ public:
   void execSpecialApplFunction(int eventCode);
   /// Reads mode names and macros, if the menu file is there. Success shows in mMenuIsLoaded.
   void loadMenufile();
-  /// Has the host load the menu reader. If the folder of the menu file is missing, a dialog says so and is
-  /// waited for.
+  /// Has the host load the menu reader. If the folder of the menu file is missing, shows a dialog and waits
+  /// until the user has closed it.
   void StartDotNETPlugin();
+
+  /// The plug-in's own library, kept from its process-attach call; null in programs that have it linked in.
+  static HINSTANCE mModuleInstance;
 
   OvAutoCad* mOvAutoCadP; // settings and shared event state
 
@@ -171,10 +168,10 @@ public:
 
   Relaxed<std::int32_t> mViewMode; // 1 = 2D, 2 = 3D, 0 before the first pass; index into mModes
   bool mCapIsMoving;
-  Published<std::vector<std::string>> mModes; // names, read by the reading thread
-  std::vector<std::string> mMenuEntries;      // macros, by key index
-  Relaxed<bool> mIsPumpRunning;               // TimerProc arms the timer again while set
-  bool mIsDocLocked;                          // we hold the lock of the document
+  std::vector<std::string> mModes;       // names; the reading thread reads them once mMenuIsLoaded is set
+  std::vector<std::string> mMenuEntries; // macros, by key index
+  Relaxed<bool> mIsPumpRunning;          // TimerProc arms the timer again while set
+  bool mIsDocLocked;                     // we hold the lock of the document
 
   // Written by the threads of the device link, through setRotMode and retrieveRotMode.
   Relaxed<std::int32_t> mRotMode; // 0 to 3
@@ -183,27 +180,28 @@ public:
   Relaxed<bool> mHoverMode;
 
   bool mObjectMoveMode; // the cap moves the selected objects
-  bool mMenuIsLoaded;   // the menu file has delivered a mode name
-  UINT_PTR mTimerId;    // the timer that is armed now
+  // The menu file has delivered a mode name, and mModes stays as it is. Stored with release and loaded with
+  // acquire, so that whoever sees it set may read mModes.
+  std::atomic<bool> mMenuIsLoaded;
+  UINT_PTR mTimerId; // the timer that is armed now
 
 private:
   /// Chooses centre and axes for a sample and turns the view about them. The axes are overwritten.
-  void rotateView(AcGsView* view, short a, short b, short c, AcGeVector3d& xAxis, AcGeVector3d& yAxis,
-                  AcGeVector3d& zAxis, bool isPerspective);
-  /// Moves every selected object that can be opened. The caller holds the selection.
-  void transformObjects(const Adesk::Int64* set, Adesk::Int32 count, const AcGeMatrix3d& matrix,
-                        bool isToRedraw);
+  void rotateView(AcGsView* view, short a, short b, short c, motion::ScreenFrame& frame, bool isPerspective);
+  /// Moves the selected objects by the matrix that matrixOf computes for the selection. Returns false if
+  /// there is no document or no selection. Lets exceptions of the host through.
+  template <class MatrixOf> bool transformSelection(bool isToRedraw, const MatrixOf& matrixOf);
   /// Locks the document for writing; the lock is kept until the cap is released.
   void lockDocument(AcApDocManager& manager, AcApDocument* documentP);
+  /// Releases our lock of the current document, if we hold one.
   void unlockDocument();
+
+  AcApDocument* mLockedDocumentP; // the one of mIsDocLocked; only compared, it may be gone
 };
 
 /// The one object, null before its construction and after its destruction. Timer callback and commands reach
-/// it through this, since neither gets it as an argument.
+/// it through this, since neither receives it as an argument.
 extern AutoCadProxy* gAutoCadProxyP;
-
-/// The plug-in's own library, kept from its process-attach call; null in programs that have it linked in.
-extern HINSTANCE gModuleInstance;
 
 /// The timer callback. Looks at none of its arguments.
 void CALLBACK TimerProc(HWND window, UINT message, UINT_PTR id, DWORD time);

@@ -6,6 +6,7 @@
 
 #include "auto_cad_proxy.h"
 #include "event_codes.h"
+#include "keys/special_functions.h"
 #include "logging.h"
 #include "ov_auto_cad.h"
 #include "sleep_while.h"
@@ -152,11 +153,9 @@ void DaemonProxy::readMouseEvent(std::string& lastMode) {
   const std::string mode = mOvAutoCadP->getModeName();
   if (mode == lastMode && !mIsToSendMode)
     return;
-  // Cleared before the call rather than behind it, so that a connection made meanwhile is still told of the
-  // mode.
-  mIsToSendMode = false;
   if (ovSetApplMode(kApplicationName, mode.c_str()) == 0)
     lastMode = mode;
+  mIsToSendMode = false;
 }
 
 void DaemonProxy::handleEvent(std::int32_t eventCode, std::string& lastMode) {
@@ -171,19 +170,12 @@ void DaemonProxy::handleEvent(std::int32_t eventCode, std::string& lastMode) {
   case kRotationSettingsEvent2:
     retrieveRotMode();
     break;
-  case kViewFrontEvent:
-  case kViewRightEvent:
-  case kViewTopEvent:
-  case kZoomAllEvent:
-  case kViewBackEvent:
-  case kViewLeftEvent:
-  case kViewBottomEvent:
-    mOvAutoCadP->mPendingSpecial = eventCode;
-    break;
   case kAnnounceModeEvent:
     lastMode.clear();
     break;
   default:
+    if (findSpecialFunction(eventCode))
+      mOvAutoCadP->mPendingSpecial = eventCode;
     break;
   }
 }

@@ -73,8 +73,11 @@ void OvAutoCad::watchConnection(OvAutoCad& ovAutoCad) {
     try {
       if (!ovAutoCad.mDaemonProxyP->checkConnection())
         ovAutoCad.mDaemonProxyP->connect();
+    } catch (...) { // an exception that leaves a thread ends the host
+    }
+    try {
       Util::sleep(kWatchInterval);
-    } catch (...) { // no memory, say; an exception that leaves a thread ends the host
+    } catch (...) {
     }
   }
   ovAutoCad.mIsConnWatchRunning = false;

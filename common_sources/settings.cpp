@@ -51,8 +51,8 @@ Settings::~Settings() {
 void Settings::setDefaults() {
   mName = "AutoCAD Plug-in";
   mVersion = "2.9.0";
-  mTraSensBase = 20000;
-  mRotSensBase = 10000;
+  mTraSensBase = kDefaultTraSensBase;
+  mRotSensBase = kDefaultRotSensBase;
   mMinThreshold = 0;
   mMaxContMoveTime = 500;
   mToggleRotationCenter = true;

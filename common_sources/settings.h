@@ -8,6 +8,9 @@
 
 class Cnfg;
 
+constexpr std::int32_t kDefaultTraSensBase = 20000; // device counts
+constexpr std::int32_t kDefaultRotSensBase = 10000; // device counts
+
 /// What the user may change, and the file that keeps it from run to run.
 ///
 /// The constructor reads the file; if it is missing or lacks a key, all values become the defaults and a new

@@ -6,7 +6,7 @@
 
 #include <cmath>
 
-#include "calls.h"
+#include "call_log.h"
 #include "check.h"
 #include "desktop.h"
 #include "engine_home.h"
@@ -182,9 +182,9 @@ void orderFault(Input& input, Bench& bench) {
   bench.hadFault = true;
   const int nth = input.byte() % 64 + 1;
   if (input.flag())
-    calls::throwAny(nth);
+    call_log::throwAny(nth);
   else
-    calls::failAny(nth);
+    call_log::failAny(nth);
 }
 
 void obey(std::uint8_t letter, Input& input, Bench& bench) {
@@ -247,7 +247,7 @@ void obey(std::uint8_t letter, Input& input, Bench& bench) {
 void tryToObey(std::uint8_t letter, Input& input, Bench& bench) {
   try {
     obey(letter, input, bench);
-  } catch (const calls::InjectedFault&) {
+  } catch (const call_log::InjectedFault&) {
     require(bench.hadFault && letter != 't', "thrown only what was ordered, and never out of a tick");
   }
 }
@@ -259,7 +259,7 @@ bool isFiniteView(const host::ViewState& v) {
 
 /// The cap is let go, on a host that is whole again.
 void release(Bench& bench) {
-  calls::clear();
+  call_log::clear();
   host::setHasDocument(true);
   host::setHasDocumentManager(true);
   OvAutoCad& p = bench.plugin;

@@ -1,6 +1,6 @@
 #include "engine_home.h"
 
-#include "calls.h"
+#include "call_log.h"
 #include "desktop.h"
 #include "devlink_twin.h"
 #include "engine_rig.h"
@@ -13,7 +13,7 @@ namespace {
 constexpr std::uint32_t kPassesPerTick = 3;
 
 void freshSurroundings() {
-  calls::clear();
+  call_log::clear();
   host::reset();
   desktop::reset();
   desktop::holdClock();

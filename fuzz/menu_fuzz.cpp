@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "calls.h"
+#include "call_log.h"
 #include "check.h"
 #include "engine_home.h"
 #include "engine_rig.h"
@@ -52,14 +52,14 @@ std::vector<std::string> expectedTexts(const std::string& macro) {
   for (const std::string& token : plainTokens(macro)) {
     std::wstring wide;
     for (const char c : token)
-      wide += static_cast<wchar_t>(static_cast<char16_t>(static_cast<signed char>(c)));
+      wide += static_cast<wchar_t>(static_cast<unsigned char>(c)); // the code page here
     texts.push_back(token.substr(0, 2) == "M=" ? L"(command (menucmd \"" + wide + L"\"))\n" : wide + L"\n");
   }
   AcApDocManager* const managerP = acDocManagerPtr();
-  calls::startRecording();
+  call_log::startRecording();
   for (const std::wstring& text : texts)
     managerP->sendStringToExecute(managerP->curDocument(), text.c_str(), true, false, true);
-  return calls::stopRecording();
+  return call_log::stopRecording();
 }
 
 /// The texts alone: a macro is also a question for document and manager.
@@ -92,9 +92,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::vector<std::string> macros = plainMacros(config);
   require(engine.mMenuEntries == macros, "macros");
   for (int key = 0; key < std::min(kMaxKeys, static_cast<int>(macros.size())); ++key) {
-    calls::startRecording();
+    call_log::startRecording();
     engine.execApplFunction(key);
-    const std::vector<std::string> found = sent(calls::stopRecording());
+    const std::vector<std::string> found = sent(call_log::stopRecording());
     require(found == sent(expectedTexts(macros[static_cast<std::size_t>(key)])),
             "a key's macro, token by token");
   }

@@ -26,22 +26,11 @@ std::string shortest(double value) {
 }
 
 std::string codeName(const Action& action) {
-  switch (action.mEventCode) {
-  case kEventViewFront:
-    return "front";
-  case kEventViewRight:
-    return "right";
-  case kEventViewTop:
-    return "top";
-  case kEventViewBack:
-    return "back";
-  case kEventViewLeft:
-    return "left";
-  case kEventViewBottom:
-    return "bottom";
-  default:
-    throw fuzz::Broken("a view that there is");
-  }
+  const std::string name = session::eventName(action.mEventCode);
+  for (const session::EventName& event : session::kEventNames)
+    if (event.mIsView && event.mName == name)
+      return name;
+  throw fuzz::Broken("a view that there is");
 }
 
 std::string selectionText(const Action& action) {

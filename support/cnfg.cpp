@@ -17,11 +17,6 @@ void trimBlanks(std::string& text) {
   text.erase(0, text.find_first_not_of(kBlanks));
 }
 
-/// A line of mLines without the carriage return at its end, which is no part of its text.
-std::string withoutReturn(const std::string& line) {
-  return line.substr(0, line.size() - (!line.empty() && line.back() == '\r' ? 1 : 0));
-}
-
 } // namespace
 
 Cnfg::Cnfg() : mCommentChar('#'), mIsLoaded(false), mError(kOk), mLineIndex(0) {}
@@ -83,13 +78,13 @@ bool Cnfg::isSectionLine(const std::string& line, const std::string& section) co
 
 Cnfg::Places Cnfg::placesIn(const std::string& line) const {
   Places places;
-  places.name = std::min(line.find_first_not_of(kBlanks), line.size());
-  places.separator = std::min(line.find_first_of(mSeparators, places.name), line.size());
+  places.name = (std::min)(line.find_first_not_of(kBlanks), line.size());
+  places.separator = (std::min)(line.find_first_of(mSeparators, places.name), line.size());
   places.nameEnd = places.separator;
   while (places.nameEnd > places.name && line[places.nameEnd - 1] == ' ')
     --places.nameEnd;
-  places.value = std::min(line.find_first_not_of(mSeparators, places.separator), line.size());
-  places.tail = std::min(line.find_first_of(mLineEnds, places.value), line.size());
+  places.value = (std::min)(line.find_first_not_of(mSeparators, places.separator), line.size());
+  places.tail = (std::min)(line.find_first_of(mLineEnds, places.value), line.size());
   return places;
 }
 
@@ -177,16 +172,15 @@ std::string Cnfg::errorText() const {
   }
 }
 
-/// Lines keep a carriage return at their end here, so that lines that nobody addresses go back as they came.
 void Cnfg::load() {
   mLines.clear();
   mFile.clear();
   mFile.seekg(0);
   std::string line;
-  while (mFile.good() && std::getline(mFile, line))
+  while (readLine(line))
     mLines.push_back(line);
   mIsLoaded = true;
-  while (!mLines.empty() && (mLines.back().empty() || mLines.back() == "\r"))
+  while (!mLines.empty() && mLines.back().empty())
     mLines.pop_back();
 }
 
@@ -204,18 +198,12 @@ bool Cnfg::findSectionLine(const std::string& section) {
   return false;
 }
 
-/// Gives a line, one of mLines, a new name and value.
+/// Gives a line a new name and value, with its old leading blanks, separator run and tail.
 void Cnfg::rebuildLine(std::string& line, const std::string& name, const std::string& value) const {
-  const std::string text = withoutReturn(line);
-  const std::string end = line.substr(text.size());
-  const Places old = placesIn(text);
-  // A line that had a name only gets a separator, or the value would read as part of the name.
-  const std::string separator =
-      old.value > old.separator ? text.substr(old.separator, old.value - old.separator) : "=";
-  // What ends a value in reading can't be kept in one.
-  const std::string kept = value.substr(0, value.find_first_of(mLineEnds));
-  line = text.substr(0, old.name) + padded(name, kNameWidth) + separator + " " + padded(kept, kValueWidth) +
-         text.substr(old.tail) + end;
+  const Places old = placesIn(line);
+  line = line.substr(0, old.name) + padded(name, kNameWidth) +
+         line.substr(old.separator, old.value - old.separator) + " " + padded(value, kValueWidth) +
+         line.substr(old.tail);
 }
 
 int Cnfg::writeParameter(const std::string& name, const std::string& value, const std::string& section) {
@@ -236,9 +224,8 @@ int Cnfg::writeParameter(const std::string& name, const std::string& value, cons
     // Without its closing bracket it is of no use, and doesn't end a section.
     if (kind == Kind::Section && line.find(']') != std::string::npos)
       return setError(kNoParameter);
-    const std::string text = withoutReturn(line);
-    const Places places = placesIn(text);
-    if (kind == Kind::Parameter && text.compare(places.name, places.nameEnd - places.name, name) == 0) {
+    const Places places = placesIn(line);
+    if (kind == Kind::Parameter && line.compare(places.name, places.nameEnd - places.name, name) == 0) {
       rebuildLine(line, name, value);
       return mError;
     }

@@ -37,8 +37,8 @@ public:
   /// Moves the read position behind the line of the first section of that name.
   int selectSection(const std::string& section);
   /// Fetches the next parameter from the read position. A line without a name is consumed and gives 4; name
-  /// is empty then, and so is value, unless the line begins with a separator. At the file's end both stay as
-  /// they were.
+  /// is empty then, and so is value, unless the line begins with a separator. Once a read has met the file's
+  /// end, further calls return 4 and leave both as they are.
   /// trim  removes blanks and tabs from both ends of the value
   int readNextParameter(std::string& name, std::string& value, bool trim);
   /// Looks a parameter up by name; the first of two with one name wins.
@@ -53,8 +53,8 @@ public:
   std::string errorText() const;
 
   /// Gives a parameter a new value, in memory. Blank lines don't end the section here.
-  /// section  empty: the search goes on behind the line of the last writing operation
-  /// value    is cut at a character that would end it in reading
+  /// section  empty: the search goes on after the line of the last writing operation
+  /// value    written as it is; reading ends it at a "#"
   int writeParameter(const std::string& name, const std::string& value, const std::string& section);
   /// Makes a line of a section into a parameter, whatever it held, in memory.
   /// name    a name as readNextParameter would give it: no separator, no "#" or "[" in front

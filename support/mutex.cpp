@@ -57,10 +57,7 @@ Mutex::~Mutex() {
 }
 
 int Mutex::lock() {
-  int result = sem_wait(&mSem);
-  // A signal handler of the host may end the wait early. The count hasn't been taken then.
-  while (result != 0 && errno == EINTR)
-    result = sem_wait(&mSem);
+  const int result = sem_wait(&mSem);
   if (result != 0) {
     const int error = errno;
     report(std::cout,

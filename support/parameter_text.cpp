@@ -12,7 +12,7 @@ constexpr std::size_t kKeyWidth = 22;
 } // namespace
 
 std::string padded(std::string text, std::size_t width) {
-  text.resize(std::max(text.size(), width), ' ');
+  text.resize((std::max)(text.size(), width), ' ');
   return text;
 }
 
@@ -24,7 +24,7 @@ void writeParameterLine(std::ostream& os, const char* key, const std::string& va
 
 std::int32_t toNumber(const std::string& text) {
   const long long number = std::strtoll(text.c_str(), nullptr, 10);
-  constexpr long long kLowest = std::numeric_limits<std::int32_t>::min();
-  constexpr long long kHighest = std::numeric_limits<std::int32_t>::max();
+  constexpr long long kLowest = (std::numeric_limits<std::int32_t>::min)();
+  constexpr long long kHighest = (std::numeric_limits<std::int32_t>::max)();
   return static_cast<std::int32_t>(std::clamp(number, kLowest, kHighest));
 }

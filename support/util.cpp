@@ -4,7 +4,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <mutex>
+#include <iomanip>
+#include <locale>
+#include <sstream>
+
+#include <windows.h>
 
 namespace Util {
 
@@ -13,20 +17,14 @@ namespace {
 constexpr DWORD kBeepFrequency = 440; // hertz
 constexpr DWORD kBeepDuration = 200;  // milliseconds
 constexpr int kNarrowSize = 260;      // bytes, the system's own limit of a path
-constexpr std::size_t kFileWidth = 16;
-constexpr std::size_t kLineWidth = 4;
-constexpr std::size_t kMethodWidth = 32;
+constexpr int kFileWidth = 16;
+constexpr int kLineWidth = 4;
+constexpr int kMethodWidth = 32;
 
-/// Two digits, filled with a zero.
-char* writeTwo(char* to, unsigned value) {
-  to[0] = static_cast<char>('0' + value / 10);
-  to[1] = static_cast<char>('0' + value % 10);
-  return to + 2;
-}
-
-/// A text that is too long for its column keeps its end, which tells more than its start, behind a star.
-std::string fitted(const std::string& text, std::size_t width) {
-  return text.size() <= width ? text : "*" + text.substr(text.size() - (width - 1));
+/// A text that is too long for its column keeps its end, after a star: the end says more than the start.
+std::string fitted(const std::string& text, int width) {
+  const auto size = static_cast<std::size_t>(width);
+  return text.size() <= size ? text : "*" + text.substr(text.size() - (size - 1));
 }
 
 } // namespace
@@ -52,33 +50,18 @@ void sleep(std::uint32_t ms) {
   Sleep(ms);
 }
 
-void writeTime(char* to) {
+std::string getTime() {
   SYSTEMTIME now;
   GetSystemTime(&now);
-  to = writeTwo(to, now.wHour);
-  *to++ = ':';
-  to = writeTwo(to, now.wMinute);
-  *to++ = ':';
-  to = writeTwo(to, now.wSecond);
-  *to++ = '.';
-  *to++ = static_cast<char>('0' + now.wMilliseconds / 100);
-  writeTwo(to, now.wMilliseconds % 100u);
-}
-
-std::string getTime() {
-  std::string text(12, ' ');
-  writeTime(&text[0]);
+  char text[32]; // room for any 16-bit numbers, as compilers demand
+  std::snprintf(text, sizeof text, "%02u:%02u:%02u.%03u", now.wHour + 0u, now.wMinute + 0u, now.wSecond + 0u,
+                now.wMilliseconds + 0u);
   return text;
 }
 
 std::string getDate() {
-  static std::mutex mutex; // some systems have one text of ctime for all threads
-  const std::lock_guard<std::mutex> guard(mutex);
   const std::time_t now = std::time(nullptr);
-  const char* const textP = std::ctime(&now); // "Sun Nov 22 21:47:58 2026\n"
-  if (!textP || std::strlen(textP) < 24)
-    return std::string(15, ' ');
-  const std::string text = textP;
+  const std::string text = std::ctime(&now); // "Sun Nov 22 21:47:58 2026\n"
   return text.substr(0, 11) + text.substr(20, 4);
 }
 
@@ -127,6 +110,14 @@ std::wstring toWide(const std::string& text) {
   return wide;
 }
 
+std::wstring toWideByCodePage(const std::string& text) {
+  const int size = static_cast<int>(text.size());
+  std::wstring wide(text.size(), L'\0'); // no code page makes more characters than there are bytes
+  const int length = MultiByteToWideChar(CP_ACP, 0, text.data(), size, &wide[0], size);
+  wide.resize(static_cast<std::size_t>(length));
+  return wide;
+}
+
 std::string toNarrow(const wchar_t* text) {
   char narrow[kNarrowSize] = {};
   const int size = WideCharToMultiByte(CP_ACP, 0, text, -1, narrow, kNarrowSize, " ", nullptr);
@@ -136,27 +127,19 @@ std::string toNarrow(const wchar_t* text) {
   return narrow;
 }
 
-int showMessage(HWND window, const std::string& text, const std::string& caption, unsigned type) {
+int showMessage(void* window, const std::string& text, const std::string& caption, unsigned type) {
   Beep(kBeepFrequency, kBeepDuration);
-  return MessageBoxW(window, toWide(text).c_str(), toWide(caption).c_str(), type);
+  return MessageBoxW(static_cast<HWND>(window), toWide(text).c_str(), toWide(caption).c_str(), type);
 }
 
 std::string logPrefix(const char* file, int line, const char* className, const char* method) {
-  const char* const slashP = std::strrchr(file, '\\');
-  const std::string name = fitted(slashP ? slashP + 1 : file, kFileWidth);
-  const std::string number = std::to_string(line);
-  const std::string place = fitted(std::string(className) + "::" + method, kMethodWidth);
-
-  std::string prefix(kFileWidth - name.size(), ' ');
-  prefix += name;
-  prefix += "| ";
-  if (number.size() < kLineWidth)
-    prefix.append(kLineWidth - number.size(), ' ');
-  prefix += number;
-  prefix += "| ";
-  prefix += place;
-  prefix.append(kMethodWidth - place.size(), ' ');
-  return prefix;
+  const char* const backslashP = std::strrchr(file, '\\');
+  std::ostringstream os;
+  os.imbue(std::locale::classic());
+  os << std::setw(kFileWidth) << fitted(backslashP ? backslashP + 1 : file, kFileWidth) << "| "
+     << std::setw(kLineWidth) << line << "| " << std::left << std::setw(kMethodWidth)
+     << fitted(std::string(className) + "::" + method, kMethodWidth);
+  return os.str();
 }
 
 } // namespace Util

@@ -4,8 +4,6 @@
 #include <cstdint>
 #include <string>
 
-#include <windows.h>
-
 /// Small wrappers of the platform. They hold no state, report nothing and may be called on any thread.
 namespace Util {
 
@@ -22,8 +20,6 @@ void sleep(std::uint32_t ms);
 
 /// Time of day in UTC for log records, "HH:MM:SS.mmm", 12 characters.
 std::string getTime();
-/// The same 12 characters, written to a place of at least that size, with no terminator.
-void writeTime(char* to);
 /// Today's date in local time for the log's header, as in "Sun Nov 22 2026", 15 characters.
 std::string getDate();
 
@@ -44,14 +40,16 @@ std::string onOffText(bool flag);
 /// Widens byte by byte, with no code page: each byte, taken as a signed character, becomes one 16-bit
 /// character. ASCII passes unchanged.
 std::wstring toWide(const std::string& text);
+/// Wide form of a text in the system's own code page.
+std::wstring toWideByCodePage(const std::string& text);
 /// Narrow form of a text of the system, in its own code page, with a blank for what that can't show;
 /// at most 259 bytes. Empty if the text has no such form.
 std::string toNarrow(const wchar_t* text);
 
 /// Beeps and shows a message box, and waits until the user has closed it. Gives the box's result.
-/// window  owner, may be null
+/// window  the owner's HWND, may be null
 /// type    style of MessageBoxW
-int showMessage(HWND window, const std::string& text, const std::string& caption, unsigned type);
+int showMessage(void* window, const std::string& text, const std::string& caption, unsigned type);
 
 /// The columns File, Line and Class And Method of a log record.
 /// file       source path; what follows its last backslash counts

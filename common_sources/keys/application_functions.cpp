@@ -13,9 +13,8 @@ constexpr wchar_t kCancel[] = L"\x1B\x1B"; // whatever runs in the host ends
 
 /// One line of input for one token of a macro.
 std::wstring inputFor(const std::string& token) {
-  // Byte by byte: nothing says which code page the menu file is in, so only ASCII is sure to arrive as it was
-  // written.
-  const std::wstring wide = Util::toWide(token);
+  // The menu reader writes its file as this system's programs do.
+  const std::wstring wide = Util::toWideByCodePage(token);
   if (token.compare(0, 2, "M=") == 0)
     return L"(command (menucmd \"" + wide + L"\"))\n";
   return wide + L"\n";
@@ -39,7 +38,7 @@ void AutoCadProxy::execApplFunction(int keyEvent) {
   // Text behind the last ";" is a token if there is any, so a macro that ends in ";" sends no Enter for it.
   std::size_t start = 0;
   while (start < macro.size()) {
-    const std::size_t end = std::min(macro.find(';', start), macro.size());
+    const std::size_t end = (std::min)(macro.find(';', start), macro.size());
     managerP->sendStringToExecute(documentP, inputFor(macro.substr(start, end - start)).c_str(), true, false,
                                   true);
     start = end + 1;

@@ -2,8 +2,6 @@
 
 #include "auto_cad_proxy.h"
 
-#include <utility>
-
 #include "cnfg.h"
 #include "logging.h"
 #include "ov_auto_cad.h"
@@ -28,8 +26,7 @@ bool cutMacro(const std::string& value, std::string& macro) {
 
 void AutoCadProxy::loadMenufile() {
   const std::string path = mOvAutoCadP->mApplicationsDirPath + "\\" + kMenuFileName;
-  if (!mModes.get()->empty())
-    mModes.publish({});
+  mModes.clear();
   mMenuEntries.clear();
   if (!Util::fileExists(path))
     return;
@@ -39,10 +36,9 @@ void AutoCadProxy::loadMenufile() {
 
   std::string name;
   std::string value;
-  std::vector<std::string> modes;
   cnfg.selectSection("Modes");
   while (cnfg.readNextParameter(name, value, true) == Cnfg::kOk)
-    modes.push_back(name);
+    mModes.push_back(name);
 
   std::string macro;
   cnfg.selectSection("MenuBar");
@@ -50,11 +46,8 @@ void AutoCadProxy::loadMenufile() {
     if (cutMacro(value, macro))
       mMenuEntries.push_back(macro);
   }
-  const bool hasModes = !modes.empty();
-  // Whole and in one step: the reading thread looks names up meanwhile.
-  mModes.publish(std::move(modes));
   OV_LOG(CRT, "AutoCadProxy", "AutoCadProxy::loadMenufile",
          "Menu file '" << path << "' with " << mMenuEntries.size() << " entries loaded.");
-  if (hasModes)
-    mMenuIsLoaded = true;
+  if (!mModes.empty())
+    mMenuIsLoaded.store(true, std::memory_order_release); // from now on the reading thread looks names up
 }

@@ -10,15 +10,15 @@
 
 namespace {
 
-constexpr char kMenuReaderName[] = "\\OvScribe2018.dll";
+constexpr wchar_t kMenuReaderName[] = L"\\OvScribe2018.dll";
 constexpr DWORD kPathSize = 260; // characters, the system's own limit of a path
 
-/// Path of the plug-in's own file.
-std::string modulePath() {
+/// Path of a module's file.
+std::wstring pathOf(HINSTANCE module) {
   wchar_t path[kPathSize] = {};
-  GetModuleFileNameW(gModuleInstance, path, kPathSize);
+  GetModuleFileNameW(module, path, kPathSize);
   path[kPathSize - 1] = 0;
-  return Util::toNarrow(path);
+  return path;
 }
 
 } // namespace
@@ -38,25 +38,29 @@ void AutoCadProxy::StartDotNETPlugin() {
     AcApDocManager* const managerP = acDocManagerPtr();
     if (!managerP)
       return;
-    const std::string charPath = modulePath();
+    const std::wstring path = pathOf(mModuleInstance);
+    const std::string charPath = Util::toNarrow(path.c_str());
     OV_LOG(TRC, "AutoCadProxy", "AutoCadProxy::StartDotNETPlugin", "charPath: '" << charPath << "'");
-    const std::size_t backslash = charPath.rfind('\\');
-    if (backslash == std::string::npos) {
+    // Cut and changed as wide text: in narrow text, the second byte of a character may look like a backslash.
+    const std::size_t backslash = path.rfind(L'\\');
+    if (charPath.empty() || backslash == std::wstring::npos) {
       OV_LOG(ERR, "AutoCadProxy", "AutoCadProxy::StartDotNETPlugin", "Error: Invalid path " << charPath);
       return;
     }
-    std::string dllPath = charPath.substr(0, backslash) + kMenuReaderName;
+    std::wstring readerPath = path.substr(0, backslash) + kMenuReaderName;
+    const std::string dllPath = Util::toNarrow(readerPath.c_str());
     OV_LOG(TRC, "AutoCadProxy", "AutoCadProxy::StartDotNETPlugin", "dllPath: '" << dllPath << "'");
     if (!Util::fileExists(dllPath)) {
       OV_LOG(ERR, "AutoCadProxy", "AutoCadProxy::StartDotNETPlugin",
              "Error: OvScribe does not exist " << dllPath);
       return;
     }
-    std::replace(dllPath.begin(), dllPath.end(), '\\',
-                 '/'); // a backslash would need doubling in the expression
+    // A backslash would need doubling in the expression.
+    std::replace(readerPath.begin(), readerPath.end(), L'\\', L'/');
+    const std::string command = "(command \"netload\" \"" + Util::toNarrow(readerPath.c_str()) + "\")\n";
     AcApDocument* const documentP = managerP->curDocument();
-    const std::string command = "(command \"netload\" \"" + dllPath + "\")\n";
-    const int ec = managerP->sendStringToExecute(documentP, Util::toWide(command).c_str(), true, false, true);
+    const int ec = managerP->sendStringToExecute(
+        documentP, (L"(command \"netload\" \"" + readerPath + L"\")\n").c_str(), true, false, true);
     OV_LOG(TRC, "AutoCadProxy", "AutoCadProxy::StartDotNETPlugin",
            "totalCmd: '" << command << "', ec: " << ec);
   } catch (...) {

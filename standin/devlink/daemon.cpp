@@ -168,6 +168,8 @@ void Daemon::Implementation::onGreeted(Peer& peer) {
   record("client connected " + peer.name());
   if (mHasMoved)
     peer.giveMotion(mCap);
+  // The client is at rest in its wait for events, perhaps for long, and tells its mode between two of them.
+  peer.giveEvent(session::kEventAnnounceMode);
   startClock();
 }
 

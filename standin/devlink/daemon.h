@@ -37,9 +37,10 @@ struct DaemonOptions {
 
 /// The device and its daemon: one device, any program on this machine as a client, sixteen of them at most.
 ///
-/// A client gets all events from its greeting on, and first the cap's last position if the cap has moved
-/// before. What a client sends is checked in every field. One that breaks the protocol, doesn't greet within
-/// two seconds or lets 65536 events pile up is dropped; the others don't notice.
+/// A client gets all events from its greeting on, and first the cap's last position, if the cap has moved
+/// before, and the question for its mode; neither stands in the record. What a client sends is checked in
+/// every field. One that breaks the protocol, doesn't greet within two seconds or lets 65536 events pile up
+/// is dropped; the others don't notice.
 class Daemon {
 public:
   /// Opens the port. Throws std::system_error if it can't be had.

@@ -2,7 +2,7 @@
 
 #include "link.h"
 
-#include "calls.h"
+#include "call_log.h"
 
 #include <chrono>
 #include <cstdlib>
@@ -12,7 +12,8 @@
 #include <thread>
 
 // Each function but ovFetchEvent reports itself to the journal of calls. That one is called as often as the
-// link and the clock decide, and would make counts of calls depend on them.
+// link and the clock decide, and would make counts of calls depend on them. The trace knows all of them, with
+// what ovFetchEvent and ovGetAdvancedSettings delivered.
 
 namespace {
 
@@ -71,11 +72,13 @@ std::shared_ptr<Link> currentLink() {
 }
 
 /// Reports the call and keeps exceptions inside, be they ours or ordered by a test.
-template <class Operation> int guarded(const char* name, Operation operation) {
+/// out  what the trace shows behind the status, as it is after the call
+template <class Operation, class... Out>
+int guarded(const char* name, Operation operation, const Out&... out) {
   try {
-    if (calls::enter(name))
-      return kFailure;
-    return operation() ? kSuccess : kFailure;
+    call_log::Call call(name);
+    const bool isGood = !call.mustFail() && operation();
+    return call.returns(isGood ? kSuccess : kFailure, out...);
   } catch (...) {
     return kFailure;
   }
@@ -214,13 +217,24 @@ int ovGetDevInfo(int deviceIndex, void* record96) {
 }
 
 int ovGetAdvancedSettings(int deviceIndex, void* record148) {
-  return guarded("ovGetAdvancedSettings", [&] {
-    return askRecord<devlink::kSettingsBytes>(Kind::askSettings, deviceIndex, Kind::settings, record148);
-  });
+  std::int32_t rotationCode = 0;
+  bool isZoomAfterView = false;
+  const auto askSettings = [&] {
+    char record[devlink::kSettingsBytes] = {};
+    if (!askRecord<devlink::kSettingsBytes>(Kind::askSettings, deviceIndex, Kind::settings, record))
+      return false;
+    std::memcpy(&rotationCode, record + devlink::kSettingsRotationOffset, sizeof rotationCode);
+    isZoomAfterView = record[devlink::kSettingsZoomOffset] != 0;
+    if (record148)
+      std::memcpy(record148, record, sizeof record);
+    return true;
+  };
+  return guarded("ovGetAdvancedSettings", askSettings, rotationCode, isZoomAfterView);
 }
 
 int ovFetchEvent(int deviceIndex, short* x, short* y, short* z, short* a, short* b, short* c, int* unused1,
                  int* unused2, int* eventCode, int* unused3, int* unused4) {
+  call_log::Traced call("ovFetchEvent");
   try {
     if (deviceIndex != 0) {
       std::this_thread::sleep_for(kNoLinkWait);
@@ -244,7 +258,8 @@ int ovFetchEvent(int deviceIndex, short* x, short* y, short* z, short* a, short*
     put(eventCode, static_cast<int>(event.mCode));
     for (int* unused : {unused1, unused2, unused3, unused4})
       put(unused, 0);
-    return kSuccess;
+    const auto& v = event.mAxes;
+    return call.returns(kSuccess, v[0], v[1], v[2], v[3], v[4], v[5], event.mCode);
   } catch (...) {
     return kFailure;
   }

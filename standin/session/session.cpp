@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -111,6 +112,18 @@ bool parseDeviceLine(std::string_view line, Action& action, std::string& error) 
     error = reason.what();
     return false;
   }
+}
+
+std::string eventName(std::int32_t code) {
+  for (const EventName& event : kEventNames) {
+    if (event.mCode == code)
+      return event.mName;
+  }
+  if (code >= kEventFirstKey)
+    return "key " + std::to_string(code - kEventFirstKey);
+  char text[16];
+  std::snprintf(text, sizeof text, "0x%x", static_cast<unsigned>(code));
+  return text;
 }
 
 } // namespace session

@@ -48,15 +48,28 @@ enum class Pointer { view, tree, list, edit, wheel, none };
 
 /// Event codes of the device, as the client library delivers them.
 constexpr std::int32_t kEventRotationChanged = 0x20001;
-constexpr std::int32_t kEventViewFront = 0x20009;
-constexpr std::int32_t kEventViewRight = 0x2000A;
-constexpr std::int32_t kEventViewTop = 0x2000B;
 constexpr std::int32_t kEventZoomAll = 0x2000C;
 constexpr std::int32_t kEventAnnounceMode = 0x20013;
-constexpr std::int32_t kEventViewBack = 0x20016;
-constexpr std::int32_t kEventViewLeft = 0x20017;
-constexpr std::int32_t kEventViewBottom = 0x20018;
 constexpr std::int32_t kEventFirstKey = 0x20020;
+/// What codes are called in sessions and reports.
+struct EventName {
+  std::int32_t mCode;
+  const char* mName;
+  bool mIsView; ///< the name stands behind the verb `view`; otherwise it is a verb
+};
+constexpr EventName kEventNames[] = {
+    {kEventRotationChanged, "rotation", false},
+    {0x20009, "front", true},
+    {0x2000A, "right", true},
+    {0x2000B, "top", true},
+    {kEventZoomAll, "zoom", false},
+    {kEventAnnounceMode, "mode", false},
+    {0x20016, "back", true},
+    {0x20017, "left", true},
+    {0x20018, "bottom", true},
+};
+/// Returns the name of a code, "key 3" for a key, and for any other the code in hexadecimal.
+std::string eventName(std::int32_t code);
 constexpr int kMaxKey = 100000;
 
 constexpr std::size_t kMaxFileBytes = 10 * 1000 * 1000;

@@ -41,13 +41,12 @@ void readMotion(Words& words, Action& action) {
 }
 
 void readView(Words& words, Action& action) {
-  action.mEventCode = oneOf<std::int32_t>(words, "view",
-                                          {{"front", kEventViewFront},
-                                           {"right", kEventViewRight},
-                                           {"top", kEventViewTop},
-                                           {"back", kEventViewBack},
-                                           {"left", kEventViewLeft},
-                                           {"bottom", kEventViewBottom}});
+  std::map<std::string_view, std::int32_t> views;
+  for (const EventName& event : kEventNames) {
+    if (event.mIsView)
+      views[event.mName] = event.mCode;
+  }
+  action.mEventCode = oneOf(words, "view", views);
 }
 
 void readZoom(Words&, Action& action) {

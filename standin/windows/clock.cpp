@@ -22,9 +22,9 @@ void requireHeld(const State& s, const char* operation) {
     throw std::logic_error(std::string(operation) + ": the clock is not held");
 }
 
-SYSTEMTIME partsOf(time_t seconds) {
+SYSTEMTIME partsOf(const timespec& moment) {
   tm parts{};
-  gmtime_r(&seconds, &parts);
+  gmtime_r(&moment.tv_sec, &parts);
   SYSTEMTIME time{};
   time.wYear = static_cast<WORD>(parts.tm_year + 1900);
   time.wMonth = static_cast<WORD>(parts.tm_mon + 1);
@@ -34,6 +34,7 @@ SYSTEMTIME partsOf(time_t seconds) {
   time.wMinute = static_cast<WORD>(parts.tm_min);
   // Windows knows no leap second.
   time.wSecond = static_cast<WORD>(parts.tm_sec > 59 ? 59 : parts.tm_sec);
+  time.wMilliseconds = static_cast<WORD>(moment.tv_nsec / 1000000);
   return time;
 }
 
@@ -91,7 +92,6 @@ void setSystemTime(const std::optional<SYSTEMTIME>& time) {
   State& s = state();
   const Lock lock(s.mutex);
   s.systemTime = time;
-  s.hasSystemTime = time.has_value();
 }
 
 std::vector<SleepRecord> sleeps() {
@@ -103,46 +103,38 @@ std::vector<SleepRecord> sleeps() {
 } // namespace desktop
 
 DWORD WINAPI GetTickCount(void) {
+  call_log::Traced call("GetTickCount");
   State& s = state();
   const Lock lock(s.mutex);
   const DWORD ticks = desktop::detail::ticksNow(s);
   if (s.isClockHeld && s.tickStep > 0)
     desktop::detail::setHeldTime(s, s.heldTime + s.tickStep);
-  return ticks;
+  return call.returns(ticks);
 }
 
 void WINAPI GetSystemTime(LPSYSTEMTIME time) {
   State& s = state();
-  if (s.hasSystemTime) {
+  {
     const Lock lock(s.mutex);
     if (s.systemTime) {
       *time = *s.systemTime;
       return;
     }
   }
-  // As on Windows, the time of the system's last tick, for a few nanoseconds: the log asks at each record.
   timespec now{};
-  clock_gettime(CLOCK_REALTIME_COARSE, &now);
-  // A second is taken apart once.
-  struct Second {
-    time_t number = -1;
-    SYSTEMTIME time{};
-  };
-  thread_local Second second;
-  if (now.tv_sec != second.number)
-    second = {now.tv_sec, partsOf(now.tv_sec)};
-  *time = second.time;
-  time->wMilliseconds = static_cast<WORD>(now.tv_nsec / 1000000);
+  clock_gettime(CLOCK_REALTIME, &now);
+  *time = partsOf(now);
 }
 
 void WINAPI Sleep(DWORD milliseconds) {
+  const call_log::Traced call("Sleep", milliseconds);
   State& s = state();
   bool isWatched = false;
   {
     const Lock lock(s.mutex);
     isWatched = s.watchedThread == GetCurrentThreadId();
   }
-  if (isWatched && desktop::detail::report("Sleep", milliseconds))
+  if (isWatched && call_log::Call::report("Sleep", call_log::shown(milliseconds)))
     return;
   std::chrono::microseconds nap = std::chrono::milliseconds(milliseconds);
   {

@@ -5,9 +5,9 @@
 
 using desktop::ScrollBar;
 using desktop::Window;
+using desktop::detail::Call;
 using desktop::detail::find;
 using desktop::detail::Hex;
-using desktop::detail::report;
 using desktop::detail::State;
 using desktop::detail::state;
 using Lock = std::lock_guard<std::mutex>;
@@ -40,53 +40,57 @@ void handle(Window& window, UINT message, WPARAM wParam) {
   }
 }
 
+/// Fills what is asked for; false if there is no such bar.
+bool readBar(State& s, HWND window, int bar, SCROLLINFO& info) {
+  const Window* const record = find(s, window);
+  if (record == nullptr || (bar != SB_HORZ && bar != SB_VERT))
+    return false;
+  const std::optional<ScrollBar>& found = bar == SB_VERT ? record->vertical : record->horizontal;
+  if (!found)
+    return false;
+  if ((info.fMask & SIF_RANGE) != 0) {
+    info.nMin = found->min;
+    info.nMax = found->max;
+  }
+  if ((info.fMask & SIF_PAGE) != 0)
+    info.nPage = found->page;
+  if ((info.fMask & SIF_POS) != 0)
+    info.nPos = found->position;
+  if ((info.fMask & SIF_TRACKPOS) != 0)
+    info.nTrackPos = found->position;
+  return true;
+}
+
 } // namespace
 
 BOOL WINAPI GetScrollInfo(HWND window, int bar, LPSCROLLINFO info) {
-  if (report("GetScrollInfo", window, bar) || info->cbSize != sizeof(SCROLLINFO))
-    return FALSE;
+  call_log::Call call("GetScrollInfo", call_log::shown(window), call_log::shown(bar), info->cbSize,
+                      info->fMask);
   State& s = state();
   const Lock lock(s.mutex);
-  const Window* const record = find(s, window);
-  if (record == nullptr || (bar != SB_HORZ && bar != SB_VERT))
-    return FALSE;
-  const std::optional<ScrollBar>& found = bar == SB_VERT ? record->vertical : record->horizontal;
-  if (!found)
-    return FALSE;
-  if ((info->fMask & SIF_RANGE) != 0) {
-    info->nMin = found->min;
-    info->nMax = found->max;
-  }
-  if ((info->fMask & SIF_PAGE) != 0)
-    info->nPage = found->page;
-  if ((info->fMask & SIF_POS) != 0)
-    info->nPos = found->position;
-  if ((info->fMask & SIF_TRACKPOS) != 0)
-    info->nTrackPos = found->position;
-  return TRUE;
+  const bool isRead =
+      !call.mustFail() && info->cbSize == sizeof(SCROLLINFO) && readBar(s, window, bar, *info);
+  return call.returns(isRead ? TRUE : FALSE, info->nMin, info->nMax, info->nPage, info->nPos);
 }
 
 LRESULT WINAPI SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-  if (report("SendMessageW", window, Hex{message, 4}, Hex{wParam}, Hex{static_cast<std::uint64_t>(lParam)}))
-    return 0;
+  Call call("SendMessageW", window, Hex{message, 4}, Hex{wParam}, Hex{static_cast<std::uint64_t>(lParam)});
   State& s = state();
   const Lock lock(s.mutex);
-  Window* const record = find(s, window);
-  if (record == nullptr)
-    return 0;
-  record->sent.push_back({message, wParam, lParam});
-  handle(*record, message, wParam);
-  return 0;
+  Window* const record = call.mustFail() ? nullptr : find(s, window);
+  if (record != nullptr) {
+    record->sent.push_back({message, wParam, lParam});
+    handle(*record, message, wParam);
+  }
+  return call.returns(LRESULT{0});
 }
 
 BOOL WINAPI UpdateWindow(HWND window) {
-  if (report("UpdateWindow", window))
-    return FALSE;
+  Call call("UpdateWindow", window);
   State& s = state();
   const Lock lock(s.mutex);
-  Window* const record = find(s, window);
-  if (record == nullptr)
-    return FALSE;
-  ++record->updates;
-  return TRUE;
+  Window* const record = call.mustFail() ? nullptr : find(s, window);
+  if (record != nullptr)
+    ++record->updates;
+  return call.returns(record == nullptr ? FALSE : TRUE);
 }

@@ -10,7 +10,7 @@
 
 /// The far side of windows.h: what a program sets up for the plug-in to find, and a test looks at afterwards.
 ///
-/// Everything here may be called from any thread. Nothing here reports to calls.h.
+/// Everything here may be called from any thread. Nothing here reports to call_log.h.
 namespace desktop {
 
 // ---- Windows ----------------------------------------------------------------------------------------------
@@ -64,8 +64,8 @@ RECT rectangle(int left, int top, int width, int height);
 
 // ---- Clock ------------------------------------------------------------------------------------------------
 
-/// From now on the calling thread is the one whose sleeps are reported to calls.h. A program's main thread,
-/// or the thread that runs a test, says this of itself; until one has, no sleep is reported.
+/// From now on the calling thread is the one whose sleeps are reported to call_log.h. A program's main
+/// thread, or the thread that runs a test, says this of itself; until one has, no sleep is reported.
 void watchThisThread();
 
 /// Takes the clock in hand and watches this thread: time stands still, apart from advanceClock(), the tick

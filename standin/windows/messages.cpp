@@ -171,8 +171,9 @@ int runTimers(DWORD milliseconds) {
 } // namespace desktop
 
 UINT_PTR WINAPI SetTimer(HWND window, UINT_PTR, UINT milliseconds, TIMERPROC procedure) {
-  if (desktop::detail::report("SetTimer", milliseconds) || window != nullptr)
-    return 0;
+  desktop::detail::Call call("SetTimer", milliseconds);
+  if (call.mustFail() || window != nullptr)
+    return call.returns(UINT_PTR{0});
   State& s = state();
   const Guard lock(s.mutex);
   ownQueue(s);
@@ -183,21 +184,20 @@ UINT_PTR WINAPI SetTimer(HWND window, UINT_PTR, UINT milliseconds, TIMERPROC pro
   timer.due = desktop::detail::clockNow(s) + timer.interval;
   timer.procedure = procedure;
   s.timers.push_back(timer);
-  return timer.id;
+  return call.returns(timer.id);
 }
 
 BOOL WINAPI KillTimer(HWND window, UINT_PTR timerId) {
-  if (desktop::detail::report("KillTimer", timerId) || window != nullptr)
-    return FALSE;
+  desktop::detail::Call call("KillTimer", timerId);
   State& s = state();
   const Guard lock(s.mutex);
   const auto timer = std::find_if(s.timers.begin(), s.timers.end(), [timerId](const Timer& candidate) {
     return candidate.id == timerId && candidate.threadId == GetCurrentThreadId();
   });
-  if (timer == s.timers.end())
-    return FALSE;
+  if (call.mustFail() || window != nullptr || timer == s.timers.end())
+    return call.returns(FALSE);
   s.timers.erase(timer);
-  return TRUE;
+  return call.returns(TRUE);
 }
 
 BOOL WINAPI GetMessageW(LPMSG message, HWND window, UINT first, UINT last) {
@@ -247,12 +247,13 @@ LRESULT WINAPI DispatchMessageW(const MSG* message) {
       return 0;
     ticks = desktop::detail::ticksNow(s);
   }
+  const call_log::Bracket bracket("TimerProc");
   procedure(message->hwnd, message->message, message->wParam, ticks);
   return 0;
 }
 
 void WINAPI PostQuitMessage(int exitCode) {
-  if (desktop::detail::report("PostQuitMessage", exitCode))
+  if (desktop::detail::Call("PostQuitMessage", exitCode).mustFail())
     return;
   State& s = state();
   const Guard lock(s.mutex);
@@ -263,8 +264,9 @@ void WINAPI PostQuitMessage(int exitCode) {
 
 BOOL WINAPI PostThreadMessageW(DWORD threadId, UINT message, WPARAM wParam, LPARAM lParam) {
   using desktop::detail::Hex;
-  if (desktop::detail::report("PostThreadMessageW", threadId, Hex{message, 4}, Hex{wParam},
-                              Hex{static_cast<std::uint64_t>(lParam)}))
+  if (desktop::detail::Call("PostThreadMessageW", threadId, Hex{message, 4}, Hex{wParam},
+                            Hex{static_cast<std::uint64_t>(lParam)})
+          .mustFail())
     return FALSE;
   State& s = state();
   const Guard lock(s.mutex);

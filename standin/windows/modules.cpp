@@ -2,6 +2,7 @@
 #include "state.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <dlfcn.h>
 #include <filesystem>
 #include <link.h>
@@ -65,6 +66,18 @@ std::string nativePath(HMODULE module) {
   return std::filesystem::absolute(map->l_name, error).lexically_normal().string();
 }
 
+/// Told at exit(): registered with each load, so that it runs before what the module's own objects have
+/// registered.
+void endProcess() {
+  const std::lock_guard<std::recursive_mutex> lock(loaderMutex());
+  const std::vector<Module> loaded = std::move(modules());
+  modules().clear();
+  for (const Module& module : loaded) {
+    if (module.entryPoint != nullptr)
+      module.entryPoint(handle(module.loaded), DLL_PROCESS_DETACH, module.loaded);
+  }
+}
+
 void unload(std::vector<Module>::iterator module) {
   void* const library = module->loaded;
   const EntryPoint entryPoint = module->entryPoint;
@@ -105,6 +118,7 @@ HMODULE WINAPI LoadLibraryA(LPCSTR path) {
   module.loads = 1;
   module.entryPoint = reinterpret_cast<EntryPoint>(ownSymbol(library, "DllMain"));
   modules().push_back(module);
+  std::atexit(endProcess);
   if (module.entryPoint == nullptr ||
       module.entryPoint(handle(library), DLL_PROCESS_ATTACH, nullptr) != FALSE)
     return handle(library);
@@ -135,6 +149,14 @@ BOOL WINAPI FreeLibrary(HMODULE module) {
   return TRUE;
 }
 
+BOOL WINAPI GetModuleHandleExW(DWORD flags, LPCWSTR address, HMODULE* module) {
+  Dl_info info{};
+  *module = nullptr;
+  if (flags == GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS && dladdr(address, &info) != 0)
+    *module = LoadLibraryA(info.dli_fname); // a program can't be loaded
+  return *module != nullptr;
+}
+
 FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name) {
   constexpr std::uintptr_t LAST_ORDINAL = 0xFFFF;
   const std::lock_guard<std::recursive_mutex> lock(loaderMutex());
@@ -144,7 +166,7 @@ FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name) {
 }
 
 DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD count) {
-  if (desktop::detail::report("GetModuleFileNameW", count) || count == 0)
+  if (desktop::detail::Call("GetModuleFileNameW", count).mustFail() || count == 0)
     return 0;
   std::optional<std::wstring> path;
   {

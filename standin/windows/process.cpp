@@ -5,8 +5,8 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+using desktop::detail::Call;
 using desktop::detail::Quoted;
-using desktop::detail::report;
 using desktop::detail::State;
 using desktop::detail::state;
 using Lock = std::lock_guard<std::mutex>;
@@ -34,7 +34,7 @@ std::vector<BeepRecord> beeps() {
 } // namespace desktop
 
 int WINAPI MessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type) {
-  if (report("MessageBoxW", owner, Quoted{text}, Quoted{caption}, type))
+  if (Call("MessageBoxW", owner, Quoted{text}, Quoted{caption}, type).mustFail())
     return 0;
   desktop::MessageBox box;
   box.owner = owner;
@@ -52,7 +52,7 @@ int WINAPI MessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type) {
 }
 
 BOOL WINAPI Beep(DWORD frequency, DWORD milliseconds) {
-  if (report("Beep", frequency, milliseconds))
+  if (Call("Beep", frequency, milliseconds).mustFail())
     return FALSE;
   State& s = state();
   const Lock lock(s.mutex);
@@ -65,9 +65,7 @@ DWORD WINAPI GetCurrentProcessId(void) {
 }
 
 DWORD WINAPI GetCurrentThreadId(void) {
-  // The log asks for it at each record; the system call is worth saving.
-  thread_local const DWORD id = static_cast<DWORD>(syscall(SYS_gettid));
-  return id;
+  return static_cast<DWORD>(syscall(SYS_gettid));
 }
 
 DWORD WINAPI GetFileAttributesA(LPCSTR path) {

@@ -1,9 +1,6 @@
 #include "state.h"
 
-#include "report.h"
-
 #include <chrono>
-#include <iomanip>
 
 namespace desktop {
 
@@ -40,22 +37,6 @@ Window* find(State& s, HWND window) {
   return it == s.windows.end() ? nullptr : &it->second;
 }
 
-void write(std::ostream& os, Hex hex) {
-  os << "0x" << std::hex << std::uppercase << std::setfill('0') << std::setw(hex.digits) << hex.value
-     << std::dec;
-}
-
-void write(std::ostream& os, Quoted quoted) {
-  os << '"';
-  for (const wchar_t* c = quoted.text; c != nullptr && *c != 0; ++c) {
-    if (*c == L'\n')
-      os << "\\n";
-    else
-      os << (*c > 0 && *c <= 0xFF ? static_cast<char>(*c) : '?');
-  }
-  os << '"';
-}
-
 } // namespace detail
 
 void reset() {
@@ -70,7 +51,6 @@ void reset() {
   s.tickStep = 0;
   s.watchedThread = 0;
   s.systemTime.reset();
-  s.hasSystemTime = false;
   s.sleeps.clear();
   for (const auto& entry : s.queues) {
     entry.second->posted.clear();

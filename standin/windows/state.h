@@ -3,14 +3,12 @@
 
 #include "desktop.h"
 
-#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
-#include <unordered_map>
 
 /// What the calls and the desktop share. Internal to this library.
 namespace desktop::detail {
@@ -35,10 +33,9 @@ struct State {
   std::mutex mutex;
 
   // Windows by number, and for each parent (0 for the top level) its children, topmost first.
-  std::unordered_map<unsigned long, Window> windows;
+  std::map<unsigned long, Window> windows;
   std::map<unsigned long, std::vector<unsigned long>> children;
   unsigned long lastNumber = 0;
-  std::size_t lastPlace = 0; ///< in its list, of the window that a walk through siblings came to last
   POINT pointer{0, 0};
 
   bool isClockHeld = false;
@@ -48,7 +45,6 @@ struct State {
   DWORD tickStep = 0;
   DWORD watchedThread = 0; ///< 0 for none
   std::optional<SYSTEMTIME> systemTime;
-  std::atomic<bool> hasSystemTime{false}; ///< lets the real time be told without the lock
   std::vector<SleepRecord> sleeps;
 
   std::map<DWORD, std::shared_ptr<Queue>> queues;

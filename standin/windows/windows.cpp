@@ -5,8 +5,8 @@
 #include <stdexcept>
 
 using desktop::Window;
+using desktop::detail::Call;
 using desktop::detail::find;
-using desktop::detail::report;
 using desktop::detail::State;
 using desktop::detail::state;
 using Lock = std::lock_guard<std::mutex>;
@@ -42,6 +42,19 @@ HWND childAt(State& s, HWND parent, POINT point) {
       return handle(child);
   }
   return nullptr;
+}
+
+/// What GetWindow gives for a window that there is.
+HWND neighbour(State& s, HWND window, const Window& record, UINT command) {
+  if (command == GW_CHILD) {
+    const auto below = s.children.find(desktop::number(window));
+    return below == s.children.end() || below->second.empty() ? nullptr : handle(below->second.front());
+  }
+  if (command != GW_HWNDNEXT)
+    return nullptr;
+  const std::vector<unsigned long>& list = siblings(s, record);
+  const auto it = std::find(list.begin(), list.end(), desktop::number(window));
+  return list.end() - it < 2 ? nullptr : handle(*(it + 1));
 }
 
 } // namespace
@@ -111,16 +124,16 @@ RECT rectangle(int left, int top, int width, int height) {
 } // namespace desktop
 
 BOOL WINAPI GetCursorPos(LPPOINT point) {
-  if (report("GetCursorPos"))
-    return FALSE;
+  Call call("GetCursorPos");
   State& s = state();
   const Lock lock(s.mutex);
-  *point = s.pointer;
-  return TRUE;
+  if (!call.mustFail())
+    *point = s.pointer;
+  return call.returns(call.mustFail() ? FALSE : TRUE, point->x, point->y);
 }
 
 BOOL WINAPI SetCursorPos(int x, int y) {
-  if (report("SetCursorPos", x, y))
+  if (Call("SetCursorPos", x, y).mustFail())
     return FALSE;
   State& s = state();
   const Lock lock(s.mutex);
@@ -129,94 +142,69 @@ BOOL WINAPI SetCursorPos(int x, int y) {
 }
 
 HWND WINAPI WindowFromPoint(POINT point) {
-  if (report("WindowFromPoint", point.x, point.y))
-    return nullptr;
+  Call call("WindowFromPoint", point.x, point.y);
   State& s = state();
   const Lock lock(s.mutex);
   HWND found = nullptr;
-  for (HWND next = childAt(s, nullptr, point); next != nullptr; next = childAt(s, next, point))
+  for (HWND next = call.mustFail() ? nullptr : childAt(s, nullptr, point); next != nullptr;
+       next = childAt(s, next, point))
     found = next;
-  return found;
+  return call.returns(found);
 }
 
 BOOL WINAPI GetWindowRect(HWND window, LPRECT rect) {
-  if (report("GetWindowRect", window))
-    return FALSE;
+  Call call("GetWindowRect", window);
   State& s = state();
   const Lock lock(s.mutex);
-  const Window* const record = find(s, window);
-  if (record == nullptr)
-    return FALSE;
-  *rect = record->rect;
-  return TRUE;
+  const Window* const record = call.mustFail() ? nullptr : find(s, window);
+  if (record != nullptr)
+    *rect = record->rect;
+  return call.returns(record == nullptr ? FALSE : TRUE, rect->left, rect->top, rect->right, rect->bottom);
 }
 
 HWND WINAPI GetParent(HWND window) {
-  if (report("GetParent", window))
-    return nullptr;
+  Call call("GetParent", window);
   State& s = state();
   const Lock lock(s.mutex);
-  const Window* const record = find(s, window);
-  return record == nullptr ? nullptr : record->parent;
+  const Window* const record = call.mustFail() ? nullptr : find(s, window);
+  return call.returns(record == nullptr ? nullptr : record->parent);
 }
 
 HWND WINAPI GetWindow(HWND window, UINT command) {
-  if (report("GetWindow", window, command))
-    return nullptr;
+  Call call("GetWindow", window, command);
   State& s = state();
   const Lock lock(s.mutex);
-  const Window* const record = find(s, window);
-  if (record == nullptr)
-    return nullptr;
-  if (command == GW_CHILD) {
-    const auto below = s.children.find(desktop::number(window));
-    return below == s.children.end() || below->second.empty() ? nullptr : handle(below->second.front());
-  }
-  if (command != GW_HWNDNEXT)
-    return nullptr;
-  const std::vector<unsigned long>& list = siblings(s, *record);
-  // Who walks a list asks for the window behind the one that he got last; a search for each step would make
-  // the walk as long as the list's square.
-  std::size_t& place = s.lastPlace;
-  if (place >= list.size() || list[place] != desktop::number(window))
-    place =
-        static_cast<std::size_t>(std::find(list.begin(), list.end(), desktop::number(window)) - list.begin());
-  ++place;
-  return place == list.size() ? nullptr : handle(list[place]);
+  const Window* const record = call.mustFail() ? nullptr : find(s, window);
+  return call.returns(record == nullptr ? nullptr : neighbour(s, window, *record, command));
 }
 
 BOOL WINAPI PtInRect(const RECT* rect, POINT point) {
-  if (report("PtInRect", point.x, point.y))
+  if (call_log::Call::report("PtInRect", call_log::shown(point.x), call_log::shown(point.y)))
     return FALSE;
   return contains(*rect, point) ? TRUE : FALSE;
 }
 
 BOOL WINAPI IsWindowVisible(HWND window) {
-  if (report("IsWindowVisible", window))
-    return FALSE;
+  Call call("IsWindowVisible", window);
   State& s = state();
   const Lock lock(s.mutex);
-  const Window* record = find(s, window);
-  if (record == nullptr)
-    return FALSE;
-  while (record != nullptr && record->isVisible) {
-    if (record->parent == nullptr)
-      return TRUE;
+  const Window* record = call.mustFail() ? nullptr : find(s, window);
+  while (record != nullptr && record->isVisible && record->parent != nullptr)
     record = find(s, record->parent);
-  }
-  return FALSE;
+  return call.returns(record != nullptr && record->isVisible ? TRUE : FALSE);
 }
 
 int WINAPI GetClassNameW(HWND window, LPWSTR buffer, int count) {
-  if (report("GetClassNameW", window) || count <= 0)
-    return 0;
+  Call call("GetClassNameW", window);
+  if (count <= 0)
+    return call.returns(0);
   State& s = state();
   const Lock lock(s.mutex);
-  const Window* const record = find(s, window);
+  const Window* const record = call.mustFail() ? nullptr : find(s, window);
   if (record == nullptr)
-    return 0;
+    return call.returns(0, buffer);
   const std::size_t length = std::min(record->className.size(), static_cast<std::size_t>(count) - 1);
   record->className.copy(buffer, length);
   buffer[length] = 0;
-  return static_cast<int>(length);
+  return call.returns(static_cast<int>(length), buffer);
 }

@@ -13,9 +13,9 @@
 ///   are widened byte by byte, so a path survives the way to wide text and back whatever its encoding.
 /// - Windows are records; desktop.h makes them and shows what became of them.
 ///
-/// Operations that act on the desktop report to calls.h and can be told to fail there: they then do nothing
-/// and give back their failure value. All operations may be called from any thread; timers and messages
-/// belong to the thread that asks for them.
+/// Operations that act on the desktop report to call_log.h and can be told to fail there: they then do
+/// nothing and give back their failure value. All operations may be called from any thread; timers and
+/// messages belong to the thread that asks for them.
 
 #define CALLBACK
 #define WINAPI
@@ -52,6 +52,7 @@ using HWND = struct HWND__*;
 using HINSTANCE = struct HINSTANCE__*;
 using HMODULE = HINSTANCE;
 using FARPROC = INT_PTR(WINAPI*)();
+using LPTHREAD_START_ROUTINE = DWORD(WINAPI*)(LPVOID argument);
 using TIMERPROC = void(CALLBACK*)(HWND window, UINT message, UINT_PTR timerId, DWORD tickCount);
 
 #ifndef TRUE
@@ -108,6 +109,9 @@ struct SYSTEMTIME {
   WORD wMilliseconds;
 };
 
+struct SECURITY_ATTRIBUTES;
+
+using LPSECURITY_ATTRIBUTES = SECURITY_ATTRIBUTES*;
 using LPPOINT = POINT*;
 using LPRECT = RECT*;
 using LPMSG = MSG*;
@@ -124,6 +128,11 @@ constexpr int DLL_PROCESS_DETACH = 0;
 constexpr int DLL_PROCESS_ATTACH = 1;
 constexpr int DLL_THREAD_ATTACH = 2;
 constexpr int DLL_THREAD_DETACH = 3;
+
+constexpr DWORD GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS = 0x00000004;
+
+constexpr DWORD WAIT_OBJECT_0 = 0;
+constexpr DWORD WAIT_TIMEOUT = 258;
 
 constexpr int WM_NULL = 0x0000;
 constexpr int WM_QUIT = 0x0012;
@@ -259,6 +268,9 @@ BOOL WINAPI UpdateWindow(HWND window);
 /// Gives the number of bytes, or 0 if the buffer is too small or an argument makes no sense.
 int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, LPCWCH text, int textCount, LPSTR buffer,
                                int bufferCount, LPCCH defaultChar, LPBOOL usedDefaultChar);
+/// Narrow to wide text; the arguments are those of WideCharToMultiByte the other way round. Not reported.
+int WINAPI MultiByteToWideChar(UINT codePage, DWORD flags, LPCCH text, int textCount, LPWSTR buffer,
+                               int bufferCount);
 /// Recorded and answered by desktop::setMessageBoxAnswer(); IDOK at once if nobody set one.
 int WINAPI MessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type);
 /// Recorded; makes no sound and takes no time.
@@ -270,6 +282,18 @@ DWORD WINAPI GetCurrentThreadId(void);
 /// Attributes of a file, the path being native; INVALID_FILE_ATTRIBUTES if there is none. Not reported.
 DWORD WINAPI GetFileAttributesA(LPCSTR path);
 
+// ---- Threads
+// ------------------------------------------------------------------------------------------------
+
+/// Starts a thread; gives its handle. Attributes, stack size, flags and the place for its number have to be
+/// null or 0. Not reported, and neither are the next two.
+HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES attributes, std::size_t stackSize,
+                           LPTHREAD_START_ROUTINE start, LPVOID argument, DWORD flags, DWORD* threadId);
+/// Waits for the end of a thread: gives WAIT_OBJECT_0, or WAIT_TIMEOUT if it still runs after that time.
+DWORD WINAPI WaitForSingleObject(HANDLE thread, DWORD milliseconds);
+/// Forgets the handle of a thread; the thread goes on.
+BOOL WINAPI CloseHandle(HANDLE thread);
+
 // ---- Modules ----------------------------------------------------------------------------------------------
 
 /// Loads a module and calls its DllMain(handle, DLL_PROCESS_ATTACH, nullptr), if it exports one. Either slash
@@ -277,8 +301,15 @@ DWORD WINAPI GetFileAttributesA(LPCSTR path);
 /// counts. Not reported, and neither are FreeLibrary and GetProcAddress.
 HMODULE WINAPI LoadLibraryW(LPCWSTR path);
 HMODULE WINAPI LoadLibraryA(LPCSTR path);
-/// The last one calls DllMain(handle, DLL_PROCESS_DETACH, nullptr) and unloads the module.
+/// The last one calls DllMain(handle, DLL_PROCESS_DETACH, nullptr) and unloads the module. What is still
+/// loaded when the process ends by exit() hears of that with a third argument that isn't null, before its own
+/// static objects go; unlike on Windows, the other threads still run then.
 BOOL WINAPI FreeLibrary(HMODULE module);
+/// For a thread of CreateThread: frees the module and ends the thread, which doesn't return to its function.
+[[noreturn]] void WINAPI FreeLibraryAndExitThread(HMODULE module, DWORD exitCode);
+/// Loads the module that an address lies in once more.
+/// flags  GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS; others give FALSE
+BOOL WINAPI GetModuleHandleExW(DWORD flags, LPCWSTR address, HMODULE* module);
 /// Null for what the module doesn't export; ordinals aren't known here.
 FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name);
 /// Full path of a loaded module, or of the program for null, with backslashes between its folders.

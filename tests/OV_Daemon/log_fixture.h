@@ -38,7 +38,7 @@ protected:
     return true;
   }
   static bool record(const std::string& text, int type = INF, const char* file = "file.cpp") {
-    return recordOf([&text](RecordStream& os) { os << text; }, type, file);
+    return recordOf([&text](std::ostream& os) { os << text; }, type, file);
   }
 
   std::string bytes(const std::string& name = "log.txt") const { return mFolder.read(name); }

@@ -108,37 +108,9 @@ TEST_F(LoggingRecord, TheExclusiveFileShutsOutAllOthersEvenTheirErrors) {
   EXPECT_EQ("|       place.cpp|   70| Class::Class::method            | here", records().back().substr(23));
 }
 
-TEST_F(LoggingRecord, NumbersReadAsAnyStreamWritesThem) {
-  RecordStream stream;
-  const auto expectSame = [&](const auto& value) {
-    std::ostringstream plain;
-    plain.imbue(std::locale::classic());
-    plain << value;
-    stream.restart();
-    stream << value;
-    EXPECT_EQ(plain.str(), stream.text());
-  };
-  for (const int value : {0, -1, 7, 314159, 2147483647, -2147483647 - 1})
-    expectSame(value);
-  // Where digits are rounded, zeros dropped or an exponent begins, and the neighbours of these places.
-  for (const double base : {0.0,      1.0,      0.5,      1.5,      2.5e-5,  0.0001,   0.00099999949999,
-                            0.1,      1.0 / 3,  2.0 / 3,  9.999995, 12.3456, 100000.5, 123456.5,
-                            99999.95, 999999.0, 999999.5, 1e6,      1e15,    1e300,    5e-324}) {
-    for (const double value : {base, std::nextafter(base, 1e308), std::nextafter(base, -1e308)}) {
-      expectSame(value);
-      expectSame(-value);
-    }
-  }
-  expectSame(std::numeric_limits<double>::infinity());
-  std::mt19937 random(1); // the same numbers each time
-  std::uniform_real_distribution<double> mantissa(-1, 1);
-  for (int i = 0; i < 20000; ++i)
-    expectSame(std::ldexp(mantissa(random), i % 48 - 20));
-}
-
 TEST_F(LoggingRecord, PrintsBytesAsATable) {
   const auto table = [this](const std::string& data) {
-    recordOf([&data](RecordStream&) { gLogging << LOG_HEX_DUMP << data << " then " << 255; });
+    recordOf([&data](std::ostream&) { gLogging << LOG_HEX_DUMP << data << " then " << 255; });
     const std::string all = bytes();
     return all.substr(all.rfind("Class::method") + 34);
   };
@@ -150,7 +122,7 @@ TEST_F(LoggingRecord, PrintsBytesAsATable) {
             table("0123456789\x80\xFF\x7F"));
   EXPECT_EQ(head + "\n   0: 30 31 32 33 34 35 36 37 38 39  then ff\n", table("0123456789"));
   // Only the string behind the mark, and only in this record.
-  recordOf([](RecordStream&) { gLogging << "A" << 31; });
+  recordOf([](std::ostream&) { gLogging << "A" << 31; });
   EXPECT_EQ("A31", textOf(lines().back()));
 }
 
@@ -168,11 +140,10 @@ TEST_F(LoggingRecord, ManipulatorsCountForTheWholeOfTheirRecordAndEndWithIt) {
       {[](std::ostream& os) { os << std::fixed; }, "25ab1.531250"},
       {[](std::ostream& os) { os << std::setfill('*'); }, "25ab1.53125"}, // alone, and without a trace
       {[](std::ostream& os) { os << std::setw(4); }, "  25ab1.53125"},
-      {[](std::ostream& os) { os.setstate(std::ios::failbit); }, ""}, // nor does a stream stay broken
       {[](std::ostream&) {}, "25ab1.53125"},
   };
   for (const auto& entry : kManipulators) {
-    recordOf([&entry](RecordStream& os) {
+    recordOf([&entry](std::ostream& os) {
       entry.manipulate(os);
       os << 25;
       os << "a";
@@ -181,7 +152,7 @@ TEST_F(LoggingRecord, ManipulatorsCountForTheWholeOfTheirRecordAndEndWithIt) {
     });
     EXPECT_EQ(entry.text, textOf(lines().back()));
   }
-  recordOf([](RecordStream& os) {
+  recordOf([](std::ostream& os) {
     os << std::left << std::setw(3);
     os << "a";
     os << std::setw(3);
@@ -192,34 +163,24 @@ TEST_F(LoggingRecord, ManipulatorsCountForTheWholeOfTheirRecordAndEndWithIt) {
   EXPECT_EQ("a  b  c  |", textOf(lines().back()));
 }
 
-TEST_F(LoggingRecord, NumbersStayPlainWhateverLocaleTheHostSets) {
+TEST_F(LoggingRecord, HostLocaleLeavesNumbersPlain) {
   class Dots : public std::numpunct<char> {
     char do_thousands_sep() const override { return '.'; }
     std::string do_grouping() const override { return "\3"; }
   };
   const std::locale before = std::locale::global(std::locale(std::locale::classic(), new Dots));
+  OV_LOG(INF, "Class", "Class::method", "renews the stream");
   OV_LOG(INF, "Class", "Class::method", 1234567);
   const std::string dump = mPars.dump(0);
-  RecordStream stream; // of a log that is born after the host has set its locale
-  stream << 1234567 << ' ' << 1234567L << ' ' << 1234567.0;
   std::locale::global(before);
-  EXPECT_EQ("1234567 1234567 1.23457e+06", stream.text());
-  // One that a record asks for counts up to its end.
-  stream.restart();
-  stream.imbue(std::locale(std::locale::classic(), new Dots));
-  stream << 1234567;
-  EXPECT_EQ("1.234.567", stream.text());
-  stream.restart();
-  stream << 1234567;
-  EXPECT_EQ("1234567", stream.text());
-  EXPECT_EQ(Texts{"1234567"}, texts());
+  EXPECT_EQ("1234567", texts().back());
   EXPECT_NE(std::string::npos, dump.find("mMaxSize: 50000\n")) << dump;
 }
 
-TEST_F(LoggingRecord, WhatThrowsGivesTheLockBackAndLosesItsOwnRecordOnly) {
+TEST_F(LoggingRecord, FailureLosesItsRecordOnly) {
   const auto thrower = []() -> int { throw std::runtime_error("no text"); };
-  // The order in which the parts of the text are evaluated is the language's.
-  EXPECT_THROW(OV_LOG(INF, "Class", "Class::method", "begun " << thrower()), std::runtime_error);
+  EXPECT_NO_THROW(OV_LOG(INF, "Class", "Class::method", "begun " << thrower()));
+  recordOf([](std::ostream& os) { os.setstate(std::ios::badbit); }); // as a stream without memory does
   OV_LOG(INF, "Class", "Class::method", "next");
   class Broken : public std::streambuf {};
   Broken broken;
@@ -232,10 +193,7 @@ TEST_F(LoggingRecord, WhatThrowsGivesTheLockBackAndLosesItsOwnRecordOnly) {
   std::cout.rdbuf(before);
   std::cout.clear();
   OV_LOG(INF, "Class", "Class::method", "last " << 255);
-  const Texts all = texts();
-  ASSERT_EQ(4u, all.size());
-  EXPECT_EQ(0u, all[0].find("begun"));
-  EXPECT_EQ((Texts{"next", "first ", "last 255"}), (Texts{all.begin() + 1, all.end()}));
+  EXPECT_EQ((Texts{"next", "first ", "last 255"}), texts());
 }
 
 TEST_F(LoggingRecord, ALongOrManyLinedTextGoesOutAsItStands) {

@@ -51,6 +51,18 @@ TEST_F(LoggingRotation, AFileThatSomeoneEmptiesBeginsItsCountAnew) {
   EXPECT_FALSE(mFolder.exists("log.bak"));
 }
 
+TEST_F(LoggingRotation, CountsWhatOthersAppend) {
+  mPars.mMaxSize = 1;
+  gLogging.init(mPars);
+  for (int i = 0; i < 3; ++i) { // each time below the limit by our own bytes alone
+    std::ofstream(mFolder.native("log.txt"), std::ios::app | std::ios::binary) << std::string(200, 'o');
+    ASSERT_TRUE(record("ours"));
+  }
+  ASSERT_FALSE(mFolder.exists("log.bak"));
+  ASSERT_TRUE(record("rotates"));
+  EXPECT_EQ(Texts{"rotates"}, texts());
+}
+
 #ifndef _WIN32
 TEST_F(LoggingRotation, APipeHasNoSizeAndStaysWhereItIs) {
   ASSERT_EQ(0, mkfifo(mFolder.native("pipe.txt").c_str(), 0600));

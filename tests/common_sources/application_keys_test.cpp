@@ -1,9 +1,8 @@
 // What keys type at the host's command line: menu macros, and what is no key. The transcripts hold the view
 // keys.
 
-#include "calls.h"
+#include "call_log.h"
 #include "engine_rig.h"
-#include "event_codes.h"
 
 using Lines = std::vector<std::string>;
 
@@ -13,10 +12,10 @@ class ApplicationKeys : public EngineTest {
 protected:
   /// What is typed while an action runs, each as the journal shows it.
   template <class Action> Lines typed(const Action& action) {
-    calls::startRecording();
+    call_log::startRecording();
     action();
     Lines found;
-    for (const std::string& call : calls::stopRecording()) {
+    for (const std::string& call : call_log::stopRecording()) {
       if (call.compare(0, 4, "send") == 0)
         found.push_back(call);
     }
@@ -36,7 +35,8 @@ TEST_F(ApplicationKeys, MacroIsTypedTokenByToken) {
       {"", {}}, // not even the cancel
       {"M=", {cancel, menu("M=")}},
       {"m=B;M;AM=B", {cancel, line("m=B"), line("M"), line("AM=B")}},
-      {" M=B ;\tB ", {cancel, line(" M=B "), line("\tB ")}}, // as it stands
+      {" M=B ;\tB ", {cancel, line(" M=B "), line("\tB ")}},   // as it stands
+      {"\xF6;M=\xF6", {cancel, line("\xF6"), menu("M=\xF6")}}, // an o with two dots in both code pages
   };
   for (const auto& [macro, expected] : cases) {
     proxy().mMenuEntries = {"not this", macro};
@@ -73,7 +73,7 @@ TEST_F(ApplicationKeys, NothingIsTypedWithoutAHost) {
     host::setHasDocumentManager(hasManager);
     host::setHasDocument(!hasManager);
     proxy().execApplFunction(0);
-    proxy().execSpecialApplFunction(kViewTopEvent);
+    proxy().execSpecialApplFunction(0x2000B);
   }
   EXPECT_EQ(host::queueLength(), 0);
 }

@@ -8,7 +8,7 @@
 #include <set>
 #include <thread>
 
-#include "calls.h"
+#include "call_log.h"
 #include "daemon_proxy.h"
 #include "engine_rig.h"
 #include "event_codes.h"
@@ -68,6 +68,11 @@ protected:
   std::array<int, 6> sample() {
     OvAutoCad& p = plugin();
     return {p.mCapX, p.mCapY, p.mCapZ, p.mCapA, p.mCapB, p.mCapC};
+  }
+  /// As a menu file with these names does. The reading thread waits in ovFetchEvent meanwhile.
+  void setModes(const Lines& names) {
+    proxy().mModes = names;
+    proxy().mMenuIsLoaded = true;
   }
   Lines takeLinkCalls() {
     const Lines found = linkCalls(mMark);
@@ -216,7 +221,7 @@ TEST_F(DaemonLink, DaemonIsToldEachNewModeUntilItKnows) {
   for (const Case& c : cases) {
     SCOPED_TRACE(testing::Message() << "case " << &c - cases);
     if (c.before == Modes || c.before == NoModes)
-      proxy().mModes.publish(c.before == Modes ? Lines{"Start", "Layout", "Model"} : Lines{"Start"});
+      setModes(c.before == Modes ? Lines{"Start", "Layout", "Model"} : Lines{"Start"});
     else if (c.before == Mode1 || c.before == Mode2)
       proxy().mViewMode = c.before == Mode1 ? 1 : 2;
     else if (c.before == Connect)
@@ -233,7 +238,7 @@ TEST_F(DaemonLink, DaemonIsToldEachNewModeUntilItKnows) {
 }
 
 TEST_F(DaemonLink, FetchThatFailsStillLetsTheModeThrough) {
-  proxy().mModes.publish({"Start"});
+  setModes({"Start"});
   setSample(1, 2, 3);
   devlink_twin::fail("ovSetApplMode", 1);
   devlink_twin::fail("ovFetchEvent", 1); // the one behind the event, which the thread doesn't wait in

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
-#include "calls.h"
+#include "call_log.h"
 #include "engine_rig.h"
+#include "util.h"
 
 #ifndef _WIN32
 #include "desktop.h"
@@ -35,7 +36,7 @@ protected:
     rig::home().write(rig::kMenuFile, text);
     proxy().loadMenufile();
   }
-  Lines modes() { return *proxy().mModes.get(); }
+  Lines modes() { return proxy().mModes; }
   std::string loadedRecord(int entries) {
     return "CRT Menu file '" + plugin().mApplicationsDirPath + "\\autocad.mnu' with " +
            std::to_string(entries) + " entries loaded.";
@@ -76,7 +77,7 @@ TEST_F(Menu, ModesAreNamesAndEntriesAreMacros) {
   // What is no file isn't read, and nothing of the one before stays.
   rig::home().remove(rig::kMenuFile);
   rig::home().makeFolder(rig::kMenuFile);
-  proxy().mModes.publish({"Old"});
+  proxy().mModes = {"Old"};
   proxy().loadMenufile();
   EXPECT_EQ(modes(), Lines{});
   EXPECT_EQ(proxy().mMenuEntries, Lines{});
@@ -138,16 +139,17 @@ TEST_F(Menu, FileIsPolledForAtEachTickUntilItHasAMode) {
 
 class MenuReader : public Menu {
 protected:
-  static std::wstring wide(const std::string& text) { return std::wstring(text.begin(), text.end()); }
+  /// The way of the code page here.
+  static std::wstring wide(const std::string& text) { return Util::toWideByCodePage(text); }
 
   /// Starts the menu reader from a plug-in file; gives what was typed, and the records.
   Lines start(const std::string& modulePath) {
     desktop::setModulePath(wide(modulePath));
     takeRecords();
-    calls::startRecording();
+    call_log::startRecording();
     proxy().StartDotNETPlugin();
     Lines found;
-    for (const std::string& call : calls::stopRecording()) {
+    for (const std::string& call : call_log::stopRecording()) {
       if (call.compare(0, 4, "send") == 0)
         found.push_back(call);
     }
@@ -158,9 +160,9 @@ protected:
 };
 
 TEST_F(MenuReader, IsLoadedFromThePlugInsFolder) {
-  rig::home().makeFolder("My plug-ins v2.1");
-  rig::home().write("My plug-ins v2.1/OvScribe2018.dll", "stands for the menu reader");
-  const std::string folder = rig::home().backslashed("My plug-ins v2.1");
+  rig::home().makeFolder("J\xF6rg's v2.1"); // an o with two dots
+  rig::home().write("J\xF6rg's v2.1/OvScribe2018.dll", "stands for the menu reader");
+  const std::string folder = rig::home().backslashed("J\xF6rg's v2.1");
   std::string slashed = folder;
   std::replace(slashed.begin(), slashed.end(), '\\', '/');
   const std::string command = "(command \"netload\" \"" + slashed + "/OvScribe2018.dll\")";
@@ -172,7 +174,7 @@ TEST_F(MenuReader, IsLoadedFromThePlugInsFolder) {
                    "TRC totalCmd: '" + command}));
   // A host that refuses the text says so in the log, and nothing else happens.
   const std::size_t mark = rig::logSize();
-  calls::failAt("sendStringToExecute", 1);
+  call_log::failAt("sendStringToExecute", 1);
   start(file);
   EXPECT_NE(rig::logText(mark).find("\n', ec: " + std::to_string(Acad::eNotApplicable) + "\n"),
             std::string::npos);
@@ -185,9 +187,9 @@ TEST_F(MenuReader, WhatIsMissingIsSaidToTheLogButForTheFolder) {
   EXPECT_EQ(start(file),
             (Lines{"TRC Start .NET Plugin...", "TRC charPath: '" + file + "'",
                    "TRC dllPath: '" + reader + "'", "ERR Error: OvScribe does not exist " + reader}));
-  calls::throwAt("GetModuleFileNameW", 1);
+  call_log::throwAt("GetModuleFileNameW", 1);
   EXPECT_EQ(start(file), (Lines{"TRC Start .NET Plugin...", "ERR Error StartDotNETPlugin()"}));
-  calls::clear();
+  call_log::clear();
   host::setHasDocumentManager(false);
   EXPECT_EQ(start(file), Lines{"TRC Start .NET Plugin..."});
   EXPECT_TRUE(desktop::messageBoxes().empty());
@@ -201,9 +203,9 @@ TEST_F(MenuReader, IsAskedForByTheConstructorUnlessTheHostsOwnInterfaceServes) {
   for (const bool usesOwn : {false, true}) {
     rig::home().write(kMenuReader, "stands for the menu reader");
     desktop::setModulePath(wide(rig::home().backslashed("x.arx")));
-    calls::startRecording();
+    call_log::startRecording();
     restart({{"useInt3dIntrfce", usesOwn ? "on" : "off"}});
-    const Lines made = calls::stopRecording();
+    const Lines made = call_log::stopRecording();
     const auto sent = std::find_if(made.begin(), made.end(),
                                    [](const std::string& call) { return call.compare(0, 4, "send") == 0; });
     EXPECT_EQ(sent != made.end(), !usesOwn);

@@ -4,7 +4,7 @@
 #include <functional>
 #include <limits>
 
-#include "calls.h"
+#include "call_log.h"
 #include "engine_rig.h"
 
 using Lines = std::vector<std::string>;
@@ -37,17 +37,17 @@ TEST_F(PanZoom, WhatTheHostRefusesCostsItsOwnStepAThrowTheRestOfThePass) {
     Lines records;
   };
   const Case cases[] = {
-      {[] { calls::failAt("acdbOpenObject", 1); }, 0, 90, {noPointer}},
-      {[] { calls::failAt("acedActiveViewportId", 2); }, -15, 100, {noPointer}},
+      {[] { call_log::failAt("acdbOpenObject", 1); }, 0, 90, {noPointer}},
+      {[] { call_log::failAt("acedActiveViewportId", 2); }, -15, 100, {noPointer}},
       {[] { host::setCannotBeOpened(host::viewportId()); }, 0, 100, {noPointer, noPointer}},
-      {[] { calls::throwAt("setViewCenter", 1); }, 0, 100, {"ERR Error handleCapIsDeflectedIn2DMode()"}},
+      {[] { call_log::throwAt("setViewCenter", 1); }, 0, 100, {"ERR Error handleCapIsDeflectedIn2DMode()"}},
       {[] {}, -15, 90, {}},
   };
   for (const Case& c : cases) {
     showLayout();
     c.order();
     EXPECT_TRUE(pass(2000, 0, 2000));
-    calls::clear();
+    call_log::clear();
     host::setCannotBeOpened(host::viewportId(), false);
     EXPECT_NEAR(host::layout().centre.x, c.centreX, 1e-9);
     EXPECT_NEAR(host::layout().viewHeight, c.viewHeight, 1e-9);

@@ -4,9 +4,8 @@
 #include <algorithm>
 #include <limits>
 
-#include "calls.h"
+#include "call_log.h"
 #include "engine_rig.h"
-#include "event_codes.h"
 
 #ifndef _WIN32
 #include "desktop.h"
@@ -15,6 +14,8 @@
 using Lines = std::vector<std::string>;
 
 namespace {
+
+constexpr int kViewTopCode = 0x2000B;
 
 constexpr std::uint32_t kEndless = 0xFFFFFFFF; // milliseconds; below zero if it were signed
 
@@ -33,10 +34,10 @@ protected:
 
   /// The calls of an action that tell the order of things: what is typed, and which variable is read first.
   template <class Action> Lines milestones(const Action& action) {
-    calls::startRecording();
+    call_log::startRecording();
     action();
     Lines found;
-    for (const std::string& call : calls::stopRecording()) {
+    for (const std::string& call : call_log::stopRecording()) {
       if (call.compare(0, 4, "send") == 0 || call == "acedGetVar tilemode" || call == "update")
         found.push_back(call);
     }
@@ -66,7 +67,10 @@ TEST_F(Pump, RotationCodesAreThreeDigits) {
 
 TEST_F(Pump, ModeNamesComeFromTheMenuFilesTable) {
   EXPECT_EQ(plugin().getModeName(), "Unknown");
-  proxy().mModes.publish({"Start", "Layout"});
+  proxy().mModes = {"Start", "Layout"};
+  proxy().mViewMode = 1;
+  EXPECT_EQ(plugin().getModeName(), "Unknown"); // the file isn't loaded
+  proxy().mMenuIsLoaded = true;
   for (const auto& [mode, name] :
        std::vector<std::pair<int, const char*>>{{1, "Layout"}, {2, "Unknown"}, {-1, "Unknown"}}) {
     proxy().mViewMode = mode;
@@ -79,9 +83,9 @@ TEST_F(Pump, WithNothingToBeHadFromTheHostTheModeStays) {
     host::setLayout(isLayout);
     const std::int32_t mode = proxy().retrieveMode();
     host::setLayout(!isLayout);
-    calls::failAt("acedGetVar", 1, 2);
+    call_log::failAt("acedGetVar", 1, 2);
     EXPECT_EQ(proxy().retrieveMode(), mode);
-    calls::clear();
+    call_log::clear();
   }
 }
 
@@ -125,19 +129,19 @@ TEST_F(Pump, KeysAndNewSamplesAreServedInTheMiddleOfAMovement) {
 TEST_F(Pump, KeyWhoseActionThrowsIsTriedAgain) {
   proxy().mMenuEntries = {"A;B"};
   plugin().mPendingKey = 0;
-  plugin().mPendingSpecial = kViewTopEvent;
-  calls::throwAt("sendStringToExecute", 2);
+  plugin().mPendingSpecial = kViewTopCode;
+  call_log::throwAt("sendStringToExecute", 2);
   EXPECT_EQ(milestones([this] { proxy().handleDeviceKeys(); }),
             (Lines{"sendStringToExecute \"\\e\\e\" 1 0 1", "sendStringToExecute \"A\\n\" 1 0 1"}));
   EXPECT_EQ(takeRecords(), Lines{"ERR Error handleDeviceKeys()"});
   EXPECT_EQ(plugin().mPendingKey, 0);
-  EXPECT_EQ(plugin().mPendingSpecial, kViewTopEvent) << "not looked at in that pass";
+  EXPECT_EQ(plugin().mPendingSpecial, kViewTopCode) << "not looked at in that pass";
   // Again from its first token; this time the view's key throws.
-  calls::throwAt("sendStringToExecute", 4);
+  call_log::throwAt("sendStringToExecute", 4);
   EXPECT_EQ(milestones([this] { proxy().handleDeviceKeys(); }).size(), 4u);
   EXPECT_EQ(plugin().mPendingKey, -1);
-  EXPECT_EQ(plugin().mPendingSpecial, kViewTopEvent);
-  calls::clear();
+  EXPECT_EQ(plugin().mPendingSpecial, kViewTopCode);
+  call_log::clear();
   EXPECT_EQ(milestones([this] { proxy().handleDeviceKeys(); }),
             Lines{"sendStringToExecute \"'_-VIEW _TOP \" 0 0 1"});
   EXPECT_EQ(plugin().mPendingSpecial, 0);
@@ -146,7 +150,7 @@ TEST_F(Pump, KeyWhoseActionThrowsIsTriedAgain) {
 
 TEST_F(Pump, PassThatThrowsDoesNotEndTheTick) {
   proxy().mMaxContMoveTime = kEndless;
-  calls::throwAt("acedGetVar", 1, 2);
+  call_log::throwAt("acedGetVar", 1, 2);
   EXPECT_EQ(milestones([this] { proxy().doTransform(); }),
             (Lines{"acedGetVar tilemode", "acedGetVar tilemode", "acedGetVar tilemode"}));
   EXPECT_EQ(takeRecords(), (Lines{"ERR Error doTransform()", "ERR Error doTransform()"}));
@@ -156,10 +160,10 @@ TEST_F(Pump, TickNeedsAnEngine) {
   AutoCadProxy* const engineP = gAutoCadProxyP;
   ASSERT_EQ(engineP, &proxy());
   gAutoCadProxyP = nullptr;
-  calls::startRecording();
+  call_log::startRecording();
   TimerProc(nullptr, 0, 0, 0);
   gAutoCadProxyP = engineP;
-  EXPECT_EQ(calls::stopRecording(), Lines{});
+  EXPECT_EQ(call_log::stopRecording(), Lines{});
 }
 
 #ifndef _WIN32 // the clock in hand
@@ -226,9 +230,9 @@ TEST_F(Pump, ThrowInTheTickItselfStopsThePump) {
     TimerProc(nullptr, 0, 0, 0);
     ASSERT_EQ(desktop::activeTimers().size(), 1u);
     takeRecords();
-    calls::throwAt(operation, 1);
+    call_log::throwAt(operation, 1);
     desktop::runTimers(100);
-    calls::clear();
+    call_log::clear();
     EXPECT_EQ(takeRecords(), Lines{"ERR Error TimerProc()"});
   }
   EXPECT_TRUE(desktop::activeTimers().empty());

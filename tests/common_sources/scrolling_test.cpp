@@ -3,7 +3,7 @@
 
 #ifndef _WIN32
 
-#include "calls.h"
+#include "call_log.h"
 #include "desktop.h"
 #include "engine_rig.h"
 
@@ -32,16 +32,16 @@ protected:
 
 TEST_F(Scrolling, SwitchedOffNobodyLooksAtTheDesktopAndAThrowLeavesTheSampleToTheView) {
   plugin().mScrollTreeAndList = false;
-  calls::startRecording();
+  call_log::startRecording();
   EXPECT_FALSE(proxy().scrollTreesAndLists(0, 0, 100));
-  EXPECT_EQ(calls::stopRecording(), Lines{});
+  EXPECT_EQ(call_log::stopRecording(), Lines{});
   EXPECT_TRUE(proxy().toggleScrollMode());
   EXPECT_TRUE(proxy().scrollTreesAndLists(0, 0, 100)) << "from the next sample on";
   for (const char* const operation : {"GetCursorPos", "GetScrollInfo", "SendMessageW", "Sleep"}) {
-    calls::throwAt(operation, 1);
+    call_log::throwAt(operation, 1);
     EXPECT_FALSE(proxy().scrollTreesAndLists(0, 0, 100));
-    EXPECT_EQ(calls::lastFault(), operation);
-    calls::clear();
+    EXPECT_EQ(call_log::lastFault(), operation);
+    call_log::clear();
   }
   EXPECT_EQ(takeRecords(), Lines{});
 }

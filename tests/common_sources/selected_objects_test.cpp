@@ -5,9 +5,9 @@
 #include <limits>
 #include <set>
 
-#include "calls.h"
+#include "call_log.h"
 #include "engine_rig.h"
-#include "motion/motion_state.h"
+#include "motion/movement.h"
 
 using Lines = std::vector<std::string>;
 using rig::text;
@@ -52,7 +52,7 @@ TEST_F(SelectedObjects, OneWithoutExtentsDoesNotCountForTheCentre) {
   EXPECT_EQ(text(start(1)), text(AcGePoint3d(21 - 11 * std::cos(1), -11 * std::sin(1), 0)));
   release();
   // No extents at all: about the origin, not about a centre of some time before.
-  motion::selCenterPoint = AcGePoint3d(5, 5, 5);
+  motion::movement.selCenterPoint = AcGePoint3d(5, 5, 5);
   const AcGePoint3d before = start(1);
   host::selectNumbers({1});
   EXPECT_TRUE(pass(0, 0, 0, 0, 0, 500));
@@ -62,16 +62,16 @@ TEST_F(SelectedObjects, OneWithoutExtentsDoesNotCountForTheCentre) {
 
 TEST_F(SelectedObjects, NameThatCannotBeHadCostsThatObjectOnly) {
   selectTwoLines();
-  calls::failAt("acedSSName", 1); // in the centre, which is then the origin
+  call_log::failAt("acedSSName", 1); // in the centre, which is then the origin
   EXPECT_TRUE(pass(0, 0, 0, 0, 0, 500));
   EXPECT_EQ(text(start(1)), text(AcGePoint3d(10 * std::cos(1), 10 * std::sin(1), 0)));
-  EXPECT_FALSE(motion::selCenterValid);
-  calls::clear();
+  EXPECT_FALSE(motion::movement.selCenterValid);
+  call_log::clear();
   const AcGePoint3d first = start(1);
   const AcGePoint3d second = start(2);
-  calls::failAt("acedSSName", 3); // the motion of the first
+  call_log::failAt("acedSSName", 3); // the motion of the first
   EXPECT_TRUE(pass(10, 0, 0));
-  calls::clear();
+  call_log::clear();
   EXPECT_EQ(text(start(1)), text(first));
   EXPECT_EQ(text(start(2)), text(second + AcGeVector3d(5, 0, 0)));
 }
@@ -90,9 +90,9 @@ TEST_F(SelectedObjects, WithoutADocumentTheViewMoves) {
 
 TEST_F(SelectedObjects, ThrowInTheMiddleLeavesNothingHeldAndMovesTheView) {
   selectTwoLines();
-  calls::throwAt("transformBy", 2);
+  call_log::throwAt("transformBy", 2);
   EXPECT_TRUE(pass(10, 0, 0));
-  calls::clear();
+  call_log::clear();
   EXPECT_EQ(text(start(1)), "15.00000 0.00000 0.00000") << "what has moved stays moved";
   EXPECT_EQ(text(start(2)), "20.00000 0.00000 0.00000");
   EXPECT_EQ(host::held().selectionSets + host::held().openForWrite, 0);
@@ -143,13 +143,13 @@ TEST_F(SelectedObjects, NoFaultOfTheHostOutlivesTheMovement) {
     proxy().mObjectMoveMode = isObjectMode;
     proxy().mViewMode = isLayout ? 1 : 2;
     selectLine({10, 0, 0}, {12, 0, 0});
-    isThrow ? calls::throwAny(n) : calls::failAny(n);
+    isThrow ? call_log::throwAny(n) : call_log::failAny(n);
     try {
       pass(2000, -1000, 2000, 0, 0, 30);
-    } catch (const calls::InjectedFault&) { // the tick would catch it
+    } catch (const call_log::InjectedFault&) { // the tick would catch it
     }
-    const std::string operation = calls::lastFault();
-    calls::clear();
+    const std::string operation = call_log::lastFault();
+    call_log::clear();
     const host::Held held = host::held();
     EXPECT_EQ(held.selectionSets, operation == "acedSSFree" && !isThrow ? 1 : 0);
     EXPECT_TRUE(held.openForRead + held.openForWrite == 0 || operation == "close") << "the host's own doing";
@@ -178,18 +178,21 @@ TEST_F(SelectedObjects, NoFaultOfTheHostOutlivesTheMovement) {
 
 TEST_F(SelectedObjects, AxisIsThatOfOneLineAndCentreTheMeanOfTheMiddles) {
   host::add(rig::line({1, 2, 3}, {1, 6, 6}));
-  host::add(rig::line({5, 5, 5}, {5, 5, 5})); // no length, no direction
+  host::add(rig::line({5, 5, 5}, {5, 5, 5}));
   host::add(std::make_unique<AcDbPolyline>(std::vector<AcDbPolyline::Vertex>{{0, 0, 0}, {3, 0, 0}}, false));
   AcGeVector3d axis(7, 7, 7);
   AcGePoint3d point(8, 8, 8);
-  for (const std::vector<int>& selected : {std::vector<int>{}, {2}, {3}}) {
+  for (const std::vector<int>& selected : {std::vector<int>{}, {3}}) {
     host::selectNumbers(selected);
-    motion::selAxisValid = true;
-    EXPECT_FALSE(proxy().getSelObjectAxis(axis, point) || motion::selAxisValid);
+    motion::movement.selAxisValid = true;
+    EXPECT_FALSE(proxy().getSelObjectAxis(axis, point) || motion::movement.selAxisValid);
     EXPECT_EQ(text(axis, 1) + ", " + text(point, 1), "7.0 7.0 7.0, 8.0 8.0 8.0");
   }
+  host::selectNumbers({2}); // a line without a length is an axis, to which no turn has a share
+  EXPECT_TRUE(proxy().getSelObjectAxis(axis, point) && motion::movement.selAxisValid);
+  EXPECT_EQ(text(axis, 1) + ", " + text(point, 1), "0.0 0.0 0.0, 5.0 5.0 5.0");
   host::selectNumbers({1});
-  EXPECT_TRUE(proxy().getSelObjectAxis(axis, point) && motion::selAxisValid);
+  EXPECT_TRUE(proxy().getSelObjectAxis(axis, point) && motion::movement.selAxisValid);
   EXPECT_EQ(text(axis, 1) + ", " + text(point, 1), "0.0 0.8 0.6, 1.0 2.0 3.0");
 
   host::selectNumbers({1, 2});
@@ -204,8 +207,8 @@ TEST_F(SelectedObjects, AxisIsThatOfOneLineAndCentreTheMeanOfTheMiddles) {
   ASSERT_EQ(acedSSGet(L"I", nullptr, nullptr, nullptr, set), RTNORM);
   EXPECT_TRUE(proxy().getSelObjectsCenter(set, point));
   EXPECT_EQ(text(point, 2), "5.00 5.00 5.00");
-  calls::failAt("acedSSName", 1);
-  EXPECT_FALSE(proxy().getSelObjectsCenter(set, point) || motion::selCenterValid);
+  call_log::failAt("acedSSName", 1);
+  EXPECT_FALSE(proxy().getSelObjectsCenter(set, point) || motion::movement.selCenterValid);
   EXPECT_EQ(host::held().selectionSets, 1) << "the caller's, to be freed by him";
   acedSSFree(set);
   proxy().mCapIsMoving = false;
@@ -225,23 +228,23 @@ TEST_F(SelectedObjects, AxisAndCentreThatTheHostRefuses) {
                         Case{"acdbGetObjectId", false}, Case{"acdbOpenObject", false},
                         Case{"acedSSName", true}, Case{"acdbOpenObject", true}, Case{"close", true}}) {
     SCOPED_TRACE(c.operation);
-    motion::selAxisValid = motion::selCenterValid = true;
+    motion::movement.selAxisValid = motion::movement.selCenterValid = true;
     for (const bool isAxis : {true, false}) {
-      c.isThrow ? calls::throwAt(c.operation, 1) : calls::failAt(c.operation, 1);
+      c.isThrow ? call_log::throwAt(c.operation, 1) : call_log::failAt(c.operation, 1);
       EXPECT_FALSE(isAxis ? proxy().getSelObjectAxis(axis, point)
                           : proxy().getSelObjectsCenter(nullptr, point));
-      calls::clear();
+      call_log::clear();
       const std::string record = isAxis ? "ERR Error getSelObjectAxis()" : "ERR Error getSelObjectsCenter()";
       EXPECT_EQ(takeRecords(), c.isThrow ? Lines{record} : Lines{});
     }
-    EXPECT_EQ(motion::selAxisValid, c.isThrow);
-    EXPECT_EQ(motion::selCenterValid, c.isThrow);
+    EXPECT_EQ(motion::movement.selAxisValid, c.isThrow);
+    EXPECT_EQ(motion::movement.selCenterValid, c.isThrow);
     EXPECT_EQ(host::held().selectionSets + host::held().openForRead, 0);
   }
-  motion::selAxisValid = true;
-  calls::throwAt("getEndPoint", 1);
+  motion::movement.selAxisValid = true;
+  call_log::throwAt("getEndPoint", 1);
   EXPECT_FALSE(proxy().getSelObjectAxis(axis, point));
-  EXPECT_FALSE(motion::selAxisValid);
+  EXPECT_FALSE(motion::movement.selAxisValid);
 }
 
 } // namespace

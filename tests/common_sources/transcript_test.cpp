@@ -5,7 +5,7 @@
 #include <set>
 #include <sstream>
 
-#include "calls.h"
+#include "call_log.h"
 #include "engine_script.h"
 
 #ifndef _WIN32
@@ -105,9 +105,9 @@ std::vector<std::string> Transcript::played() {
       continue;
     SCOPED_TRACE(GetParam().file + ":" + std::to_string(line.number) + ": " + line.text);
     lines.push_back(line.text);
-    calls::startRecording();
+    call_log::startRecording();
     const bool isAct = act(line);
-    const std::vector<std::string> recorded = calls::stopRecording();
+    const std::vector<std::string> recorded = call_log::stopRecording();
     for (const std::string& call : isAct ? recorded : std::vector<std::string>())
       lines.push_back(kIndent + transcribed(call));
   }

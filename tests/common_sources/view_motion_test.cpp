@@ -4,7 +4,7 @@
 #include <functional>
 #include <limits>
 
-#include "calls.h"
+#include "call_log.h"
 #include "engine_rig.h"
 
 using rig::text;
@@ -57,11 +57,11 @@ TEST_F(ViewMotion, FailuresDropWhatTheyTouchAndNothingElse) {
     const host::ViewCounts before = host::viewCounts();
     takeRecords();
     if (c.isThrow)
-      calls::throwAt(c.operation, c.n);
+      call_log::throwAt(c.operation, c.n);
     else
-      calls::failAt(c.operation, c.n);
+      call_log::failAt(c.operation, c.n);
     move({1000, 1000, 1000, 1000});
-    calls::clear();
+    call_log::clear();
     Lines expected = c.records;
     expected.push_back("INF Cap moving."); // the deflection counts as one in any case
     EXPECT_EQ(takeRecords(), expected);
@@ -78,10 +78,15 @@ TEST_F(ViewMotion, ReleaseGoesIdleWhateverTheHostDoes) {
   const std::string inRelease = "ERR Error handleCapIsReleased()";
   const std::pair<std::function<void()>, Lines> cases[] = {
       {[] { host::setViewValid(false); }, {"ERR viewP not valid!"}},
-      {[] { calls::throwAt("isValid", 1); }, {inRelease}},
-      {[] { calls::throwAt("acgsSetViewParameters", 1); }, {inRelease}},
-      {[] { calls::failAt("acgsSetViewParameters", 1); }, {}},
-      {[] { calls::failAt("acgsObtainAcGsView", 1); }, {"ERR AcGsView object could not be retrieved!"}},
+      {[this, axis = AcGeVector3d(0, 0, 1)]() mutable { // a view that is gone before its turn
+         host::setViewValid(false);
+         proxy().rotate(nullptr, 0.1, 0, {}, axis, 0, false, false);
+       },
+       {"DBG Rotate Axis: 0.1(0)", "ERR viewP not valid!"}},
+      {[] { call_log::throwAt("isValid", 1); }, {inRelease}},
+      {[] { call_log::throwAt("acgsSetViewParameters", 1); }, {inRelease}},
+      {[] { call_log::failAt("acgsSetViewParameters", 1); }, {}},
+      {[] { call_log::failAt("acgsObtainAcGsView", 1); }, {"ERR AcGsView object could not be retrieved!"}},
   };
   for (const auto& [order, records] : cases) {
     look();
@@ -89,7 +94,7 @@ TEST_F(ViewMotion, ReleaseGoesIdleWhateverTheHostDoes) {
     takeRecords();
     order();
     release();
-    calls::clear();
+    call_log::clear();
     host::setViewValid(true);
     Lines expected = records;
     expected.push_back("TRC Cap released.");

@@ -128,7 +128,7 @@ const Peer kPeers[] = {
     {"dies in its greeting", [](Impostor&, RawEnd& end) { end.send(half(welcome())); }},
     {"dies in a sample", afterAnswers(4,
                                       [](RawEnd& end) {
-                                        end.send(half(motion({1, 2, 3, 4, 5, 6})));
+                                        end.send(half(motionFrame({1, 2, 3, 4, 5, 6})));
                                       })},
     {"dies in an answer", afterAnswers(2, [](RawEnd& end) { end.send(half(frame(Kind::devices, 3, 1))); })},
     {"noise later on", afterAnswers(6, [](RawEnd& end) { sayAndListen(end, noise()); })},
@@ -201,11 +201,11 @@ TEST_F(Link, Flood) {
       }
       devlink::Bytes batch;
       for (int i = 0; i < kBatch && !isEnough; ++i)
-        batch = batch + motion({static_cast<std::int16_t>(i), 1, -1, 2, -2, 3});
+        batch = batch + motionFrame({static_cast<std::int16_t>(i), 1, -1, 2, -2, 3});
       if (sent == taken && !isEnough)
         batch = batch + frame(Kind::event, 0x20020 + sent++ % kKeys);
       if (isEnough && !isLastSent)
-        batch = motion({kLast, 0, 0, 0, 0, 0});
+        batch = motionFrame({kLast, 0, 0, 0, 0, 0});
       isLastSent = isEnough;
       if (!end.send(batch))
         return;

@@ -9,7 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "calls.h"
+#include "call_log.h"
 #include "command_table.h"
 #include "desktop.h"
 #include "fixture.h"
@@ -55,7 +55,7 @@ void DaemonProcess::tell(const std::string& line) const {
 }
 
 PluggedIn::PluggedIn() : mPort(rig::quietPort()) {
-  calls::clear();
+  call_log::clear();
   host::reset();
   desktop::reset();
   desktop::holdClock();
@@ -79,7 +79,7 @@ PluggedIn::~PluggedIn() {
 
 void PluggedIn::load() {
   ASSERT_EQ(mApp.On_kInitAppMsg(nullptr), AcRx::kRetOK);
-  ASSERT_TRUE(pumpUntil([this] { return proxy().mMenuIsLoaded; }));
+  ASSERT_TRUE(pumpUntil([this] { return proxy().mMenuIsLoaded.load(); }));
 }
 
 void PluggedIn::newDocument() {

@@ -5,7 +5,7 @@
 #include <iomanip>
 #include <sstream>
 
-#include "calls.h"
+#include "call_log.h"
 #include "engine_state.h"
 #include "environment.h"
 #include "logging.h"
@@ -126,7 +126,7 @@ public:
 const ::testing::Environment* const gStopAtEnd = ::testing::AddGlobalTestEnvironment(new StopAtEnd);
 
 void freshSurroundings() {
-  calls::clear();
+  call_log::clear();
   host::reset();
 #ifndef _WIN32
   desktop::reset();
@@ -162,7 +162,7 @@ void EngineTest::SetUp() {
 }
 
 void EngineTest::TearDown() {
-  calls::clear();
+  call_log::clear();
   const host::Held held = host::held();
   EXPECT_EQ(held.selectionSets, 0);
   EXPECT_EQ(held.openForRead, 0);

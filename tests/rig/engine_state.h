@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "motion/motion_state.h"
+#include "motion/movement.h"
 #include "ov_auto_cad.h"
 
 namespace rig {
@@ -20,9 +20,9 @@ inline void setSample(OvAutoCad& plugin, int x, int y, int z, int a = 0, int b =
 
 /// What earlier movements have kept of the selection.
 inline void forgetSelection() {
-  motion::selCenterPoint = AcGePoint3d(0, 0, 0);
-  motion::selAxisVector = AcGeVector3d(0, 0, 0);
-  motion::selCenterValid = motion::selAxisValid = false;
+  motion::movement.selCenterPoint = AcGePoint3d(0, 0, 0);
+  motion::movement.selAxisVector = AcGeVector3d(0, 0, 0);
+  motion::movement.selCenterValid = motion::movement.selAxisValid = false;
 }
 
 /// Sets a running engine back to how it starts on the default settings, with its cap at rest and no menu.
@@ -42,7 +42,7 @@ inline void resetEngine(OvAutoCad& plugin) {
   proxy.mMenuIsLoaded = false;
   proxy.setRotMode(0);
   proxy.mZoomAllAfterView = false;
-  proxy.mModes.publish({});
+  proxy.mModes.clear();
   proxy.mMenuEntries.clear();
   forgetSelection();
 }

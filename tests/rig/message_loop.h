@@ -2,8 +2,11 @@
 #define MESSAGE_LOOP_H
 
 #include <chrono>
+#include <functional>
 
 #include <arxHeaders.h>
+
+#include "host.h"
 
 /// For tests that let the plug-in run in real time.
 namespace rig {
@@ -19,13 +22,26 @@ inline void CALLBACK endLoop(HWND, UINT, UINT_PTR id, DWORD) {
   gIsLoopOver = true;
 }
 
-/// The host's message loop for some milliseconds, asleep while there is nothing to do. On the main thread.
+/// The host's message loop for some milliseconds, asleep while there is nothing to do, and then what was
+/// typed meanwhile. On the main thread.
 inline void runLoop(UINT milliseconds) {
   gIsLoopOver = false;
   SetTimer(nullptr, 0, milliseconds, endLoop);
   MSG message;
   while (!gIsLoopOver && GetMessageW(&message, nullptr, 0, 0) > 0)
     DispatchMessageW(&message);
+  host::runQueue();
+}
+
+/// Runs the loop until something holds; gives the seconds it took, or -1 after the longest time.
+inline double loopUntil(double longest, const std::function<bool()>& holds) {
+  const auto start = std::chrono::steady_clock::now();
+  while (secondsSince(start) < longest) {
+    if (holds())
+      return secondsSince(start);
+    runLoop(10);
+  }
+  return -1;
 }
 
 } // namespace rig

@@ -38,11 +38,10 @@ public:
     alarm(0);
     EXPECT_GT(mTried, 0) << mWhat;
     EXPECT_EQ(mSurvived, mTried) << mWhat << "\nNot survived: " << mFailures;
-    std::ofstream(mFile) << nlohmann::json{{"what", mWhat},
-                                           {"tried", mTried},
-                                           {"survived", mSurvived},
-                                           {"detail", mDetail}}
-                         << '\n';
+    nlohmann::json line{{"what", mWhat}, {"tried", mTried}, {"survived", mSurvived}, {"detail", mDetail}};
+    if (mHasKept)
+      line["kept"] = mKept;
+    std::ofstream(mFile) << line << '\n';
   }
   Trial(const Trial&) = delete;
   Trial& operator=(const Trial&) = delete;
@@ -55,6 +54,11 @@ public:
       mSurvived += cases;
     else if (mFailures.size() < kFailureRoom)
       mFailures += name + "; ";
+  }
+  /// Counts one case of a trial in which the user's settings can be lost.
+  void keep(bool isKept) {
+    mHasKept = true;
+    mKept += isKept ? 1 : 0;
   }
   /// What was seen on the way, for the table.
   void detail(const std::string& text) { mDetail += (mDetail.empty() ? "" : ", ") + text; }
@@ -69,6 +73,8 @@ private:
   std::filesystem::path mFile;
   std::int64_t mTried = 0;
   std::int64_t mSurvived = 0;
+  std::int64_t mKept = 0; // cases with the user's settings kept
+  bool mHasKept = false;
 };
 
 /// A trial's size: the short one by itself, times $OV_ENDURANCE if that is set, up to the full one.

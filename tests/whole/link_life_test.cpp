@@ -13,9 +13,10 @@
 
 #include <arxHeaders.h>
 
-#include "calls.h"
+#include "call_log.h"
 #include "environment.h"
 #include "host.h"
+#include "hosted_module.h"
 #include "message_loop.h"
 #include "process.h"
 #include "temp_folder.h"
@@ -29,25 +30,10 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using rig::loopUntil;
+using rig::runLoop;
 using rig::secondsSince;
 using rig::setEnvironment;
-
-/// The host's turn: its message loop for some milliseconds, and what was typed meanwhile.
-void runLoop(UINT milliseconds) {
-  rig::runLoop(milliseconds);
-  host::runQueue();
-}
-
-/// Runs the loop until something holds; gives the seconds it took, or -1 after the longest time.
-double loopUntil(double longest, const std::function<bool()>& holds) {
-  const auto start = Clock::now();
-  while (secondsSince(start) < longest) {
-    if (holds())
-      return secondsSince(start);
-    runLoop(10);
-  }
-  return -1;
-}
 
 class LinkLife : public testing::Test {
 protected:
@@ -57,7 +43,7 @@ protected:
   static constexpr double kLongestUnload = 10;
 
   void SetUp() override {
-    calls::clear();
+    call_log::clear();
     host::reset();
 #ifndef _WIN32
     desktop::reset();
@@ -67,27 +53,20 @@ protected:
     setEnvironment("OV_DEVLINK_PORT", mPort);
   }
   void TearDown() override {
-    if (mModule) {
-      mEntryPoint(2, nullptr);
-      FreeLibrary(mModule);
-    }
+    if (mModule.mHandle)
+      unload();
   }
 
   void load() {
-    const std::string path = OV_MODULE;
-    mModule = LoadLibraryW(std::wstring(path.begin(), path.end()).c_str());
-    ASSERT_TRUE(mModule);
-    mEntryPoint = reinterpret_cast<AcRx::AppRetCode (*)(int, void*)>(
-        reinterpret_cast<void*>(GetProcAddress(mModule, "acrxEntryPoint")));
-    ASSERT_EQ(mEntryPoint(1, nullptr), 0);
+    mModule.load(OV_MODULE);
+    ASSERT_EQ(mModule.tell(1, nullptr), 0);
   }
   /// Seconds that the unload message took.
   double unload() {
     const auto start = Clock::now();
-    EXPECT_EQ(mEntryPoint(2, nullptr), 0);
+    EXPECT_EQ(mModule.tell(2, nullptr), 0);
     const double took = secondsSince(start);
-    EXPECT_TRUE(FreeLibrary(mModule));
-    mModule = nullptr;
+    mModule.free();
     return took;
   }
 
@@ -122,8 +101,7 @@ protected:
   rig::TempFolder mHome;
   const std::string mPort = std::to_string(rig::quietPort());
   std::unique_ptr<Process> mDaemon;
-  HMODULE mModule = nullptr;
-  AcRx::AppRetCode (*mEntryPoint)(int, void*) = nullptr;
+  rig::HostedModule mModule;
 };
 
 TEST_F(LinkLife, DaemonThatComesLateAndComesBackIsFoundEachTime) {
@@ -145,6 +123,17 @@ TEST_F(LinkLife, DaemonThatComesLateAndComesBackIsFoundEachTime) {
     const double x = host::view().target.x;
     EXPECT_GE(loopUntil(kLongestWait, [x] { return host::view().target.x != x; }), 0)
         << "a level holds until the next sample";
+  }
+  unload();
+}
+
+// The reading thread waits for an event, and the mode goes out behind one.
+TEST_F(LinkLife, DaemonLearnsTheModeWhileTheDeviceRests) {
+  load();
+  for (int life = 0; life < 2; ++life) { // and the next daemon, too
+    startDaemon();
+    EXPECT_GE(loopUntil(kLongestWait, [this] { return isRecorded("mode "); }), 0) << "life " << life;
+    mDaemon.reset();
   }
   unload();
 }

@@ -84,7 +84,7 @@ protected:
   /// Runs the host to its end and gives its exit status.
   int runHost(const std::vector<std::string>& more = {}) {
     std::vector<std::string> arguments{
-        OV_DRAWING,        "--session",  at("a.session"), "--module", OV_MODULE,        "--out", at("out"),
+        OV_DRAWING,        "--session",  at("a.session"), "--module", mModule,          "--out", at("out"),
         "--device-record", at("record"), "--refresh",     "100",      "--hold-seconds", "0.5"};
     arguments.insert(arguments.end(), more.begin(), more.end());
     Process host(OV_ACAD, arguments, at("acad.txt"), {{"OV_DEVLINK_PORT", mPort.empty() ? "1" : mPort}});
@@ -96,6 +96,7 @@ protected:
   json data() const { return json::parse(contents(mFolder / "out" / "session.json"), nullptr, false); }
 
   fs::path mFolder;
+  std::string mModule = OV_MODULE;
   std::unique_ptr<Process> mDaemonP;
   std::string mPort;
   std::string mOutput;
@@ -231,6 +232,13 @@ TEST_F(WholeTest, KeysCommandsObjectsControlsAndLayout) {
     EXPECT_EQ(panned[i]["height"], panned[0]["height"]);
   }
 
+  std::vector<std::string> keys;
+  for (const json& event : session["events"]) {
+    if (event["kind"] == "event")
+      keys.push_back(event["name"]);
+  }
+  EXPECT_EQ(keys, (std::vector<std::string>{"front", "key 0"}));
+
   std::vector<std::string> modes;
   for (const json& event : session["events"]) {
     if (event["kind"] == "mode")
@@ -246,6 +254,16 @@ TEST_F(WholeTest, KeysCommandsObjectsControlsAndLayout) {
   EXPECT_GT(list["positions"].back()[1].get<int>(), 0);
 #endif
 }
+
+#ifdef OV_SDK_MODULE
+TEST_F(WholeTest, ModuleBuiltFromSdkFoldersLoadsMovesUnloads) {
+  writeSession("0.5 device motion 0 0 0 0 500 0\n0.8 device motion 0 0 0 0 0 0\n");
+  mModule = OV_SDK_MODULE;
+  startDaemon();
+  EXPECT_EQ(runHost(), 0) << mOutput;
+  EXPECT_THAT(mOutput, HasSubstr("loaded, took events, moved the view, unloaded"));
+}
+#endif
 
 TEST_F(WholeTest, WithoutADaemonTheHostSaysThatNoEventsCame) {
   writeSession("0.2 device motion 0 0 0 0 500 0\n0.3 device motion 0 0 0 0 0 0\n");

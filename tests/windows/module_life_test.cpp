@@ -1,17 +1,19 @@
-// The module under real Windows: its dialog, its log under other readers' eyes, and what fifty lives of it
-// leave.
+// The module under real Windows: its dialog, its log under other readers' eyes, its folder.
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <thread>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <arxHeaders.h>
 
-#include <tlhelp32.h>
-
+#include "call_log.h"
 #include "host.h"
 #include "message_loop.h"
 #include "process.h"
@@ -28,7 +30,7 @@ std::wstring wide(const std::string& text) {
 /// The plug-in loaded from its file, and told so.
 class Plugin {
 public:
-  Plugin() : mModule(LoadLibraryW(wide(OV_MODULE).c_str())) {
+  explicit Plugin(const std::wstring& path = wide(OV_MODULE)) : mModule(LoadLibraryW(path.c_str())) {
     mEntryPoint = reinterpret_cast<AcRx::AppRetCode (*)(int, void*)>(
         reinterpret_cast<void*>(GetProcAddress(mModule, "acrxEntryPoint")));
     EXPECT_EQ(mEntryPoint(1, nullptr), 0);
@@ -99,18 +101,6 @@ TEST_F(ModuleLife, MissingFolderIsToldInADialogThatTheLoadWaitsFor) {
   }
 }
 
-// The host may end without an unload message. By then Windows has ended our threads, wherever they were.
-TEST_F(ModuleLife, ProcessThatEndsWithThePlugInLoadedEnds) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_EXIT(
-      {
-        Plugin plugin;
-        rig::runLoop(300);
-        std::exit(0);
-      },
-      testing::ExitedWithCode(0), "");
-}
-
 TEST_F(ModuleLife, FoldersBeyondTheCodePageAreTakenForMissing) {
   // The variable reaches the plug-in in the system's code page, where this name can't be said.
   const std::wstring folder = wide(mHome.native()) + L"\\\x65E5\x672C";
@@ -137,6 +127,22 @@ TEST_F(ModuleLife, FoldersBeyondTheCodePageAreTakenForMissing) {
   EXPECT_TRUE(wasTold);
 }
 
+TEST_F(ModuleLife, MenuReaderIsFoundBesideItInAnyFolderOfTheCodePage) {
+  const std::wstring folder = wide(mHome.native()) + L"\\J\xF6rg";
+  CreateDirectoryW(folder.c_str(), nullptr);
+  const std::wstring module = folder + L"\\OVAutoCAD2019.arx";
+  ASSERT_TRUE(CopyFileW(wide(OV_MODULE).c_str(), module.c_str(), TRUE));
+  std::ofstream(std::filesystem::path(folder + L"\\OvScribe2018.dll")) << "stands for the menu reader";
+  call_log::startRecording();
+  { Plugin plugin(module); }
+  std::wstring command = L"(command \"netload\" \"" + folder + L"/OvScribe2018.dll\")";
+  std::replace(command.begin(), command.end(), L'\\', L'/');
+  std::string typed; // as the journal has it: a byte for each character
+  for (const wchar_t c : command)
+    typed += static_cast<char>(c);
+  EXPECT_THAT(call_log::stopRecording(), testing::Contains("sendStringToExecute \"" + typed + "\\n\" 1 0 1"));
+}
+
 TEST_F(ModuleLife, OtherProcessesReadTheLogWhileItIsWritten) {
   Plugin plugin;
   rig::runLoop(300);
@@ -150,41 +156,6 @@ TEST_F(ModuleLife, OtherProcessesReadTheLogWhileItIsWritten) {
   EXPECT_EQ(copy.compare(0, 90, std::string(90, '-')), 0);
   EXPECT_NE(copy.find("AutoCadProxy constructed."), std::string::npos);
   EXPECT_EQ(copy.find('\r'), std::string::npos) << "line feeds alone, on every system";
-}
-
-struct Holdings {
-  DWORD handles = 0;
-  DWORD userObjects = 0;
-  int threads = 0;
-};
-
-Holdings holdings() {
-  Holdings now;
-  GetProcessHandleCount(GetCurrentProcess(), &now.handles);
-  now.userObjects = GetGuiResources(GetCurrentProcess(), GR_USEROBJECTS);
-  const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-  THREADENTRY32 entry = {};
-  entry.dwSize = sizeof entry;
-  for (BOOL isThere = Thread32First(snapshot, &entry); isThere; isThere = Thread32Next(snapshot, &entry))
-    now.threads += entry.th32OwnerProcessID == GetCurrentProcessId();
-  CloseHandle(snapshot);
-  return now;
-}
-
-TEST_F(ModuleLife, FiftyLivesLeaveWhatOneLeaves) {
-  constexpr int kLives = 50;
-  const auto live = [] {
-    Plugin plugin;
-    rig::runLoop(120); // a tick at least
-  };
-  live();
-  const Holdings one = holdings();
-  for (int i = 1; i < kLives; ++i)
-    live();
-  const Holdings fifty = holdings();
-  EXPECT_EQ(fifty.handles, one.handles);
-  EXPECT_EQ(fifty.userObjects, one.userObjects);
-  EXPECT_EQ(fifty.threads, one.threads);
 }
 
 } // namespace

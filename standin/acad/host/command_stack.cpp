@@ -33,8 +33,7 @@ public:
   Acad::ErrorStatus addCommand(const ACHAR* group, const ACHAR* globalName, const ACHAR* localName,
                                Adesk::Int32, AcRxFunctionPtr function, AcEdUIContext*, int, HINSTANCE,
                                AcEdCommand** out) override {
-    if (calls::enter("addCommand", calls::isRecording() ? host::narrow(group) + " " + host::narrow(globalName)
-                                                        : std::string()))
+    if (call_log::Call("addCommand", group, globalName).mustFail())
       return Acad::eNotApplicable;
     if (!function || !*globalName)
       return Acad::eInvalidInput;
@@ -52,8 +51,7 @@ public:
   }
 
   Acad::ErrorStatus removeCmd(const ACHAR* group, const ACHAR* globalName) override {
-    if (calls::enter("removeCmd", calls::isRecording() ? host::narrow(group) + " " + host::narrow(globalName)
-                                                       : std::string()))
+    if (call_log::Call("removeCmd", group, globalName).mustFail())
       return Acad::eNotApplicable;
     const size_t place = find(group, globalName);
     if (place == mCommands.size())
@@ -80,15 +78,15 @@ CommandStack& commandStack() {
 
 class Linker : public AcRxDynamicLinker {
 public:
-  bool unlockApplication(void*) override { return !calls::enter("unlockApplication"); }
-  bool registerAppMDIAware(void*) override { return !calls::enter("registerAppMDIAware"); }
+  bool unlockApplication(void*) override { return !call_log::Call("unlockApplication").mustFail(); }
+  bool registerAppMDIAware(void*) override { return !call_log::Call("registerAppMDIAware").mustFail(); }
 };
 
 class Registry : public AcRxDictionary {
 public:
   AcRxObject* at(const ACHAR* name) const override {
     static Linker* const linkerP = new Linker;
-    if (calls::enter("at", calls::isRecording() ? host::narrow(name) : std::string()))
+    if (call_log::Call("at", name).mustFail())
       return nullptr;
     if (name == std::wstring(L"DynamicLinker"))
       return linkerP;
@@ -114,23 +112,23 @@ DefinedFunctions& definedFunctions() {
 
 AcRxDictionary* acrxSysRegistry() {
   static Registry* const registryP = new Registry;
-  calls::enter("acrxSysRegistry"); // there always is one
+  const call_log::Call call("acrxSysRegistry"); // there always is one
   return registryP;
 }
 
 void acrxBuildClassHierarchy() {
-  calls::enter("acrxBuildClassHierarchy");
+  const call_log::Call call("acrxBuildClassHierarchy");
 }
 
 int acedDefun(const ACHAR* name, short code) {
-  if (calls::enter("acedDefun", calls::isRecording() ? host::narrow(name) : std::string()))
+  if (call_log::Call("acedDefun", name).mustFail())
     return RTERROR;
   definedFunctions().codes[host::lowered(name)] = code;
   return RTNORM;
 }
 
 int acedUndef(const ACHAR* name, short code) {
-  if (calls::enter("acedUndef", calls::isRecording() ? host::narrow(name) : std::string()))
+  if (call_log::Call("acedUndef", name).mustFail())
     return RTERROR;
   DefinedFunctions& f = definedFunctions();
   f.functions.erase(code);
@@ -138,18 +136,18 @@ int acedUndef(const ACHAR* name, short code) {
 }
 
 int acedRegFunc(int (*function)(), int code) {
-  if (calls::enter("acedRegFunc", calls::isRecording() ? std::to_string(code) : std::string()))
+  if (call_log::Call("acedRegFunc", call_log::shown(code)).mustFail())
     return RTERROR;
   definedFunctions().functions[code] = function;
   return RTNORM;
 }
 
 int acedGetFunCode() {
-  return calls::enter("acedGetFunCode") ? RTERROR : definedFunctions().current;
+  return call_log::Call("acedGetFunCode").mustFail() ? RTERROR : definedFunctions().current;
 }
 
 int acedRetVoid() {
-  return calls::enter("acedRetVoid") ? RTERROR : RTNORM;
+  return call_log::Call("acedRetVoid").mustFail() ? RTERROR : RTNORM;
 }
 
 namespace host {

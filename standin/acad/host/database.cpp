@@ -37,6 +37,22 @@ Acad::ErrorStatus openForRead(AcDbObject& object) {
   return Acad::eOk;
 }
 
+Acad::ErrorStatus open(AcDbObject*& object, AcDbObjectId id, const AcRxClass* aClass, AcDb::OpenMode mode) {
+  if (id.isNull())
+    return Acad::eNullObjectId;
+  AcDbObject* const foundP = host::find(id);
+  if (!foundP)
+    return Acad::eUnknownObjectId;
+  if (!foundP->isA()->isDerivedFrom(aClass))
+    return Acad::eNotThatKindOfClass;
+  if (HostAccess::hasFlag(*foundP, HostAccess::kCannotBeOpened))
+    return Acad::eCannotBeOpened;
+  const Acad::ErrorStatus status = mode == AcDb::kForWrite ? openForWrite(*foundP) : openForRead(*foundP);
+  if (status == Acad::eOk)
+    object = foundP;
+  return status;
+}
+
 } // namespace
 
 AcDbObject::~AcDbObject() {
@@ -51,10 +67,9 @@ AcDbObject::~AcDbObject() {
 }
 
 Acad::ErrorStatus AcDbObject::close() {
-  if (calls::enter("close"))
-    return Acad::eNotOpen;
-  if (mOpenCount == 0)
-    return Acad::eNotOpen;
+  call_log::Call call("close", this);
+  if (call.mustFail() || mOpenCount == 0)
+    return call.returns(Acad::eNotOpen);
   host::Held& held = host::document().held;
   if (mOpenCount < 0) {
     mOpenCount = 0;
@@ -63,28 +78,16 @@ Acad::ErrorStatus AcDbObject::close() {
     --mOpenCount;
     --held.openForRead;
   }
-  return Acad::eOk;
+  return call.returns(Acad::eOk);
 }
 
 Acad::ErrorStatus acdbOpenObject(AcDbObject*& object, AcDbObjectId id, const AcRxClass* aClass,
                                  AcDb::OpenMode mode, bool) {
   object = nullptr;
-  if (calls::enter("acdbOpenObject",
-                   calls::isRecording() ? (mode == AcDb::kForWrite ? "write" : "read") : ""))
-    return Acad::eCannotBeOpened;
-  if (id.isNull())
-    return Acad::eNullObjectId;
-  AcDbObject* const foundP = host::find(id);
-  if (!foundP)
-    return Acad::eUnknownObjectId;
-  if (!foundP->isA()->isDerivedFrom(aClass))
-    return Acad::eNotThatKindOfClass;
-  if (HostAccess::hasFlag(*foundP, HostAccess::kCannotBeOpened))
-    return Acad::eCannotBeOpened;
-  const Acad::ErrorStatus status = mode == AcDb::kForWrite ? openForWrite(*foundP) : openForRead(*foundP);
-  if (status == Acad::eOk)
-    object = foundP;
-  return status;
+  call_log::Call call("acdbOpenObject", id,
+                      call_log::Word{static_cast<double>(mode), mode == AcDb::kForWrite ? "write" : "read"});
+  const Acad::ErrorStatus status = call.mustFail() ? Acad::eCannotBeOpened : open(object, id, aClass, mode);
+  return call.returns(status, object, object && object->isKindOf(AcDbLine::desc()));
 }
 
 namespace host {

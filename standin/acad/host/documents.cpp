@@ -17,55 +17,54 @@ AcApDocument& currentDocument() {
 class DocManager : public AcApDocManager {
 public:
   AcApDocument* curDocument() const override {
-    if (calls::enter("curDocument") || !host::state().hasDocument)
-      return nullptr;
-    return &currentDocument();
+    call_log::Call call("curDocument");
+    return call.returns(call.mustFail() || !host::state().hasDocument ? nullptr : &currentDocument());
   }
 
   Acad::ErrorStatus lockDocument(AcApDocument* document, AcAp::DocLockMode mode, const ACHAR*, const ACHAR*,
-                                 bool) override {
-    if (calls::enter("lockDocument", calls::isRecording() ? std::to_string(mode) : std::string()))
-      return Acad::eNotApplicable;
+                                 bool prompt) override {
+    call_log::Call call("lockDocument", document, call_log::shown(mode), prompt);
+    if (call.mustFail())
+      return call.returns(Acad::eNotApplicable);
     if (!isOpen(document))
-      return Acad::eNoDocument;
+      return call.returns(Acad::eNoDocument);
     ++host::document().held.locks;
-    return Acad::eOk;
+    return call.returns(Acad::eOk);
   }
 
   Acad::ErrorStatus unlockDocument(AcApDocument* document) override {
-    if (calls::enter("unlockDocument"))
-      return Acad::eNotApplicable;
+    call_log::Call call("unlockDocument", document);
+    if (call.mustFail())
+      return call.returns(Acad::eNotApplicable);
     if (!isOpen(document))
-      return Acad::eNoDocument;
+      return call.returns(Acad::eNoDocument);
     if (host::document().held.locks == 0)
-      return Acad::eNotLocked;
+      return call.returns(Acad::eNotLocked);
     --host::document().held.locks;
-    return Acad::eOk;
+    return call.returns(Acad::eOk);
   }
 
   Acad::ErrorStatus sendStringToExecute(AcApDocument* document, const ACHAR* text, bool activate,
                                         bool wrapUpInactiveDoc, bool echoString) override {
-    const auto flag = [](bool isOn) { return isOn ? " 1" : " 0"; };
-    if (calls::enter("sendStringToExecute", calls::isRecording() && text
-                                                ? "\"" + host::escaped(text) + "\"" + flag(activate) +
-                                                      flag(wrapUpInactiveDoc) + flag(echoString)
-                                                : std::string()))
-      return Acad::eNotApplicable;
+    call_log::Call call("sendStringToExecute", call_log::Quoted{text}, document, call_log::shown(activate),
+                        call_log::shown(wrapUpInactiveDoc), call_log::shown(echoString));
+    if (call.mustFail())
+      return call.returns(Acad::eNotApplicable);
     if (!isOpen(document))
-      return Acad::eNoDocument;
+      return call.returns(Acad::eNoDocument);
     if (!text)
-      return Acad::eInvalidInput;
+      return call.returns(Acad::eInvalidInput);
     host::type(text);
-    return Acad::eOk;
+    return call.returns(Acad::eOk);
   }
 
   void addReactor(AcApDocManagerReactor* reactor) override {
-    if (!calls::enter("addReactor"))
+    if (!call_log::Call("addReactor").mustFail())
       host::state().reactors.push_back(reactor);
   }
 
   void removeReactor(AcApDocManagerReactor* reactor) override {
-    calls::enter("removeReactor"); // never fails: the host would call an object that is gone
+    const call_log::Call call("removeReactor"); // never fails: the host would call an object that is gone
     auto& reactors = host::state().reactors;
     reactors.erase(std::remove(reactors.begin(), reactors.end(), reactor), reactors.end());
   }
@@ -80,7 +79,8 @@ private:
 
 AcApDocManager* acDocManagerPtr() {
   static DocManager* const managerP = new DocManager;
-  return calls::enter("acDocManagerPtr") || !host::state().hasDocumentManager ? nullptr : managerP;
+  call_log::Call call("acDocManagerPtr");
+  return call.returns(call.mustFail() || !host::state().hasDocumentManager ? nullptr : managerP);
 }
 
 namespace host {

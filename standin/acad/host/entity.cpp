@@ -24,31 +24,36 @@ void AcDbExtents::addExt(const AcDbExtents& other) {
 }
 
 Acad::ErrorStatus AcDbEntity::getGeomExtents(AcDbExtents& extents) const {
-  if (calls::enter("getGeomExtents"))
-    return Acad::eInvalidExtents;
-  if (!objectId().isNull() && !isReadEnabled())
-    return Acad::eNotOpen;
-  if (HostAccess::hasFlag(*this, HostAccess::kHasNoExtents))
-    return Acad::eInvalidExtents;
-  AcDbExtents own;
-  subAddExtents(nullptr, own);
-  if (own.isEmpty()) // an insert of an empty block
-    return Acad::eInvalidExtents;
-  extents = own;
-  return Acad::eOk;
+  call_log::Call call("getGeomExtents", this);
+  const auto status = [&] {
+    if (call.mustFail())
+      return Acad::eInvalidExtents;
+    if (!objectId().isNull() && !isReadEnabled())
+      return Acad::eNotOpen;
+    if (HostAccess::hasFlag(*this, HostAccess::kHasNoExtents))
+      return Acad::eInvalidExtents;
+    AcDbExtents own;
+    subAddExtents(nullptr, own);
+    if (own.isEmpty()) // an insert of an empty block
+      return Acad::eInvalidExtents;
+    extents = own;
+    return Acad::eOk;
+  }();
+  return call.returns(status, extents.minPoint(), extents.maxPoint());
 }
 
 Acad::ErrorStatus AcDbEntity::transformBy(const AcGeMatrix3d& transform) {
-  if (calls::enter("transformBy"))
-    return Acad::eNotApplicable;
+  call_log::Call call("transformBy", this, transform);
+  if (call.mustFail())
+    return call.returns(Acad::eNotApplicable);
   if (!host::isFinite(transform))
     ++host::document().viewCounts.nonFiniteCalls;
   if (!objectId().isNull() && !isWriteEnabled())
-    return Acad::eNotOpenForWrite;
+    return call.returns(Acad::eNotOpenForWrite);
   if (HostAccess::hasFlag(*this, HostAccess::kRefusesTransform))
-    return Acad::eOnLockedLayer;
+    return call.returns(Acad::eOnLockedLayer);
   const Acad::ErrorStatus status = subTransformBy(transform);
   if (status == Acad::eOk)
     host::noteMotion(*this, transform);
-  return status;
+  return call.returns(status);
 }

@@ -16,47 +16,51 @@ bool isFinite(const AcGePoint3d& p) {
 class GraphicsView : public AcGsView {
 public:
   AcGePoint3d position() const override {
-    calls::enter("position");
-    return host::document().view.position;
+    call_log::Call call("position", this);
+    return call.returns(host::document().view.position);
   }
   AcGePoint3d target() const override {
-    calls::enter("target");
-    return host::document().view.target;
+    call_log::Call call("target", this);
+    return call.returns(host::document().view.target);
   }
   AcGeVector3d upVector() const override {
-    calls::enter("upVector");
-    return host::document().view.up;
+    call_log::Call call("upVector", this);
+    return call.returns(host::document().view.up);
   }
   double fieldWidth() const override {
-    calls::enter("fieldWidth");
-    return host::document().view.fieldWidth;
+    call_log::Call call("fieldWidth", this);
+    return call.returns(host::document().view.fieldWidth);
   }
   double fieldHeight() const override {
-    calls::enter("fieldHeight");
-    return host::document().view.fieldHeight;
+    call_log::Call call("fieldHeight", this);
+    return call.returns(host::document().view.fieldHeight);
   }
   bool isPerspective() const override {
-    if (calls::enter("isPerspective"))
-      return false;
-    return host::document().view.perspective;
+    call_log::Call call("isPerspective", this);
+    return call.returns(!call.mustFail() && host::document().view.perspective);
   }
   void setView(const AcGePoint3d& position, const AcGePoint3d& target, const AcGeVector3d& upVector,
                double fieldWidth, double fieldHeight, Projection projection) override;
   void zoom(double factor) override;
   void update() override {
-    if (calls::enter("update"))
+    const call_log::Call call("update", this);
+    if (call.mustFail())
       return;
     ++host::document().viewCounts.updates;
     host::showFrame(false);
   }
-  bool isValid() const override { return !calls::enter("isValid") && host::document().isViewValid; }
+  bool isValid() const override {
+    call_log::Call call("isValid", this);
+    return call.returns(!call.mustFail() && host::document().isViewValid);
+  }
 };
 
 // The view takes what it is told, nonsense too: what the caller did wrong must stay to be seen.
 void GraphicsView::setView(const AcGePoint3d& position, const AcGePoint3d& target,
                            const AcGeVector3d& upVector, double fieldWidth, double fieldHeight,
                            Projection projection) {
-  if (calls::enter("setView"))
+  const call_log::Call call("setView", this, position, target, upVector, fieldWidth, fieldHeight, projection);
+  if (call.mustFail())
     return;
   host::Document& d = host::document();
   ++d.viewCounts.setViews;
@@ -67,7 +71,8 @@ void GraphicsView::setView(const AcGePoint3d& position, const AcGePoint3d& targe
 }
 
 void GraphicsView::zoom(double factor) {
-  if (calls::enter("zoom", calls::isRecording() ? host::number(factor) : std::string()))
+  const call_log::Call call("zoom", this, call_log::shown(factor));
+  if (call.mustFail())
     return;
   host::Document& d = host::document();
   ++d.viewCounts.zooms;
@@ -99,27 +104,22 @@ bool isCurrent(int viewport) {
 const AcUniqueString* AcGsKernelDescriptor::k3DDrawing = &kThreeDDrawing;
 
 AcGsView* acgsObtainAcGsView(int viewport, const AcGsKernelDescriptor& descriptor) {
-  if (calls::enter("acgsObtainAcGsView", calls::isRecording() ? std::to_string(viewport) : std::string()))
-    return nullptr;
-  if (!isCurrent(viewport) || !descriptor.supports(AcGsKernelDescriptor::k3DDrawing))
-    return nullptr;
-  return &graphicsView();
+  const bool isFor3d = descriptor.supports(AcGsKernelDescriptor::k3DDrawing);
+  call_log::Call call("acgsObtainAcGsView", call_log::shown(viewport), isFor3d);
+  return call.returns(call.mustFail() || !isCurrent(viewport) || !isFor3d ? nullptr : &graphicsView());
 }
 
 bool acgsSetViewParameters(int viewport, const AcGsView* view, bool regenRequired, bool rescaleRequired,
                            bool syncRequired) {
-  const auto flag = [](bool isOn) { return isOn ? " 1" : " 0"; };
-  if (calls::enter("acgsSetViewParameters", calls::isRecording()
-                                                ? std::to_string(viewport) + flag(regenRequired) +
-                                                      flag(rescaleRequired) + flag(syncRequired)
-                                                : std::string()))
-    return false;
+  call_log::Call call("acgsSetViewParameters", call_log::shown(viewport), view,
+                      call_log::shown(regenRequired), call_log::shown(rescaleRequired),
+                      call_log::shown(syncRequired));
   host::Document& d = host::document();
-  if (!isCurrent(viewport) || view != &graphicsView() || !d.isViewValid)
-    return false;
+  if (call.mustFail() || !isCurrent(viewport) || view != &graphicsView() || !d.isViewValid)
+    return call.returns(false);
   d.storedView = d.view;
   ++d.viewCounts.storedViews;
-  return true;
+  return call.returns(true);
 }
 
 namespace host {

@@ -173,7 +173,8 @@ struct Frame {
   ViewState view;
   LayoutState layout;
   std::vector<Moved> moved; // in the order of first motion
-  std::chrono::steady_clock::time_point asked; // when the frame was asked for, before the wait for the display
+  std::chrono::steady_clock::time_point
+      asked; // when the frame was asked for, before the wait for the display
 };
 
 /// Hears each frame that is shown; null: nobody. What moves is only kept in mind while there is a sink.

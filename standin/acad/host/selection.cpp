@@ -18,19 +18,24 @@ host::SelectionSet* findSet(const ads_name ss) {
   return set.idsP && set.serial == ss[1] ? &set : nullptr;
 }
 
-std::string narrowed(const ACHAR* text) {
-  return calls::isRecording() && text ? host::narrow(text) : std::string();
+/// The number that stands for a set in the trace, 0 for none.
+Adesk::Int64 setNumber(const ads_name ss) {
+  return ss ? ss[1] : 0;
+}
+
+/// The same for an entity's name.
+Adesk::Int64 nameNumber(const ads_name entity) {
+  return entity ? entity[0] : 0;
 }
 
 } // namespace
 
 int acedSSGet(const ACHAR* mode, const void*, const void*, const resbuf*, ads_name ss) {
-  if (calls::enter("acedSSGet", narrowed(mode)))
-    return RTERROR;
+  call_log::Call call("acedSSGet", mode);
   host::Document& d = host::document();
   const bool isImplied = mode && (mode[0] == L'I' || mode[0] == L'i') && mode[1] == 0;
-  if (!isImplied || d.selectedP->empty() || d.held.selectionSets >= kMaxSets)
-    return RTERROR;
+  if (call.mustFail() || !isImplied || d.selectedP->empty() || d.held.selectionSets >= kMaxSets)
+    return call.returns(RTERROR, setNumber(ss));
   size_t place = 0;
   while (place < d.sets.size() && d.sets[place].idsP)
     ++place;
@@ -41,58 +46,52 @@ int acedSSGet(const ACHAR* mode, const void*, const void*, const resbuf*, ads_na
   ++d.held.selectionSets;
   ss[0] = static_cast<Adesk::Int64>(place) + 1;
   ss[1] = sSerial;
-  return RTNORM;
+  return call.returns(RTNORM, setNumber(ss));
 }
 
 int acedSSLength(const ads_name ss, Adesk::Int32* length) {
-  if (calls::enter("acedSSLength"))
-    return RTERROR;
-  const host::SelectionSet* const setP = findSet(ss);
-  if (!setP)
-    return RTERROR;
-  *length = static_cast<Adesk::Int32>(setP->idsP->size());
-  return RTNORM;
+  call_log::Call call("acedSSLength", setNumber(ss));
+  const host::SelectionSet* const setP = call.mustFail() ? nullptr : findSet(ss);
+  if (setP)
+    *length = static_cast<Adesk::Int32>(setP->idsP->size());
+  return call.returns(setP ? RTNORM : RTERROR, *length);
 }
 
 int acedSSName(const ads_name ss, Adesk::Int32 i, ads_name entity) {
-  if (calls::enter("acedSSName", calls::isRecording() ? std::to_string(i) : ""))
-    return RTERROR;
-  const host::SelectionSet* const setP = findSet(ss);
+  call_log::Call call("acedSSName", setNumber(ss), call_log::shown(i));
+  const host::SelectionSet* const setP = call.mustFail() ? nullptr : findSet(ss);
   if (!setP || i < 0 || static_cast<size_t>(i) >= setP->idsP->size())
-    return RTERROR;
+    return call.returns(RTERROR, nameNumber(entity));
   entity[0] = (*setP->idsP)[static_cast<size_t>(i)].asOldId();
   entity[1] = kEntityName;
-  return RTNORM;
+  return call.returns(RTNORM, nameNumber(entity));
 }
 
 int acedSSFree(const ads_name ss) {
-  if (calls::enter("acedSSFree"))
-    return RTERROR;
-  host::SelectionSet* const setP = findSet(ss);
+  call_log::Call call("acedSSFree", setNumber(ss));
+  host::SelectionSet* const setP = call.mustFail() ? nullptr : findSet(ss);
   if (!setP)
-    return RTERROR;
+    return call.returns(RTERROR);
   setP->idsP.reset();
   --host::document().held.selectionSets;
-  return RTNORM;
+  return call.returns(RTNORM);
 }
 
 Acad::ErrorStatus acdbGetObjectId(AcDbObjectId& id, const ads_name name) {
-  if (calls::enter("acdbGetObjectId"))
-    return Acad::eUnknownObjectId;
+  call_log::Call call("acdbGetObjectId", nameNumber(name));
   const AcDbObjectId candidate(name[0]);
-  if (name[1] != kEntityName || !host::find(candidate))
-    return Acad::eUnknownObjectId;
+  if (call.mustFail() || name[1] != kEntityName || !host::find(candidate))
+    return call.returns(Acad::eUnknownObjectId, id);
   id = candidate;
-  return Acad::eOk;
+  return call.returns(Acad::eOk, id);
 }
 
 int acedRedraw(const ads_name entity, int mode) {
-  if (calls::enter("acedRedraw", calls::isRecording() ? std::to_string(mode) : ""))
-    return RTERROR;
-  if (!entity || entity[1] != kEntityName || !host::find(AcDbObjectId(entity[0])))
-    return RTERROR;
+  call_log::Call call("acedRedraw", nameNumber(entity), call_log::shown(mode));
+  if (call.mustFail() || !entity || entity[1] != kEntityName || !host::find(AcDbObjectId(entity[0])))
+    return call.returns(RTERROR);
   host::document().isRedrawPending = true;
-  return RTNORM;
+  return call.returns(RTNORM);
 }
 
 namespace host {

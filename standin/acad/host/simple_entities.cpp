@@ -16,27 +16,27 @@ void AcDbPoint::subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStr
 }
 
 AcGePoint3d AcDbLine::startPoint() const {
-  calls::enter("startPoint");
+  const call_log::Call call("startPoint");
   return mStart;
 }
 
 AcGePoint3d AcDbLine::endPoint() const {
-  calls::enter("endPoint");
+  const call_log::Call call("endPoint");
   return mEnd;
 }
 
 Acad::ErrorStatus AcDbLine::getStartPoint(AcGePoint3d& point) const {
-  if (calls::enter("getStartPoint"))
-    return Acad::eNotApplicable;
-  point = mStart;
-  return Acad::eOk;
+  call_log::Call call("getStartPoint", this);
+  if (!call.mustFail())
+    point = mStart;
+  return call.returns(call.mustFail() ? Acad::eNotApplicable : Acad::eOk, point);
 }
 
 Acad::ErrorStatus AcDbLine::getEndPoint(AcGePoint3d& point) const {
-  if (calls::enter("getEndPoint"))
-    return Acad::eNotApplicable;
-  point = mEnd;
-  return Acad::eOk;
+  call_log::Call call("getEndPoint", this);
+  if (!call.mustFail())
+    point = mEnd;
+  return call.returns(call.mustFail() ? Acad::eNotApplicable : Acad::eOk, point);
 }
 
 void AcDbLine::subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const {

@@ -81,19 +81,6 @@ std::string narrow(const std::wstring& text) {
   return result;
 }
 
-std::string escaped(const std::wstring& text) {
-  std::string result;
-  for (const char c : narrow(text)) {
-    if (c == '\n')
-      result += "\\n";
-    else if (c == '\x1b')
-      result += "\\e";
-    else
-      result += c;
-  }
-  return result;
-}
-
 std::wstring widen(const std::string& text) {
   std::wstring result;
   for (const char c : text)

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "acdocman.h"
-#include "calls.h"
+#include "call_log.h"
 #include "host.h"
 
 /// What the host holds inside. Main thread only, no locks: the host is called from nowhere else.
@@ -93,9 +93,8 @@ AcDbViewport& layoutViewport();
 /// As variable(), without a copy of the name.
 short variableValue(const ACHAR* name);
 
-/// Text for the journal: byte by byte, Enter as \n, Escape as \e.
+/// Text byte by byte.
 std::string narrow(const std::wstring& text);
-std::string escaped(const std::wstring& text);
 std::wstring widen(const std::string& text);
 std::wstring lowered(const std::wstring& text);
 std::string number(double value);
@@ -106,6 +105,23 @@ inline AcGePoint3d apply(const AcGeMatrix3d* transform, const AcGePoint3d& p) {
 }
 
 } // namespace host
+
+/// What the host's own types are in the trace of calls.
+inline void append(std::vector<double>& numbers, std::wstring&, const AcGePoint3d& p) {
+  numbers.insert(numbers.end(), {p.x, p.y, p.z});
+}
+inline void append(std::vector<double>& numbers, std::wstring&, const AcGeVector3d& v) {
+  numbers.insert(numbers.end(), {v.x, v.y, v.z});
+}
+inline void append(std::vector<double>& numbers, std::wstring&, const AcGePoint2d& p) {
+  numbers.insert(numbers.end(), {p.x, p.y});
+}
+inline void append(std::vector<double>& numbers, std::wstring&, const AcGeMatrix3d& m) {
+  numbers.insert(numbers.end(), &m.entry[0][0], &m.entry[0][0] + 16);
+}
+inline void append(std::vector<double>& numbers, std::wstring&, AcDbObjectId id) {
+  numbers.push_back(static_cast<double>(id.asOldId()));
+}
 
 /// The host's way to what objects keep to themselves.
 struct HostAccess {

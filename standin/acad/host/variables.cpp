@@ -46,14 +46,15 @@ std::wstring withWideStrings(const ACHAR* format) {
 } // namespace
 
 int acedGetVar(const ACHAR* name, resbuf* result) {
-  if (calls::enter("acedGetVar", calls::isRecording() && name ? host::narrow(name) : std::string()))
-    return RTERROR;
-  const host::Variable* const variableP = name ? findVariable(name) : nullptr;
-  if (!variableP || !result)
-    return RTERROR;
+  call_log::Call call("acedGetVar", name);
+  const host::Variable* const variableP = name && !call.mustFail() ? findVariable(name) : nullptr;
+  if (!result)
+    return call.returns(RTERROR);
+  if (!variableP)
+    return call.returns(RTERROR, result->resval.rint);
   result->restype = RTSHORT;
   result->resval.rint = variableP->value;
-  return RTNORM;
+  return call.returns(RTNORM, result->resval.rint);
 }
 
 int acutPrintf(const ACHAR* format, ...) {
@@ -73,7 +74,7 @@ int acutPrintf(const ACHAR* format, ...) {
       text.resize(text.size() * 2);
   }
   text.resize(length < 0 ? 0 : static_cast<size_t>(length));
-  if (calls::enter("acutPrintf", calls::isRecording() ? host::escaped(text) : std::string()) || length < 0)
+  if (call_log::Call("acutPrintf", text).mustFail() || length < 0)
     return RTERROR;
   host::print(text);
   return RTNORM;

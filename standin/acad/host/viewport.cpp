@@ -9,29 +9,27 @@ AcDbViewport::AcDbViewport(double width, double height, double viewHeight, const
     : mWidth(width), mHeight(height), mViewHeight(viewHeight), mViewCentre(viewCentre) {}
 
 double AcDbViewport::width() const {
-  calls::enter("width");
-  return mWidth;
+  call_log::Call call("width", this);
+  return call.returns(mWidth);
 }
 
 double AcDbViewport::height() const {
-  calls::enter("height");
-  return mHeight;
+  call_log::Call call("height", this);
+  return call.returns(mHeight);
 }
 
 double AcDbViewport::viewHeight() const {
-  calls::enter("viewHeight");
-  return mViewHeight;
+  call_log::Call call("viewHeight", this);
+  return call.returns(mViewHeight);
 }
 
 AcGePoint2d AcDbViewport::viewCenter() const {
-  calls::enter("viewCenter");
-  return mViewCentre;
+  call_log::Call call("viewCenter", this);
+  return call.returns(mViewCentre);
 }
 
 Acad::ErrorStatus AcDbViewport::setViewCenter(const AcGePoint2d& centre) {
-  if (calls::enter("setViewCenter", calls::isRecording()
-                                        ? host::number(centre.x) + " " + host::number(centre.y)
-                                        : std::string()))
+  if (call_log::Call("setViewCenter", this, call_log::shown(centre.x), call_log::shown(centre.y)).mustFail())
     return Acad::eInvalidInput;
   if (!isWriteEnabled())
     return Acad::eNotOpenForWrite;
@@ -44,7 +42,7 @@ Acad::ErrorStatus AcDbViewport::setViewCenter(const AcGePoint2d& centre) {
 }
 
 Acad::ErrorStatus AcDbViewport::setViewHeight(double height) {
-  if (calls::enter("setViewHeight", calls::isRecording() ? host::number(height) : std::string()))
+  if (call_log::Call("setViewHeight", this, call_log::shown(height)).mustFail())
     return Acad::eInvalidInput;
   if (!isWriteEnabled())
     return Acad::eNotOpenForWrite;
@@ -57,7 +55,8 @@ Acad::ErrorStatus AcDbViewport::setViewHeight(double height) {
 }
 
 Acad::ErrorStatus AcDbViewport::updateDisplay() const {
-  if (calls::enter("updateDisplay"))
+  const call_log::Call call("updateDisplay", this);
+  if (call.mustFail())
     return Acad::eNotApplicable;
   host::showFrame(true);
   return Acad::eOk;
@@ -76,9 +75,9 @@ Acad::ErrorStatus AcDbViewport::subTransformBy(const AcGeMatrix3d&) {
 void AcDbViewport::subAddStrokes(const AcGeMatrix3d*, std::vector<AcDbStroke>&) const {}
 
 AcDbObjectId acedActiveViewportId() {
-  if (calls::enter("acedActiveViewportId") || host::variableValue(L"tilemode") != 0)
-    return AcDbObjectId::kNull;
-  return host::document().viewport;
+  call_log::Call call("acedActiveViewportId");
+  return call.returns(call.mustFail() || host::variableValue(L"tilemode") != 0 ? AcDbObjectId::kNull
+                                                                               : host::document().viewport);
 }
 
 namespace host {

@@ -31,6 +31,7 @@ public:
   bool tell(int messageCode);
   /// Gives the library back to the system; true if that succeeded.
   bool unload();
+  HMODULE handle() const { return mModule; }
 
 private:
   using EntryPoint = AcRx::AppRetCode (*)(int messageCode, void* applicationData);

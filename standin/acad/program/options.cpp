@@ -35,12 +35,14 @@ bool readOptions(int count, char** arguments, Options& options, int& exitStatus)
   app.add_option("--hold-seconds", options.mHold, "how long to go on after the session's last line")
       ->check(CLI::Range(0.0, 86400.0))
       ->capture_default_str();
-  CLI::Option* const checkP = app.add_flag("--check", options.mIsCheckOnly,
-                                           "only read drawing and session; status 2 if one can't be used");
-  moduleP->excludes(checkP);
+  CLI::Option* const dryRunP = app.add_flag("--dry-run", options.mIsDryRun,
+                                            "only read drawing and session; status 2 if one can't be used");
+  moduleP->excludes(dryRunP);
+  app.add_flag("--check", options.mIsToCheck,
+               "hold each pass of the plug-in against the model; status 1 if one contradicts it");
   try {
     app.parse(count, arguments);
-    if (!options.mIsCheckOnly && options.mModule.empty())
+    if (!options.mIsDryRun && options.mModule.empty())
       options.mModule = besideProgram(arguments[0], "OVAutoCAD2019.arx");
     return true;
   } catch (const CLI::CallForHelp& help) {

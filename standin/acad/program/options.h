@@ -15,7 +15,8 @@ struct Options {
   std::string mHome;         ///< empty: "home" in mOut
   double mRefresh = 60;      ///< Hz; 0 shows frames without waiting
   double mHold = 1;          ///< seconds that the host goes on after the session's last line
-  bool mIsCheckOnly = false; ///< read drawing and session, tell what is wrong with them, and end
+  bool mIsDryRun = false;    ///< read drawing and session, tell what is wrong with them, and end
+  bool mIsToCheck = false;   ///< hold each pass of the plug-in against the model
 };
 
 /// Reads the command line. Gives true if the program is to run; otherwise the exit status is set, and help or

@@ -140,6 +140,10 @@ void printSummary(std::ostream& out, const Folders& folders, const Recorder& rec
   printView(out, "First view     ", recorder.frames().front());
   printView(out, "Last view      ", recorder.frames().back());
   const auto word = [](bool is, const char* yes, const char* no) { return is ? yes : no; };
+  if (outcome.mCheckP)
+    out << "Model          " << outcome.mCheckP->summary() << '\n';
+  if (outcome.isContradicted())
+    out << "Contradicted   " << outcome.mCheckP->firstContradiction << '\n';
   out << "Plug-in        " << word(outcome.mIsLoaded, "loaded, ", "NOT loaded, ")
       << word(outcome.mTookEvents, "took events, ", "took NO events, ")
       << word(outcome.mMovedView, "moved the view, ", "did NOT move the view, ")

@@ -8,7 +8,11 @@
 #include "host_player.h"
 #include "message_loop.h"
 #include "output.h"
+#include "pass_check.h"
 #include "recorder.h"
+#ifdef _WIN32
+#include "recorded_imports.h"
+#endif
 
 #include <atomic>
 #include <csignal>
@@ -35,7 +39,11 @@ extern "C" void onStop(int signal) {
 /// The plug-in's life, from its load message to its unloading.
 class PlugIn {
 public:
-  explicit PlugIn(const std::string& path) : mModule(path) {
+  PlugIn(const std::string& path, [[maybe_unused]] bool isRecorded) : mModule(path) {
+#ifdef _WIN32
+    if (isRecorded)
+      recordImports(mModule.handle());
+#endif
     if (!mModule.tell(AcRx::kInitAppMsg))
       throw Error("plug-in " + path + " refused to be loaded");
     mModule.tell(AcRx::kLoadDwgMsg);
@@ -89,7 +97,9 @@ int runSession(const Options& options, const session::Session& session) {
 
   SessionInput input;
   Recorder recorder(*controlsP);
-  PlugIn plugIn(options.mModule);
+  const std::unique_ptr<PassCheck> checkP =
+      options.mIsToCheck ? std::make_unique<PassCheck>(folders.mHome) : nullptr;
+  PlugIn plugIn(options.mModule, options.mIsToCheck);
   recorder.begin();
   input.mOutcome.mIsLoaded = true;
   std::cout << (options.mSession.empty() ? "Plug-in loaded; Ctrl-C ends the host"
@@ -103,6 +113,8 @@ int runSession(const Options& options, const session::Session& session) {
   input.mEnd = unixNow();
   std::cout << "Unloading the plug-in\n" << std::flush;
   input.mOutcome.mIsUnloaded = plugIn.unload();
+  if (checkP)
+    input.mOutcome.mCheckP = &checkP->finish();
 
   input.mDrawingName = fs::u8path(options.mDrawing).filename().u8string();
   input.mSessionName = fs::u8path(options.mSession).filename().u8string();
@@ -118,7 +130,7 @@ int runSession(const Options& options, const session::Session& session) {
   printSummary(std::cout, folders, recorder, input);
   // What a user did or didn't do with his own hand is no failure.
   const bool isGood = options.mSession.empty() ? input.mOutcome.mIsUnloaded : input.mOutcome.isGood();
-  return isGood ? kExitGood : kExitFailed;
+  return isGood && !input.mOutcome.isContradicted() ? kExitGood : kExitFailed;
 }
 
 } // namespace
@@ -136,7 +148,7 @@ int run(const Options& options) {
     std::cerr << reason << '\n';
     return kExitUnusable;
   }
-  if (options.mIsCheckOnly)
+  if (options.mIsDryRun)
     return kExitGood;
   return runSession(options, session);
 }

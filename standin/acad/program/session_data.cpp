@@ -1,5 +1,6 @@
 #include "session_data.h"
 
+#include "session.h"
 #include "utf8.h"
 
 #include <nlohmann/json.hpp>
@@ -107,6 +108,7 @@ json eventsJson(const std::vector<DeviceEvent>& events, double start) {
     case DeviceEvent::Kind::event:
       entry["kind"] = "event";
       entry["code"] = event.mCode;
+      entry["name"] = session::eventName(static_cast<std::int32_t>(event.mCode));
       break;
     case DeviceEvent::Kind::mode:
       entry["kind"] = "mode";
@@ -257,6 +259,12 @@ json sessionData(const Recorder& recorder, const SessionInput& input) {
                    {"tookEvents", input.mOutcome.mTookEvents},
                    {"movedView", input.mOutcome.mMovedView},
                    {"unloaded", input.mOutcome.mIsUnloaded}};
+  if (const model::Check* const checkP = input.mOutcome.mCheckP)
+    out["check"] = {{"explained", checkP->explained},
+                    {"notObservable", checkP->notObservable},
+                    {"contradicted", checkP->contradicted},
+                    {"summary", checkP->summary()},
+                    {"firstContradiction", checkP->firstContradiction}};
   return out;
 }
 

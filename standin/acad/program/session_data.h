@@ -1,6 +1,7 @@
 #ifndef SESSION_DATA_H
 #define SESSION_DATA_H
 
+#include "check.h"
 #include "device_record.h"
 #include "recorder.h"
 
@@ -17,8 +18,10 @@ struct Outcome {
   bool mTookEvents = false;
   bool mMovedView = false;
   bool mIsUnloaded = false;
+  const model::Check* mCheckP = nullptr; ///< null: no pass was held against the model
 
   bool isGood() const { return mIsLoaded && mTookEvents && mMovedView && mIsUnloaded; }
+  bool isContradicted() const { return mCheckP && mCheckP->contradicted > 0; }
 };
 
 /// Everything there is to say of a session that has ended.

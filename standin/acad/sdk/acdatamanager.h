@@ -13,7 +13,8 @@ public:
     try {
       if (AcApDocManager* const managerP = acDocManagerPtr())
         managerP->addReactor(this);
-    } catch (...) { // made while a library is loaded, where nobody could catch it; the map is never cleaned then
+    } catch (
+        ...) { // made while a library is loaded, where nobody could catch it; the map is never cleaned then
     }
   }
   ~AcApDataManager() override {

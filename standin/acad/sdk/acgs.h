@@ -1,6 +1,7 @@
 #ifndef ACGS_H
 #define ACGS_H
 
+#include <algorithm>
 #include <vector>
 
 #include "adesk.h"
@@ -21,21 +22,13 @@ class AcGsKernelDescriptor {
 public:
   static const AcUniqueString* k3DDrawing;
 
-  void addRequirement(const AcUniqueString* requirement) {
-    mRequirements[mCount < kMax ? mCount++ : kMax - 1] = requirement;
-  }
+  void addRequirement(const AcUniqueString* requirement) { mRequirements.push_back(requirement); }
   bool supports(const AcUniqueString* requirement) const {
-    for (int i = 0; i < mCount; ++i)
-      if (mRequirements[i] == requirement)
-        return true;
-    return false;
+    return std::find(mRequirements.begin(), mRequirements.end(), requirement) != mRequirements.end();
   }
 
 private:
-  // Room in place rather than a container: one such descriptor is made for every motion sample.
-  static constexpr int kMax = 4;
-  const AcUniqueString* mRequirements[kMax] = {};
-  int mCount = 0;
+  std::vector<const AcUniqueString*> mRequirements;
 };
 
 /// The camera of a viewport. It lives in memory; the drawing learns of a change through

@@ -1,8 +1,6 @@
 #ifndef RXAPP_H
 #define RXAPP_H
 
-#include <windows.h>
-
 #include "acedads.h"
 #include "rxobject.h"
 
@@ -36,14 +34,11 @@ enum AppRetCode { kRetOK = 0, kRetError = 3 };
 /// messages with the data that came along.
 class AcRxDbxApp {
 public:
-  /// The library of the application; null until the load message.
-  HINSTANCE mModuleInstance = nullptr;
   /// Whether the user may unload the application, and whether it can live with several documents.
   bool mIsToUnlock = true;
   bool mIsMdiAware = true;
 
   virtual AcRx::AppRetCode On_kInitAppMsg(void* pkt) {
-    mModuleInstance = moduleInstance();
     if (mIsToUnlock)
       if (AcRxDynamicLinker* const linkerP = dynamicLinker())
         linkerP->unlockApplication(pkt);
@@ -72,10 +67,6 @@ public:
   virtual void RegisterServerComponents() = 0;
 
   virtual ~AcRxDbxApp() = default;
-
-protected:
-  /// The library that the application lives in.
-  virtual HINSTANCE moduleInstance() const = 0;
 
 private:
   static AcRxDynamicLinker* dynamicLinker() {
@@ -126,21 +117,5 @@ protected:
   /// Empty unless the application has such functions.
   virtual FunctionTable functionTable() const { return {}; }
 };
-
-/// Hands a message to the operation for it. A code that is none gives kRetOK without a call.
-inline AcRx::AppRetCode acrxDispatch(AcRxDbxApp& app, int code, void* data) {
-  using Operation = AcRx::AppRetCode (AcRxDbxApp::*)(void*);
-  static constexpr Operation kOperations[] = {
-      &AcRxDbxApp::On_kNullMsg,    &AcRxDbxApp::On_kInitAppMsg,    &AcRxDbxApp::On_kUnloadAppMsg,
-      &AcRxDbxApp::On_kLoadDwgMsg, &AcRxDbxApp::On_kUnloadDwgMsg,  &AcRxDbxApp::On_kInvkSubrMsg,
-      &AcRxDbxApp::On_kEndMsg,     &AcRxDbxApp::On_kQuitMsg,       &AcRxDbxApp::On_kSaveMsg,
-      &AcRxDbxApp::On_kCfgMsg,     &AcRxDbxApp::On_kDependencyMsg, &AcRxDbxApp::On_kSuspendMsg,
-      &AcRxDbxApp::On_kResumeMsg,  &AcRxDbxApp::On_kPreEndMsg,     &AcRxDbxApp::On_kPreQuitMsg,
-      &AcRxDbxApp::On_kPreSaveMsg};
-  constexpr int count = static_cast<int>(sizeof kOperations / sizeof kOperations[0]);
-  if (code < 0 || code >= count)
-    return AcRx::kRetOK;
-  return (app.*kOperations[code])(data);
-}
 
 #endif

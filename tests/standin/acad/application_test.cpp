@@ -12,11 +12,9 @@ int lentFunction() {
 
 class App : public AcRxArxApp {
 public:
-  AcRx::AppRetCode On_kEndMsg(void*) override { return AcRx::kRetError; }
   void RegisterServerComponents() override {}
 
 protected:
-  HINSTANCE moduleInstance() const override { return nullptr; }
   FunctionTable functionTable() const override {
     static const AcRxFunctionEntry kEntries[] = {{L"lent", lentFunction}, {L"other", lentFunction}};
     return {kEntries, 2};
@@ -33,16 +31,13 @@ TEST_F(Application, LendsItsFunctionsWhileADrawingIsLoaded) {
     host::runQueue();
     return gLent;
   };
-  EXPECT_EQ(acrxDispatch(app, 6, nullptr), AcRx::kRetError); // its own answer to the end
-  for (const int code : {-1, 0, 7, 14, 15, 16, 1000})
-    EXPECT_EQ(acrxDispatch(app, code, nullptr), AcRx::kRetOK);
-  calls::failAt("at", 1);
-  EXPECT_EQ(acrxDispatch(app, AcRx::kInitAppMsg, &app), AcRx::kRetOK); // no linker, no call
+  call_log::failAt("at", 1);
+  EXPECT_EQ(app.On_kInitAppMsg(&app), AcRx::kRetOK); // no linker, no call
   EXPECT_EQ(callsOf(L"(lent)\n"), 0);
-  acrxDispatch(app, AcRx::kLoadDwgMsg, nullptr);
+  app.On_kLoadDwgMsg(nullptr);
   EXPECT_EQ(callsOf(L"(LENT)\n"), 1);
-  EXPECT_EQ(acrxDispatch(app, AcRx::kInvkSubrMsg, nullptr), AcRx::kRetError); // nothing is called now
-  acrxDispatch(app, AcRx::kUnloadDwgMsg, nullptr);
+  EXPECT_EQ(app.On_kInvkSubrMsg(nullptr), AcRx::kRetError); // nothing is called now
+  app.On_kUnloadDwgMsg(nullptr);
   EXPECT_EQ(callsOf(L"(lent)\n"), 0);
 }
 

@@ -14,26 +14,26 @@ protected:
 };
 
 TEST_F(Faults, AThrowLeavesTheObjectPointerClosed) {
-  calls::throwAt("transformBy", 1);
+  call_log::throwAt("transformBy", 1);
   {
     AcDbObjectPointer<AcDbLine> pointer(mLine, AcDb::kForWrite);
     EXPECT_EQ(pointer.open(mLine, AcDb::kForWrite), Acad::eOk) << "gives back the first opening";
-    EXPECT_THROW(pointer->transformBy(AcGeMatrix3d::translation({1, 0, 0})), calls::InjectedFault);
+    EXPECT_THROW(pointer->transformBy(AcGeMatrix3d::translation({1, 0, 0})), call_log::InjectedFault);
   }
   EXPECT_EQ(host::held().openForWrite, 0);
   EXPECT_EQ(host::extents().maxPoint().x, 1);
-  calls::throwAt("close", 1);
+  call_log::throwAt("close", 1);
   {
     const AcDbObjectPointer<AcDbLine> pointer(mLine, AcDb::kForRead); // its end must not end the program
   }
-  EXPECT_EQ(calls::lastFault(), "close");
+  EXPECT_EQ(call_log::lastFault(), "close");
   EXPECT_EQ(host::held().openForRead, 1);
 }
 
 TEST_F(Faults, AFailedOperationChangesNothing) {
   for (const char* const operation : {"lockDocument", "sendStringToExecute", "setView", "zoom", "acutPrintf"})
-    calls::failAt(operation, 1);
-  calls::failAt("acedGetVar", 2);
+    call_log::failAt(operation, 1);
+  call_log::failAt("acedGetVar", 2);
   resbuf value{};
   EXPECT_EQ(acedGetVar(L"tilemode", &value), RTNORM);
   value.resval.rint = 77;

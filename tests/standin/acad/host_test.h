@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "calls.h"
+#include "call_log.h"
 #include "host.h"
 
 /// A host as new, with no faults ordered, for each test and behind it.
@@ -21,7 +21,7 @@ protected:
 
 private:
   static void clear() {
-    calls::clear();
+    call_log::clear();
     host::reset();
   }
 };

@@ -128,13 +128,16 @@ private:
   std::thread mThread;
 };
 
-/// What the client library delivered: "motion x y z a b c", "event CODE", or "failure".
+/// What the client library delivered: "motion x y z a b c", "event CODE", or "failure". The question for the
+/// mode, which comes with each connection, is passed over.
 inline std::string fetched() {
   short axes[6] = {};
-  int code = 0;
-  if (ovFetchEvent(0, &axes[0], &axes[1], &axes[2], &axes[3], &axes[4], &axes[5], nullptr, nullptr, &code,
-                   nullptr, nullptr) != 0)
-    return "failure";
+  int code = session::kEventAnnounceMode;
+  while (code == session::kEventAnnounceMode) {
+    if (ovFetchEvent(0, &axes[0], &axes[1], &axes[2], &axes[3], &axes[4], &axes[5], nullptr, nullptr, &code,
+                     nullptr, nullptr) != 0)
+      return "failure";
+  }
   if (code >= 0)
     return "event " + std::to_string(code);
   std::string text = "motion";
@@ -177,7 +180,7 @@ inline devlink::Bytes hello(const std::string& name = "test", std::uint32_t magi
   devlink::FrameWriter(out, devlink::Kind::hello).number32(magic).number16(version).text(name);
   return out;
 }
-inline devlink::Bytes motion(const devlink::Axes& axes) {
+inline devlink::Bytes motionFrame(const devlink::Axes& axes) {
   devlink::Bytes out;
   devlink::FrameWriter writer(out, devlink::Kind::motion);
   for (const std::int16_t axis : axes)

@@ -107,7 +107,7 @@ TEST_F(LinkTest, messagesThatComeInPiecesAreWhole) {
   FakeDaemon daemon([](RawEnd& end) {
     asio::error_code ignored;
     end.socket().set_option(asio::ip::tcp::no_delay(true), ignored);
-    for (const std::uint8_t byte : welcome() + motion({1, 2, 3, 4, 5, -6}) + frame(Kind::event, 0x20020))
+    for (const std::uint8_t byte : welcome() + motionFrame({1, 2, 3, 4, 5, -6}) + frame(Kind::event, 0x20020))
       end.send({byte});
     end.drain();
   });
@@ -187,13 +187,13 @@ TEST_F(LinkTest, aFloodIsTakenInWithoutLossAndWithoutMemory) {
     for (int i = 1; i <= kEvents; ++i) {
       flood = std::move(flood) + (i % kKeyEach == 0
                                       ? frame(Kind::event, i)
-                                      : motion({static_cast<std::int16_t>(i % 1000), 0, 0, 0, 0, 1}));
+                                      : motionFrame({static_cast<std::int16_t>(i % 1000), 0, 0, 0, 0, 1}));
       if (flood.size() > 8000 || i == kEvents) {
         end.send(flood);
         flood.clear();
       }
     }
-    end.send(motion({}) + frame(Kind::event, kEvents + kKeyEach));
+    end.send(motionFrame({}) + frame(Kind::event, kEvents + kKeyEach));
     end.drain();
   });
   ASSERT_EQ(ovConnect(0, "acad"), 0);

@@ -1,6 +1,6 @@
 #include "fixture.h"
 
-#include "calls.h"
+#include "call_log.h"
 
 #include <gmock/gmock.h>
 
@@ -85,9 +85,9 @@ TEST_F(LinkTest, refusesNamesAndPortsThatAreNone) {
 
 TEST_F(LinkTest, deliversEventsInTheirOrder) {
   RunningDaemon daemon;
-  calls::throwAt("ovConnect", 1);
+  call_log::throwAt("ovConnect", 1);
   EXPECT_NE(ovConnect(0, "acad"), 0) << "no exception gets out";
-  calls::clear();
+  call_log::clear();
   ASSERT_EQ(ovConnect(0, "acad"), 0);
   ASSERT_EQ(ovConnect(0, "acad"), 0) << "the second one keeps the link";
   for (const char* line : {"key 0", "view back", "motion 1 -2 32767 -32768 5 6", "zoom", "event 0x2001F"})

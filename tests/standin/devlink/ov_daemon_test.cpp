@@ -20,6 +20,8 @@
 
 namespace {
 
+constexpr int kAnnounceMode = 0x20013;
+
 /// The program with its three streams: we write its input, the rest goes to files.
 class Process {
 public:
@@ -82,10 +84,15 @@ private:
   int mInput = -1;
 };
 
+/// The next event but the question for the mode, which comes with each connection.
 bool fetch(int& code) {
   short axis = 0;
-  return ovFetchEvent(0, &axis, &axis, &axis, &axis, &axis, &axis, nullptr, nullptr, &code, nullptr,
-                      nullptr) == 0;
+  do {
+    if (ovFetchEvent(0, &axis, &axis, &axis, &axis, &axis, &axis, nullptr, nullptr, &code, nullptr,
+                     nullptr) != 0)
+      return false;
+  } while (code == kAnnounceMode);
+  return true;
 }
 
 class OvDaemonTest : public testing::Test {

@@ -62,6 +62,10 @@ TEST(SessionTest, deviceVerbsCarryTheirEventCodes) {
   };
   for (const auto& [text, code] : cases)
     EXPECT_EQ(action(std::string("1 device ") + text).mEventCode, code) << text;
+  const std::pair<int, const char*> names[] = {
+      {0x20016, "back"}, {0x2000C, "zoom"}, {0x20020, "key 0"}, {0x2001F, "0x2001f"}, {0, "0x0"}};
+  for (const auto& [code, name] : names)
+    EXPECT_EQ(session::eventName(code), name);
 
   EXPECT_EQ(action("1 device rotation 13").mRotationCode, 13);
   EXPECT_FALSE(action("1 device rotation 13").mIsOn);

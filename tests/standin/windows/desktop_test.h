@@ -1,7 +1,7 @@
 #ifndef DESKTOP_TEST_H
 #define DESKTOP_TEST_H
 
-#include "calls.h"
+#include "call_log.h"
 #include "desktop.h"
 
 #include <gmock/gmock.h>
@@ -14,7 +14,7 @@ protected:
 
 private:
   static void clear() {
-    calls::clear();
+    call_log::clear();
     desktop::reset();
   }
 };

@@ -56,7 +56,7 @@ protected:
 } // namespace
 
 TEST_F(Messages, TimerRepeatsAtItsIntervalAndWaitsAsOneMessage) {
-  calls::startRecording();
+  call_log::startRecording();
   const UINT_PTR id = SetTimer(nullptr, 0, 100, noteTick);
   EXPECT_EQ(desktop::runTimers(99), 0);
   EXPECT_EQ(desktop::runTimers(1), 1);
@@ -72,7 +72,7 @@ TEST_F(Messages, TimerRepeatsAtItsIntervalAndWaitsAsOneMessage) {
   EXPECT_EQ(desktop::runTimers(1000), 0);
   EXPECT_FALSE(KillTimer(nullptr, id));
   const std::string kill = "KillTimer " + std::to_string(id);
-  EXPECT_THAT(calls::stopRecording(), ElementsAre("SetTimer 100", kill, kill));
+  EXPECT_THAT(call_log::stopRecording(), ElementsAre("SetTimer 100", kill, kill));
 
   desktop::reset();
   desktop::holdClock();
@@ -80,8 +80,8 @@ TEST_F(Messages, TimerRepeatsAtItsIntervalAndWaitsAsOneMessage) {
   EXPECT_NE(next, id) << "no number is used again";
   EXPECT_EQ(desktop::runTimers(9), 0);
   EXPECT_EQ(desktop::runTimers(1), 1) << "a slow callback doesn't keep the loop for ever";
-  calls::failAt("SetTimer", 1);
-  calls::failAt("KillTimer", 1);
+  call_log::failAt("SetTimer", 1);
+  call_log::failAt("KillTimer", 1);
   EXPECT_EQ(SetTimer(nullptr, 0, 100, noteTick), 0u);
   EXPECT_FALSE(KillTimer(nullptr, next));
   EXPECT_EQ(SetTimer(desktop::addWindow({}), 1, 10, noteTick), 0u) << "windows have no timers";

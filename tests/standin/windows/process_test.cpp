@@ -22,6 +22,12 @@ TEST_F(Process, NarrowTextIsOneByteACharacter) {
   EXPECT_STREQ(narrow, "?");
   EXPECT_EQ(WideCharToMultiByte(CP_ACP, 0, L"bcd", 1, narrow, 4, " ", nullptr), 1);
   EXPECT_EQ(std::string(narrow, 5), std::string("b\0y\0", 5)) << "no terminator";
+
+  wchar_t wide[4] = L"###";
+  EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "a\xFC\\", 2, wide, 4), 2);
+  EXPECT_EQ(std::wstring(wide, 3), L"a\xFC#") << "no terminator";
+  EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "abc", -1, wide, 3), 0) << "doesn't fit";
+  EXPECT_EQ(MultiByteToWideChar(65001, 0, "a", -1, wide, 4), 0);
 }
 
 TEST_F(Process, MessageBoxesAreKeptAndAnswered) {
@@ -32,7 +38,7 @@ TEST_F(Process, MessageBoxesAreKeptAndAnswered) {
   });
   const HWND owner = desktop::addWindow({});
   EXPECT_EQ(MessageBoxW(owner, L"Second", nullptr, MB_ICONERROR), IDCANCEL);
-  calls::failAt("MessageBoxW", 1);
+  call_log::failAt("MessageBoxW", 1);
   EXPECT_EQ(MessageBoxW(nullptr, L"", L"", 0), 0);
   const auto boxes = desktop::messageBoxes();
   ASSERT_EQ(boxes.size(), 2u);

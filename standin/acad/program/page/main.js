@@ -22,6 +22,8 @@ function facts() {
   add((c.frames || frames.length).toLocaleString('en'), 'frames', !frames.length);
   add(number(c.framesPerSecond || 0, 3), 'frames a second');
   add((c.typed || 0).toLocaleString('en'), 'typed lines');
+  const check = session.check;
+  if (check) add(check.explained.toLocaleString('en'), 'passes explained, ' + check.notObservable + ' not observable, ' + check.contradicted + ' contradicted', check.contradicted > 0);
   const isGood = r.loaded && r.tookEvents && r.movedView && r.unloaded;
   add(isGood ? 'complete' : !r.loaded ? 'not loaded' : !r.tookEvents ? 'no events' : !r.movedView ? 'view at rest' : 'not unloaded', 'outcome', !isGood);
 }

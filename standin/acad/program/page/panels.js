@@ -14,13 +14,6 @@ function sampleAt(t, frameIndex) {
 }
 const strongest = Math.max(1, ...motions.flatMap(m => m.sample.map(Math.abs)), ...(motions.length ? [] : frames.flatMap(f => f.sample.map(Math.abs))));
 
-const kKeyNames = {0x20009: 'front', 0x2000A: 'right', 0x2000B: 'top', 0x2000C: 'zoom', 0x20016: 'back', 0x20017: 'left', 0x20018: 'bottom',
-  0x20001: 'rotation', 0x20013: 'mode'};
-function keyName(code) {
-  if (kKeyNames[code]) return kKeyNames[code];
-  return code >= 0x20020 ? 'key ' + (code - 0x20020) : '0x' + (code >>> 0).toString(16);
-}
-
 // The cap as it stands: pushed aside, lifted and tilted by the sample.
 function drawCap(sample) {
   const {g, w, h} = fitted(byId('cap'));
@@ -101,7 +94,7 @@ function drawAxesChart(g, w, h) {
   g.fillStyle = g.strokeStyle = paint.select; g.textAlign = 'center'; g.font = '10px system-ui, sans-serif';
   let free = 0;
   for (const e of keys) {
-    const x = timeToX(e.t, w), name = keyName(e.code), half = g.measureText(name).width / 2 + 2;
+    const x = timeToX(e.t, w), name = e.name, half = g.measureText(name).width / 2 + 2;
     g.globalAlpha = 0.35; g.beginPath(); g.moveTo(x, 14); g.lineTo(x, h - 12); g.stroke(); g.globalAlpha = 1;
     if (x - half > free) { g.fillText(name, x, 7); free = x + half; }
   }

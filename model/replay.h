@@ -1,0 +1,112 @@
+#ifndef MODEL_REPLAY_H
+#define MODEL_REPLAY_H
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace model {
+
+/// One recorded call of the plug-in into the host or into Windows.
+/// in    arguments, out the result and what the call wrote, both as calls.md lists them; handles are
+/// identities,
+///       0 for null
+/// threw true: the call ended in an exception; out is empty then
+struct Call {
+  std::string name;
+  std::vector<double> in;
+  std::wstring text;
+  std::vector<double> out;
+  std::wstring outText;
+  bool threw = false;
+};
+
+/// One log record of the main thread: "ERR", "INF", ... and the text.
+struct Record {
+  std::string type;
+  std::string text;
+};
+
+/// The plug-in did something else than the model.
+struct Contradiction : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+/// Thrown by Replay::call where the recorded call ended in an exception of the host.
+struct HostException {};
+
+/// A real argument, and the largest magnitude of the operands that it was computed from: reals are equal if
+/// they differ by no more than 1e-12 of that.
+struct Arg {
+  Arg(double exact) : value(exact) {}
+  Arg(double computed, double largestOperand) : value(computed), scale(largestOperand) {}
+  double value;
+  double scale = 0;
+};
+
+/// Plays recorded calls and records back to the model, in order.
+class Replay {
+public:
+  /// isLogged  tells whether records of a type ("INF") reach the log; others are expected nowhere
+  Replay(const std::vector<Call>& calls, const std::vector<Record>& records,
+         bool (*isLogged)(const std::string& type))
+      : mCalls(calls), mRecords(records), mIsLogged(isLogged) {}
+
+  /// Takes the next recorded call, which has to have this name and these arguments, and returns it. Throws
+  /// Contradiction if it differs, HostException if the recorded call threw.
+  const Call& call(const char* name, const std::vector<Arg>& in = {}, const std::wstring& text = {});
+  /// Takes the next record, which has to be this one; nothing if records of the type don't reach the log.
+  void log(const char* type, const std::string& text);
+  /// Name of the next recorded call; empty at the end.
+  std::string next() const { return mCall < mCalls.size() ? mCalls[mCall].name : std::string(); }
+  /// Number of calls taken.
+  std::size_t position() const { return mCall; }
+  /// Throws Contradiction if a call or a record is left.
+  void end() const;
+
+private:
+  const std::vector<Call>& mCalls;
+  const std::vector<Record>& mRecords;
+  bool (*mIsLogged)(const std::string& type);
+  std::size_t mCall = 0;
+  std::size_t mRecord = 0;
+};
+
+/// The settings and the event state, as the model finds them when it asks. What other threads write may
+/// differ from one question to the next.
+class Inputs {
+public:
+  virtual ~Inputs() = default;
+
+  // Settings, copied by the engine's constructor.
+  virtual int traSensBase() const = 0;
+  virtual int rotSensBase() const = 0;
+  virtual unsigned maxContMoveTime() const = 0;
+  virtual bool useInt3dIntrfce() const = 0;
+  // Settings, read at each use.
+  virtual int minThreshold() const = 0;
+  virtual bool toggleRotationCenter() const = 0;
+  virtual bool toggleRotationAxis() const = 0;
+  virtual bool scrollTreeAndList() const = 0;
+  virtual bool objectMoveMode() const = 0;
+  // Written by other threads.
+  virtual short axis(int index) = 0; // 0 to 5: X, Y, Z, A, B, C
+  virtual int pendingKey() = 0;
+  virtual int pendingSpecial() = 0;
+  virtual int rotMode() = 0;
+  virtual bool keepHorizon() = 0;
+  virtual bool hoverMode() = 0;
+  virtual bool zoomAllAfterView() = 0;
+  // The engine empties a slot.
+  virtual void keyServed() = 0;
+  virtual void specialServed() = 0;
+  /// The menu file at a tick, while it isn't loaded: false if it can't be opened. Values are untrimmed of
+  /// nothing: what Cnfg delivers.
+  virtual bool menuFile(std::string& path, std::vector<std::string>& modes,
+                        std::vector<std::string>& menuBarValues) = 0;
+};
+
+} // namespace model
+
+#endif

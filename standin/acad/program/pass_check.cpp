@@ -1,0 +1,184 @@
+#include "pass_check.h"
+
+#include "clock.h"
+
+#include <windows.h>
+
+#include "cnfg.h"
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+namespace program {
+
+namespace {
+
+constexpr char kLogName[] = "autocad_addin_log.txt";
+constexpr double kFirstInterval = 100; // of the plug-in's first timer, milliseconds
+
+/// What stands in a file from a position on; all of it if the file is shorter.
+std::string textFrom(const std::filesystem::path& path, std::uintmax_t start) {
+  std::ifstream file(path, std::ios::binary);
+  file.seekg(static_cast<std::streamoff>(start));
+  return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+/// The records of one thread: time, type, thread and more columns, then the text.
+std::vector<model::Record> recordsIn(const std::string& text, const std::string& thread) {
+  constexpr std::size_t kType = 13, kThread = 17, kThreadEnd = 23, kText = 82;
+  std::vector<model::Record> records;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    if (!line.empty() && line.back() == '\r')
+      line.pop_back();
+    const std::size_t end = line.find('|', kThread);
+    if (end == std::string::npos || end < kThreadEnd || line.size() < kText + end - kThreadEnd)
+      continue;
+    const std::string column = line.substr(kThread, end - kThread);
+    if (column.substr(column.find_first_not_of(' ')) == thread)
+      records.push_back({line.substr(kType, 3), line.substr(kText + end - kThreadEnd)});
+  }
+  return records;
+}
+
+} // namespace
+
+PassCheck::PassCheck(const std::filesystem::path& home)
+    : mLog(home / "Orvaner" / kLogName), mThreadColumn(std::to_string(GetCurrentThreadId())),
+      mFolder(home.string() + "\\Orvaner\\Applications"), mStart(unixNow()) {
+  call_log::noteBrackets([this](bool isEnd) { return logNote(isEnd); });
+  call_log::startTrace([this](call_log::Record&& record) { take(record); });
+}
+
+PassCheck::~PassCheck() {
+  finish();
+}
+
+const model::Check& PassCheck::finish() {
+  call_log::stopTrace();
+  call_log::noteBrackets(nullptr);
+  return check();
+}
+
+/// What the log has got since a tick's beginning. A log that is shorter now has been given a new file.
+std::string PassCheck::logNote(bool isEnd) {
+  std::error_code failure;
+  const std::uintmax_t size = std::filesystem::file_size(mLog, failure);
+  if (!isEnd) {
+    mLogStart = failure ? 0 : size;
+    return {};
+  }
+  if (failure || size == mLogStart)
+    return {};
+  if (size > mLogStart)
+    return textFrom(mLog, mLogStart);
+  return textFrom(mLog.string() + ".bak", mLogStart) + textFrom(mLog, 0);
+}
+
+void PassCheck::take(const call_log::Record& record) {
+  if (record.isEntry()) {
+    if (mCheckP)
+      mCheckP->entered(record.thread, record.order);
+    if (record.isBracket) {
+      mTick = model::Tick();
+      mTick.span.entered = record.order;
+      mTick.seconds = record.seconds - mStart;
+    }
+  } else if (record.isBracketed) {
+    mTick.calls.push_back({record.name, record.in, record.text, record.out, record.outText, record.threw});
+    mTick.spans.push_back({record.entered, record.order});
+  } else if (record.isBracket) {
+    endTick(record);
+  } else {
+    takeOutside(record);
+  }
+}
+
+void PassCheck::takeOutside(const call_log::Record& record) {
+  if (record.name == "acutPrintf")
+    check().printed(record.text);
+  if (record.threw || record.out.empty()) // an event that never came, say
+    return;
+  const auto out = [&record](std::size_t i) { return static_cast<int>(record.out.at(i)); };
+  if (record.name == "ovFetchEvent") {
+    std::array<short, 6> axes{};
+    for (std::size_t i = 0; i < axes.size(); ++i)
+      axes[i] = static_cast<short>(out(i + 1));
+    if (out(7) < 0)
+      check().motionDelivered(record.thread, record.order, axes);
+    else
+      check().eventDelivered(record.order, out(7));
+  } else if (record.name == "ovGetAdvancedSettings") {
+    check().rotationDelivered(record.thread, record.order, model::rotationSettings(out(1), out(2) != 0));
+  } else if (record.name == "SetTimer" && record.in.at(0) == kFirstInterval) {
+    check().timerArmed(record.out.at(0));
+  }
+}
+
+void PassCheck::endTick(const call_log::Record& bracket) {
+  if (mTick.calls.empty()) // another timer's, or one that found no plug-in
+    return;
+  mTick.span.ended = bracket.order;
+  mTick.records = recordsIn(bracket.note, mThreadColumn);
+  readMenu();
+  check().tick(mTick);
+  mTick = model::Tick();
+}
+
+/// The plug-in has read its settings when it makes the calls that count here.
+model::Check& PassCheck::check() {
+  if (!mCheckP)
+    mCheckP = std::make_unique<model::Check>(readSettings());
+  return *mCheckP;
+}
+
+model::Settings PassCheck::readSettings() {
+  Cnfg file;
+  file.open(mFolder + "\\autocad_addin.ini");
+  const auto text = [&file](const char* key, const char* section) {
+    std::string value;
+    file.readParameter(key, value, section, true);
+    return value;
+  };
+  const auto number = [&text](const char* key) { return std::atoi(text(key, "PROGRAM").c_str()); };
+  const auto isOn = [&text](const char* key, const char* section) { return text(key, section) == "on"; };
+  model::Settings s;
+  s.traSensBase = number("transSensBase");
+  s.rotSensBase = number("rotSensBase");
+  s.minThreshold = number("minThreshold");
+  s.maxContMoveTime = number("maxContMoveTime");
+  s.toggleRotationCenter = isOn("toggleRotationCenter", "PROGRAM");
+  s.toggleRotationAxis = isOn("toggleRotationAxis", "PROGRAM");
+  s.scrollTreeAndList = isOn("scrollTreeAndList", "PROGRAM");
+  s.useInt3dIntrfce = isOn("useInt3dIntrfce", "PROGRAM");
+  if (!isOn("logToFile", "LOGGING") || text("logFile", "LOGGING") != kLogName ||
+      !text("fileToLog", "LOGGING").empty())
+    return s;
+  s.loggedTypes = {"ERR"};
+  const char* const types[][2] = {{"warning", "WRN"}, {"creation", "CRT"}, {"trace", "TRC"},
+                                  {"info", "INF"},    {"debug", "DBG"},    {"tmp", "TMP"}};
+  for (const auto& [key, type] : types)
+    if (isOn(key, "LOGGING"))
+      s.loggedTypes.insert(type);
+  return s;
+}
+
+void PassCheck::readMenu() {
+  const std::string path = mFolder + "\\autocad.mnu";
+  Cnfg file;
+  if (mIsMenuRead || file.open(path) != Cnfg::kOk)
+    return;
+  std::vector<std::string> modes, values;
+  std::string name, value;
+  file.selectSection("Modes");
+  while (file.readNextParameter(name, value, true) == Cnfg::kOk)
+    modes.push_back(name);
+  file.selectSection("MenuBar");
+  while (file.readNextParameter(name, value, true) == Cnfg::kOk)
+    values.push_back(value);
+  mIsMenuRead = !modes.empty();
+  check().menuFound(path, modes, values);
+}
+
+} // namespace program

@@ -1,0 +1,15 @@
+#ifndef RECORDED_IMPORTS_H
+#define RECORDED_IMPORTS_H
+
+#include <windows.h>
+
+namespace program {
+
+/// Leads a loaded module's calls of Windows through the trace of calls, those alone that the model knows. Its
+/// timer callbacks are bracketed. Lasts until the module is unloaded. For Windows: the stand-in's calls trace
+/// themselves.
+void recordImports(HMODULE module);
+
+} // namespace program
+
+#endif

@@ -1,0 +1,271 @@
+#ifndef CALL_LOG_H
+#define CALL_LOG_H
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+/// What is called in the stand-ins: a journal in text, a trace with all numbers, and the faults that tests
+/// order.
+///
+/// Each operation of a stand-in makes a Call before it does anything else. At rest, with no recording and no
+/// order, that costs one relaxed load. Everything here may be called from any thread.
+namespace call_log {
+
+/// What an operation throws when it was told to throw.
+class InjectedFault : public std::runtime_error {
+public:
+  using std::runtime_error::runtime_error;
+};
+
+/// One call of the trace, or the entry into one.
+/// in    the arguments, out the result and what the call wrote; pointers and handles by their address
+/// threw true: the call ended in an exception; out is empty then
+/// order counts entries and ends of all threads: a record's own place, and in `entered` that of the call's
+/// entry.
+///       Equal for the record of an entry, which calls make that no bracket encloses.
+struct Record {
+  std::string name;
+  std::vector<double> in;
+  std::wstring text;
+  std::vector<double> out;
+  std::wstring outText;
+  bool threw = false;
+
+  int thread = 0; // counted from 1
+  std::int64_t entered = 0;
+  std::int64_t order = 0;
+  double seconds = 0;       // at the entry, unix time
+  bool isBracketed = false; // made directly beneath a bracket
+  bool isBracket = false;   // the bracket itself
+  std::string note;         // at the end of a bracket: what noteBrackets() asked for
+  bool isEntry() const { return entered == order; }
+};
+
+namespace detail {
+
+extern std::atomic<bool> gIsActive;
+bool isJournalOn();
+/// Writes the journal's line and tells whether the call must fail; throws InjectedFault if it must throw.
+bool enterActive(const char* operation, const std::string& arguments);
+/// The record of a call that begins now, or null if it isn't wanted. isEntered is to be handed to endCall()
+/// then.
+Record* beginCall(const char* name, bool& isEntered);
+/// The arguments of the record stand.
+void enterCall(const Record& record);
+void endCall(Record* record);
+bool openBracket(const char* name);
+void closeBracket();
+
+template <class Number, std::enable_if_t<std::is_arithmetic_v<Number> || std::is_enum_v<Number>, int> = 0>
+void append(std::vector<double>& numbers, std::wstring&, Number value) {
+  numbers.push_back(static_cast<double>(value));
+}
+inline void append(std::vector<double>& numbers, std::wstring&, const void* handle) {
+  numbers.push_back(static_cast<double>(reinterpret_cast<std::uintptr_t>(handle)));
+}
+inline void append(std::vector<double>&, std::wstring& text, std::wstring_view value) {
+  text = value;
+}
+inline void append(std::vector<double>& numbers, std::wstring& text, const wchar_t* value) {
+  append(numbers, text, std::wstring_view(value ? value : L""));
+}
+
+} // namespace detail
+
+/// An argument that the journal shows behind the operation's name.
+template <class Value> struct Shown { Value value; };
+template <class Value> Shown<Value> shown(Value value) {
+  return {value};
+}
+/// A number that the journal shows in hexadecimal, with at least so many digits.
+struct Hex {
+  std::uint64_t value;
+  int digits = 1;
+};
+/// A number that the journal shows as a word.
+struct Word {
+  double value;
+  const char* word;
+};
+/// A text that the journal shows in quotes.
+struct Quoted {
+  const wchar_t* value;
+};
+
+/// Text on one line, byte by byte: a line feed as \n, Escape as \e, what has no byte as a question mark.
+std::string escaped(std::wstring_view text);
+
+namespace detail {
+
+template <class Value>
+void append(std::vector<double>& numbers, std::wstring& text, const Shown<Value>& argument) {
+  append(numbers, text, argument.value);
+}
+inline void append(std::vector<double>& numbers, std::wstring&, Hex argument) {
+  numbers.push_back(static_cast<double>(argument.value));
+}
+inline void append(std::vector<double>& numbers, std::wstring&, Word argument) {
+  numbers.push_back(argument.value);
+}
+inline void append(std::vector<double>& numbers, std::wstring& text, Quoted argument) {
+  append(numbers, text, argument.value);
+}
+
+/// Nothing, for what the journal doesn't show.
+template <class Value> void show(std::ostream&, const Value&) {}
+template <class Value> void show(std::ostream& os, const Shown<Value>& argument) {
+  if constexpr (std::is_pointer_v<Value>)
+    os << ' ' << reinterpret_cast<std::uintptr_t>(argument.value);
+  else if constexpr (std::is_enum_v<Value>)
+    os << ' ' << static_cast<long long>(argument.value);
+  else if constexpr (std::is_arithmetic_v<Value>)
+    os << ' ' << argument.value;
+  else
+    show(os, argument.value);
+}
+void show(std::ostream& os, Hex argument);
+void show(std::ostream& os, Word argument);
+void show(std::ostream& os, Quoted argument);
+void show(std::ostream& os, std::wstring_view text);
+inline void show(std::ostream& os, const wchar_t* text) {
+  show(os, std::wstring_view(text ? text : L""));
+}
+
+} // namespace detail
+
+/// A call that only the trace knows, from its construction to its destruction.
+class Traced {
+public:
+  /// name  of the operation, as in "acedSSGet"
+  /// in    its arguments: numbers, enumerators, pointers, text. Other types come with a function
+  ///       append(std::vector<double>&, std::wstring&, const Type&) beside them.
+  template <class... In> explicit Traced(const char* name, const In&... in) {
+    if (detail::gIsActive.load(std::memory_order_relaxed))
+      begin(name, in...);
+  }
+  ~Traced() {
+    if (mIsEntered)
+      detail::endCall(mRecordP);
+  }
+  Traced(const Traced&) = delete;
+  Traced& operator=(const Traced&) = delete;
+
+  /// Writes result and outputs down, and gives the result back. A text goes to outText.
+  template <class Result, class... Out> Result returns(Result result, const Out&... out) {
+    if (mRecordP)
+      writesDown(result, out...);
+    return result;
+  }
+
+protected:
+  Traced() = default;
+  template <class... In> void begin(const char* name, const In&... in) {
+    using detail::append;
+    mRecordP = detail::beginCall(name, mIsEntered);
+    if (mRecordP) {
+      (append(mRecordP->in, mRecordP->text, in), ...);
+      detail::enterCall(*mRecordP);
+    }
+  }
+
+private:
+  template <class... Out> void writesDown(const Out&... out) {
+    using detail::append;
+    (append(mRecordP->out, mRecordP->outText, out), ...);
+  }
+
+  Record* mRecordP = nullptr;
+  bool mIsEntered = false;
+};
+
+/// A call that stands in the journal as well, and that tests can make fail.
+class Call : public Traced {
+public:
+  /// Throws InjectedFault if the call was told to throw.
+  template <class... In> explicit Call(const char* name, const In&... in) {
+    if (detail::gIsActive.load(std::memory_order_relaxed)) {
+      begin(name, in...);
+      mMustFail = report(name, in...);
+    }
+  }
+  /// True: the operation does nothing and gives back its failure value, where it has one.
+  bool mustFail() const { return mMustFail; }
+
+  /// Only what the constructor tells the journal and hears from the tests.
+  template <class... In> static bool report(const char* name, const In&... in) {
+    if (!detail::gIsActive.load(std::memory_order_relaxed))
+      return false;
+    if (!detail::isJournalOn())
+      return detail::enterActive(name, {});
+    using detail::show;
+    std::ostringstream os;
+    (show(os, in), ...);
+    return detail::enterActive(name, os.str());
+  }
+
+private:
+  bool mMustFail = false;
+};
+
+/// Stands around a callback of the plug-in. The trace marks the calls that are made directly beneath it; what
+/// those call in turn, and what a callback beneath them calls, isn't in the trace.
+class Bracket {
+public:
+  explicit Bracket(const char* name)
+      : mIsOpen(detail::gIsActive.load(std::memory_order_relaxed) && detail::openBracket(name)) {}
+  ~Bracket() {
+    if (mIsOpen)
+      detail::closeBracket();
+  }
+  Bracket(const Bracket&) = delete;
+  Bracket& operator=(const Bracket&) = delete;
+
+private:
+  bool mIsOpen;
+};
+
+/// Hands the trace to the sink from now on, call by call in the order of their ends, on a thread of its own.
+/// Up to some thousand records wait for that thread; a call waits while there are more. Ends a trace that was
+/// on.
+void startTrace(std::function<void(Record&&)> sink);
+/// Waits until the sink has had all that was recorded up to now.
+void flushTrace();
+/// Ends the trace, when the sink has had all of it.
+void stopTrace();
+/// From now on a bracket's record holds what this gives at its end. It is called at the beginning as well,
+/// with false. On the bracket's thread.
+void noteBrackets(std::function<std::string(bool isEnd)> note);
+
+/// Starts a new, empty journal.
+void startRecording();
+/// Ends the journal and gives its lines, each "operation arguments".
+std::vector<std::string> stopRecording();
+/// The lines up to now; the recording goes on.
+std::vector<std::string> recorded();
+
+/// The n-th call of that operation from now on (1 is the next one) fails or throws, and the next times - 1
+/// after it.
+void failAt(const std::string& operation, int nth, int times = 1);
+void throwAt(const std::string& operation, int nth, int times = 1);
+/// The n-th call of any operation from now on fails or throws.
+void failAny(std::int64_t nth);
+void throwAny(std::int64_t nth);
+/// Counts the calls from now on, with no fault ordered; count() tells how many there were.
+void startCounting();
+std::int64_t count();
+/// Name of the operation at which the last fault struck; empty if none has since the last clear().
+std::string lastFault();
+
+/// Takes back all orders and ends recording and counting; a trace goes on.
+void clear();
+
+} // namespace call_log
+
+#endif

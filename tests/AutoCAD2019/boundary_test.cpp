@@ -1,0 +1,250 @@
+// The module's boundary: loaded, told, freed and ended, in order and out of order. What is left of it is
+// asked of the system.
+
+#include <functional>
+#include <memory>
+#include <regex>
+
+#include <gtest/gtest.h>
+
+#include <arxHeaders.h>
+
+#include "call_log.h"
+#include "environment.h"
+#include "host.h"
+#include "hosted_module.h"
+#include "message_loop.h"
+#include "process.h"
+#include "temp_folder.h"
+
+namespace {
+
+constexpr char kSettings[] = "Orvaner/Applications/autocad_addin.ini";
+constexpr char kLog[] = "Orvaner/autocad_addin_log.txt";
+constexpr char kBackup[] = "Orvaner/autocad_addin_log.bak";
+constexpr char kMotion[] = "0.0 device motion 300 0 0 0 0 0\n";
+
+const char* gProgram = nullptr;
+std::function<void()> gInDialog; // run in the message loop of the load's dialog, which then closes
+
+#ifdef _WIN32
+
+void CALLBACK lookForDialog(HWND, UINT, UINT_PTR id, DWORD) {
+  if (const HWND dialog = FindWindowW(nullptr, L"Orvane Plug-in Error")) {
+    KillTimer(nullptr, id);
+    gInDialog();
+    PostMessageW(dialog, WM_COMMAND, IDOK, 0);
+  }
+}
+
+void awaitDialog() {
+  SetTimer(nullptr, 0, 10, lookForDialog);
+}
+
+#else
+
+void awaitDialog() {
+  desktop::setMessageBoxAnswer([](const desktop::MessageBox&) {
+    gInDialog();
+    return IDOK;
+  });
+}
+
+#endif
+
+/// What a command of the module prints.
+std::wstring toggle() {
+  const std::size_t before = host::printed().size();
+  host::type(L"OV_Toggle_Scroll_Mode\n");
+  host::runQueue();
+  return host::printed().substr(before);
+}
+
+class Boundary : public testing::Test, protected rig::HostedModule {
+protected:
+  void SetUp() override {
+    call_log::clear();
+    host::reset();
+#ifndef _WIN32
+    desktop::reset();
+#endif
+    mHome.makeFolder("Orvaner/Applications");
+    rig::setEnvironment("USERPROFILE", mHome.native());
+    rig::setEnvironment("OV_DEVLINK_PORT", "1"); // nobody listens there
+    live();                                      // what the process keeps for good, it has from here on
+    mHoldings = rig::holdings();
+  }
+
+  void load() {
+    HostedModule::load(OV_MODULE);
+    EXPECT_EQ(tell(1, nullptr), 0);
+  }
+  void expectToggles() {
+    const std::wstring answer = toggle();
+    mSetting = answer.find(L"  on") != std::wstring::npos ? "on" : "off";
+    EXPECT_NE(answer.find(L"=> Scroll Trees and Lists: "), std::wstring::npos);
+  }
+  void unload() {
+    ASSERT_EQ(tell(2, nullptr), 0);
+    free();
+  }
+  /// From load to unload, in order.
+  void live() {
+    load();
+    expectToggles();
+    rig::runLoop(150);
+    unload();
+  }
+  void startDaemon(const std::string& session) {
+    mHome.write("a.session", session);
+    mHome.remove("port");
+    const std::vector<std::string> arguments = {mHome.native("a.session"), "--port",  "0", "--port-file",
+                                                mHome.native("port"),      "--linger"};
+    mDaemon = std::make_unique<Process>(OV_DAEMON, arguments, mHome.native("daemon.txt"));
+    awaitFile("port");
+    const std::string port = mHome.read("port");
+    rig::setEnvironment("OV_DEVLINK_PORT", port.substr(0, port.find_last_not_of("\r\n") + 1));
+  }
+  void awaitFile(const char* name) {
+    ASSERT_GE(rig::loopUntil(20, [&] { return mHome.exists(name); }), 0);
+  }
+  static bool doesViewMove() {
+    const double x = host::view().target.x;
+    return rig::loopUntil(2, [x] { return host::view().target.x != x; }) >= 0;
+  }
+  /// For a moment when the module is at work: sends both messages.
+  void expectRefusals() {
+    EXPECT_EQ(tell(1, nullptr), AcRx::kRetError);
+    EXPECT_EQ(tell(2, nullptr), AcRx::kRetError);
+    ++mMoments;
+  }
+  /// Nothing of the module is left, and it can be loaded again.
+  void expectGone() {
+    ASSERT_FALSE(rig::isMapped(OV_MODULE));
+    EXPECT_FALSE(rig::isMapped(OV_DEVLINK));
+    EXPECT_FALSE(mDaemon && doesViewMove());
+    mDaemon.reset();
+    EXPECT_EQ(rig::holdings(), mHoldings);
+    rig::runLoop(150);     // a timer left behind would call what isn't there,
+    host::closeDocument(); // and so would a reactor
+    EXPECT_NE(toggle().find(L"Unknown command"), std::wstring::npos);
+    EXPECT_NE(mHome.read(kSettings).find("scrollTreeAndList     = " + mSetting + ' '), std::string::npos);
+    EXPECT_NE(mHome.read(kLog).find("Logging::~Logging(): destructing"), std::string::npos);
+    mHome.remove(kLog); // fails on Windows while anybody has it open
+    live();
+    EXPECT_FALSE(rig::isMapped(OV_MODULE));
+  }
+  void endInOrder() {
+    expectToggles();
+    unload();
+    expectGone();
+  }
+
+  rig::TempFolder mHome;
+  std::unique_ptr<Process> mDaemon;
+  long mHoldings = 0;
+  int mMoments = 0;
+  std::string mSetting; // what the last command made of it
+};
+
+TEST_F(Boundary, UnloadedByMessageLeavesNothing) {
+  for (int i = 0; i < 3; ++i)
+    live();
+  expectGone();
+}
+
+TEST_F(Boundary, FreedWithoutMessageWorksOn) {
+  startDaemon(kMotion);
+  load();
+  free();
+  ASSERT_TRUE(rig::isMapped(OV_MODULE));
+  EXPECT_TRUE(doesViewMove());
+  load();
+  EXPECT_TRUE(doesViewMove());
+  endInOrder();
+}
+
+TEST_F(Boundary, UnloadMessageAfterTheFreeReturns) {
+  load();
+  expectToggles();
+  free();
+  EXPECT_EQ(tell(2, nullptr), 0);
+  EXPECT_GE(rig::loopUntil(5, [] { return !rig::isMapped(OV_MODULE); }), 0);
+  expectGone();
+}
+
+TEST_F(Boundary, SecondLoadMessageEndsFirstEngine) {
+  startDaemon(kMotion);
+  load();
+  expectToggles();
+  const std::string before = mSetting;
+  EXPECT_EQ(tell(1, nullptr), 0);
+  EXPECT_TRUE(doesViewMove());
+  expectToggles();
+  EXPECT_NE(mSetting, before) << "the second began before the first had written its settings";
+  endInOrder();
+}
+
+TEST_F(Boundary, MessagesDuringATickAreRefused) {
+  startDaemon(kMotion);
+  load();
+  host::setFrameSink([this](const host::Frame&) { expectRefusals(); });
+  EXPECT_TRUE(doesViewMove());
+  EXPECT_TRUE(doesViewMove());
+  EXPECT_GT(mMoments, 1);
+  host::setFrameSink(nullptr);
+  endInOrder();
+}
+
+TEST_F(Boundary, MessagesDuringTheDialogAreRefused) {
+  mHome.remove("Orvaner/Applications");
+  gInDialog = [this] { expectRefusals(); };
+  awaitDialog();
+  load();
+  EXPECT_EQ(mMoments, 1);
+  mHome.makeFolder("Orvaner/Applications");
+  endInOrder();
+}
+
+TEST_F(Boundary, ProcessEndsWithoutMessage) {
+  std::string keys; // each makes a record of the reading thread, which so is nearly always inside one
+  for (int i = 0; i < 40000; ++i)
+    keys += "0.0 device key 0\n";
+  const std::string before =
+      std::regex_replace(mHome.read(kSettings), std::regex("(debug +=) off"), "$1 on ");
+  for (int i = 0; i < 9; ++i) {
+    const bool hasKeys = i % 3 > 0, isRotating = i % 3 > 1;
+    SCOPED_TRACE(isRotating ? "rotating the log" : hasKeys ? "inside a record" : "at rest");
+    const std::string settings =
+        std::regex_replace(before, std::regex("(maxSize +=) 5000"), isRotating ? "$1 0   " : "$1 5000");
+    for (const char* const file : {"ending", kLog, kBackup})
+      mHome.remove(file);
+    mHome.write(kSettings, settings);
+    startDaemon(hasKeys ? keys : kMotion);
+    Process ending(gProgram, {mHome.native("ending")}, mHome.native("ending.txt"));
+    awaitFile("ending");
+    EXPECT_EQ(ending.wait(3), 0);
+    EXPECT_EQ(mHome.read(kSettings), settings);
+    std::string log;
+    for (const char* const file : {kLog, kBackup})
+      log += mHome.exists(file) ? mHome.read(file) : "";
+    EXPECT_EQ(log.find("event: 131104,") != std::string::npos, hasKeys);
+    EXPECT_EQ(log.find("estructing"), std::string::npos);
+  }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  gProgram = argv[0];
+  testing::InitGoogleTest(&argc, argv);
+  if (argc == 1)
+    return RUN_ALL_TESTS();
+  rig::HostedModule module; // this is the process that ends
+  module.load(OV_MODULE);
+  module.tell(1, nullptr);
+  toggle();
+  rig::runLoop(100);
+  std::ofstream(argv[1]).close();
+  return 0;
+}

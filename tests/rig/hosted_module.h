@@ -1,0 +1,74 @@
+#ifndef HOSTED_MODULE_H
+#define HOSTED_MODULE_H
+
+#include <filesystem>
+#include <iterator>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include <arxHeaders.h>
+
+#ifndef _WIN32
+#include <dlfcn.h>
+
+#include "desktop.h"
+#endif
+
+namespace rig {
+
+/// A plug-in as its host has it: the library's handle, and the function that takes messages. A host that
+/// frees the library keeps the pointer, and it works for as long as the library is mapped.
+struct HostedModule {
+  void load(const std::string& path) {
+    mHandle = LoadLibraryA(path.c_str());
+    tell = function<AcRx::AppRetCode (*)(int, void*)>("acrxEntryPoint");
+    ASSERT_TRUE(tell) << path;
+  }
+  void free() {
+    EXPECT_TRUE(FreeLibrary(mHandle));
+    mHandle = nullptr;
+  }
+  template <class Function> Function function(const char* name) const {
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(mHandle, name)));
+  }
+
+  HMODULE mHandle = nullptr;
+  AcRx::AppRetCode (*tell)(int code, void* data) = nullptr;
+};
+
+#ifdef _WIN32
+
+inline bool isMapped(const char* path) {
+  return GetModuleHandleA(path) != nullptr;
+}
+
+/// How much the process holds: handles, of which each thread has some.
+inline long holdings() {
+  DWORD handles = 0;
+  GetProcessHandleCount(GetCurrentProcess(), &handles);
+  return static_cast<long>(handles);
+}
+
+#else
+
+inline bool isMapped(const char* path) {
+  void* const library = dlopen(path, RTLD_NOW | RTLD_NOLOAD);
+  if (library)
+    dlclose(library);
+  return library;
+}
+
+/// How much the process holds: threads, open files, armed timers.
+inline long holdings() {
+  long count = static_cast<long>(desktop::activeTimers().size());
+  for (const char* const folder : {"/proc/self/task", "/proc/self/fd"})
+    count += std::distance(std::filesystem::directory_iterator(folder), {});
+  return count;
+}
+
+#endif
+
+} // namespace rig
+
+#endif
