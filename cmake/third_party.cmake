@@ -1,4 +1,4 @@
-# Libraries of others, for the stand-ins and their programs only: ov::asio, ov::cli11, ov::json, ov::dxflib.
+# Libraries of others, for the stand-ins and their programs only: ov::asio, ov::cli11, ov::json, ov::utfcpp, ov::dxflib.
 #
 # Natively they are Debian's packages. For Windows scripts/install puts the headers, and dxflib's sources, below
 # build/windows/third_party: the compiler there mustn't see the rest of /usr/include.
@@ -9,13 +9,14 @@ if(WIN32)
     message(FATAL_ERROR "third-party headers are missing; run: scripts/install windows")
   endif()
   add_library(ov_third_party_headers INTERFACE)
-  target_include_directories(ov_third_party_headers SYSTEM INTERFACE ${ov_third_party}/include)
+  target_include_directories(ov_third_party_headers SYSTEM INTERFACE ${ov_third_party}/include ${ov_third_party}/include/utf8cpp)
   add_library(ov_asio INTERFACE)
   target_link_libraries(ov_asio INTERFACE ov_third_party_headers ws2_32 mswsock)
   # Windows 7 and later, what the host of that year asks for.
   target_compile_definitions(ov_asio INTERFACE _WIN32_WINNT=0x0601)
   add_library(ov::cli11 ALIAS ov_third_party_headers)
   add_library(ov::json ALIAS ov_third_party_headers)
+  add_library(ov::utfcpp ALIAS ov_third_party_headers)
 
   file(GLOB ov_dxflib_sources ${ov_third_party}/dxflib/src/*.cpp)
   add_library(ov_dxflib STATIC EXCLUDE_FROM_ALL ${ov_dxflib_sources})
@@ -27,6 +28,8 @@ else()
   add_library(ov::cli11 ALIAS CLI11::CLI11)
   find_package(nlohmann_json REQUIRED)
   add_library(ov::json ALIAS nlohmann_json::nlohmann_json)
+  find_package(utf8cpp REQUIRED)
+  add_library(ov::utfcpp ALIAS utf8cpp)
   find_path(OV_ASIO_INCLUDE_DIR asio.hpp REQUIRED)
   add_library(ov_asio INTERFACE)
   target_include_directories(ov_asio SYSTEM INTERFACE ${OV_ASIO_INCLUDE_DIR})

@@ -2,7 +2,7 @@
 
 #include "call_log.h"
 #include "desktop.h"
-#include "devlink_twin.h"
+#include "fake_devlink.h"
 #include "engine_rig.h"
 #include "engine_state.h"
 
@@ -24,7 +24,7 @@ void freshSurroundings() {
 std::unique_ptr<OvAutoCad> makeEngine() {
   rig::useOwnHome();
   rig::home().write(rig::kSettingsFile, rig::settingsText({{"logToFile", "off"}}));
-  devlink_twin::reset();
+  fake_devlink::reset();
   freshSurroundings();
   auto pluginP = std::make_unique<OvAutoCad>();
   pluginP->mIsToWatchConnection = false; // there is nothing to watch, and it would wake up all the time

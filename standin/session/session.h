@@ -45,6 +45,8 @@ enum class Verb {
 
 enum class Selection { objects, all, none, line };
 enum class Pointer { view, tree, list, edit, wheel, none };
+/// Names of the pointer's places in sessions and reports, in the order of Pointer.
+constexpr const char* kPointerNames[] = {"view", "tree", "list", "edit", "wheel", "none"};
 
 /// Event codes of the device, as the client library delivers them.
 constexpr std::int32_t kEventRotationChanged = 0x20001;

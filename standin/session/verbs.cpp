@@ -104,13 +104,10 @@ void readOnOff(Words& words, Action& action) {
 }
 
 void readPointer(Words& words, Action& action) {
-  action.mPointer = oneOf<Pointer>(words, "pointer place",
-                                   {{"view", Pointer::view},
-                                    {"tree", Pointer::tree},
-                                    {"list", Pointer::list},
-                                    {"edit", Pointer::edit},
-                                    {"wheel", Pointer::wheel},
-                                    {"none", Pointer::none}});
+  std::map<std::string_view, Pointer> places;
+  for (int i = 0; i <= static_cast<int>(Pointer::none); ++i)
+    places[kPointerNames[i]] = static_cast<Pointer>(i);
+  action.mPointer = oneOf(words, "pointer place", places);
 }
 
 void readLook(Words& words, Action& action) {

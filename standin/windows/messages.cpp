@@ -41,7 +41,7 @@ std::shared_ptr<Queue> ownQueue(State& s) {
 }
 
 /// Which messages a caller wants, and how.
-struct Wish {
+struct MessageFilter {
   UINT first = 0;
   UINT last = 0; ///< both 0: all
   bool isToRemove = true;
@@ -69,34 +69,34 @@ Timer* nextTimer(State& s) {
 
 /// The next message that lies ready. Timers come last: no message is made of one before somebody asks, so
 /// there is never more than one of each under way, and a killed timer leaves nothing behind.
-bool take(State& s, Queue& queue, const Wish& wish, MSG& message) {
+bool take(State& s, Queue& queue, const MessageFilter& filter, MSG& message) {
   const auto posted = std::find_if(queue.posted.begin(), queue.posted.end(),
-                                   [&wish](const MSG& candidate) { return wish.matches(candidate.message); });
+                                   [&filter](const MSG& candidate) { return filter.matches(candidate.message); });
   if (posted != queue.posted.end()) {
     message = *posted;
-    if (wish.isToRemove)
+    if (filter.isToRemove)
       queue.posted.erase(posted);
     return true;
   }
-  if (queue.isQuitting && wish.isQuitWanted) {
+  if (queue.isQuitting && filter.isQuitWanted) {
     message = makeMessage(s, WM_QUIT, static_cast<WPARAM>(queue.exitCode), 0);
-    if (wish.isToRemove)
+    if (filter.isToRemove)
       queue.isQuitting = false;
     return true;
   }
-  Timer* const timer = wish.matches(WM_TIMER) ? nextTimer(s) : nullptr;
+  Timer* const timer = filter.matches(WM_TIMER) ? nextTimer(s) : nullptr;
   const std::int64_t now = desktop::detail::clockNow(s);
-  if (timer == nullptr || timer->due > std::min(now, wish.timersUpTo))
+  if (timer == nullptr || timer->due > std::min(now, filter.timersUpTo))
     return false;
   message = makeMessage(s, WM_TIMER, timer->id, reinterpret_cast<LPARAM>(timer->procedure));
-  if (wish.isToRemove)
+  if (filter.isToRemove)
     timer->due = now + timer->interval;
   return true;
 }
 
 /// Waits until there may be something to take. The lock is given back meanwhile.
-void waitForMessage(State& s, Queue& queue, const Wish& wish, std::unique_lock<std::mutex>& lock) {
-  const Timer* const timer = wish.matches(WM_TIMER) ? nextTimer(s) : nullptr;
+void waitForMessage(State& s, Queue& queue, const MessageFilter& filter, std::unique_lock<std::mutex>& lock) {
+  const Timer* const timer = filter.matches(WM_TIMER) ? nextTimer(s) : nullptr;
   if (timer == nullptr || s.isClockHeld) {
     queue.arrived.wait(lock);
     return;
@@ -108,14 +108,14 @@ void waitForMessage(State& s, Queue& queue, const Wish& wish, std::unique_lock<s
 
 int dispatchReady(std::int64_t timersUpTo) {
   State& s = state();
-  Wish wish;
-  wish.isQuitWanted = false;
-  wish.timersUpTo = timersUpTo;
+  MessageFilter filter;
+  filter.isQuitWanted = false;
+  filter.timersUpTo = timersUpTo;
   for (int count = 0;; ++count) {
     MSG message{};
     {
       const Guard lock(s.mutex);
-      if (!take(s, *ownQueue(s), wish, message))
+      if (!take(s, *ownQueue(s), filter, message))
         return count;
     }
     DispatchMessageW(&message);
@@ -206,11 +206,11 @@ BOOL WINAPI GetMessageW(LPMSG message, HWND window, UINT first, UINT last) {
   State& s = state();
   std::unique_lock<std::mutex> lock(s.mutex);
   const std::shared_ptr<Queue> queue = ownQueue(s);
-  Wish wish;
-  wish.first = first;
-  wish.last = last;
-  while (!take(s, *queue, wish, *message))
-    waitForMessage(s, *queue, wish, lock);
+  MessageFilter filter;
+  filter.first = first;
+  filter.last = last;
+  while (!take(s, *queue, filter, *message))
+    waitForMessage(s, *queue, filter, lock);
   return message->message == WM_QUIT ? 0 : 1;
 }
 
@@ -219,11 +219,11 @@ BOOL WINAPI PeekMessageW(LPMSG message, HWND window, UINT first, UINT last, UINT
     return FALSE;
   State& s = state();
   const Guard lock(s.mutex);
-  Wish wish;
-  wish.first = first;
-  wish.last = last;
-  wish.isToRemove = (remove & PM_REMOVE) != 0;
-  return take(s, *ownQueue(s), wish, *message) ? TRUE : FALSE;
+  MessageFilter filter;
+  filter.first = first;
+  filter.last = last;
+  filter.isToRemove = (remove & PM_REMOVE) != 0;
+  return take(s, *ownQueue(s), filter, *message) ? TRUE : FALSE;
 }
 
 BOOL WINAPI TranslateMessage(const MSG*) {

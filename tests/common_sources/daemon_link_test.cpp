@@ -32,7 +32,7 @@ bool waitFor(const std::function<bool()>& isDone) {
 /// Calls of the device library since a mark, without the announcements, which come from the reading thread.
 Lines linkCalls(std::size_t from) {
   Lines found;
-  const Lines all = devlink_twin::calls();
+  const Lines all = fake_devlink::calls();
   for (std::size_t i = from; i < all.size(); ++i) {
     if (all[i].compare(0, 13, "ovSetApplMode") != 0)
       found.push_back(all[i]);
@@ -41,7 +41,7 @@ Lines linkCalls(std::size_t from) {
 }
 
 int announcements() {
-  return devlink_twin::callCount("ovSetApplMode");
+  return fake_devlink::callCount("ovSetApplMode");
 }
 
 /// The link without the watch, so that a test alone decides when it is looked after. The reading thread waits
@@ -52,18 +52,18 @@ protected:
     EngineTest::SetUp();
     plugin().mIsToWatchConnection = false;
     ASSERT_TRUE(waitFor([this] { return !plugin().mIsConnWatchRunning; }));
-    devlink_twin::reset();
+    fake_devlink::reset();
     ASSERT_TRUE(link().connect());
     event(kAnnounceModeEvent);
-    mMark = devlink_twin::calls().size();
-    mModesMark = devlink_twin::modes().size();
+    mMark = fake_devlink::calls().size();
+    mModesMark = fake_devlink::modes().size();
     mLogMark = rig::logSize();
   }
 
   DaemonProxy& link() { return *plugin().mDaemonProxyP; }
   void event(std::int32_t code, const std::array<short, 6>& axes = {}) {
-    devlink_twin::pushMotion(axes, code);
-    ASSERT_TRUE(devlink_twin::waitUntilTaken());
+    fake_devlink::pushMotion(axes, code);
+    ASSERT_TRUE(fake_devlink::waitUntilTaken());
   }
   std::array<int, 6> sample() {
     OvAutoCad& p = plugin();
@@ -76,7 +76,7 @@ protected:
   }
   Lines takeLinkCalls() {
     const Lines found = linkCalls(mMark);
-    mMark = devlink_twin::calls().size();
+    mMark = fake_devlink::calls().size();
     return found;
   }
   /// Records of this thread or of the reading thread since the last call.
@@ -90,7 +90,7 @@ protected:
 
   /// Modes that were announced with success since the start, or the last call.
   Lines takeModes() {
-    const Lines all = devlink_twin::modes();
+    const Lines all = fake_devlink::modes();
     const Lines found(all.begin() + static_cast<std::ptrdiff_t>(mModesMark), all.end());
     mModesMark = all.size();
     return found;
@@ -103,7 +103,7 @@ protected:
 
 TEST_F(DaemonLink, ConnectListsTheDevicesThenFetchesTheRotationAndGivesUpAtAFailureBeforeThat) {
   const Lines all = {"ovConnect acad", "ovGetDevInfo 0", "ovGetDevInfo 1", "ovGetAdvancedSettings 0"};
-  const std::string first = "INF devIdx: 0:Orvaner twin", second = "INF devIdx: 1:Orvaner twin";
+  const std::string first = "INF devIdx: 0:Orvaner fake", second = "INF devIdx: 1:Orvaner fake";
   struct Case {
     const char* function; // that fails
     int skip;
@@ -120,13 +120,13 @@ TEST_F(DaemonLink, ConnectListsTheDevicesThenFetchesTheRotationAndGivesUpAtAFail
       {"ovGetAdvancedSettings", 0, 4, {first, second, "ERR Error in ovGetAdvancedSettings()!"}, true, 0},
       {"none", 0, 4, {first, second}, true, 2},
   };
-  devlink_twin::setDeviceCount(2);
-  devlink_twin::setRotation(112, true);
+  fake_devlink::setDeviceCount(2);
+  fake_devlink::setRotation(112, true);
   for (const Case& c : cases) {
     SCOPED_TRACE(testing::Message() << c.function << " " << c.skip);
     proxy().setRotMode(113);
     proxy().mZoomAllAfterView = true;
-    devlink_twin::fail(c.function, 1, c.skip);
+    fake_devlink::fail(c.function, 1, c.skip);
     EXPECT_EQ(link().connect(), c.isConnected);
     EXPECT_EQ(link().mIsConnected, c.isConnected);
     EXPECT_EQ(link().mIsToSendMode, c.isConnected);
@@ -142,20 +142,20 @@ TEST_F(DaemonLink, ConnectListsTheDevicesThenFetchesTheRotationAndGivesUpAtAFail
     EXPECT_TRUE(link().mIsConnected);
     EXPECT_EQ(takeLinkCalls(), Lines{});
   }
-  devlink_twin::setDeviceCount(0); // no failure
-  devlink_twin::setRotation(112, false);
+  fake_devlink::setDeviceCount(0); // no failure
+  fake_devlink::setRotation(112, false);
   EXPECT_TRUE(link().connect());
   EXPECT_FALSE(proxy().mZoomAllAfterView);
   EXPECT_EQ(takeLinkCalls(), (Lines{all.front(), all.back()}));
 }
 
 TEST_F(DaemonLink, LookAtADeadLinkClosesIt) {
-  devlink_twin::fail("ovGetDevNum");
+  fake_devlink::fail("ovGetDevNum");
   EXPECT_FALSE(link().checkConnection());
   EXPECT_FALSE(link().mIsConnected);
   EXPECT_EQ(takeLinkCalls(), Lines{"ovDisconnect"});
   EXPECT_EQ(takeLinkRecords(), Lines{"ERR Error in ovGetDevNum()!"});
-  devlink_twin::fail("ovDisconnect");
+  fake_devlink::fail("ovDisconnect");
   EXPECT_FALSE(link().checkConnection()) << "the link is down by now";
   EXPECT_EQ(takeLinkRecords(), (Lines{"ERR Error in ovGetDevNum()!", "ERR Error in ovDisconnect()!"}));
 }
@@ -173,7 +173,7 @@ TEST_F(DaemonLink, EachEventCodeHasItsOneEffect) {
     plugin().mPendingKey = -1;
     plugin().mPendingSpecial = 0;
     proxy().setRotMode(0);
-    devlink_twin::setRotation(12, true);
+    fake_devlink::setRotation(12, true);
     proxy().mZoomAllAfterView = false;
     takeLinkRecords();
     const int announced = announcements();
@@ -191,7 +191,7 @@ TEST_F(DaemonLink, EachEventCodeHasItsOneEffect) {
 }
 
 TEST_F(DaemonLink, DaemonIsToldEachNewModeUntilItKnows) {
-  EXPECT_EQ(devlink_twin::modes().back(), "Unknown") << "there is no menu file yet";
+  EXPECT_EQ(fake_devlink::modes().back(), "Unknown") << "there is no menu file yet";
   enum Before { Nothing, Modes, Mode2, Mode1, Connect, NoModes };
   struct Case {
     Before before;
@@ -227,21 +227,21 @@ TEST_F(DaemonLink, DaemonIsToldEachNewModeUntilItKnows) {
     else if (c.before == Connect)
       link().connect();
     if (c.refusals > 0)
-      devlink_twin::fail("ovSetApplMode", c.refusals);
+      fake_devlink::fail("ovSetApplMode", c.refusals);
     const int tries = announcements();
     event(c.event);
     EXPECT_EQ(announcements() - tries, c.tries);
     EXPECT_EQ(takeModes(), c.modes);
   }
   EXPECT_FALSE(link().mIsToSendMode);
-  EXPECT_EQ(devlink_twin::calls().back(), "ovSetApplMode AutoCAD Unknown");
+  EXPECT_EQ(fake_devlink::calls().back(), "ovSetApplMode AutoCAD Unknown");
 }
 
 TEST_F(DaemonLink, FetchThatFailsStillLetsTheModeThrough) {
   setModes({"Start"});
   setSample(1, 2, 3);
-  devlink_twin::fail("ovSetApplMode", 1);
-  devlink_twin::fail("ovFetchEvent", 1); // the one behind the event, which the thread doesn't wait in
+  fake_devlink::fail("ovSetApplMode", 1);
+  fake_devlink::fail("ovFetchEvent", 1); // the one behind the event, which the thread doesn't wait in
   takeLinkRecords();
   event(0);
   EXPECT_EQ(takeModes(), Lines{"Start"});
@@ -269,7 +269,7 @@ Lines lifeRecords(std::size_t from) {
 TEST_F(EngineTest, ComesUpAndGoesInOrder) {
   restart();
   std::size_t mark = rig::logSize();
-  devlink_twin::fail("ovDisconnect");
+  fake_devlink::fail("ovDisconnect");
   stop(); // with the reading thread waiting for an event
   EXPECT_EQ(lifeRecords(mark),
             (Lines{" ov_auto_cad.cpp: Destructing ...", "daemon_proxy.cpp: Destructing ...",
@@ -294,7 +294,7 @@ TEST_F(EngineTest, ComesUpAndGoesInOrder) {
             (Lines{"    settings.cpp: Constructing ...", "    settings.cpp: Constructed.",
                    "*o_cad_proxy.cpp: Constructing ...", "*o_cad_proxy.cpp: AutoCadProxy constructed.",
                    "daemon_proxy.cpp: Constructing ...", "daemon_proxy.cpp: Checking connection ...",
-                   "daemon_proxy.cpp: devIdx: 0:Orvaner twin", "daemon_proxy.cpp: Constructed.",
+                   "daemon_proxy.cpp: devIdx: 0:Orvaner fake", "daemon_proxy.cpp: Constructed.",
                    " ov_auto_cad.cpp: Constructed."}));
   EXPECT_EQ(linkCalls(0), (Lines{"ovConnect acad", "ovGetDevInfo 0", "ovGetAdvancedSettings 0"}));
 #ifndef _WIN32

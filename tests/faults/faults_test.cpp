@@ -17,7 +17,7 @@
 #include "call_log.h"
 #include "daemon_proxy.h"
 #include "desktop.h"
-#include "devlink_twin.h"
+#include "fake_devlink.h"
 #include "engine_rig.h"
 #include "engine_state.h"
 #include "event_codes.h"
@@ -210,7 +210,7 @@ class Faults : public testing::Test {
 protected:
   void SetUp() override {
     call_log::clear();
-    devlink_twin::reset();
+    fake_devlink::reset();
     rig::useOwnHome();
     rig::home().write("OvScribe2018.dll", "stands for the menu reader");
     mClean = cleanOutcome();
@@ -320,22 +320,22 @@ TEST_F(Faults, EveryCallOfTheDeviceLibraryFailingThenThrowing) {
       const bool isThrow = call % 2 != 0;
       SCOPED_TRACE(testing::Message()
                    << function << (isThrow ? " throws" : " fails") << " after " << call / 2);
-      devlink_twin::reset();
-      devlink_twin::fail(function, 1, call / 2, isThrow);
-      devlink_twin::pushMotion({5, 0, 0, 0, 0, 0});
-      devlink_twin::pushEvent(kRotationSettingsEvent1);
-      devlink_twin::pushEvent(kAnnounceModeEvent);
-      devlink_twin::pushMotion({0, 0, 0, 0, 0, 0});
+      fake_devlink::reset();
+      fake_devlink::fail(function, 1, call / 2, isThrow);
+      fake_devlink::pushMotion({5, 0, 0, 0, 0, 0});
+      fake_devlink::pushEvent(kRotationSettingsEvent1);
+      fake_devlink::pushEvent(kAnnounceModeEvent);
+      fake_devlink::pushMotion({0, 0, 0, 0, 0, 0});
       Session session;
       session.play();
-      ASSERT_TRUE(devlink_twin::waitUntilTaken()) << "the reading thread has stopped";
+      ASSERT_TRUE(fake_devlink::waitUntilTaken()) << "the reading thread has stopped";
       EXPECT_TRUE(session.isPumpRunning());
       session.unload();
       expectBalance("");
       trial.count(std::string(function) + " at call " + std::to_string(call), !HasFailure());
     }
   }
-  devlink_twin::reset();
+  fake_devlink::reset();
   EXPECT_EQ(cleanOutcome(), mClean);
 }
 

@@ -142,7 +142,7 @@ void EngineTest::restart(const std::vector<std::pair<std::string, std::string>>&
   rig::useOwnHome();
   rig::home().remove(rig::kMenuFile);
   rig::home().write(rig::kSettingsFile, rig::settingsText(settingsChanges));
-  devlink_twin::reset();
+  fake_devlink::reset();
   gPluginP = std::make_unique<OvAutoCad>();
   gHasOwnSettings = !settingsChanges.empty();
 }

@@ -11,10 +11,10 @@
 #include "host.h"
 #include "ov_auto_cad.h"
 
-#include "devlink_twin.h"
+#include "fake_devlink.h"
 #include "temp_folder.h"
 
-/// What tests of the whole engine stand on: a home folder of their own, a fresh host, the twin of the device
+/// What tests of the whole engine stand on: a home folder of their own, a fresh host, the fake of the device
 /// library, and where Windows is a stand-in a fresh desktop with the clock in hand.
 namespace rig {
 

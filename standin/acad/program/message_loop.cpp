@@ -7,15 +7,15 @@ namespace program {
 namespace {
 
 /// Often enough that a session's lines seem to be on time, seldom enough to cost nothing at rest.
-constexpr UINT kBeatMilliseconds = 20;
+constexpr UINT kWakeMilliseconds = 20;
 
-class Beat {
+class WakeTimer {
 public:
   // Without a procedure: the message alone is what wakes the loop.
-  Beat() : mId(SetTimer(nullptr, 0, kBeatMilliseconds, nullptr)) {}
-  ~Beat() { KillTimer(nullptr, mId); }
-  Beat(const Beat&) = delete;
-  Beat& operator=(const Beat&) = delete;
+  WakeTimer() : mId(SetTimer(nullptr, 0, kWakeMilliseconds, nullptr)) {}
+  ~WakeTimer() { KillTimer(nullptr, mId); }
+  WakeTimer(const WakeTimer&) = delete;
+  WakeTimer& operator=(const WakeTimer&) = delete;
 
 private:
   UINT_PTR mId;
@@ -24,7 +24,7 @@ private:
 } // namespace
 
 void runMessageLoop(const std::function<void()>& handOver, const std::function<bool()>& step) {
-  const Beat beat;
+  const WakeTimer wakeTimer;
   MSG message{};
   while (GetMessageW(&message, nullptr, 0, 0) > 0) {
     TranslateMessage(&message);

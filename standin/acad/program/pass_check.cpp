@@ -1,7 +1,6 @@
 #include "pass_check.h"
 
-#include "clock.h"
-
+#include "recorder.h"
 #include <windows.h>
 
 #include "cnfg.h"

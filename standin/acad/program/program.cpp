@@ -2,9 +2,8 @@
 
 #include "arxHeaders.h"
 #include "arx_module.h"
-#include "clock.h"
 #include "controls.h"
-#include "drawing_file.h"
+#include "dxf_reader.h"
 #include "host_player.h"
 #include "message_loop.h"
 #include "output.h"
@@ -143,10 +142,13 @@ int run(const Options& options) {
   if (!session.isGood())
     return kExitUnusable;
   host::reset();
-  std::string reason;
-  if (!options.mDrawing.empty() && !openDrawing(options.mDrawing, reason)) {
-    std::cerr << reason << '\n';
-    return kExitUnusable;
+  if (!options.mDrawing.empty()) {
+    const dxf::Result drawing = dxf::load(options.mDrawing);
+    if (!drawing.isLoaded()) {
+      std::cerr << drawing.error << '\n';
+      return kExitUnusable;
+    }
+    std::cout << options.mDrawing << ": " << drawing.summary() << '\n' << std::flush;
   }
   if (options.mIsDryRun)
     return kExitGood;

@@ -1,6 +1,6 @@
 #include "host_player.h"
 
-#include "utf8.h"
+#include "wide_text.h"
 
 #include <algorithm>
 #include <cmath>

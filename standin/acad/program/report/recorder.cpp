@@ -1,7 +1,5 @@
 #include "recorder.h"
 
-#include "clock.h"
-
 #include <algorithm>
 #include <chrono>
 
@@ -93,7 +91,7 @@ void ScrollWatch::look() {
     mScrolls.push_back({unixNow(), std::move(states)});
 }
 
-std::vector<At<std::vector<ScrollState>>> ScrollWatch::scrolls() const {
+std::vector<Timestamped<std::vector<ScrollState>>> ScrollWatch::scrolls() const {
   const std::lock_guard<std::mutex> lock(mMutex);
   return mScrolls;
 }

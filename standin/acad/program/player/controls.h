@@ -56,9 +56,6 @@ public:
 /// Makes the host's windows on this system's desktop.
 std::unique_ptr<Controls> makeControls();
 
-/// As sessions write it.
-const char* pointerName(session::Pointer where);
-
 } // namespace program
 
 #endif

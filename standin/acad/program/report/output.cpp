@@ -2,7 +2,7 @@
 
 #include "arx_module.h"
 #include "report_page.h"
-#include "utf8.h"
+#include "wide_text.h"
 
 #include <nlohmann/json.hpp>
 

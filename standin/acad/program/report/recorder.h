@@ -16,6 +16,11 @@
 
 namespace program {
 
+/// Returns seconds since 1970, UTC: the time of the daemon's record, too.
+inline double unixNow() {
+  return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+}
+
 /// Objects that moved together since the frame before, and how.
 struct MovedGroup {
   std::vector<int> mObjects; ///< numbers
@@ -31,7 +36,7 @@ struct RecordedFrame {
   double mPlugInSeconds = 0; ///< what the plug-in took since the frame before; 0 if it had no part in it
 };
 
-template <class Value> struct At {
+template <class Value> struct Timestamped {
   double mUnixSeconds = 0;
   Value mValue;
 };
@@ -49,7 +54,7 @@ public:
   /// Looks now. May be called from any thread.
   void look();
   /// Where the controls stood, whenever one had moved. May be called from any thread.
-  std::vector<At<std::vector<ScrollState>>> scrolls() const;
+  std::vector<Timestamped<std::vector<ScrollState>>> scrolls() const;
 
 private:
   void run();
@@ -58,7 +63,7 @@ private:
   mutable std::mutex mMutex;
   std::condition_variable mWake;
   bool mIsToEnd = false;
-  std::vector<At<std::vector<ScrollState>>> mScrolls;
+  std::vector<Timestamped<std::vector<ScrollState>>> mScrolls;
   std::thread mThread;
 };
 
@@ -99,10 +104,10 @@ public:
   /// Whether a frame showed another view than the one before it.
   bool hasViewMoved() const { return mHasViewMoved; }
   const DrawingData& drawing() const { return mDrawing; }
-  const std::vector<At<std::string>>& captions() const { return mCaptions; }
-  const std::vector<At<session::Pointer>>& pointers() const { return mPointers; }
-  const std::vector<At<std::vector<int>>>& selections() const { return mSelections; }
-  std::vector<At<std::vector<ScrollState>>> scrolls() const { return mScrollWatch.scrolls(); }
+  const std::vector<Timestamped<std::string>>& captions() const { return mCaptions; }
+  const std::vector<Timestamped<session::Pointer>>& pointers() const { return mPointers; }
+  const std::vector<Timestamped<std::vector<int>>>& selections() const { return mSelections; }
+  std::vector<Timestamped<std::vector<ScrollState>>> scrolls() const { return mScrollWatch.scrolls(); }
 
 private:
   using Steady = std::chrono::steady_clock;
@@ -125,9 +130,9 @@ private:
   std::vector<double> mPlugInTimes;
   bool mHasViewMoved = false;
   DrawingData mDrawing;
-  std::vector<At<std::string>> mCaptions;
-  std::vector<At<session::Pointer>> mPointers;
-  std::vector<At<std::vector<int>>> mSelections;
+  std::vector<Timestamped<std::string>> mCaptions;
+  std::vector<Timestamped<session::Pointer>> mPointers;
+  std::vector<Timestamped<std::vector<int>>> mSelections;
   ScrollWatch mScrollWatch;
 };
 

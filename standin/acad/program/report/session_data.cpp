@@ -1,7 +1,7 @@
 #include "session_data.h"
 
 #include "session.h"
-#include "utf8.h"
+#include "wide_text.h"
 
 #include <nlohmann/json.hpp>
 
@@ -249,7 +249,8 @@ json sessionData(const Recorder& recorder, const SessionInput& input) {
     out["captions"].push_back({{"t", caption.mUnixSeconds - start}, {"text", caption.mValue}});
   out["pointer"] = json::array();
   for (const auto& pointer : recorder.pointers())
-    out["pointer"].push_back({{"t", pointer.mUnixSeconds - start}, {"on", pointerName(pointer.mValue)}});
+    out["pointer"].push_back({{"t", pointer.mUnixSeconds - start},
+                              {"on", session::kPointerNames[static_cast<int>(pointer.mValue)]}});
   out["selection"] = json::array();
   for (const auto& selection : recorder.selections())
     out["selection"].push_back({{"t", selection.mUnixSeconds - start}, {"objects", selection.mValue}});

@@ -1,5 +1,5 @@
-#ifndef DEVLINK_TWIN_H
-#define DEVLINK_TWIN_H
+#ifndef FAKE_DEVLINK_H
+#define FAKE_DEVLINK_H
 
 #include <array>
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 /// The device library in memory: the same seven functions, with a daemon that tests script. Linked in the
 /// real library's place. Everything may be called on any thread.
-namespace devlink_twin {
+namespace fake_devlink {
 
 /// A daemon that is there, with one device, rotation code 0 and no event; all records empty.
 void reset();
@@ -33,6 +33,6 @@ int callCount(const std::string& function);
 /// The mode names announced with success.
 std::vector<std::string> modes();
 
-} // namespace devlink_twin
+} // namespace fake_devlink
 
 #endif

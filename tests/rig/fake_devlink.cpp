@@ -1,4 +1,4 @@
-#include "devlink_twin.h"
+#include "fake_devlink.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -39,7 +39,7 @@ struct State {
   std::vector<std::string> modes;
 };
 
-struct Twin : State {
+struct FakeDevlink : State {
   std::mutex mutex;
   std::condition_variable changed;
   bool isFetchWaiting = false;
@@ -63,34 +63,34 @@ struct Twin : State {
   }
 };
 
-Twin& twin() {
-  static Twin* const twinP = new Twin; // reading threads may outlive static objects
-  return *twinP;
+FakeDevlink& fake() {
+  static FakeDevlink* const fakeP = new FakeDevlink; // reading threads may outlive static objects
+  return *fakeP;
 }
 
-/// The twin, nobody else's until the statement's end.
+/// The fake, nobody else's until the statement's end.
 struct Held {
-  Twin* operator->() const { return &twin(); }
-  const std::lock_guard<std::mutex> mLock{twin().mutex};
+  FakeDevlink* operator->() const { return &fake(); }
+  const std::lock_guard<std::mutex> mLock{fake().mutex};
 };
 
 /// A function of the library that needs a daemon.
 template <class Action> int call(const char* function, const std::string& arguments, const Action& action) {
   const Held held;
-  if (twin().enter(function, arguments) || !twin().isPresent)
+  if (fake().enter(function, arguments) || !fake().isPresent)
     return 1;
-  action(twin());
+  action(fake());
   return 0;
 }
 
 } // namespace
 
-namespace devlink_twin {
+namespace fake_devlink {
 
 void reset() {
   const Held held;
-  static_cast<State&>(twin()) = State();
-  twin().changed.notify_all();
+  static_cast<State&>(fake()) = State();
+  fake().changed.notify_all();
 }
 
 void setPresent(bool isPresent) {
@@ -121,7 +121,7 @@ void pushEvent(std::int32_t code) {
 }
 
 bool waitUntilTaken() {
-  Twin& t = twin();
+  FakeDevlink& t = fake();
   std::unique_lock<std::mutex> lock(t.mutex);
   return t.changed.wait_for(lock, 5s, [&t] { return t.events.empty() && t.isFetchWaiting; });
 }
@@ -142,12 +142,12 @@ std::vector<std::string> modes() {
   return Held()->modes;
 }
 
-} // namespace devlink_twin
+} // namespace fake_devlink
 
 extern "C" {
 
 int ovConnect(int, const char* clientName) {
-  return call("ovConnect", clientName, [](Twin& t) { t.isLinkUp = true; });
+  return call("ovConnect", clientName, [](FakeDevlink& t) { t.isLinkUp = true; });
 }
 
 int ovDisconnect() {
@@ -166,14 +166,14 @@ int ovGetDevNum(int* deviceCount, int*, int*) {
 }
 
 int ovGetDevInfo(int deviceIndex, void* record96) {
-  return call("ovGetDevInfo", std::to_string(deviceIndex), [record96](Twin&) {
+  return call("ovGetDevInfo", std::to_string(deviceIndex), [record96](FakeDevlink&) {
     std::memset(record96, 0, 96);
-    std::memcpy(static_cast<char*>(record96) + 20, "Orvaner twin", 13);
+    std::memcpy(static_cast<char*>(record96) + 20, "Orvaner fake", 13);
   });
 }
 
 int ovGetAdvancedSettings(int deviceIndex, void* record148) {
-  return call("ovGetAdvancedSettings", std::to_string(deviceIndex), [record148](const Twin& t) {
+  return call("ovGetAdvancedSettings", std::to_string(deviceIndex), [record148](const FakeDevlink& t) {
     std::memset(record148, 0x55, 148); // what isn't read may hold anything
     std::memcpy(static_cast<char*>(record148) + 132, &t.rotation, 4);
     static_cast<char*>(record148)[138] = t.zoomAllAfterView ? 1 : 0;
@@ -182,7 +182,7 @@ int ovGetAdvancedSettings(int deviceIndex, void* record148) {
 
 int ovFetchEvent(int, short* x, short* y, short* z, short* a, short* b, short* c, int*, int*, int* eventCode,
                  int*, int*) {
-  Twin& t = twin();
+  FakeDevlink& t = fake();
   std::unique_lock<std::mutex> lock(t.mutex);
   if (t.enter("ovFetchEvent", "", false))
     return 1;
@@ -206,7 +206,7 @@ int ovFetchEvent(int, short* x, short* y, short* z, short* a, short* b, short* c
 
 int ovSetApplMode(const char* application, const char* mode) {
   return call("ovSetApplMode", std::string(application) + " " + mode,
-              [mode](Twin& t) { t.modes.push_back(mode); });
+              [mode](FakeDevlink& t) { t.modes.push_back(mode); });
 }
 
 } // extern "C"

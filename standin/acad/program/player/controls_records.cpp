@@ -2,7 +2,7 @@
 #include "controls.h"
 
 #include "desktop.h"
-#include "utf8.h"
+#include "wide_text.h"
 
 #include <iostream>
 
@@ -76,7 +76,7 @@ public:
   void point(session::Pointer where) override {
     HWND window = where == session::Pointer::view ? mView : nullptr;
     for (std::size_t i = 0; i < mInfos.size(); ++i) {
-      if (mInfos[i].mName == pointerName(where))
+      if (mInfos[i].mName == session::kPointerNames[static_cast<int>(where)])
         window = mWindows[i];
     }
     RECT rect{};
