@@ -104,8 +104,6 @@ void CAutoCAD2011App::freeLibrary() {
 }
 
 void CAutoCAD2011App::letMessageLeave() {
-  if (!mIsFreeing)
-    return;
   mIsLastReference = true;
   Sleep(kWayOut);
 }

@@ -31,9 +31,11 @@ public:
   AcRx::AppRetCode On_kUnloadAppMsg(void* pkt) override;
   void RegisterServerComponents() override;
 
-  /// For the library's last moment, on any thread. If the unload message is giving back the last reference,
-  /// waits until that message has left the library's code. A host can bring that about with a pointer that it
-  /// kept after it had freed the library.
+  /// Returns true if the unload message is giving back the last reference, and waits for that on the host's
+  /// main thread. A host brings that about with a pointer that it kept after it had freed the library. For the
+  /// library's last moment, on any thread.
+  bool isFreeing() const { return mIsFreeing; }
+  /// Lets that message return, and waits until it has left the library's code.
   void letMessageLeave();
 
   std::unique_ptr<OvAutoCad> mOvAutoCadP;

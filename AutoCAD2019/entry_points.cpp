@@ -20,7 +20,12 @@ template <class T> struct WithLibrary {
   WithLibrary() { new (&mObject) T; }
   ~WithLibrary() {
     if (!gIsProcessEnding)
+      destroy();
+  }
+  void destroy() {
+    if (mIsThere)
       mObject.~T();
+    mIsThere = false;
   }
   WithLibrary(const WithLibrary&) = delete;
   WithLibrary& operator=(const WithLibrary&) = delete;
@@ -28,6 +33,7 @@ template <class T> struct WithLibrary {
   union {
     T mObject;
   };
+  bool mIsThere = true;
 };
 
 /// What the application keeps for each document: nothing so far.
@@ -74,8 +80,10 @@ BOOL APIENTRY DllMain(HINSTANCE module, DWORD reason, LPVOID isProcessEnding) {
   // one waits for them, and takes longer than a user likes.
   else if (reason == DLL_PROCESS_DETACH && isProcessEnding)
     gIsProcessEnding = true;
-  else if (reason == DLL_PROCESS_DETACH)
+  else if (reason == DLL_PROCESS_DETACH && gApplication.mObject.isFreeing()) {
+    gDocVars.destroy(); // it calls the host, and the host's main thread still waits for this one
     gApplication.mObject.letMessageLeave();
+  }
   return TRUE;
 }
 

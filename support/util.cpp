@@ -61,8 +61,13 @@ std::string getTime() {
 
 std::string getDate() {
   const std::time_t now = std::time(nullptr);
-  const std::string text = std::ctime(&now); // "Sun Nov 22 21:47:58 2026\n"
-  return text.substr(0, 11) + text.substr(20, 4);
+  char text[26] = {}; // "Sun Nov 22 21:47:58 2026\n"
+#ifdef _WIN32
+  ctime_s(text, sizeof text, &now);
+#else
+  ctime_r(&now, text);
+#endif
+  return std::string(text, 11) + std::string(text + 20, 4);
 }
 
 std::string nativePath(const std::string& path) {
