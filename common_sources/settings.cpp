@@ -6,13 +6,35 @@
 
 #include "cnfg.h"
 #include "logging.h"
-#include "parameter_text.h"
+#include "parameter.h"
 #include "util.h"
 
 namespace {
 
 constexpr char kProgramSection[] = "PROGRAM";
-constexpr int kValueWidth = 50; // columns that a value takes in the file
+constexpr int kValueWidth = 50;        // columns that a value takes in the file
+constexpr std::size_t kNameWidth = 23; // columns that a name takes in the dump
+
+/// In the order of the file.
+const Parameter<Settings> kParameters[] = {
+    {"name", &Settings::mName, "(AutoCAD Plug-in) mName", "# program's name"},
+    {"version", &Settings::mVersion, "mVersion", "# program's version number"},
+    {"transSensBase", &Settings::mTraSensBase, "mTraSensBase", "# base sensitivity divisor for translation"},
+    {"rotSensBase", &Settings::mRotSensBase, "mRotSensBase", "# base sensitivity divisor for rotation"},
+    {"minThreshold", &Settings::mMinThreshold, "mMinThreshold",
+     "# minimal threshold (overrides setting in control panel)"},
+    {"maxContMoveTime", &Settings::mMaxContMoveTime, "mMaxContMoveTime",
+     "# maximal time for continuous cap movement in milliseconds"},
+    {"toggleRotationCenter", &Settings::mToggleRotationCenter, "mToggleRotationCenter",
+     "# if true a selected object will define the rotation center"},
+    {"toggleRotationAxis", &Settings::mToggleRotationAxis, "mToggleRotationAxis",
+     "# if true a selected line will define the rotation axis"},
+    {"scrollTreeAndList", &Settings::mScrollTreeAndList, "mScrollTreeAndList",
+     "# scroll trees and lists within Catia if the mouse is above (on/off)"},
+    {"useInt3dIntrfce", &Settings::mUseInt3dIntrfce, "mUseInt3dIntrfce",
+     "# if true no rotations/translations are done by this plugin; the Omnibus Plug-in must be used "
+     "instead."},
+};
 
 } // namespace
 
@@ -84,20 +106,10 @@ int Settings::readSettingsFile(const std::string& path) {
     return -1;
   int sum = 0;
   std::string value;
-  const auto fetch = [&](const char* key) -> const std::string& {
-    sum += readParameter(cnfg, key, value, kProgramSection);
-    return value;
-  };
-  mName = fetch("name");
-  mVersion = fetch("version");
-  mTraSensBase = toNumber(fetch("transSensBase"));
-  mRotSensBase = toNumber(fetch("rotSensBase"));
-  mMinThreshold = toNumber(fetch("minThreshold"));
-  mMaxContMoveTime = toNumber(fetch("maxContMoveTime"));
-  mToggleRotationCenter = Util::isOn(fetch("toggleRotationCenter"));
-  mToggleRotationAxis = Util::isOn(fetch("toggleRotationAxis"));
-  mScrollTreeAndList = Util::isOn(fetch("scrollTreeAndList"));
-  mUseInt3dIntrfce = Util::isOn(fetch("useInt3dIntrfce"));
+  for (const auto& parameter : kParameters) {
+    sum += readParameter(cnfg, parameter.key, value, kProgramSection);
+    parameter.read(*this, value);
+  }
   sum += mLogPars.read(cnfg);
   if (sum != 0) {
     OV_LOG(ERR, "Settings", "Settings::readSettingsFile", "Error reading settings file!");
@@ -108,27 +120,9 @@ int Settings::readSettingsFile(const std::string& path) {
 
 std::string Settings::fileText() const {
   std::ostringstream os;
-  const auto line = [&](const char* key, const std::string& value, const char* comment) {
-    writeParameterLine(os, key, value, kValueWidth, comment);
-  };
   os << "# Configuration file for Orvaner's AutoCAD plug-in\n\n[" << kProgramSection << "]\n";
-  line("name", mName, "# program's name");
-  line("version", mVersion, "# program's version number");
-  line("transSensBase", std::to_string(mTraSensBase), "# base sensitivity divisor for translation");
-  line("rotSensBase", std::to_string(mRotSensBase), "# base sensitivity divisor for rotation");
-  line("minThreshold", std::to_string(mMinThreshold),
-       "# minimal threshold (overrides setting in control panel)");
-  line("maxContMoveTime", std::to_string(mMaxContMoveTime),
-       "# maximal time for continuous cap movement in milliseconds");
-  line("toggleRotationCenter", Util::onOffText(mToggleRotationCenter),
-       "# if true a selected object will define the rotation center");
-  line("toggleRotationAxis", Util::onOffText(mToggleRotationAxis),
-       "# if true a selected line will define the rotation axis");
-  line("scrollTreeAndList", Util::onOffText(mScrollTreeAndList),
-       "# scroll trees and lists within Catia if the mouse is above (on/off)");
-  line("useInt3dIntrfce", Util::onOffText(mUseInt3dIntrfce),
-       "# if true no rotations/translations are done by this plugin; the Omnibus Plug-in must be used "
-       "instead.");
+  for (const auto& parameter : kParameters)
+    parameter.write(os, *this, kValueWidth);
   os << '\n';
   mLogPars.write(os, kValueWidth);
   return os.str();
@@ -157,17 +151,10 @@ int Settings::writeSettingsFile(const std::string& path) {
 std::string Settings::dump() const {
   std::ostringstream os;
   os.imbue(std::locale::classic()); // no grouping dots in numbers, whatever the host has set
-  os << "(AutoCAD Plug-in) mName: " << mName << '\n'
-     << "               mVersion: " << mVersion << '\n'
-     << "           mTraSensBase: " << mTraSensBase << '\n'
-     << "           mRotSensBase: " << mRotSensBase << '\n'
-     << "          mMinThreshold: " << mMinThreshold << '\n'
-     << "       mMaxContMoveTime: " << mMaxContMoveTime << '\n'
-     << "  mToggleRotationCenter: " << mToggleRotationCenter << '\n'
-     << "    mToggleRotationAxis: " << mToggleRotationAxis << '\n'
-     << "     mScrollTreeAndList: " << mScrollTreeAndList << '\n'
-     << "       mUseInt3dIntrfce: " << mUseInt3dIntrfce << '\n'
-     << "               mLogPars:\n"
-     << mLogPars.dump(4) << '\n';
+  for (const auto& parameter : kParameters) {
+    parameter.dump(os, *this, kNameWidth);
+    os << '\n';
+  }
+  os << std::string(kNameWidth - 8, ' ') << "mLogPars:\n" << mLogPars.dump(4) << '\n';
   return os.str();
 }

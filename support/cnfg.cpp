@@ -2,14 +2,11 @@
 
 #include <algorithm>
 
-#include "parameter_text.h"
 #include "util.h"
 
 namespace {
 
 constexpr char kBlanks[] = " \t";
-constexpr std::size_t kNameWidth = 32;
-constexpr std::size_t kValueWidth = 34;
 
 void trimBlanks(std::string& text) {
   const std::size_t last = text.find_last_not_of(kBlanks);
@@ -42,13 +39,13 @@ int Cnfg::open(const std::string& fileName) {
   mFile.clear();
   if (!Util::fileExists(fileName))
     return setError(kNoFile);
-  // Bytes as they are: line ends are told apart in readLine, alike on every system.
+  // Binary: readLine handles both kinds of line ends, alike on every system.
   mFile.open(Util::nativePath(fileName), std::ios::in | std::ios::binary);
   return setError(mFile.is_open() ? kOk : kNoFile);
 }
 
-/// Reads a line, without its line feed and without a carriage return directly in front of that. Gives false
-/// at the end of the file, with an empty line.
+/// Reads a line, without its line feed and a carriage return directly before that. Returns false at the end
+/// of the file, with an empty line.
 bool Cnfg::readLine(std::string& line) {
   line.clear();
   if (!mFile.good())
@@ -88,7 +85,6 @@ Cnfg::Places Cnfg::placesIn(const std::string& line) const {
   return places;
 }
 
-/// Into texts whose room is used again.
 void Cnfg::cutNameAndValue(const std::string& line, std::string& name, std::string& value) const {
   const Places places = placesIn(line);
   name.assign(line, places.name, places.nameEnd - places.name);
@@ -170,103 +166,4 @@ std::string Cnfg::errorText() const {
   default:
     return "Unknown error in class Cnfg!";
   }
-}
-
-void Cnfg::load() {
-  mLines.clear();
-  mFile.clear();
-  mFile.seekg(0);
-  std::string line;
-  while (readLine(line))
-    mLines.push_back(line);
-  mIsLoaded = true;
-  while (!mLines.empty() && mLines.back().empty())
-    mLines.pop_back();
-}
-
-/// Puts mLineIndex on the line behind the section's line.
-bool Cnfg::findSectionLine(const std::string& section) {
-  mSection = section;
-  if (!mIsLoaded)
-    load();
-  for (std::size_t i = 0; i < mLines.size(); ++i) {
-    if (isSectionLine(mLines[i], section)) {
-      mLineIndex = static_cast<std::uint32_t>(i + 1);
-      return true;
-    }
-  }
-  return false;
-}
-
-/// Gives a line a new name and value, with its old leading blanks, separator run and tail.
-void Cnfg::rebuildLine(std::string& line, const std::string& name, const std::string& value) const {
-  const Places old = placesIn(line);
-  line = line.substr(0, old.name) + padded(name, kNameWidth) +
-         line.substr(old.separator, old.value - old.separator) + " " + padded(value, kValueWidth) +
-         line.substr(old.tail);
-}
-
-int Cnfg::writeParameter(const std::string& name, const std::string& value, const std::string& section) {
-  setError(kOk);
-  mParameter = name;
-  if (!section.empty()) {
-    if (!findSectionLine(section))
-      return setError(kNoSection);
-  } else if (!mIsLoaded) {
-    mSection.clear();
-    return setError(kNoSection);
-  } else {
-    ++mLineIndex;
-  }
-  for (; mLineIndex < mLines.size(); ++mLineIndex) {
-    std::string& line = mLines[mLineIndex];
-    const Kind kind = kindOf(line);
-    // Without its closing bracket it is of no use, and doesn't end a section.
-    if (kind == Kind::Section && line.find(']') != std::string::npos)
-      return setError(kNoParameter);
-    const Places places = placesIn(line);
-    if (kind == Kind::Parameter && line.compare(places.name, places.nameEnd - places.name, name) == 0) {
-      rebuildLine(line, name, value);
-      return mError;
-    }
-  }
-  return setError(kNoParameter);
-}
-
-int Cnfg::writeParameterAt(const std::string& name, const std::string& value, const std::string& section,
-                           unsigned offset) {
-  setError(kOk);
-  mParameter = name;
-  if (!findSectionLine(section))
-    return setError(kNoSection);
-  if (offset >= mLines.size() - mLineIndex)
-    return setError(kNoParameter);
-  mLineIndex += offset;
-  rebuildLine(mLines[mLineIndex], name, value);
-  return mError;
-}
-
-int Cnfg::save() {
-  if (!mIsLoaded)
-    return setError(kOk);
-  // Whole before the file is opened: the time in which the file is neither old nor new is one write.
-  std::string text;
-  for (const std::string& line : mLines)
-    text += line + "\n";
-  const std::string path = Util::nativePath(mFileName);
-  mFile.close();
-  mFile.clear();
-  mFile.open(path, std::ios::in | std::ios::out | std::ios::binary);
-  if (!mFile.is_open())
-    return setError(kNoFile);
-  // It is there and may be written. Opened anew it is emptied, so that no old text stays behind a shorter new
-  // one.
-  mFile.close();
-  mFile.open(path, std::ios::in | std::ios::out | std::ios::trunc | std::ios::binary);
-  mFile.write(text.data(), static_cast<std::streamsize>(text.size()));
-  mFile.close();
-  const bool isWritten = !mFile.fail();
-  mFile.clear();
-  mFile.open(path, std::ios::in | std::ios::out | std::ios::binary);
-  return setError(isWritten && mFile.is_open() ? kOk : kNoFile);
 }

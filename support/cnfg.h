@@ -12,11 +12,11 @@
 ///         name = value     # comment
 ///
 /// Names compare exactly, case included. "=" and tab separate a name from its value; a value ends at "#" or
-/// at the line's end. In reading, a section ends at the first line that gives no name and doesn't start with
+/// at the line's end. In reading, a section ends at the first line that has no name and doesn't start with
 /// "#" in its first column; so a blank line ends it.
 ///
-/// Results are codes, kept in mError as well; there are no exceptions and no log records of its own. After a
-/// failed open() only errorText() makes sense. An object belongs to one thread.
+/// Operations return a code and store it in mError; they throw nothing of their own and don't log. After a
+/// failed open() call only errorText(). An object belongs to one thread.
 class Cnfg {
 public:
   enum Code : std::int32_t {
@@ -28,40 +28,40 @@ public:
   };
 
   Cnfg();
-  /// The same as open(), with its code in status.
+  /// Opens a file as open() does, with its code in status.
   Cnfg(const std::string& fileName, int& status);
 
   /// Opens a file for reading. Other processes may hold it open at the same time.
   int open(const std::string& fileName);
 
-  /// Moves the read position behind the line of the first section of that name.
+  /// Moves the read position to the line after the first section of that name.
   int selectSection(const std::string& section);
-  /// Fetches the next parameter from the read position. A line without a name is consumed and gives 4; name
-  /// is empty then, and so is value, unless the line begins with a separator. Once a read has met the file's
-  /// end, further calls return 4 and leave both as they are.
-  /// trim  removes blanks and tabs from both ends of the value
+  /// Fetches the next parameter from the read position. A line without a name is consumed and returns 4;
+  /// name is empty then, and so is value, unless the line begins with a separator. Once a read has met the
+  /// file's end, further calls return 4 and leave both as they are. trim  removes blanks and tabs from both
+  /// ends of the value
   int readNextParameter(std::string& name, std::string& value, bool trim);
   /// Looks a parameter up by name; the first of two with one name wins.
   /// section  empty: the search goes on from the read position
   int readParameter(const std::string& name, std::string& value, const std::string& section, bool trim);
-  /// Gives the parameter at a place in a section.
+  /// Reads the parameter at a position in a section.
   /// index  from 0
   int readParameterAt(std::string& name, std::string& value, const std::string& section, unsigned index,
                       bool trim);
 
-  /// The text of mError, with what was searched for.
+  /// Returns the text for mError, with what was searched for.
   std::string errorText() const;
 
-  /// Gives a parameter a new value, in memory. Blank lines don't end the section here.
+  /// Sets a parameter's value, in memory. Blank lines don't end the section here.
   /// section  empty: the search goes on after the line of the last writing operation
   /// value    written as it is; reading ends it at a "#"
   int writeParameter(const std::string& name, const std::string& value, const std::string& section);
-  /// Makes a line of a section into a parameter, whatever it held, in memory.
-  /// name    a name as readNextParameter would give it: no separator, no "#" or "[" in front
-  /// offset  lines behind the first line after the section's line
+  /// Replaces a line of a section by a parameter, in memory.
+  /// name    a name as readNextParameter would read it: no separator, no "#" or "[" at its start
+  /// offset  number of lines after the section's first line
   int writeParameterAt(const std::string& name, const std::string& value, const std::string& section,
                        unsigned offset);
-  /// Writes what the writing operations have changed to the file. Gives 1 if it can't be opened or written.
+  /// Writes what the writing operations have changed to the file. Returns 1 if it can't be opened or written.
   int save();
 
   char mCommentChar;
@@ -77,7 +77,7 @@ public:
   std::vector<std::string> mLines; // for the writing operations only
 
 private:
-  /// Where the pieces of a parameter line begin; in front of the name are blanks and tabs.
+  /// Where the pieces of a parameter line begin. Blanks and tabs come before the name.
   struct Places {
     std::size_t name = 0;
     std::size_t nameEnd = 0;   // blanks at its end left out

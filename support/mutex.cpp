@@ -1,5 +1,6 @@
 #include "mutex.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <iostream>
@@ -10,20 +11,7 @@
 
 namespace {
 
-constexpr std::int32_t kSleepMutexDelay = 50;      // milliseconds
-constexpr std::int32_t kSleepMutexTimeOut = 10000; // milliseconds
-
-template <std::size_t size> void storeName(char (&to)[size], const std::string& name) {
-  std::memset(to, 0, size);
-  std::memcpy(to, name.data(), name.size() < size ? name.size() : size);
-}
-
-template <std::size_t size> std::string nameText(const char (&name)[size]) {
-  const void* const endP = std::memchr(name, 0, size);
-  return std::string(name, endP ? static_cast<const char*>(endP) - name : size);
-}
-
-/// One line, made whole first, so that lines of several threads don't mix.
+/// Writes one line, composed first, so that lines of several threads don't mix.
 /// error  errno as the failed call left it, fetched before the head is made
 void report(std::ostream& os, const std::string& head, int error) {
   std::ostringstream line;
@@ -37,8 +25,12 @@ std::string threadText() {
 
 } // namespace
 
-Mutex::Mutex(const char* name) {
-  storeName(mName, std::string(name) + "_" + std::to_string(Util::getProcessId()));
+std::string Mutex::nameText() const {
+  return std::string(mName, std::find(mName, mName + sizeof mName, '\0'));
+}
+
+Mutex::Mutex(const char* name) : mName{} {
+  (std::string(name) + "_" + std::to_string(Util::getProcessId())).copy(mName, sizeof mName);
   if (sem_init(&mSem, 0, 1) != 0) {
     const int error = errno;
     report(std::cout,
@@ -50,7 +42,7 @@ Mutex::~Mutex() {
   if (sem_destroy(&mSem) != 0) {
     const int error = errno;
     report(std::cout,
-           "Mutex::~Mutex(): Semaphore '" + nameText(mName) + "' (OS X ID not available) of thread " +
+           "Mutex::~Mutex(): Semaphore '" + nameText() + "' (OS X ID not available) of thread " +
                threadText() + " could not be destroyed!",
            error);
   }
@@ -61,7 +53,7 @@ int Mutex::lock() {
   if (result != 0) {
     const int error = errno;
     report(std::cout,
-           "Mutex::lock(): **** Error locking semaphore '" + nameText(mName) + "' by thread " + threadText() +
+           "Mutex::lock(): **** Error locking semaphore '" + nameText() + "' by thread " + threadText() +
                "! **** ",
            error);
   }
@@ -73,45 +65,9 @@ int Mutex::unlock() {
   if (result != 0) {
     const int error = errno;
     report(std::cerr,
-           "Mutex::unlock(): **** Error unlocking semaphore '" + nameText(mName) + "' by thread " +
-               threadText() + "'! **** ",
+           "Mutex::unlock(): **** Error unlocking semaphore '" + nameText() + "' by thread " + threadText() +
+               "'! **** ",
            error);
   }
   return result;
-}
-
-SleepMutex::SleepMutex(const char* name)
-    : mDelay(kSleepMutexDelay), mTimeOut(kSleepMutexTimeOut),
-      mMaxTries(kSleepMutexTimeOut / kSleepMutexDelay), mIsLocked(false) {
-  storeName(mName, name);
-  std::cout << "SleepMutex::SleepMutex(): '" + nameText(mName) + "' constructed by thread " + threadText() +
-                   ".\n"
-            << std::flush;
-}
-
-SleepMutex::~SleepMutex() {
-  std::cout << "SleepMutex::~SleepMutex(): '" + nameText(mName) + "' destructed by thread " + threadText() +
-                   ".\n"
-            << std::flush;
-}
-
-int SleepMutex::lock() {
-  if (!mIsLocked.exchange(true))
-    return 0;
-  for (std::int32_t i = 0; i < mMaxTries; ++i) {
-    Util::sleep(static_cast<std::uint32_t>(mDelay));
-    if (!mIsLocked.exchange(true))
-      return 0;
-  }
-  std::cout << "SleepMutex::lock(): '" + nameText(mName) +
-                   "' forced to unlock due to timeout, called by thread " + threadText() + "!\n"
-            << std::flush;
-  mIsLocked = true; // its holder may have let go of it meanwhile
-  return 0;
-}
-
-int SleepMutex::unlock() {
-  mIsLocked = false;
-  Util::sleep(static_cast<std::uint32_t>(mDelay));
-  return 0;
 }

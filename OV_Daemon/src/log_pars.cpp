@@ -6,8 +6,31 @@
 
 #include "cnfg.h"
 #include "logging.h"
-#include "parameter_text.h"
+#include "parameter.h"
 #include "util.h"
+
+namespace {
+
+constexpr std::size_t kNameWidth = 16; // columns that a name takes in the dump
+
+/// In the order of the file.
+const Parameter<LogPars> kParameters[] = {
+    {"logFile", &LogPars::mLogFile, "mLogFile", "# name of log file"},
+    {"maxSize", &LogPars::mMaxSize, "mMaxSize", "# max. size of log file (kB)"},
+    {"logToFile", &LogPars::mIsLogToFile, "mIsLogToFile", "# log into log file:               off/on"},
+    {"logToCnsl", &LogPars::mIsLogToCnsl, "mIsLogToCnsl", "# log to console:                  off/on"},
+    {"warning", &LogPars::mIsWarning, "mIsWarning", "# log warnings:                    off/on"},
+    {"creation", &LogPars::mIsCreation, "mIsCreation", "# log creation etc.:               off/on"},
+    {"trace", &LogPars::mIsTrace, "mIsTrace", "# log trace data:                  off/on"},
+    {"devcom", &LogPars::mIsDevCom, "mIsDevCom", "# not used in this plug-in"},
+    {"intcom", &LogPars::mIsIntCom, "mIsIntCom", "# log internal communication data: off/on"},
+    {"info", &LogPars::mIsInfo, "mIsInfo", "# log info data:                   off/on"},
+    {"debug", &LogPars::mIsDebug, "mIsDebug", "# log debug data:                  off/on"},
+    {"tmp", &LogPars::mIsTmp, "mIsTmp", "# log data of temporal interest:   off/on"},
+    {"fileToLog", &LogPars::mExclFileToLog, "mExclFileToLog", "# name of the exclusively logged file"},
+};
+
+} // namespace
 
 LogPars::LogPars()
     : mSectionName("LOGGING"), mLogFile("autocad_addin_log.txt"), mMaxSize(5000), mIsLogToFile(true),
@@ -17,47 +40,20 @@ LogPars::LogPars()
 int LogPars::read(Cnfg& cnfg) {
   int sum = 0;
   std::string value;
-  const auto fetch = [&](const char* key) -> const std::string& {
-    const int code = cnfg.readParameter(key, value, mSectionName, true);
+  for (const auto& parameter : kParameters) {
+    const int code = cnfg.readParameter(parameter.key, value, mSectionName, true);
     if (code != Cnfg::kOk)
       OV_LOG(ERR, "LogPars", "LogPars::read", cnfg.errorText());
     sum += code;
-    return value;
-  };
-  mLogFile = fetch("logFile");
-  mMaxSize = toNumber(fetch("maxSize"));
-  mIsLogToFile = Util::isOn(fetch("logToFile"));
-  mIsLogToCnsl = Util::isOn(fetch("logToCnsl"));
-  mIsWarning = Util::isOn(fetch("warning"));
-  mIsCreation = Util::isOn(fetch("creation"));
-  mIsTrace = Util::isOn(fetch("trace"));
-  mIsDevCom = Util::isOn(fetch("devcom"));
-  mIsIntCom = Util::isOn(fetch("intcom"));
-  mIsInfo = Util::isOn(fetch("info"));
-  mIsDebug = Util::isOn(fetch("debug"));
-  mIsTmp = Util::isOn(fetch("tmp"));
-  mExclFileToLog = fetch("fileToLog");
+    parameter.read(*this, value);
+  }
   return sum;
 }
 
 void LogPars::write(std::ostream& os, int width) const {
-  const auto line = [&](const char* key, const std::string& value, const char* comment) {
-    writeParameterLine(os, key, value, width, comment);
-  };
   os << '[' << mSectionName << "]\n";
-  line("logFile", mLogFile, "# name of log file");
-  line("maxSize", std::to_string(mMaxSize), "# max. size of log file (kB)");
-  line("logToFile", Util::onOffText(mIsLogToFile), "# log into log file:               off/on");
-  line("logToCnsl", Util::onOffText(mIsLogToCnsl), "# log to console:                  off/on");
-  line("warning", Util::onOffText(mIsWarning), "# log warnings:                    off/on");
-  line("creation", Util::onOffText(mIsCreation), "# log creation etc.:               off/on");
-  line("trace", Util::onOffText(mIsTrace), "# log trace data:                  off/on");
-  line("devcom", Util::onOffText(mIsDevCom), "# not used in this plug-in");
-  line("intcom", Util::onOffText(mIsIntCom), "# log internal communication data: off/on");
-  line("info", Util::onOffText(mIsInfo), "# log info data:                   off/on");
-  line("debug", Util::onOffText(mIsDebug), "# log debug data:                  off/on");
-  line("tmp", Util::onOffText(mIsTmp), "# log data of temporal interest:   off/on");
-  line("fileToLog", mExclFileToLog, "# name of the exclusively logged file");
+  for (const auto& parameter : kParameters)
+    parameter.write(os, *this, width);
 }
 
 std::string LogPars::dump(int indent) const {
@@ -65,19 +61,10 @@ std::string LogPars::dump(int indent) const {
   std::ostringstream os;
   os.imbue(std::locale::classic()); // no grouping dots in numbers, whatever the host has set
   os << blanks << "    mSectionName: " << mSectionName << '\n'
-     << blanks << "mSettingsDirPath: " << mSettingsDirPath << '\n'
-     << blanks << "        mLogFile: " << mLogFile << '\n'
-     << blanks << "        mMaxSize: " << mMaxSize << '\n'
-     << blanks << "    mIsLogToFile: " << mIsLogToFile << '\n'
-     << blanks << "    mIsLogToCnsl: " << mIsLogToCnsl << '\n'
-     << blanks << "      mIsWarning: " << mIsWarning << '\n'
-     << blanks << "     mIsCreation: " << mIsCreation << '\n'
-     << blanks << "        mIsTrace: " << mIsTrace << '\n'
-     << blanks << "       mIsDevCom: " << mIsDevCom << '\n'
-     << blanks << "       mIsIntCom: " << mIsIntCom << '\n'
-     << blanks << "         mIsInfo: " << mIsInfo << '\n'
-     << blanks << "        mIsDebug: " << mIsDebug << '\n'
-     << blanks << "          mIsTmp: " << mIsTmp << '\n'
-     << blanks << "  mExclFileToLog: " << mExclFileToLog;
+     << blanks << "mSettingsDirPath: " << mSettingsDirPath;
+  for (const auto& parameter : kParameters) {
+    os << '\n' << blanks;
+    parameter.dump(os, *this, kNameWidth);
+  }
   return os.str();
 }

@@ -1,4 +1,5 @@
 #include "mutex.h"
+#include "sleep_mutex.h"
 
 #include <atomic>
 #include <cerrno>

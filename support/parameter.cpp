@@ -1,25 +1,11 @@
-#include "parameter_text.h"
+#include "parameter.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <limits>
-#include <ostream>
-
-namespace {
-
-constexpr std::size_t kKeyWidth = 22;
-
-} // namespace
 
 std::string padded(std::string text, std::size_t width) {
   text.resize((std::max)(text.size(), width), ' ');
   return text;
-}
-
-void writeParameterLine(std::ostream& os, const char* key, const std::string& value, int width,
-                        const char* comment) {
-  os << '\t' << padded(key, kKeyWidth) << "= " << padded(value, static_cast<std::size_t>(width)) << comment
-     << '\n';
 }
 
 std::int32_t toNumber(const std::string& text) {
