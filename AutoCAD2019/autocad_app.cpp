@@ -43,7 +43,7 @@ AcRx::AppRetCode CAutoCAD2011App::On_kInitAppMsg(void* pkt) {
   AcRx::AppRetCode result = AcRx::kRetOK;
   try {
     result = AcRxArxApp::On_kInitAppMsg(pkt);
-  } catch (...) { // the user can't unload us by hand then; that is no reason to stay away
+  } catch (...) { // then the user can't unload us by hand, but all else works
   }
   addCommands(mModuleInstance);
   try {

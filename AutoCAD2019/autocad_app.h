@@ -14,7 +14,7 @@ class OvAutoCad;
 ///
 /// From the load message until the engine is gone the library holds a reference to itself, so a host that
 /// frees it without an unload message leaves it in place, at work. The next load message then ends the old
-/// engine and makes a new one; the unload message ends it and gives the reference back.
+/// engine and makes a new one; the unload message ends it and drops the reference.
 ///
 /// Load and unload message are refused with kRetError, and nothing changes, while the engine is in use: a
 /// tick or another of these messages is on the stack, and a host call below it, or the load's dialog, runs
@@ -24,16 +24,16 @@ public:
   CAutoCAD2011App();
   ~CAutoCAD2011App() override;
 
-  /// Registers the commands, then starts the engine and its threads. Gives kRetError, with nothing
+  /// Registers the commands, then starts the engine and its threads. Returns kRetError, with nothing
   /// registered, if the engine can't be made.
   AcRx::AppRetCode On_kInitAppMsg(void* pkt) override;
-  /// Takes the commands away before the engine goes, so that none runs on a destroyed one.
+  /// Removes the commands, then destroys the engine, so that no command runs on a destroyed one.
   AcRx::AppRetCode On_kUnloadAppMsg(void* pkt) override;
   void RegisterServerComponents() override;
 
   /// Returns true if the unload message is giving back the last reference, and waits for that on the host's
-  /// main thread. A host brings that about with a pointer that it kept after it had freed the library. For the
-  /// library's last moment, on any thread.
+  /// main thread. A host brings that about with a pointer that it kept after it had freed the library. For
+  /// the library's last moment, on any thread.
   bool isFreeing() const { return mIsFreeing; }
   /// Lets that message return, and waits until it has left the library's code.
   void letMessageLeave();

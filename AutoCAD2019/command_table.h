@@ -14,10 +14,10 @@ struct CommandEntry {
   UINT stringId;
 };
 
-/// Adds the four toggle commands to the host's command stack, as far as the host lets us; throws nothing.
+/// Adds the four toggle commands to the host's command stack, as far as the host accepts them. Throws nothing.
 /// module  the plug-in's own library
 void addCommands(HINSTANCE module);
-/// Takes them away again; throws nothing.
+/// Removes them. Throws nothing.
 void removeCommands();
 
 #endif

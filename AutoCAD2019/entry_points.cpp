@@ -15,7 +15,7 @@ bool gIsProcessEnding = false;
 
 /// An object that is made when the library is loaded and destroyed when it is unloaded. A process that ends
 /// with the library in it leaves the object alone: Windows has ended our threads by then, wherever they were,
-/// and whoever waits for one of them, or for a lock that it held, waits for ever.
+/// and waiting for one of them, or for a lock that it held, never ends.
 template <class T> struct WithLibrary {
   WithLibrary() { new (&mObject) T; }
   ~WithLibrary() {

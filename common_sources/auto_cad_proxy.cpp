@@ -31,7 +31,7 @@ UINT_PTR armTimer(UINT interval) {
   return id;
 }
 
-/// A 16-bit system variable. False, and the value stays, if the host doesn't give it.
+/// Reads a 16-bit system variable. Returns false, and leaves the value, if the host refuses it.
 bool readVariable(const ACHAR* name, short& value) {
   resbuf result = {};
   if (acedGetVar(name, &result) != RTNORM)
@@ -54,7 +54,7 @@ AutoCadProxy::AutoCadProxy(OvAutoCad* ovAutoCadP)
   gAutoCadProxyP = this;
   try {
     mTimerId = armTimer(kRestInterval);
-  } catch (...) { // the plug-in stays loaded, and says why its cap does nothing
+  } catch (...) { // the plug-in stays loaded, and the log says why its cap does nothing
     OV_LOG(ERR, "AutoCadProxy", "AutoCadProxy::AutoCadProxy", "Error AutoCadProxy()");
   }
   OV_LOG(CRT, "AutoCadProxy", "AutoCadProxy::AutoCadProxy", "AutoCadProxy constructed.");
@@ -65,7 +65,7 @@ AutoCadProxy::~AutoCadProxy() {
   mIsPumpRunning = false;
   try {
     KillTimer(nullptr, mTimerId);
-  } catch (...) { // nothing may leave a destructor; a tick that still comes finds no object
+  } catch (...) { // a destructor must not throw; a tick that still comes finds no object
   }
   try {
     // The cap is still deflected. Nobody else would release the lock, and the drawing would stay locked.
@@ -95,7 +95,7 @@ void CALLBACK TimerProc(HWND, UINT, UINT_PTR, DWORD) {
       return;
     proxyP->mTimerId = armTimer(proxyP->mCapIsMoving ? kMovingInterval : kRestInterval);
   } catch (...) {
-    // The timer stays disarmed: the pump stands still until the plug-in is loaded again.
+    // The timer stays disarmed: the pump is dead until the plug-in is loaded again.
     OV_LOG(ERR, "Global", "TimerProc", "Error TimerProc()");
   }
 }
@@ -169,8 +169,8 @@ bool AutoCadProxy::handleDeviceCap() {
 }
 
 std::int32_t AutoCadProxy::retrieveMode() {
-  // If the host doesn't give a variable, the user is most likely where he was: the mode stays, and is 3D as
-  // long as there was none.
+  // If the host refuses a variable, the mode most likely hasn't changed: the last one stays, 3D if there was
+  // none.
   short tilemode = mViewMode == kMode2D ? 0 : 1;
   short cvport = mViewMode == kMode2D ? 1 : 2;
   readVariable(L"tilemode", tilemode);

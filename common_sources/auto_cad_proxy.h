@@ -49,7 +49,7 @@ public:
 
   // Pump, dispatch and mode: auto_cad_proxy.cpp
 
-  /// True while TimerProc is on the stack, as it is for whatever a message loop below it runs.
+  /// Returns true while TimerProc is on the stack, also inside a message loop that runs below it.
   static bool isInTick();
   /// Runs passes back to back, keys before cap, for mMaxContMoveTime milliseconds at most, or one pass at
   /// rest.
@@ -113,8 +113,8 @@ public:
   bool getSelObjectAxis(AcGeVector3d& axis, AcGePoint3d& point);
   /// Computes the mean of the midpoints of the selected objects' extents. Returns false if there is none.
   /// set  a selection set of the caller's; null: what the user has selected. While the cap moves, null
-  /// returns the
-  ///      last result again, and the host isn't asked.
+  /// returns
+  ///      the bool of the last reading; the centre isn't touched, and the host isn't asked.
   bool getSelObjectsCenter(const Adesk::Int64* set, AcGePoint3d& centre);
 
   // Motion of selected objects: host/object_motion.cpp
@@ -181,7 +181,7 @@ public:
 
   bool mObjectMoveMode; // the cap moves the selected objects
   // The menu file has delivered a mode name, and mModes stays as it is. Stored with release and loaded with
-  // acquire, so that whoever sees it set may read mModes.
+  // acquire, so that a thread that sees it set may read mModes.
   std::atomic<bool> mMenuIsLoaded;
   UINT_PTR mTimerId; // the timer that is armed now
 
@@ -203,7 +203,7 @@ private:
 /// it through this, since neither receives it as an argument.
 extern AutoCadProxy* gAutoCadProxyP;
 
-/// The timer callback. Looks at none of its arguments.
+/// The timer callback. Ignores its arguments.
 void CALLBACK TimerProc(HWND window, UINT message, UINT_PTR id, DWORD time);
 
 #endif

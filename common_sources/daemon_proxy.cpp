@@ -18,7 +18,7 @@ constexpr char kApplicationName[] = "AutoCAD";
 constexpr int kDevice = 0;                       // no device is chosen, the first one serves
 constexpr std::uint32_t kReadPollInterval = 200; // milliseconds
 
-// Records of the device library: their sizes, and where in them stands what we read, in bytes.
+// Records of the device library: sizes, and offsets of what we read, in bytes.
 constexpr std::size_t kDevInfoSize = 96;
 constexpr std::size_t kDevInfoText = 20;
 constexpr std::size_t kAdvancedSettingsSize = 148;
@@ -58,7 +58,8 @@ DaemonProxy::~DaemonProxy() {
   if (!isDisconnected)
     OV_LOG(ERR, "DaemonProxy", "DaemonProxy::~DaemonProxy", "Error in ovDisConnect()!");
   sleepWhile(mIsReading, kReadPollInterval);
-  // Behind its flag the thread still writes a record and leaves our code. The host unmaps that code soon.
+  // After it has cleared its flag the thread still writes a record and returns through our code, which the
+  // host unmaps soon.
   if (mHasReadThread)
     pthread_join(mReadThread, nullptr);
   OV_LOG(CRT, "DaemonProxy", "DaemonProxy::~DaemonProxy", "Destructed.");
@@ -79,7 +80,7 @@ bool DaemonProxy::connect() {
     return false;
   }
   for (int devIdx = 0; devIdx < count; ++devIdx) {
-    char record[kDevInfoSize + 1] = {}; // one more, so that the text has an end whatever the library wrote
+    char record[kDevInfoSize + 1] = {}; // one more byte, so that the text is always terminated
     if (ovGetDevInfo(devIdx, record) != 0) {
       OV_LOG(ERR, "DaemonProxy", "DaemonProxy::connect", "Error in ovGetDevInfo()!");
       return false;
@@ -122,7 +123,7 @@ void DaemonProxy::readMouseEvents() {
   mIsReading = true;
   OV_LOG(CRT, "DaemonProxy", "DaemonProxy::readMouseEvents",
          "Invoking reading loop ... mIsToRead: " << static_cast<bool>(mIsToRead));
-  std::string lastMode; // what the daemon was last told
+  std::string lastMode; // the last one that the daemon was sent
   while (mIsToRead) {
     try {
       readMouseEvent(lastMode);

@@ -27,13 +27,13 @@ public:
   /// Opens the link, lists the devices in the log and fetches the rotation settings. True: connected. For the
   /// main thread (once, in the constructor) and the connection watch.
   bool connect();
-  /// Asks the daemon for a sign of life, and closes a dead link. Gives the new mIsConnected. For the
+  /// Tests whether the daemon answers, and closes a dead link. Returns the new mIsConnected. For the
   /// connection watch.
   bool checkConnection();
   /// Fetches rotation code and zoom flag; a failure sets code 0 and no flag. On any thread.
   void retrieveRotMode();
-  /// The reading loop: takes each device event to the shared event state, and tells the daemon the host's
-  /// mode when that has changed. Runs until mIsToRead is cleared.
+  /// The reading loop: stores each device event in the shared event state, and sends the daemon the host's
+  /// mode when it has changed. Runs until mIsToRead is cleared.
   void readMouseEvents();
 
   OvAutoCad* mOvAutoCadP;
@@ -46,7 +46,8 @@ public:
 private:
   /// One pass of the reading loop: the next event, if one comes in time, and the mode's name for the daemon.
   void readMouseEvent(std::string& lastMode);
-  /// Puts a key, a view command or a request where it belongs. lastMode is what the daemon was last told.
+  /// Stores a key or a view command in its slot, or obeys a request of the daemon.
+  /// lastMode  the mode that the daemon was last sent
   void handleEvent(std::int32_t eventCode, std::string& lastMode);
 
   bool mHasReadThread;

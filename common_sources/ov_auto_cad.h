@@ -16,17 +16,17 @@ class DaemonProxy;
 /// The top object of the plug-in's own logic: the settings, the owner of motion engine and device link, and
 /// the place where the reading thread leaves device input for the timer pump on the host's main thread.
 ///
-/// Lives from the host's load message to its unload message, on the host's main thread. Once made it is fully
-/// running whether or not the daemon answered; the connection watch mends the link for as long as the plug-in
-/// is loaded. Errors are logged only.
+/// Lives from the host's load message to its unload message, on its main thread. Once constructed it runs
+/// whether or not the daemon answered; the connection watch restores the link for as long as the plug-in is
+/// loaded. Errors are logged only.
 class OvAutoCad : public Settings {
 public:
   OvAutoCad();
-  /// Takes up to 2000 ms, and up to 4000 ms if the daemon stays away: the connection watch sleeps that long
+  /// Takes up to 2000 ms, and up to 4000 ms if the daemon is absent: the connection watch sleeps that long
   /// between two looks, and is waited for.
   ~OvAutoCad();
 
-  /// Name of the mode that the host is in. May be called on any thread while the object lives.
+  /// Returns the name of the host's mode. May be called on any thread while the object lives.
   std::string getModeName() const;
 
   /// Body of the connection-watch thread.
@@ -39,8 +39,8 @@ public:
   Relaxed<bool> mIsConnWatchRunning;  // written by that thread only
 
   // The motion sample, device counts as the device library delivered them. A level: written by the reading
-  // thread, read by the pump again and again. The axes aren't written as one, so the pump may see a mix of
-  // two samples; the next pass mends that.
+  // thread, read by the pump again and again. Each axis is written by itself, so the pump may see a mix of
+  // two samples; the next pass corrects that.
   Relaxed<std::int16_t> mCapX, mCapY, mCapZ; // translation
   Relaxed<std::int16_t> mCapA, mCapB, mCapC; // rotation
 

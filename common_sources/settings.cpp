@@ -65,7 +65,7 @@ Settings::~Settings() {
   try {
     writeSettingsFile(mSettingsFilePath);
   } catch (...) {
-    // Out of memory while the text is made: the old file stays as it is.
+    // Out of memory while the text is composed: the old file stays.
   }
   OV_LOG(CRT, "Settings", "Settings::~Settings", "Destructed.");
 }
@@ -129,8 +129,8 @@ std::string Settings::fileText() const {
 }
 
 int Settings::writeSettingsFile(const std::string& path) {
-  // The text is made before the file is opened, and goes out in one unbuffered write: if the host dies in
-  // between, the file is lost, so the time in between is as short as it can be.
+  // The text is composed before the file is opened, and written by one unbuffered write: if the host dies in
+  // between, the file is lost, so that time is as short as possible.
   const std::string text = fileText();
   OV_LOG(TRC, "Settings", "Settings::writeSettingsFile", "Writing new default settings file ...");
   std::ofstream file;
@@ -150,7 +150,7 @@ int Settings::writeSettingsFile(const std::string& path) {
 
 std::string Settings::dump() const {
   std::ostringstream os;
-  os.imbue(std::locale::classic()); // no grouping dots in numbers, whatever the host has set
+  os.imbue(std::locale::classic()); // no grouping dots in numbers if the host sets a locale
   for (const auto& parameter : kParameters) {
     parameter.dump(os, *this, kNameWidth);
     os << '\n';

@@ -25,20 +25,20 @@ public:
   Settings(const Settings&) = delete;
   Settings& operator=(const Settings&) = delete;
 
-  /// Gives every value from mName on its default, and mLogPars a fresh record.
+  /// Sets every value from mName on to its default, mLogPars included.
   void setDefaults();
 
-  /// Gives 0, -1 if the file can't be opened (no field has changed then), or -2 if a key is missing.
+  /// Returns 0, -1 if the file can't be opened (no field has changed then), or -2 if a key is missing.
   int readSettingsFile(const std::string& path);
-  /// Gives 0, or -1 if the file can't be written.
+  /// Returns 0, or -1 if the file can't be written.
   int writeSettingsFile(const std::string& path);
 
-  /// Cnfg's readParameter with trimming; logs its error text. Gives its code.
+  /// Calls Cnfg's readParameter with trimming; logs its error text. Returns its code.
   int readParameter(Cnfg& cnfg, const std::string& key, std::string& value, const std::string& section);
-  /// Cnfg's readNextParameter with trimming; logs its error text. Gives its code.
+  /// Calls Cnfg's readNextParameter with trimming; logs its error text. Returns its code.
   int readNextParameter(Cnfg& cnfg, std::string& key, std::string& value);
 
-  /// The values as text for the log.
+  /// Returns the values as text for the log.
   std::string dump() const;
 
   std::string mFolderName;       // below the home folder

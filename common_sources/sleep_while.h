@@ -7,7 +7,7 @@
 #include "util.h"
 
 /// Waits until another thread has cleared its flag, looking every interval milliseconds. For destructors: a
-/// sleep that fails is tried again, and nothing is thrown.
+/// sleep that fails is repeated, and nothing is thrown.
 inline void sleepWhile(const Relaxed<bool>& flag, std::uint32_t interval) noexcept {
   while (flag) {
     try {

@@ -2,9 +2,9 @@
 
 #include "call_log.h"
 #include "desktop.h"
-#include "fake_devlink.h"
 #include "engine_rig.h"
 #include "engine_state.h"
+#include "fake_devlink.h"
 
 namespace fuzz {
 

@@ -5,8 +5,8 @@
 
 /// A field that several threads read and write, each access whole, with no order between fields.
 ///
-/// Reads and writes like the plain T that it stands for. Relaxed order is enough here: the fields that use it
-/// are levels and flags that are polled, and no reader concludes from one of them anything about another.
+/// Reads and writes like a plain T. Relaxed order is enough: the fields that use it are levels and flags that
+/// are polled, and no reader infers from one of them anything about another.
 template <class T> class Relaxed {
 public:
   Relaxed() : mValue(T()) {}

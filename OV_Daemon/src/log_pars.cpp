@@ -59,7 +59,7 @@ void LogPars::write(std::ostream& os, int width) const {
 std::string LogPars::dump(int indent) const {
   const std::string blanks(static_cast<std::size_t>(indent), ' ');
   std::ostringstream os;
-  os.imbue(std::locale::classic()); // no grouping dots in numbers, whatever the host has set
+  os.imbue(std::locale::classic()); // no grouping dots in numbers if the host sets a locale
   os << blanks << "    mSectionName: " << mSectionName << '\n'
      << blanks << "mSettingsDirPath: " << mSettingsDirPath;
   for (const auto& parameter : kParameters) {

@@ -13,13 +13,13 @@ public:
   LogPars();
 
   /// Reads the thirteen keys. A key that isn't found is logged, and the others are read all the same.
-  /// Gives the sum of the codes of all keys: 0 if each was there.
+  /// Returns the sum of the codes of all keys: 0 if each was there.
   int read(Cnfg& cnfg);
   /// Writes the section.
   /// width  columns that a value takes; a longer one takes its own length
   void write(std::ostream& os, int width) const;
-  /// The values as text, a line each, with no line feed behind the last.
-  /// indent  blanks in front of each line
+  /// Returns the values as text, a line each, with no line feed after the last.
+  /// indent  number of blanks before each line
   std::string dump(int indent) const;
 
   std::string mSectionName;

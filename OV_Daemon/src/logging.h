@@ -38,8 +38,9 @@ public:
   void init(const LogPars& pars);
 
   /// The gate. Returns true if the record is wanted: the calling thread then holds the lock, and mOs holds
-  /// the columns up to the text. Returns false if nothing has happened and no lock is held. file    source
-  /// path; the name after its last slash, or else backslash, counts prefix  from Util::logPrefix
+  /// the columns up to the text. Otherwise returns false, with no lock held.
+  /// file    source path; the name after its last slash, or else backslash, counts
+  /// prefix  from Util::logPrefix
   bool beginRecord(int type, const char* file, const std::string& prefix);
 
   /// Writes the string to mOs, or its byte table if that was asked for.
@@ -72,8 +73,8 @@ private:
   void writeByteTable(const std::string& bytes);
 };
 
-/// The one log. Whatever has it linked in says where it lives, and so when it is made and destroyed: the
-/// module beside its other globals. Statements do nothing before and after that.
+/// The one log. The module defines it beside its other globals, which decides when it is constructed and
+/// destroyed; test programs define their own. Statements do nothing before and after its life.
 extern Logging& gLogging;
 extern std::int32_t gLogMagic;
 

@@ -45,7 +45,7 @@ LPARAM packed(POINT point) {
                              (static_cast<std::uint32_t>(point.y) & 0xFFFF) << 16);
 }
 
-/// One notch for each pass, whatever the deflection: that sets only the pause.
+/// One notch for each pass. The deflection sets only the pause.
 bool turnWheel(HWND window, POINT pointer, int h, int v) {
   const int amount = std::abs(h) > std::abs(v) ? h : v;
   if (std::abs(h) != std::abs(v)) {
@@ -88,7 +88,7 @@ bool scrollLines(HWND window, int h, int v) {
   return true;
 }
 
-/// In 32 bits that wrap, whatever a window says of itself.
+/// Unsigned: window rectangles are untrusted and may overflow.
 std::int32_t area(const RECT& r) {
   const auto length = [](LONG from, LONG to) {
     return static_cast<std::uint32_t>(to) - static_cast<std::uint32_t>(from);

@@ -59,7 +59,7 @@ void AutoCadProxy::pan2D(double dx, double dy) {
   const double viewHeight = viewport->viewHeight();
   const AcGePoint2d centre = viewport->viewCenter();
   const AcGePoint2d moved(centre.x + width / height * viewHeight * dx, centre.y + viewHeight * dy);
-  // A viewport without a height has no aspect ratio: it stays where it is.
+  // A viewport without a height has no aspect ratio, so it can't be panned.
   if (std::isfinite(moved.x) && std::isfinite(moved.y)) {
     viewport->setViewCenter(moved);
     viewport->updateDisplay();

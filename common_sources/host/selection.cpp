@@ -35,7 +35,7 @@ Adesk::Int32 host_handles::selectionLength(const ads_name set) {
 
 namespace {
 
-/// Reads direction and start of a line. Returns false, and leaves both, if the object is none.
+/// Reads direction and start of a line. Returns false, and leaves both, if the object is no line.
 bool readLine(const AcDbObject* objectP, AcGeVector3d& axis, AcGePoint3d& point) {
   if (!objectP || !objectP->isA()->isDerivedFrom(AcDbLine::desc()))
     return false;

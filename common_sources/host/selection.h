@@ -3,7 +3,7 @@
 
 #include <arxHeaders.h>
 
-/// What we borrow from the host and have to give back, whatever happens in between.
+/// What we borrow from the host, returned by destructors also when a call throws.
 namespace host_handles {
 
 /// A selection set of the host. Its destructor frees it if it is still held, and swallows what the host

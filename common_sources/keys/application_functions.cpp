@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr wchar_t kCancel[] = L"\x1B\x1B"; // whatever runs in the host ends
+constexpr wchar_t kCancel[] = L"\x1B\x1B"; // cancels what runs in the host
 
 /// One line of input for one token of a macro.
 std::wstring inputFor(const std::string& token) {
@@ -35,7 +35,8 @@ void AutoCadProxy::execApplFunction(int keyEvent) {
   if (macro.empty() || !managerP)
     return;
   managerP->sendStringToExecute(documentP, kCancel, true, false, true);
-  // Text behind the last ";" is a token if there is any, so a macro that ends in ";" sends no Enter for it.
+  // Text after the last ";" is a token only if it isn't empty, so a macro that ends in ";" sends no Enter for
+  // it.
   std::size_t start = 0;
   while (start < macro.size()) {
     const std::size_t end = (std::min)(macro.find(';', start), macro.size());

@@ -1,4 +1,4 @@
-// The menu file, which the menu reader writes: names of the modes, and the macros behind the keys.
+// The menu file, which the menu reader writes: names of the modes, and the macros of the keys.
 
 #include "auto_cad_proxy.h"
 
@@ -11,7 +11,7 @@ namespace {
 
 constexpr char kMenuFileName[] = "autocad.mnu";
 
-/// Cuts the macro out of a value: behind the first "}", up to the first "|" behind that. False: there is
+/// Extracts the macro of a value: the text after the first "}", up to the next "|". Returns false if there is
 /// none.
 bool cutMacro(const std::string& value, std::string& macro) {
   const std::size_t brace = value.find('}');

@@ -5,13 +5,13 @@
 
 #include <arxHeaders.h>
 
-/// What exists once for the whole plug-in and is shared by the operations on views and selections. It belongs
-/// to the host's main thread.
+/// State that exists once for the whole plug-in, shared by the operations on views and selections. Main thread
+/// only.
 namespace motion {
 
 /// What a movement remembers of the selection. It is read if the movement's first handled sample rotates, and
 /// kept until such a sample overwrites it: nothing resets it at the release, so a movement that begins to
-/// rotate later uses what an earlier one has left.
+/// rotate later uses what an earlier one left.
 struct Movement {
   AcGePoint3d selCenterPoint; // rotation centre; also the start of the line of selAxisVector
   AcGeVector3d selAxisVector; // direction of the selected line, unit vector

@@ -15,12 +15,13 @@ struct Counts {
   double a, b, c; // rotation
 };
 
-/// Motion of the objects as one rigid body: a point is turned about the third axis, then the second, then the
-/// first, all through the centre, and shifted last. hoverMode    drops the shift along world Y keepHorizon
-/// drops the third turn; the second goes about world Y
+/// Returns the matrix that moves the objects as one rigid body: a point is turned about the third axis, then
+/// the second, then the first, all through the centre, and shifted last.
+/// hoverMode    drops the shift along world Y
+/// keepHorizon  drops the third turn; the second goes about world Y
 AcGeMatrix3d objectMatrix(const Counts& counts, const ScreenFrame& frame, const AcGePoint3d& centre,
                           bool hoverMode, bool keepHorizon);
-/// Shift of objects on a layout, along world X and Y.
+/// Returns the shift of objects on a layout, along world X and Y.
 AcGeMatrix3d layoutObjectMatrix(double x, double y);
 
 bool isFinite(const AcGeMatrix3d& matrix);

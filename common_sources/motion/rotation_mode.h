@@ -27,7 +27,7 @@ struct RotationMode {
 /// name no mode, and the scene then turns about the point looked at.
 RotationMode rotationMode(std::int32_t code);
 
-/// Where a view turns about if no selection says otherwise.
+/// What a view turns about if no selection is the centre.
 enum class DefaultCentre { Target, Eye, Origin };
 DefaultCentre defaultCentre(std::int32_t rotMode, bool isPerspective);
 

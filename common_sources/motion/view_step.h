@@ -23,19 +23,20 @@ ScreenFrame screenFrame(const AcGePoint3d& position, const AcGePoint3d& target, 
 constexpr double kViewGainX = 5.0;
 constexpr double kViewGainYZ = -5.0;
 
-/// Shift of eye and target along an axis.
+/// Returns the shift of eye and target along an axis.
 /// value         signed step in units of the view's size, sqrt(height * width)
 /// keepsHeight   a hovering eye keeps its height above the ground, world Z
 AcGeVector3d viewShift(double value, const AcGeVector3d& axis, double width, double height, bool keepsHeight);
 
-/// Factor of one zoom step: 1 + value, held within 0.8 and 1.2. Above 1 enlarges a 3D view.
+/// Returns the factor of one zoom step: 1 + value, held within 0.8 and 1.2. Above 1 enlarges a 3D view.
 double zoomFactor(double value);
 
-/// The share of a sample's value that lies along a selected line, towards zero. 32768 becomes 32767: it would
-/// wrap and turn the view backwards. A NaN axis yields 0. line, axis  unit vectors
+/// Returns the share of a sample's value along a selected line, rounded towards zero. 32768 becomes 32767: it
+/// would wrap and turn the view backwards. A NaN axis yields 0.
+/// line, axis  unit vectors
 short shareAlong(const AcGeVector3d& line, const AcGeVector3d& axis, short value);
 
-/// A sensitivity divisor as it is used: 0, which the settings file may hold, acts as the default.
+/// Returns a sensitivity divisor as it is used: 0, which the settings file may hold, acts as the default.
 double divisor(std::int32_t setting, std::int32_t defaultValue);
 
 bool isFinite(const AcGePoint3d& position, const AcGePoint3d& target, const AcGeVector3d& up,

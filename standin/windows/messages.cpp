@@ -70,8 +70,9 @@ Timer* nextTimer(State& s) {
 /// The next message that lies ready. Timers come last: no message is made of one before somebody asks, so
 /// there is never more than one of each under way, and a killed timer leaves nothing behind.
 bool take(State& s, Queue& queue, const MessageFilter& filter, MSG& message) {
-  const auto posted = std::find_if(queue.posted.begin(), queue.posted.end(),
-                                   [&filter](const MSG& candidate) { return filter.matches(candidate.message); });
+  const auto posted = std::find_if(queue.posted.begin(), queue.posted.end(), [&filter](const MSG& candidate) {
+    return filter.matches(candidate.message);
+  });
   if (posted != queue.posted.end()) {
     message = *posted;
     if (filter.isToRemove)

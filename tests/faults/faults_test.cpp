@@ -17,10 +17,10 @@
 #include "call_log.h"
 #include "daemon_proxy.h"
 #include "desktop.h"
-#include "fake_devlink.h"
 #include "engine_rig.h"
 #include "engine_state.h"
 #include "event_codes.h"
+#include "fake_devlink.h"
 #include "logging.h"
 #include "trial.h"
 
