@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <sstream>
 #include <stdexcept>
@@ -54,12 +55,12 @@ extern std::atomic<bool> gIsActive;
 bool isJournalOn();
 /// Writes the journal's line and tells whether the call must fail; throws InjectedFault if it must throw.
 bool enterActive(const char* operation, const std::string& arguments);
-/// The record of a call that begins now, or null if it isn't wanted. isEntered is to be handed to endCall()
-/// then.
+/// Returns the record of a call that begins now, null if it isn't wanted. Sets isEntered if endCall() has to be
+/// called.
 Record* beginCall(const char* name, bool& isEntered);
 /// The arguments of the record stand.
 void enterCall(const Record& record);
-void endCall(Record* record);
+void endCall(Record* record, bool threw);
 bool openBracket(const char* name);
 void closeBracket();
 
@@ -152,7 +153,7 @@ public:
   }
   ~Traced() {
     if (mIsEntered)
-      detail::endCall(mRecordP);
+      detail::endCall(mRecordP, std::uncaught_exceptions() > mExceptions);
   }
   Traced(const Traced&) = delete;
   Traced& operator=(const Traced&) = delete;
@@ -183,6 +184,8 @@ private:
 
   Record* mRecordP = nullptr;
   bool mIsEntered = false;
+  // Counted here and not in trace.cpp: on Windows each program and library counts its own exceptions.
+  int mExceptions = std::uncaught_exceptions();
 };
 
 /// A call that stands in the journal as well, and that tests can make fail.

@@ -44,7 +44,6 @@ struct ThreadState {
   const int number = ++gThreads;
   int depth = 0;
   bool isBracketOpen = false; // the outermost one is a bracket
-  int exceptions = 0;         // at the call's entry
   Record call;
   Record bracket;
 };
@@ -124,7 +123,6 @@ Record* beginCall(const char* name, bool& isEntered) {
   isEntered = true;
   if (++t.depth > (t.isBracketOpen ? 2 : 1))
     return nullptr;
-  t.exceptions = std::uncaught_exceptions();
   beginRecord(t.call, name);
   t.call.isBracketed = t.isBracketOpen;
   return &t.call;
@@ -135,12 +133,12 @@ void enterCall(const Record& record) {
     push(record, true);
 }
 
-void endCall(Record* record) {
+void endCall(Record* record, bool threw) {
   ThreadState& t = threadState();
   --t.depth;
   if (!record)
     return;
-  if (std::uncaught_exceptions() > t.exceptions) {
+  if (threw) {
     record->threw = true;
     record->out.clear();
     record->outText.clear();

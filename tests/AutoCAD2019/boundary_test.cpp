@@ -1,6 +1,7 @@
 // The module's boundary: loaded, told, freed and ended, in order and out of order. What is left of it is
 // asked of the system.
 
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <regex>
@@ -101,9 +102,14 @@ protected:
     const std::vector<std::string> arguments = {mHome.native("a.session"), "--port",  "0", "--port-file",
                                                 mHome.native("port"),      "--linger"};
     mDaemon = std::make_unique<Process>(OV_DAEMON, arguments, mHome.native("daemon.txt"));
-    awaitFile("port");
-    const std::string port = mHome.read("port");
-    rig::setEnvironment("OV_DEVLINK_PORT", port.substr(0, port.find_last_not_of("\r\n") + 1));
+    std::string port;
+    ASSERT_GE(
+        rig::loopUntil(
+            20, [&] { return std::getline(std::ifstream(mHome.native("port")), port) && !port.empty(); }),
+        0);
+    if (port.back() == '\r')
+      port.pop_back();
+    rig::setEnvironment("OV_DEVLINK_PORT", port);
   }
   void awaitFile(const char* name) {
     ASSERT_GE(rig::loopUntil(20, [&] { return mHome.exists(name); }), 0);
