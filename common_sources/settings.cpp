@@ -108,6 +108,7 @@ int Settings::readSettingsFile(const std::string& path) {
 
 std::string Settings::fileText() const {
   std::ostringstream os;
+  os.exceptions(std::ios::badbit); // without memory no text, rather than a part of it
   const auto line = [&](const char* key, const std::string& value, const char* comment) {
     writeParameterLine(os, key, value, kValueWidth, comment);
   };

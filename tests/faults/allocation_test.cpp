@@ -147,7 +147,8 @@ private:
     gNth = nth;
     play(session);
     // One failure stops the pump only in the menu file.
-    EXPECT_TRUE(!session.mIsLoaded || session.isPumpRunning() || isForGood || hasError("Error TimerProc()"));
+    const bool isStopToldOf = hasError("Error TimerProc()");
+    EXPECT_TRUE(!session.mIsLoaded || session.isPumpRunning() || isForGood || isStopToldOf);
     session.unload();
     gNth = 0;
   }

@@ -241,6 +241,9 @@ protected:
     std::istringstream lines(rig::home().read("Orvaner/faults.txt"));
     for (std::string line; std::getline(lines, line);) {
       constexpr std::size_t kTextColumn = 82;
+      if (line.size() > 12 && line[12] == '|') {
+        EXPECT_EQ(line.find("| ", kTextColumn - 2), kTextColumn - 2) << line;
+      }
       if (line.size() > kTextColumn && line.compare(13, 3, "ERR") == 0)
         found.push_back(line.substr(kTextColumn));
     }
