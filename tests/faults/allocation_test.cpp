@@ -134,7 +134,7 @@ protected:
     }
     EXPECT_GT(struck, tried / 2);
     trial.detail(std::to_string(struck) + " failures struck among " + std::to_string(reached) +
-                 " allocations");
+                 " allocations, " + std::to_string(mRefusals) + " loads refused");
   }
 
 private:
@@ -151,9 +151,16 @@ private:
     EXPECT_TRUE(!session.mIsLoaded || session.isPumpRunning() || isForGood || isStopToldOf);
     session.unload();
     gNth = 0;
+    if (session.mIsLoaded)
+      return;
+    ++mRefusals;
+    host::type(L"OV_Toggle_Scroll_Mode\n"); // not there any more
+    host::runQueue();
+    EXPECT_NE(host::historyText().find("Unknown command"), std::string::npos);
   }
 
   std::string mSettings; // as the session finds it
+  int mRefusals = 0;     // loads
 };
 
 TEST_F(Allocations, EachOfTheMainThreadFails) {
