@@ -120,6 +120,7 @@ int Settings::readSettingsFile(const std::string& path) {
 
 std::string Settings::fileText() const {
   std::ostringstream os;
+  os.exceptions(std::ios::badbit); // without memory no text, rather than a part of it
   os << "# Configuration file for Orvaner's AutoCAD plug-in\n\n[" << kProgramSection << "]\n";
   for (const auto& parameter : kParameters)
     parameter.write(os, *this, kValueWidth);

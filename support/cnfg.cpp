@@ -50,7 +50,9 @@ bool Cnfg::readLine(std::string& line) {
   line.clear();
   if (!mFile.good())
     return false;
-  std::getline(mFile, line);
+  // Not with getline: without memory it would end the file here, and the keys behind would be missing.
+  for (int c = mFile.get(); mFile.good() && c != '\n'; c = mFile.get())
+    line += static_cast<char>(c);
   if (!mFile.eof() && !line.empty() && line.back() == '\r')
     line.pop_back();
   return true;

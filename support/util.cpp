@@ -140,6 +140,7 @@ int showMessage(void* window, const std::string& text, const std::string& captio
 std::string logPrefix(const char* file, int line, const char* className, const char* method) {
   const char* const backslashP = std::strrchr(file, '\\');
   std::ostringstream os;
+  os.exceptions(std::ios::badbit); // without memory no columns, rather than a part of them
   os.imbue(std::locale::classic());
   os << std::setw(kFileWidth) << fitted(backslashP ? backslashP + 1 : file, kFileWidth) << "| "
      << std::setw(kLineWidth) << line << "| " << std::left << std::setw(kMethodWidth)

@@ -4,6 +4,7 @@
 #include <iomanip>
 #include <map>
 #include <mutex>
+#include <utility>
 
 namespace call_log {
 
@@ -50,6 +51,8 @@ State& state() {
   return *stateP;
 }
 
+thread_local Code gCode = Code::PlugIn; // threads that no stand-in has made are the plug-in's
+
 void order(const std::string& operation, std::int64_t nth, int times, bool isThrow) {
   State& s = state();
   const std::lock_guard<std::mutex> lock(s.mutex);
@@ -69,6 +72,10 @@ void orderAny(std::int64_t nth, bool isThrow) {
 namespace detail {
 
 std::atomic<bool> gIsActive{false};
+
+Code setCurrentCode(Code code) {
+  return std::exchange(gCode, code);
+}
 
 bool isJournalOn() {
   return state().isJournalOn.load(std::memory_order_relaxed);
@@ -99,6 +106,7 @@ void refreshActive() {
 }
 
 bool enterActive(const char* operation, const std::string& arguments) {
+  const Entered standIn(Code::StandIn);
   State& s = state();
   const std::lock_guard<std::mutex> lock(s.mutex);
   ++s.count;
@@ -126,6 +134,10 @@ bool enterActive(const char* operation, const std::string& arguments) {
 }
 
 } // namespace detail
+
+Code currentCode() {
+  return gCode;
+}
 
 std::string escaped(std::wstring_view text) {
   constexpr std::uint32_t kLastByte = 0xFF;

@@ -25,6 +25,11 @@ public:
   using std::runtime_error::runtime_error;
 };
 
+/// Whose code a thread is in.
+enum class Code { PlugIn, StandIn };
+/// The calling thread's. It is followed only while there is a recording, a count, a trace or an order.
+Code currentCode();
+
 /// One call of the trace, or the entry into one.
 /// in    the arguments, out the result and what the call wrote; pointers and handles by their address
 /// threw true: the call ended in an exception; out is empty then
@@ -52,6 +57,8 @@ struct Record {
 namespace detail {
 
 extern std::atomic<bool> gIsActive;
+/// Gives what it was before.
+Code setCurrentCode(Code code);
 bool isJournalOn();
 /// Writes the journal's line and tells whether the call must fail; throws InjectedFault if it must throw.
 bool enterActive(const char* operation, const std::string& arguments);
@@ -141,6 +148,24 @@ inline void show(std::ostream& os, const wchar_t* text) {
 
 } // namespace detail
 
+/// Stands where a thread goes over into other code, until it is back. Calls and brackets hold one.
+class Entered {
+public:
+  explicit Entered(Code code)
+      : mIsActive(detail::gIsActive.load(std::memory_order_relaxed)),
+        mBefore(mIsActive ? detail::setCurrentCode(code) : code) {}
+  ~Entered() {
+    if (mIsActive)
+      detail::setCurrentCode(mBefore);
+  }
+  Entered(const Entered&) = delete;
+  Entered& operator=(const Entered&) = delete;
+
+private:
+  bool mIsActive;
+  Code mBefore;
+};
+
 /// A call that only the trace knows, from its construction to its destruction.
 class Traced {
 public:
@@ -182,6 +207,7 @@ private:
     (append(mRecordP->out, mRecordP->outText, out), ...);
   }
 
+  const Entered mEntered{Code::StandIn};
   Record* mRecordP = nullptr;
   bool mIsEntered = false;
   // Counted here and not in trace.cpp: on Windows each program and library counts its own exceptions.
@@ -232,6 +258,7 @@ public:
 
 private:
   bool mIsOpen;
+  const Entered mEntered{Code::PlugIn}; // once the trace has noted the bracket
 };
 
 /// Hands the trace to the sink from now on, call by call in the order of their ends, on a thread of its own.

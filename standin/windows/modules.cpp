@@ -150,6 +150,7 @@ BOOL WINAPI FreeLibrary(HMODULE module) {
 }
 
 BOOL WINAPI GetModuleHandleExW(DWORD flags, LPCWSTR address, HMODULE* module) {
+  const call_log::Entered standIn(call_log::Code::StandIn);
   Dl_info info{};
   *module = nullptr;
   if (flags == GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS && dladdr(address, &info) != 0)
@@ -166,7 +167,8 @@ FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name) {
 }
 
 DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD count) {
-  if (desktop::detail::Call("GetModuleFileNameW", count).mustFail() || count == 0)
+  const desktop::detail::Call call("GetModuleFileNameW", count);
+  if (call.mustFail() || count == 0)
     return 0;
   std::optional<std::wstring> path;
   {

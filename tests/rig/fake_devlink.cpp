@@ -10,6 +10,8 @@
 
 #include <ov_devlink.h>
 
+#include "call_log.h"
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -68,9 +70,13 @@ FakeDevlink& fake() {
   return *fakeP;
 }
 
+using call_log::Code;
+using call_log::Entered;
+
 /// The fake, nobody else's until the statement's end.
 struct Held {
   FakeDevlink* operator->() const { return &fake(); }
+  const Entered mEntered{Code::StandIn};
   const std::lock_guard<std::mutex> mLock{fake().mutex};
 };
 
@@ -182,6 +188,7 @@ int ovGetAdvancedSettings(int deviceIndex, void* record148) {
 
 int ovFetchEvent(int, short* x, short* y, short* z, short* a, short* b, short* c, int*, int*, int* eventCode,
                  int*, int*) {
+  const Entered standIn(Code::StandIn);
   FakeDevlink& t = fake();
   std::unique_lock<std::mutex> lock(t.mutex);
   if (t.enter("ovFetchEvent", "", false))
@@ -205,6 +212,7 @@ int ovFetchEvent(int, short* x, short* y, short* z, short* a, short* b, short* c
 }
 
 int ovSetApplMode(const char* application, const char* mode) {
+  const Entered standIn(Code::StandIn);
   return call("ovSetApplMode", std::string(application) + " " + mode,
               [mode](FakeDevlink& t) { t.modes.push_back(mode); });
 }

@@ -33,7 +33,8 @@ public:
   Acad::ErrorStatus addCommand(const ACHAR* group, const ACHAR* globalName, const ACHAR* localName,
                                Adesk::Int32, AcRxFunctionPtr function, AcEdUIContext*, int, HINSTANCE,
                                AcEdCommand** out) override {
-    if (call_log::Call("addCommand", group, globalName).mustFail())
+    const call_log::Call call("addCommand", group, globalName);
+    if (call.mustFail())
       return Acad::eNotApplicable;
     if (!function || !*globalName)
       return Acad::eInvalidInput;
@@ -51,7 +52,8 @@ public:
   }
 
   Acad::ErrorStatus removeCmd(const ACHAR* group, const ACHAR* globalName) override {
-    if (call_log::Call("removeCmd", group, globalName).mustFail())
+    const call_log::Call call("removeCmd", group, globalName);
+    if (call.mustFail())
       return Acad::eNotApplicable;
     const size_t place = find(group, globalName);
     if (place == mCommands.size())
@@ -86,7 +88,8 @@ class Registry : public AcRxDictionary {
 public:
   AcRxObject* at(const ACHAR* name) const override {
     static Linker* const linkerP = new Linker;
-    if (call_log::Call("at", name).mustFail())
+    const call_log::Call call("at", name);
+    if (call.mustFail())
       return nullptr;
     if (name == std::wstring(L"DynamicLinker"))
       return linkerP;
@@ -156,6 +159,7 @@ namespace {
 
 template <class Function> void runGuarded(const std::wstring& name, Function function) {
   try {
+    const call_log::Entered plugIn(call_log::Code::PlugIn);
     function();
   } catch (const std::exception& failure) {
     print(L"Error in " + name + L": " + widen(failure.what()) + L"\n");

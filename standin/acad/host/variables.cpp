@@ -59,6 +59,7 @@ int acedGetVar(const ACHAR* name, resbuf* result) {
 
 int acutPrintf(const ACHAR* format, ...) {
   constexpr size_t kMaxText = 1 << 16;
+  const call_log::Entered standIn(call_log::Code::StandIn);
   const std::wstring wideFormat = withWideStrings(format);
   std::wstring text(256, 0);
   int length = -1;

@@ -1,0 +1,174 @@
+// Sessions in which the n-th allocation of the plug-in fails, alone or with all that follow until it is
+// unloaded, for each n: on the main thread, and on the reading thread and the connection watch.
+//
+// The host lives, has everything back, and the settings file is whole. A session after that, with memory,
+// comes out as the first one did.
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+#include <limits>
+#include <new>
+#include <thread>
+
+#include "event_codes.h"
+#include "session.h"
+#include "trial.h"
+
+namespace {
+
+constexpr std::int64_t kNever = (std::numeric_limits<std::int64_t>::max)();
+
+std::atomic<std::int64_t> gNth{0}; // of each thread; 0: allocations aren't counted
+std::atomic<bool> gIsForGood{false};
+std::atomic<bool> gIsOfMainThread{false};
+std::atomic<std::int64_t> gReached{0}; // the highest count of a thread
+std::atomic<int> gFailed{0};
+thread_local bool tIsMainThread = false;
+thread_local std::int64_t tCount = 0;
+
+bool mustFail() {
+  const std::int64_t nth = gNth;
+  if (nth == 0 || tIsMainThread != gIsOfMainThread || call_log::currentCode() != call_log::Code::PlugIn)
+    return false;
+  const std::int64_t count = ++tCount;
+  std::int64_t reached = gReached;
+  while (reached < count && !gReached.compare_exchange_weak(reached, count)) {
+  }
+  return count == nth || (gIsForGood && count > nth);
+}
+
+} // namespace
+
+void* operator new(std::size_t size) {
+  void* const p = mustFail() ? nullptr : std::malloc(size > 0 ? size : 1);
+  if (p)
+    return p;
+  ++gFailed;
+  throw std::bad_alloc();
+}
+void* operator new[](std::size_t size) {
+  return operator new(size);
+}
+// Inlined, free() would look to the compiler like no match for a new.
+[[gnu::noinline]] void operator delete(void* p) noexcept {
+  std::free(p);
+}
+void operator delete[](void* p) noexcept {
+  operator delete(p);
+}
+void operator delete(void* p, std::size_t) noexcept {
+  operator delete(p);
+}
+void operator delete[](void* p, std::size_t) noexcept {
+  operator delete(p);
+}
+
+namespace {
+
+void waitUntil(const char* what, const std::function<bool()>& holds) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (!holds() && std::chrono::steady_clock::now() < end)
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  EXPECT_TRUE(holds()) << what;
+}
+
+/// Every path of both background threads.
+void playLink(Session& session) {
+  host::setMenuText("[Modes]\nStart\nA layout of the drawing\nThe model of the drawing\n");
+  ASSERT_TRUE(session.load());
+  fake_devlink::pushMotion({5, 0, 0, 0, 0, 0});
+  for (const int code : {kRotationSettingsEvent1, kAnnounceModeEvent, APPL_FUNC_START, 0x20009})
+    fake_devlink::pushEvent(code);
+  EXPECT_TRUE(fake_devlink::waitUntilTaken());
+  for (const bool isPresent : {false, true}) {
+    fake_devlink::setPresent(isPresent);
+    waitUntil("the watch finds the daemon",
+              [&] { return session.mApp.mOvAutoCadP->mDaemonProxyP->mIsConnected == isPresent; });
+  }
+  const std::int64_t nth = gNth.exchange(0); // memory is back for a moment
+  const std::size_t modes = fake_devlink::modes().size();
+  fake_devlink::pushEvent(kAnnounceModeEvent);
+  waitUntil("the mode is announced", [modes] { return fake_devlink::modes().size() > modes; });
+  gNth = nth;
+}
+
+class Allocations : public SessionTest {
+protected:
+  void TearDown() override {
+    gNth = 0;
+    SessionTest::TearDown();
+  }
+
+  void failEach(const char* what, bool isOfMainThread, const std::function<void(Session&)>& play) {
+    call_log::startCounting(); // so that it is known who allocates
+    const call_log::Entered standIn(call_log::Code::StandIn);
+    tIsMainThread = true;
+    gIsOfMainThread = isOfMainThread;
+    run(kNever, false, play);
+    const std::int64_t reached = gReached;
+    const std::string settings = rig::home().read(rig::kSettingsFile);
+    ASSERT_GT(reached, 100);
+    Trial trial(std::string("Each allocation of ") + what + " fails, alone and with all that follow");
+    const char* const everyP = std::getenv("OV_EVERY");
+    const int every = everyP ? std::atoi(everyP) : 50;
+    int tried = 0;
+    int struck = 0;
+    for (std::int64_t nth = 1; nth <= reached; nth += every) {
+      for (const bool isForGood : {false, true}) {
+        SCOPED_TRACE(testing::Message() << nth << (isForGood ? " for good" : " alone"));
+        run(nth, isForGood, play);
+        struck += gFailed > 0 ? 1 : 0;
+        expectBalance("");
+        EXPECT_EQ(host::historyText().find("Error in OV_"), std::string::npos);
+        const std::string kept = rig::home().read(rig::kSettingsFile);
+        EXPECT_TRUE(kept == settings || kept == mSettings) << kept;
+        if (++tried % 20 == 0 || nth + every > reached) {
+          EXPECT_EQ(cleanOutcome(), mClean);
+        }
+        trial.count(std::to_string(nth), !HasFailure());
+        if (HasFailure())
+          return; // one such report is enough
+      }
+    }
+    EXPECT_GT(struck, tried / 2);
+    trial.detail(std::to_string(struck) + " failures struck among " + std::to_string(reached) +
+                 " allocations, " + std::to_string(mRefusals) + " loads refused");
+  }
+
+private:
+  void run(std::int64_t nth, bool isForGood, const std::function<void(Session&)>& play) {
+    fake_devlink::reset();
+    Session session(true);
+    mSettings = rig::home().read(rig::kSettingsFile);
+    tCount = gReached = gFailed = 0;
+    gIsForGood = isForGood;
+    gNth = nth;
+    play(session);
+    // One failure stops the pump only in the menu file.
+    const bool isStopToldOf = hasError("Error TimerProc()");
+    EXPECT_TRUE(!session.mIsLoaded || session.isPumpRunning() || isForGood || isStopToldOf);
+    session.unload();
+    gNth = 0;
+    if (session.mIsLoaded)
+      return;
+    ++mRefusals;
+    host::type(L"OV_Toggle_Scroll_Mode\n"); // not there any more
+    host::runQueue();
+    EXPECT_NE(host::historyText().find("Unknown command"), std::string::npos);
+  }
+
+  std::string mSettings; // as the session finds it
+  int mRefusals = 0;     // loads
+};
+
+TEST_F(Allocations, EachOfTheMainThreadFails) {
+  failEach("the main thread", true, [](Session& session) { session.play(); });
+}
+
+TEST_F(Allocations, EachOfTheBackgroundThreadsFails) {
+  failEach("the background threads", false, playLink);
+}
+
+} // namespace
