@@ -193,6 +193,8 @@ private:
     host::setLayout(mDice.oneIn(2));
     if (mDice.oneIn(8))
       host::removeVariable(mDice.of({"tilemode", "cvport"}));
+    else if (mDice.oneIn(4))
+      host::setVariable("cvport", mDice.of<short>({1, 3, -1}));
     const double width = mDice.of({300.0, 300.0, 0.0, 1e200});
     const double height = mDice.of({200.0, 200.0, 0.0, 50.0});
     const double viewHeight = mDice.of({100.0, 100.0, 0.0, -5.0, 1.7e308, 5e-324});
@@ -216,7 +218,7 @@ private:
     view.position = mDice.point();
     view.target = mDice.oneIn(12) ? view.position : mDice.point();
     view.up = mDice.oneIn(8) ? view.position - view.target : mDice.point().asVector();
-    view.fieldWidth = mDice.of({40.0, 0.0, 1e-3, 1e200, -1.0, 7.0});
+    view.fieldWidth = mDice.of({40.0, 0.0, 1e-3, 1e308, -1.0, 7.0});
     view.fieldHeight = mDice.of({10.0, 0.0, 1e-3, 1e150, 3.0});
     host::setView(view);
   }
