@@ -158,7 +158,7 @@ private:
     mPluginP->mMinThreshold = mDice.of({0, 0, 0, 1, 20, 0x10005, 0x7FFF, 0xFFFF});
     mPluginP->mToggleRotationCenter = mDice.oneIn(2);
     mPluginP->mToggleRotationAxis = mDice.oneIn(2);
-    mPluginP->mScrollTreeAndList = mDice.oneIn(2);
+    mPluginP->mScrollTreeAndList = mDice.oneIn(3);
     engine().mObjectMoveMode = mDice.oneIn(2);
     engine().mZoomAllAfterView = mIsZoomingAll = mDice.oneIn(2);
     const int digit = mDice.below(10);
@@ -171,7 +171,7 @@ private:
   }
 
   void changeSample() {
-    const bool isRelease = mDice.oneIn(4);
+    const bool isRelease = mDice.oneIn(3);
     const int threshold = mPluginP->mMinThreshold % 0x8000;
     for (short& value : mSample) {
       const int sign = mDice.of({1, -1});
@@ -190,7 +190,7 @@ private:
     host::setHasDocument(hasDocument);
     host::setHasDocumentManager(hasManager);
     host::setViewValid(!mDice.oneIn(8));
-    host::setLayout(mDice.oneIn(2));
+    host::setLayout(mDice.oneIn(3));
     if (mDice.oneIn(8))
       host::removeVariable(mDice.of({"tilemode", "cvport"}));
     else if (mDice.oneIn(4))
@@ -207,9 +207,8 @@ private:
       number = 1 + mDice.below(kEntities);
     host::selectNumbers(numbers);
     const AcDbObjectId id = host::entityId(1 + mDice.below(kEntities));
-    host::setCannotBeOpened(id, mDice.oneIn(3));
-    host::setHasNoExtents(id, mDice.oneIn(3));
-    host::setRefusesTransform(id, mDice.oneIn(3));
+    for (const auto setMark : {host::setCannotBeOpened, host::setHasNoExtents, host::setRefusesTransform})
+      setMark(id, mDice.oneIn(3));
   }
 
   void changeView() {
@@ -265,15 +264,21 @@ private:
       rig::home().write(rig::kMenuFile, text);
   }
 
+  /// Orders a fault of an operation that the last tick called, or that any tick did.
+  void orderFault() {
+    const bool isOld = mCalls.empty() || mDice.oneIn(2);
+    const auto size = static_cast<int>(isOld ? mNames.size() : mCalls.size());
+    const auto at = static_cast<std::size_t>(mDice.below(size));
+    const std::string& name = isOld ? mNames[at] : mCalls[at].name;
+    const int nth = 1 + mDice.below(3);
+    (mDice.oneIn(2) ? call_log::throwAt : call_log::failAt)(name, nth, mDice.of({1, 1, 2, 9}));
+  }
+
   /// Lets the timer tick once, takes its calls, and returns its records.
   std::vector<model::Record> recordTick() {
+    for (int faults = mIsToFail ? mDice.of({0, 0, 1, 2}) : 0; faults > 0; --faults)
+      orderFault();
     mCalls.clear();
-    for (int faults = mIsToFail && !mNames.empty() ? mDice.of({0, 0, 1, 2}) : 0; faults > 0; --faults) {
-      const std::string& name =
-          mNames[static_cast<std::size_t>(mDice.below(static_cast<int>(mNames.size())))];
-      const int nth = 1 + mDice.below(3);
-      (mDice.oneIn(2) ? call_log::failAt : call_log::throwAt)(name, nth, mDice.of({1, 1, 2, 9}));
-    }
     const std::size_t logStart = rig::logSize();
     {
       const call_log::Bracket bracket("TimerProc");
@@ -322,8 +327,8 @@ private:
   bool mIsMenuThere = false, mHasLostDocument = false;
   std::vector<std::string> mModes, mMenuValues;
   std::vector<HWND> mWindows;
-  std::vector<model::Call> mCalls; // of the tick
-  std::vector<std::string> mNames; // of the operations called up to now
+  std::vector<model::Call> mCalls;              // of the tick
+  std::vector<std::string> mNames{"KillTimer"}; // of the operations called up to now
 };
 
 TEST(Model, ExplainsEverySequence) {
