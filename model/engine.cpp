@@ -61,9 +61,11 @@ void Engine::timerProc(Replay& replay) {
     if (!isPumpRunning) {
       return;
     }
-    timerId = ask(replay, "SetTimer", {capIsMoving ? 10.0 : 100.0});
-    if (timerId == 0) {
+    const double id = ask(replay, "SetTimer", {capIsMoving ? 10.0 : 100.0});
+    if (id == 0) {
       replay.log("ERR", "Error TimerProc()");
+    } else {
+      timerId = id;
     }
   } catch (const HostException&) {
     replay.log("ERR", "Error TimerProc()");

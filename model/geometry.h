@@ -7,7 +7,7 @@
 
 namespace model {
 
-constexpr double SHORTEST = 1e-10; // a vector that isn't longer has no direction
+constexpr double SHORTEST = 1e-12; // a vector that isn't longer has no direction
 
 /// A point or a vector.
 struct Vec3 {
@@ -47,10 +47,10 @@ inline double largest(const Vec3& a) {
   return result;
 }
 
-/// Scale a vector to length 1; give the zero vector for one without direction.
+/// Scale a vector to length 1; leave one without direction, as the host does.
 inline Vec3 normalized(const Vec3& a) {
   const double size = length(a);
-  return size > SHORTEST ? a / size : Vec3();
+  return size > SHORTEST ? a / size : a;
 }
 
 /// Turn a vector by the right-hand rule; a zero axis leaves it.

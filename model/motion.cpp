@@ -34,7 +34,8 @@ void withActiveViewport(Replay& replay, const std::function<void(double viewport
     }
     held.object = viewport;
     work(viewport);
-    closeObject(replay, held);
+    held.object.reset(); // not tried again
+    replay.call("close", {viewport});
   } catch (const HostException&) {
     giveBack(replay, held);
     throw;
@@ -100,8 +101,8 @@ void Engine::handleCapIsReleased(Replay& replay, int mode) {
 }
 
 void Engine::retrieveViewParams(Replay& replay) {
-  view = 0;
   const Call& read = replay.call("acedGetVar", {}, L"CVPORT");
+  view = 0;
   const double status = out(read, 0);
   if (status != RTNORM) {
     replay.log("ERR",

@@ -60,23 +60,22 @@ struct Held {
   std::optional<double> object;
 };
 
-/// Close the held object. It isn't held any more even if that fails.
+/// Close the held object. It stays held if the host throws.
 inline void closeObject(Replay& replay, Held& held) {
-  const double object = held.object.value();
+  replay.call("close", {held.object.value()});
   held.object.reset();
-  replay.call("close", {object});
 }
 
-/// Free the held selection set, if there is one. It isn't held any more even if that fails.
+/// Free the held selection set, if there is one. It stays held if the host throws.
 inline void freeSet(Replay& replay, Held& held) {
   if (held.set) {
-    const double set = *held.set;
+    replay.call("acedSSFree", {*held.set});
     held.set.reset();
-    replay.call("acedSSFree", {set});
   }
 }
 
-/// Give back everything that is still held after an exception, and let no further exception out.
+/// Give back everything that is still held after an exception, also what threw at that, and let no further
+/// exception out.
 inline void giveBack(Replay& replay, Held& held) {
   try {
     if (held.object) {

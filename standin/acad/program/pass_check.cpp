@@ -1,6 +1,8 @@
 #include "pass_check.h"
 
+#include "model_call.h"
 #include "recorder.h"
+
 #include <windows.h>
 
 #include "cnfg.h"
@@ -85,7 +87,7 @@ void PassCheck::take(const call_log::Record& record) {
       mTick.seconds = record.seconds - mStart;
     }
   } else if (record.isBracketed) {
-    mTick.calls.push_back({record.name, record.in, record.text, record.out, record.outText, record.threw});
+    mTick.calls.push_back(modelCall(record));
     mTick.spans.push_back({record.entered, record.order});
   } else if (record.isBracket) {
     endTick(record);
