@@ -44,7 +44,7 @@ public:
     host::reset();
     desktop::reset();
     desktop::holdClock();
-    devlink_twin::reset();
+    fake_devlink::reset();
     rig::useOwnHome();
     rig::home().remove(rig::kMenuFile);
     rig::home().remove("Orvaner/autocad_addin_log.txt");
