@@ -188,7 +188,7 @@ TEST_F(Dxf, SaysInOneLineWhatIsWrongAndAddsNothing) {
       {lines("0 SECTION 0 EOF"), ":4: a section without a name"},
       {"0\nSECTION\n99999\nx\n", ":3: \"99999\" is no group code"},
       {section("ENTITIES", "0 LINE 10 nan 20 0 11 1 21 1"), ":8: \"nan\" is no number"},
-      {section("ENTITIES", "0 LINE 10 1 20 1e16 11 1"), ":10: \"1e16\" is too large for a coordinate"},
+      {section("ENTITIES", "0 LINE 10 1 20 1e16 11 1"), ":10: \"1e16\" is too large"},
       {section("ENTITIES", "0 CIRCLE 10 1 20 1 40 abc"), ":12: \"abc\" is no number"},
       {section("ENTITIES", "0 TEXT 10 0") + lines("0 EOF"),
        ": nothing to show: 0 entities; left out: 1 TEXT"},
