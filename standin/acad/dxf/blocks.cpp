@@ -91,7 +91,7 @@ std::unique_ptr<AcDbEntity> Blocks::build(Item& item, int depth, double& size, i
   const Insert& insert = *item.insertP;
   const Block* const blockP = built(insert.block, depth);
   if (!blockP) {
-    skip("INSERT of an unknown or circular block");
+    skip("INSERT of an unknown, circular or too deep block");
     return nullptr;
   }
   const double cells = static_cast<double>(insert.columns) * insert.rows;

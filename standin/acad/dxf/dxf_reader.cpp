@@ -17,8 +17,9 @@ void readSections(const std::string& text, Blocks& blocks) {
     if (record.kind == "EOF") {
       if (!section.empty())
         throw BadFile(record.line, "EOF inside the section \"" + printable(section) + "\"");
-      if (hasSection)
-        return;
+      if (!hasSection)
+        break;
+      return;
     } else if (record.kind == "ENDSEC") { // some writers end a section twice
       section = {};
       blocks.endSection();
