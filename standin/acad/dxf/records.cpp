@@ -17,7 +17,6 @@ constexpr double kMaxInteger = 1e9;
 constexpr size_t kMaxShown = 40; // characters of a value that a message shows
 constexpr int kLowestCode = -5;
 constexpr int kHighestCode = 1071;
-constexpr int kComment = 999;
 
 std::string_view trimmed(std::string_view text) {
   constexpr char kBlanks[] = " \t\r";
@@ -108,18 +107,16 @@ bool Records::readLine(std::string_view& line) {
 
 void Records::readNext() {
   std::string_view code;
-  do {
-    mHasNext = readLine(code);
-    if (!mHasNext)
-      return;
-    const char* const end = code.data() + code.size();
-    const auto [stop, failure] = std::from_chars(code.data(), end, mNext.code);
-    if (failure != std::errc() || stop != end || mNext.code < kLowestCode || mNext.code > kHighestCode)
-      throw BadFile(mLine, "\"" + printable(code) + "\" is no group code");
-    if (!readLine(mNext.value))
-      throw BadFile(mLine, "the file ends between a group code and its value");
-    mNext.line = mLine;
-  } while (mNext.code == kComment);
+  mHasNext = readLine(code);
+  if (!mHasNext)
+    return;
+  const char* const end = code.data() + code.size();
+  const auto [stop, failure] = std::from_chars(code.data(), end, mNext.code);
+  if (failure != std::errc() || stop != end || mNext.code < kLowestCode || mNext.code > kHighestCode)
+    throw BadFile(mLine, "\"" + printable(code) + "\" is no group code");
+  if (!readLine(mNext.value))
+    throw BadFile(mLine, "the file ends between a group code and its value");
+  mNext.line = mLine;
 }
 
 bool Records::read(Record& record) {

@@ -32,7 +32,7 @@ struct Pair {
 };
 
 /// The pairs from one code 0 to the next: an entity, the begin or end of a block or section. Of a code that
-/// comes more than once, the first pair counts.
+/// comes more than once, the first pair counts. Nobody asks for comments, code 999.
 struct Record {
   std::string_view kind; // value of the code 0
   size_t line = 0;
@@ -67,7 +67,7 @@ public:
 
 private:
   bool readLine(std::string_view& line);
-  /// Puts the next pair that is no comment into mNext.
+  /// Puts the next pair into mNext.
   void readNext();
 
   std::string_view mRest;
