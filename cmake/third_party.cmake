@@ -1,7 +1,7 @@
-# Libraries of others, for the stand-ins and their programs only: ov::asio, ov::cli11, ov::json, ov::utfcpp, ov::dxflib.
+# Libraries of others, for the stand-ins and their programs only: ov::asio, ov::cli11, ov::json, ov::utfcpp.
 #
-# Natively they are Debian's packages. For Windows scripts/install puts the headers, and dxflib's sources, below
-# build/windows/third_party: the compiler there mustn't see the rest of /usr/include.
+# Natively they are Debian's packages. For Windows scripts/install puts the headers below build/windows/third_party: the
+# compiler there mustn't see the rest of /usr/include.
 set(ov_third_party ${CMAKE_SOURCE_DIR}/build/windows/third_party)
 
 if(WIN32)
@@ -17,12 +17,6 @@ if(WIN32)
   add_library(ov::cli11 ALIAS ov_third_party_headers)
   add_library(ov::json ALIAS ov_third_party_headers)
   add_library(ov::utfcpp ALIAS ov_third_party_headers)
-
-  file(GLOB ov_dxflib_sources ${ov_third_party}/dxflib/src/*.cpp)
-  add_library(ov_dxflib STATIC EXCLUDE_FROM_ALL ${ov_dxflib_sources})
-  target_include_directories(ov_dxflib SYSTEM PUBLIC ${ov_third_party}/dxflib/src)
-  target_compile_options(ov_dxflib PRIVATE -w)
-  add_library(ov::dxflib ALIAS ov_dxflib)
 else()
   find_package(CLI11 REQUIRED)
   add_library(ov::cli11 ALIAS CLI11::CLI11)
@@ -34,12 +28,6 @@ else()
   add_library(ov_asio INTERFACE)
   target_include_directories(ov_asio SYSTEM INTERFACE ${OV_ASIO_INCLUDE_DIR})
   target_link_libraries(ov_asio INTERFACE Threads::Threads)
-  find_path(OV_DXFLIB_INCLUDE_DIR dl_dxf.h PATH_SUFFIXES dxflib REQUIRED)
-  find_library(OV_DXFLIB_LIBRARY dxflib REQUIRED)
-  add_library(ov_dxflib INTERFACE)
-  target_include_directories(ov_dxflib SYSTEM INTERFACE ${OV_DXFLIB_INCLUDE_DIR})
-  target_link_libraries(ov_dxflib INTERFACE ${OV_DXFLIB_LIBRARY})
-  add_library(ov::dxflib ALIAS ov_dxflib)
 endif()
 target_compile_definitions(ov_asio INTERFACE ASIO_STANDALONE)
 add_library(ov::asio ALIAS ov_asio)

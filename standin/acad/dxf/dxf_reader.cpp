@@ -1,14 +1,44 @@
 #include "dxf_reader.h"
 
-#include <sstream>
-
-#include <dl_dxf.h>
-
-#include "builder.h"
+#include "blocks.h"
 #include "host.h"
-#include "pairs.h"
 
 namespace dxf {
+
+namespace {
+
+/// A file's order is: sections from "0 SECTION" to "0 ENDSEC", then "0 EOF".
+void readSections(const std::string& text, Blocks& blocks) {
+  Records records(text);
+  Record record;
+  std::string_view section; // empty: between sections
+  bool hasSection = false;
+  while (records.read(record)) {
+    if (record.kind == "EOF") {
+      if (!section.empty())
+        throw BadFile(record.line, "EOF inside the section \"" + printable(section) + "\"");
+      if (!hasSection)
+        break;
+      return;
+    } else if (record.kind == "ENDSEC") { // some writers end a section twice
+      section = {};
+      blocks.endSection();
+    } else if (section.empty()) {
+      if (record.kind != "SECTION")
+        throw BadFile(record.line, "a section should begin here, not \"" + printable(record.kind) + "\"");
+      section = record.text(2);
+      if (section.empty())
+        throw BadFile(record.line, "a section without a name");
+      hasSection = true;
+    } else if (section == "ENTITIES" || section == "BLOCKS") {
+      blocks.add(record);
+    }
+  }
+  throw BadFile(records.line(), hasSection ? "the file ends without EOF, it is not whole"
+                                           : "no section, this is no DXF file");
+}
+
+} // namespace
 
 std::string Result::summary() const {
   std::string text = std::to_string(entities) + (entities == 1 ? " entity" : " entities");
@@ -23,24 +53,17 @@ std::string Result::summary() const {
 Result load(const std::string& path) {
   Result result;
   try {
-    std::istringstream checked(checkedEntities(readTextFile(path), result.skipped));
-    Builder builder(result.skipped);
-    DL_Dxf reader;
-    reader.in(checked, &builder);
-    std::vector<std::unique_ptr<AcDbEntity>> entities = builder.takeEntities();
+    const std::string text = readTextFile(path);
+    Blocks blocks(result.skipped);
+    readSections(text, blocks);
+    std::vector<std::unique_ptr<AcDbEntity>> entities = blocks.takeEntities();
     result.entities = static_cast<int>(entities.size());
-    if (entities.empty())
-      throw BadFile("nothing to show: " + result.summary());
     for (auto& entityP : entities)
       host::add(std::move(entityP));
   } catch (const BadFile& failure) {
-    const std::string reason = failure.what();
-    const bool hasLine = !reason.empty() && reason[0] >= '0' && reason[0] <= '9';
-    result.error = path + (hasLine ? ":" : ": ") + reason;
-    result.entities = 0;
+    result.error = path + failure.what();
   } catch (const std::exception& failure) {
     result.error = path + ": " + failure.what();
-    result.entities = 0;
   }
   return result;
 }

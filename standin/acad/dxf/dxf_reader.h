@@ -4,8 +4,7 @@
 #include <map>
 #include <string>
 
-/// Reads drawings from DXF files, with dxflib. Only the host program links this, since dxflib is under the
-/// GPL.
+/// Reads drawings from DXF files in text form.
 namespace dxf {
 
 struct Result {
@@ -20,8 +19,9 @@ struct Result {
   std::string summary() const;
 };
 
-/// Adds the drawing in the file to the host's model space. Adds nothing if it fails: when the file can't be
-/// read, isn't a whole DXF file in text form, holds numbers that are none, or has nothing to show.
+/// Adds the drawing in the file to the host's model space; a drawing without entities is a good one. Adds
+/// nothing if it fails: when the file can't be read, isn't a whole DXF file in text form, or gives an invalid
+/// number for an entity.
 Result load(const std::string& path);
 
 } // namespace dxf

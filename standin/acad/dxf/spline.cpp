@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "builder.h"
+#include "entities.h"
 
 namespace dxf {
 
