@@ -26,7 +26,7 @@ if(OV_FUZZ) # the fuzzer sees which ways the code took
 endif()
 
 if(MINGW)
-  # The programs and the module stand alone: no compiler runtime beside them.
+  # The programs and the module need no compiler runtime beside them.
   add_link_options(-static -static-libgcc -static-libstdc++)
   # And no library offers the compiler runtime inside it to the next one.
   add_link_options(-Wl,--exclude-libs,ALL)

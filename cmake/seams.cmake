@@ -1,7 +1,7 @@
-# What stands behind the three headers that the plug-in includes: ov_host_sdk behind <arxHeaders.h>, ov_device_sdk behind
-# <ov_devlink.h>, and ov_system behind <windows.h> and the POSIX threads. Link one to get its headers and libraries.
+# Chooses what the three headers are that the plug-in includes: ov_host_sdk has <arxHeaders.h>, ov_device_sdk has
+# <ov_devlink.h>, and ov_system has <windows.h> and the POSIX threads. Link one to get its headers and libraries.
 #
-# Behind the first two stand this project's stand-ins, unless both folders are named here. Each holds inc, inc-x64 and
+# The first two are this project's stand-ins, unless both folders are named here. Each holds inc, inc-x64 and
 # lib-x64, as an SDK has them.
 set(OV_HOST_SDK "" CACHE PATH "The host's SDK; empty: the stand-in")
 set(OV_DEVICE_SDK "" CACHE PATH "Header and import library of ov_devlink_64; empty: the stand-in")

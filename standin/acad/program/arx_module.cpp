@@ -42,7 +42,7 @@ ArxModule::~ArxModule() {
   unload();
 }
 
-bool ArxModule::tell(int messageCode) {
+bool ArxModule::send(int messageCode) {
   // The application is known to the host by its library.
   return mEntryPointP(messageCode, mModule) == AcRx::kRetOK;
 }

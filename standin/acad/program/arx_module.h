@@ -19,7 +19,7 @@ public:
 /// A plug-in in this process, with the two functions that it must export.
 class ArxModule {
 public:
-  /// Loads the library and asks for the interface version that it was built for. Throws Error if the library,
+  /// Loads the library and reads the interface version that it was built for. Throws Error if the library,
   /// one of its functions or the version is not what the host can use.
   explicit ArxModule(const std::string& path);
   /// Unloads the library if unload() hasn't.
@@ -27,9 +27,9 @@ public:
   ArxModule(const ArxModule&) = delete;
   ArxModule& operator=(const ArxModule&) = delete;
 
-  /// Hands a message to the plug-in; true if it took it.
-  bool tell(int messageCode);
-  /// Gives the library back to the system; true if that succeeded.
+  /// Sends the plug-in a message. Returns true if it accepted it.
+  bool send(int messageCode);
+  /// Frees the library. Returns true if that succeeded.
   bool unload();
   HMODULE handle() const { return mModule; }
 

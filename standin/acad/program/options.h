@@ -5,21 +5,21 @@
 
 namespace program {
 
-/// What the command line asks for. Paths as given, in UTF-8.
+/// The command line's options. Paths as written, in UTF-8.
 struct Options {
   std::string mDrawing; ///< empty: an empty one
-  std::string mSession; ///< empty: none, the user does what is done
+  std::string mSession; ///< empty: none, the user acts
   std::string mModule;
   std::string mOut = "out";
   std::string mDeviceRecord; ///< empty: none
   std::string mHome;         ///< empty: "home" in mOut
   double mRefresh = 60;      ///< Hz; 0 shows frames without waiting
   double mHold = 1;          ///< seconds that the host goes on after the session's last line
-  bool mIsDryRun = false;    ///< read drawing and session, tell what is wrong with them, and end
+  bool mIsDryRun = false;    ///< read drawing and session, report what is wrong with them, and end
   bool mIsToCheck = false;   ///< hold each pass of the plug-in against the model
 };
 
-/// Reads the command line. Gives true if the program is to run; otherwise the exit status is set, and help or
+/// Reads the command line. Returns true if the program is to run; otherwise the exit status is set, and help or
 /// one line about the mistake has been printed.
 bool readOptions(int count, char** arguments, Options& options, int& exitStatus);
 

@@ -18,7 +18,7 @@ namespace {
 constexpr char kLogName[] = "autocad_addin_log.txt";
 constexpr double kFirstInterval = 100; // of the plug-in's first timer, milliseconds
 
-/// What stands in a file from a position on; all of it if the file is shorter.
+/// Returns a file's text from a position on; all of it if the file is shorter.
 std::string textFrom(const std::filesystem::path& path, std::uintmax_t start) {
   std::ifstream file(path, std::ios::binary);
   file.seekg(static_cast<std::streamoff>(start));
@@ -62,7 +62,7 @@ const model::Check& PassCheck::finish() {
   return check();
 }
 
-/// What the log has got since a tick's beginning. A log that is shorter now has been given a new file.
+/// Returns what was logged since a tick's beginning. A log that is shorter now is a new file.
 std::string PassCheck::logNote(bool isEnd) {
   std::error_code failure;
   const std::uintmax_t size = std::filesystem::file_size(mLog, failure);

@@ -19,7 +19,7 @@ public:
   PassCheck(const PassCheck&) = delete;
   PassCheck& operator=(const PassCheck&) = delete;
 
-  /// Ends the trace, and gives what was found.
+  /// Ends the trace, and returns what was found.
   const model::Check& finish();
 
 private:

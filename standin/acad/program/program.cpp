@@ -43,14 +43,14 @@ public:
     if (isRecorded)
       recordImports(mModule.handle());
 #endif
-    if (!mModule.tell(AcRx::kInitAppMsg))
+    if (!mModule.send(AcRx::kInitAppMsg))
       throw Error("plug-in " + path + " refused to be loaded");
-    mModule.tell(AcRx::kLoadDwgMsg);
+    mModule.send(AcRx::kLoadDwgMsg);
   }
   /// True if the plug-in and the system both agreed.
   bool unload() {
-    mModule.tell(AcRx::kUnloadDwgMsg);
-    const bool isTaken = mModule.tell(AcRx::kUnloadAppMsg);
+    mModule.send(AcRx::kUnloadDwgMsg);
+    const bool isTaken = mModule.send(AcRx::kUnloadAppMsg);
     host::runQueue(); // what it sent last must not run after it is gone
     return mModule.unload() && isTaken;
   }
@@ -76,7 +76,7 @@ void playSession(HostPlayer& player, Recorder& recorder, Controls& controls, con
 }
 
 bool tookEvents(const std::vector<DeviceEvent>& events, const Options& options, const Recorder& recorder) {
-  // Without a record the frames are all there is to tell it from: only a sample of the cap makes one.
+  // Without a record the frames tell: only a sample of the cap makes one.
   if (options.mDeviceRecord.empty())
     return recorder.capFrames() > 0;
   for (const DeviceEvent& event : events) {
@@ -127,7 +127,7 @@ int runSession(const Options& options, const session::Session& session) {
   input.mOutcome.mMovedView = recorder.hasViewMoved();
   writeOutputs(folders, recorder, input);
   printSummary(std::cout, folders, recorder, input);
-  // What a user did or didn't do with his own hand is no failure.
+  // A user's own session fails only if the plug-in can't be unloaded.
   const bool isGood = options.mSession.empty() ? input.mOutcome.mIsUnloaded : input.mOutcome.isGood();
   return isGood && !input.mOutcome.isContradicted() ? kExitGood : kExitFailed;
 }

@@ -11,7 +11,7 @@ constexpr int kExitFailed = 1;
 /// The command line, the session or the drawing can't be used; nothing was played.
 constexpr int kExitUnusable = 2;
 
-/// Runs the whole program and gives its exit status. Mistakes are told in one line each on standard error.
+/// Runs the whole program and returns its exit status. Reports each mistake in one line on standard error.
 int run(const Options& options);
 
 } // namespace program

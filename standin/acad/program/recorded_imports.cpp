@@ -92,7 +92,7 @@ BOOL WINAPI recordedUpdateWindow(HWND window) {
   return call.returns(UpdateWindow(window));
 }
 
-/// Wrapper of a function, null if it has none.
+/// Returns a function's wrapper, null if it has none.
 ULONG_PTR wrapperOf(const std::string& name) {
   static const struct {
     const char* name;

@@ -14,7 +14,7 @@ public:
       if (AcApDocManager* const managerP = acDocManagerPtr())
         managerP->addReactor(this);
     } catch (
-        ...) { // made while a library is loaded, where nobody could catch it; the map is never cleaned then
+        ...) { // constructed while a library is loaded, where nothing could catch it; the map is never cleaned then
     }
   }
   ~AcApDataManager() override {

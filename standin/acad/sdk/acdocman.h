@@ -42,9 +42,9 @@ public:
   virtual Acad::ErrorStatus lockDocument(AcApDocument* document, AcAp::DocLockMode mode = AcAp::kWrite,
                                          const ACHAR* globalCommand = nullptr,
                                          const ACHAR* localCommand = nullptr, bool prompt = true) = 0;
-  /// Takes back one lock. eNotLocked if there is none.
+  /// Releases one lock. eNotLocked if there is none.
   virtual Acad::ErrorStatus unlockDocument(AcApDocument* document) = 0;
-  /// Has the text typed at the command line, later. Gives back at once.
+  /// Has the text typed at the command line, later. Returns at once.
   virtual Acad::ErrorStatus sendStringToExecute(AcApDocument* document, const ACHAR* text,
                                                 bool activate = true, bool wrapUpInactiveDoc = false,
                                                 bool echoString = true) = 0;

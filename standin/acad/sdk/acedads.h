@@ -4,7 +4,7 @@
 #include "adesk.h"
 #include "dbobject.h"
 
-/// The host's plain functions. Those with an int result give RTNORM for success.
+/// The host's plain functions. Those with an int result return RTNORM for success.
 
 /// Prints on the command line, as printf does; %s takes a wide string.
 int acutPrintf(const ACHAR* format, ...);
@@ -20,7 +20,7 @@ int acedSSLength(const ads_name ss, Adesk::Int32* length);
 int acedSSName(const ads_name ss, Adesk::Int32 i, ads_name entity);
 int acedSSFree(const ads_name ss);
 
-/// Draws an entity anew. mode 1 shows it.
+/// Redraws an entity. mode 1 shows it.
 int acedRedraw(const ads_name entity, int mode);
 
 /// The viewport that is current on a layout; null on the model tab.
@@ -30,7 +30,7 @@ AcDbObjectId acedActiveViewportId();
 int acedDefun(const ACHAR* name, short code);
 int acedUndef(const ACHAR* name, short code);
 int acedRegFunc(int (*function)(), int code);
-/// The code of the function that is called now; RTERROR if none is.
+/// Returns the code of the function that is called now, RTERROR if there is none.
 int acedGetFunCode();
 int acedRetVoid();
 

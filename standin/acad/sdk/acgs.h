@@ -48,7 +48,7 @@ public:
   virtual void setView(const AcGePoint3d& position, const AcGePoint3d& target, const AcGeVector3d& upVector,
                        double fieldWidth, double fieldHeight, Projection projection = kParallel) = 0;
   /// Divides both sizes of the field by the factor, in either projection: above 1 the picture grows. A factor
-  /// that is not above 0, or that would lead to a field no number can hold, changes nothing.
+  /// that is not above 0, or that would make the field infinite, changes nothing.
   virtual void zoom(double factor) = 0;
   /// Shows the view as it is now.
   virtual void update() = 0;

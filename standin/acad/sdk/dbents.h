@@ -106,7 +106,7 @@ public:
 class AcDbEllipse : public AcDbEllipticCurve {
 public:
   /// majorAxis from the centre to the far end, ratio of the minor to the major axis. Angles are parameters, 0
-  /// at the end of the major axis; 0 to 2 pi gives the whole ellipse.
+  /// at the end of the major axis; 0 to 2 pi is the whole ellipse.
   AcDbEllipse(const AcGePoint3d& centre, const AcGeVector3d& normal, const AcGeVector3d& majorAxis,
               double ratio, double startAngle, double endAngle);
   static AcRxClass* desc();
@@ -212,7 +212,7 @@ struct AcDbBlock {
 
 class AcDbBlockReference : public AcDbEntity {
 public:
-  /// transform  from the block's coordinates, in which its base lies at the origin, to the world's
+  /// transform  from the block's coordinates, in which its base is at the origin, to the world's
   AcDbBlockReference(std::shared_ptr<const AcDbBlock> block, const AcGeMatrix3d& transform)
       : mBlockP(std::move(block)), mTransform(transform) {}
   static AcRxClass* desc();

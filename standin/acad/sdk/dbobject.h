@@ -57,7 +57,7 @@ private:
   unsigned char mFlags = 0; // what the object refuses
 };
 
-/// The id behind an entity's name. eUnknownObjectId if the name is none of an entity.
+/// Returns the id of an entity's name. eUnknownObjectId if no entity has that name.
 Acad::ErrorStatus acdbGetObjectId(AcDbObjectId& id, const ads_name name);
 
 /// Opens an object if it is of that class or derived from it. Any number of readers or one writer at a time.

@@ -19,7 +19,7 @@ public:
 
   static AcGeMatrix3d translation(const AcGeVector3d& v) { return AcGeMatrix3d().setTranslation(v); }
   /// A right-handed turn about the line through the centre along the axis. angle in radians; the axis may
-  /// have any length but zero, which gives the identity.
+  /// have any length but zero, which yields the identity.
   static AcGeMatrix3d rotation(double angle, const AcGeVector3d& axis,
                                const AcGePoint3d& centre = AcGePoint3d::kOrigin);
   /// Factors along the world's axes, from the world's origin.
@@ -29,7 +29,7 @@ public:
                                     const AcGeVector3d& z);
 
   /// From the coordinates of a flat entity with that normal to the world's. Such entities have a system of
-  /// their own, whose x axis follows from the normal alone; world Z gives the identity.
+  /// their own, whose x axis follows from the normal alone; world Z yields the identity.
   static AcGeMatrix3d planeToWorld(const AcGeVector3d& normal);
 
   /// M * R applies R first.

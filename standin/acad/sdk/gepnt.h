@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-/// Points, vectors and tolerances. Operations that change their object give it back by reference.
+/// Points, vectors and tolerances. Operations that change their object return it by reference.
 
 /// How close is equal.
 class AcGeTol {
@@ -25,7 +25,7 @@ private:
 };
 
 struct AcGeContext {
-  /// Stands in wherever a tolerance is left out.
+  /// The default tolerance.
   static AcGeTol gTol;
 };
 
@@ -96,7 +96,7 @@ public:
   AcGeVector3d normal(const AcGeTol& tol = AcGeContext::gTol) const {
     return AcGeVector3d(*this).normalize(tol);
   }
-  /// Any vector of length 1 that stands upright on this one.
+  /// Returns a unit vector perpendicular to this one.
   AcGeVector3d perpVector() const;
   /// Turns about the axis, right-handed. angle in radians; the axis may have any length but zero, which turns
   /// nothing.

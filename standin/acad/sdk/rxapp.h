@@ -6,7 +6,7 @@
 
 namespace AcRx {
 
-/// What the host tells an application.
+/// The messages that the host sends an application.
 enum AppMsgCode {
   kNullMsg = 0,
   kInitAppMsg = 1,

@@ -5,7 +5,7 @@
 
 class AcRxObject;
 
-/// Describes a runtime class. One instance stands for each class of the host, for as long as the host runs.
+/// Describes a runtime class. Each class of the host has one instance, for as long as the host runs.
 class AcRxClass {
 public:
   AcRxClass(const ACHAR* name, const AcRxClass* parent) : mName(name), mParentP(parent) {}

@@ -10,7 +10,7 @@ namespace program {
 
 namespace {
 
-/// There is nobody to click a button away, so a box is told and answered.
+/// Nobody is there to click: the box is printed, and answered with OK.
 int answerBox(const desktop::MessageBox& box) {
   std::cerr << "[" << narrowed(box.caption) << "] " << narrowed(box.text) << '\n';
   return IDOK;

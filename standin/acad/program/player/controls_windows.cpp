@@ -61,7 +61,7 @@ private:
 };
 
 static_assert(static_cast<int>(session::Pointer::view) == 0 && static_cast<int>(session::Pointer::wheel) == 4,
-              "the windows above stand in the order of the pointers");
+              "the windows above are in the order of the pointers");
 
 } // namespace
 

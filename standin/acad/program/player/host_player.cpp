@@ -75,7 +75,7 @@ void HostPlayer::play(double seconds) {
     perform(mActions[mNext++]);
 }
 
-void HostPlayer::tell(const session::Action& action, const std::string& text) {
+void HostPlayer::report(const session::Action& action, const std::string& text) {
   mLog << std::fixed << std::setprecision(1) << std::setw(7) << action.mSeconds << " s  " << text << '\n'
        << std::flush;
 }
@@ -87,14 +87,14 @@ void HostPlayer::select(const session::Action& action) {
   } else if (action.mSelection == Selection::line) {
     const int line = host::firstLine();
     if (line == 0)
-      tell(action, "(no line to select)");
+      report(action, "(no line to select)");
     host::selectNumbers(line == 0 ? std::vector<int>{} : std::vector<int>{line});
   } else {
     const std::vector<int> numbers =
         action.mSelection == Selection::objects ? action.mObjects : std::vector<int>{};
     host::selectNumbers(numbers);
     if (host::selected().size() < numbers.size())
-      tell(action, "(only " + std::to_string(host::selected().size()) + " of these objects to select)");
+      report(action, "(only " + std::to_string(host::selected().size()) + " of these objects to select)");
   }
   mRecorder.selection();
 }
@@ -135,7 +135,7 @@ void HostPlayer::perform(const session::Action& action) {
     break;
   case Verb::caption:
     mRecorder.caption(action.mText);
-    tell(action, action.mText);
+    report(action, action.mText);
     break;
   default: // wait does nothing but keep the host going; the rest is the device's
     break;

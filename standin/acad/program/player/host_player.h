@@ -24,7 +24,7 @@ public:
 private:
   void perform(const session::Action& action);
   void select(const session::Action& action);
-  void tell(const session::Action& action, const std::string& text);
+  void report(const session::Action& action, const std::string& text);
 
   std::vector<session::Action> mActions;
   std::size_t mNext = 0;

@@ -28,7 +28,7 @@ bool readLine(const std::string& line, DeviceEvent& event) {
     }
   } else if (kind == "event") {
     event.mKind = DeviceEvent::Kind::event;
-    // Codes stand there in decimal or, behind 0x, in hexadecimal.
+    // Codes are in decimal or, after 0x, in hexadecimal.
     if (!(values >> std::setbase(0) >> event.mCode))
       return false;
   } else if (kind == "mode") {

@@ -17,11 +17,11 @@ struct DeviceEvent {
   Kind mKind = Kind::other;
   std::array<int, 6> mSample{}; ///< motion: device counts
   std::int64_t mCode = 0;       ///< event
-  std::string mText;            ///< mode: its name; other: the whole line behind the time
+  std::string mText;            ///< mode: its name; other: the whole line after the time
 };
 
 /// Reads a record. Lines that are no record lines are passed over: the last one may have been cut off when
-/// the daemon ended. The events come in order of time. A missing file gives an empty record.
+/// the daemon ended. The events come in order of time. A missing file is an empty record.
 std::vector<DeviceEvent> readDeviceRecord(const std::string& path);
 
 /// The sample in force at a time: the one of the last motion at or before it, six zeros before the first.

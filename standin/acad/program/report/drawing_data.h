@@ -25,7 +25,7 @@ class DrawingData {
 public:
   /// Takes in the objects of the host's drawing that it hasn't seen yet.
   void takeNew(double seconds);
-  /// The picture, thinned out to so many segments: half of the budget goes to the longest ones, which give a
+  /// Returns the picture, thinned out to that number of segments: half of them are the longest ones, which give a
   /// drawing its shape, the rest evenly to the others.
   nlohmann::json toJson(const std::string& name, std::size_t budget) const;
 

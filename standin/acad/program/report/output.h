@@ -24,7 +24,7 @@ struct Folders {
 /// Writes session.json, command_line.txt and report.html. Throws Error.
 void writeOutputs(const Folders& folders, const Recorder& recorder, const SessionInput& input);
 
-/// Tells what happened, for a person.
+/// Prints what happened, for a person.
 void printSummary(std::ostream& out, const Folders& folders, const Recorder& recorder,
                   const SessionInput& input);
 

@@ -7,7 +7,7 @@ namespace program {
 
 namespace {
 
-/// Without a display's pace there may be any number of frames. So many a second are kept, and some more while
+/// Without a display's pace there may be any number of frames. This many a second are kept, and some more while
 /// it was quiet before; of the others each is joined to the one before it.
 constexpr double kFramesPerSecond = 250;
 constexpr double kMostAtOnce = 500;

@@ -42,7 +42,7 @@ template <class Value> struct Timestamped {
 };
 
 /// Looks at the controls many times a second, on a thread of its own: while the cap scrolls, the main thread
-/// is in the plug-in's hands for half a second at a time, and nothing tells it of a scrolled control.
+/// is in the plug-in for half a second at a time, and isn't notified of a scrolled control.
 class ScrollWatch {
 public:
   /// The controls must outlive the watch.
@@ -86,8 +86,8 @@ public:
   void selection();
   /// While this is on, frames come from what is typed, and don't count as motion.
   void typing(bool isOn) { mIsTyping = isOn; }
-  /// The host gives control away, most likely to the plug-in: its time counts from here, or from the end of a
-  /// frame, until it asks for the next frame.
+  /// Notes that the host hands over control, most likely to the plug-in: its time counts from here, or from the
+  /// end of a frame, until the next frame.
   void handOver() { mHandedOver = Steady::now(); }
 
   double start() const { return mStart; }

@@ -47,7 +47,7 @@ std::string forScriptElement(const json& value) {
   std::string out;
   out.reserve(text.size());
   for (const char c : text) {
-    // These characters stand only inside JSON's strings, where the escaped form means the same.
+    // These characters occur only inside JSON's strings, where the escaped form means the same.
     if (c == '<')
       out += "\\u003c";
     else if (c == '>')

@@ -11,7 +11,8 @@ namespace program {
 /// Numbers are rounded to what a picture needs; the full ones are in session.json.
 std::string reportPage(const nlohmann::json& session);
 
-/// A JSON text that may stand inside a script element: nothing in it can end the element or open a comment.
+/// Returns a JSON text that may be put inside a script element: nothing in it can end the element or open a
+/// comment.
 std::string forScriptElement(const nlohmann::json& value);
 
 } // namespace program

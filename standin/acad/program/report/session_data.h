@@ -40,11 +40,10 @@ struct SessionInput {
 /// The session as session.json holds it. Times are in seconds since its start, `unix` is that start.
 nlohmann::json sessionData(const Recorder& recorder, const SessionInput& input);
 
-/// The value below which that share of the values lies: 0.5 is the median, 1 the largest; 0 if there are
-/// none.
+/// Returns a quantile: 0.5 is the median, 1 the largest value; 0 if there are no values.
 double shareOf(std::vector<double> values, double share);
 
-/// The lines of a text file, the last ones if there are many; none if there is no such file.
+/// Returns the last lines of a text file, up to a number; none if there is no such file.
 std::vector<std::string> lastLines(const std::string& path, std::size_t limit);
 
 } // namespace program

@@ -9,14 +9,14 @@
 
 namespace program {
 
-/// Draws the host's view with GDI, as lines, and finds what lies under the mouse. Belongs to the main thread.
+/// Draws the host's view with GDI, as lines, and finds the object under the mouse. Belongs to the main thread.
 class ViewPainter {
 public:
-  /// Objects to be looked at anew at the next painting, since they have moved.
+  /// Notes objects that have moved, for the next painting.
   void forget(const std::vector<host::Moved>& moved);
   /// Paints the view, or the layout, into a rectangle of the size given.
   void paint(HDC dc, SIZE size);
-  /// Number of the object whose lines come nearest to a point, 0 if none is near.
+  /// Returns the number of the object nearest to a point, 0 if none is near.
   int objectAt(POINT point, SIZE size);
 
 private:

@@ -7,7 +7,7 @@ const triple = p => p.map(v => number(v)).join(', ');
 
 function facts() {
   const c = session.counts || {}, r = session.result || {};
-  byId('title').textContent = (drawing.name || 'Drawing') + ' in the hand';
+  byId('title').textContent = (drawing.name || 'Drawing') + ' – session replay';
   byId('subtitle').textContent = [session.session, number(duration, 3) + ' s', (drawing.entities || objects.length).toLocaleString('en') + ' objects',
     drawing.segments > drawing.shownSegments
       ? drawing.shownSegments.toLocaleString('en') + ' of ' + drawing.segments.toLocaleString('en') + ' segments shown' : ''].filter(Boolean).join(' · ');

@@ -14,7 +14,7 @@ function sampleAt(t, frameIndex) {
 }
 const strongest = Math.max(1, ...motions.flatMap(m => m.sample.map(Math.abs)), ...(motions.length ? [] : frames.flatMap(f => f.sample.map(Math.abs))));
 
-// The cap as it stands: pushed aside, lifted and tilted by the sample.
+// The cap: pushed aside, lifted and tilted by the sample.
 function drawCap(sample) {
   const {g, w, h} = fitted(byId('cap'));
   const f = sample.map(v => Math.sign(v) * Math.sqrt(Math.abs(v) / strongest));

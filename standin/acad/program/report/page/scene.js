@@ -31,7 +31,7 @@ function times(m, n) {
   return out;
 }
 
-// Coordinates are kept relative to the drawing's middle: real drawings lie far from the origin, where differences
+// Coordinates are kept relative to the drawing's middle: real drawings are far from the origin, where differences
 // of a picture's size would drown.
 const drawing = session.drawing || {objects: [], min: [0, 0, 0], max: [1, 1, 1]};
 const middle = [0, 1, 2].map(i => (drawing.min[i] + drawing.max[i]) / 2);
@@ -52,7 +52,7 @@ const objects = drawing.objects.map(o => {
   }
   return {id: o.id, kind: o.kind, from: o.t || 0, runs, points: Float64Array.from(points), steps: []};
 });
-// Faces are filled. Within an insert they have become outlines like any other, told by their three or four corners.
+// Faces are filled. Within an insert they have become outlines like any other, recognised by their three or four corners.
 function isFace(o, start, end) {
   if (o.kind === 'face') return end - start >= 9;
   if (o.kind !== 'block' || (end - start !== 12 && end - start !== 15)) return false;
@@ -104,7 +104,7 @@ function mix(a, b, f) {
   return 'rgb(' + p.map((v, i) => Math.round(v + (q[i] - v) * f)).join(',') + ')';
 }
 
-// A canvas sized to its box and to the screen's pixels; gives a context that counts in CSS pixels.
+// A canvas sized to its box and to the screen's pixels; returns a context that counts in CSS pixels.
 function fitted(canvas) {
   const ratio = window.devicePixelRatio || 1, box = canvas.getBoundingClientRect();
   const w = Math.max(1, Math.round(box.width * ratio)), h = Math.max(1, Math.round(box.height * ratio));
@@ -149,7 +149,7 @@ function onScreen(cam, x, y, depth) {
   return [cam.cx + x * f, cam.cy - y * f];
 }
 
-// Both ends of an edge on the screen, cut at the near plane; null if it lies behind the eye.
+// Both ends of an edge on the screen, cut at the near plane; null if it is behind the eye.
 function edgeOnScreen(cam, p, i, j) {
   let ax = p[i], ay = p[i + 1], az = p[i + 2], bx = p[j], by = p[j + 1], bz = p[j + 2];
   if (cam.isPerspective) {
