@@ -13,12 +13,34 @@ namespace {
 constexpr wchar_t kMenuReaderName[] = L"\\OvScribe2018.dll";
 constexpr DWORD kPathSize = 260; // characters, the system's own limit of a path
 
-/// Path of a module's file.
+/// Returns the path of a module's file.
 std::wstring pathOf(HINSTANCE module) {
   wchar_t path[kPathSize] = {};
   GetModuleFileNameW(module, path, kPathSize);
   path[kPathSize - 1] = 0;
   return path;
+}
+
+/// Returns the path of the menu reader beside the plug-in. If it isn't there, logs why and returns an empty path.
+std::wstring findMenuReader() {
+  const std::wstring path = pathOf(AutoCadProxy::mModuleInstance);
+  const std::string charPath = Util::toNarrow(path.c_str());
+  OV_LOG(TRC, "AutoCadProxy", "AutoCadProxy::StartDotNETPlugin", "charPath: '" << charPath << "'");
+  // The path is cut as wide text: in narrow text, the second byte of a character may look like a backslash.
+  const std::size_t backslash = path.rfind(L'\\');
+  if (charPath.empty() || backslash == std::wstring::npos) {
+    OV_LOG(ERR, "AutoCadProxy", "AutoCadProxy::StartDotNETPlugin", "Error: Invalid path " << charPath);
+    return {};
+  }
+  const std::wstring readerPath = path.substr(0, backslash) + kMenuReaderName;
+  const std::string dllPath = Util::toNarrow(readerPath.c_str());
+  OV_LOG(TRC, "AutoCadProxy", "AutoCadProxy::StartDotNETPlugin", "dllPath: '" << dllPath << "'");
+  if (!Util::fileExists(dllPath)) {
+    OV_LOG(ERR, "AutoCadProxy", "AutoCadProxy::StartDotNETPlugin",
+           "Error: OvScribe does not exist " << dllPath);
+    return {};
+  }
+  return readerPath;
 }
 
 } // namespace
@@ -38,23 +60,9 @@ void AutoCadProxy::StartDotNETPlugin() {
     AcApDocManager* const managerP = acDocManagerPtr();
     if (!managerP)
       return;
-    const std::wstring path = pathOf(mModuleInstance);
-    const std::string charPath = Util::toNarrow(path.c_str());
-    OV_LOG(TRC, "AutoCadProxy", "AutoCadProxy::StartDotNETPlugin", "charPath: '" << charPath << "'");
-    // Cut and changed as wide text: in narrow text, the second byte of a character may look like a backslash.
-    const std::size_t backslash = path.rfind(L'\\');
-    if (charPath.empty() || backslash == std::wstring::npos) {
-      OV_LOG(ERR, "AutoCadProxy", "AutoCadProxy::StartDotNETPlugin", "Error: Invalid path " << charPath);
+    std::wstring readerPath = findMenuReader();
+    if (readerPath.empty())
       return;
-    }
-    std::wstring readerPath = path.substr(0, backslash) + kMenuReaderName;
-    const std::string dllPath = Util::toNarrow(readerPath.c_str());
-    OV_LOG(TRC, "AutoCadProxy", "AutoCadProxy::StartDotNETPlugin", "dllPath: '" << dllPath << "'");
-    if (!Util::fileExists(dllPath)) {
-      OV_LOG(ERR, "AutoCadProxy", "AutoCadProxy::StartDotNETPlugin",
-             "Error: OvScribe does not exist " << dllPath);
-      return;
-    }
     // A backslash would need doubling in the expression.
     std::replace(readerPath.begin(), readerPath.end(), L'\\', L'/');
     const std::string command = "(command \"netload\" \"" + Util::toNarrow(readerPath.c_str()) + "\")\n";
