@@ -1,4 +1,4 @@
-// Random sequences of ticks on random settings, drawings and windows, half of them with faults of the host:
+// Random sequences of ticks on random settings, drawings and windows, most of them with faults of the host:
 // the plug-in's engine has to make the calls and records, and to end in the state, that the model expects.
 //
 // OV_SEED=N plays sequence N alone, OV_COUNT=N plays the first N.
@@ -39,7 +39,7 @@ private:
 /// writes from the plug-in itself.
 class Sequence : private model::Inputs {
 public:
-  explicit Sequence(int seed) : mDice(seed), mIsToFail(mDice.oneIn(2)) {
+  explicit Sequence(int seed) : mDice(seed), mIsToFail(!mDice.oneIn(3)) {
     call_log::clear();
     host::reset();
     desktop::reset();
@@ -64,8 +64,6 @@ public:
     });
   }
   ~Sequence() override { call_log::stopTrace(); }
-  Sequence(const Sequence&) = delete;
-  Sequence& operator=(const Sequence&) = delete;
 
   /// Returns what differed first; empty: nothing.
   std::string play() {
@@ -124,7 +122,7 @@ private:
   AutoCadProxy& engine() { return *mPluginP->mAutoCadProxyP; }
 
   void loadPlugin() {
-    const int time = mDice.of({0, 1, 100, 500, 500, 500});
+    const int time = mDice.of({0, 1, 100, 100, 100, 500, 500, 500, 500, 500});
     desktop::setTickStep(static_cast<DWORD>(time / (1 + mDice.below(5)) + 1)); // a tick is some passes
     desktop::setTickCount(mDice.of({0u, 5000u, 0xFFFFFF80u}));
     const std::string traBase = std::to_string(mDice.of({20000, 20000, 350, -7000, 0, 1}));
@@ -140,7 +138,7 @@ private:
 
   void changeSurroundings() {
     const std::pair<int, void (Sequence::*)()> changes[] = {
-        {6, &Sequence::changeSettings}, {2, &Sequence::changeSample},    {3, &Sequence::changeKeys},
+        {6, &Sequence::changeSettings}, {1, &Sequence::changeSample},    {3, &Sequence::changeKeys},
         {5, &Sequence::changeHost},     {4, &Sequence::changeSelection}, {4, &Sequence::changeView},
         {6, &Sequence::changeWindows},  {12, &Sequence::changeMenuFile}};
     for (const auto& [ticks, change] : changes)
@@ -155,7 +153,7 @@ private:
   }
 
   void changeSettings() {
-    mPluginP->mMinThreshold = mDice.of({0, 0, 0, 1, 20, 0x10005, 0x7FFF, 0xFFFF});
+    mPluginP->mMinThreshold = mDice.of({0, 0, 0, 0, 0, 0, 1, 20, 0x10005, 0x7FFF, 0xFFFF});
     mPluginP->mToggleRotationCenter = mDice.oneIn(2);
     mPluginP->mToggleRotationAxis = mDice.oneIn(2);
     mPluginP->mScrollTreeAndList = mDice.oneIn(3);
@@ -171,7 +169,7 @@ private:
   }
 
   void changeSample() {
-    const bool isRelease = mDice.oneIn(3);
+    const bool isRelease = mDice.oneIn(2);
     const int threshold = mPluginP->mMinThreshold % 0x8000;
     for (short& value : mSample) {
       const int sign = mDice.of({1, -1});
@@ -247,9 +245,8 @@ private:
 
   void changeMenuFile() {
     mIsMenuThere = !mDice.oneIn(4);
-    mModes.assign({"Start", "Layout", "Model"});
-    mModes.resize(static_cast<std::size_t>(mDice.below(4)));
-    mMenuValues.resize(static_cast<std::size_t>(mDice.below(6)));
+    mModes.assign(mDice.of({0u, 1u, 3u}), "Some mode");
+    mMenuValues.resize(mDice.of({0u, 2u, 5u}));
     std::string text = "[Modes]\n";
     for (const std::string& name : mModes)
       text += name + " = x\n";
@@ -259,9 +256,9 @@ private:
                         "x}M=;m=1;M; M=2", "x}A;B;"});
       text += "item = " + value + "\n";
     }
-    rig::home().remove(rig::kMenuFile);
-    if (mIsMenuThere)
-      rig::home().write(rig::kMenuFile, text);
+    rig::home().write(rig::kMenuFile, text);
+    if (!mIsMenuThere)
+      rig::home().remove(rig::kMenuFile);
   }
 
   /// Orders a fault of an operation that the last tick called, or that any tick did.
@@ -270,13 +267,13 @@ private:
     const auto size = static_cast<int>(isOld ? mNames.size() : mCalls.size());
     const auto at = static_cast<std::size_t>(mDice.below(size));
     const std::string& name = isOld ? mNames[at] : mCalls[at].name;
-    const int nth = 1 + mDice.below(3);
+    const int nth = mDice.of({1, 1, 1, 2, 4});
     (mDice.oneIn(2) ? call_log::throwAt : call_log::failAt)(name, nth, mDice.of({1, 1, 2, 9}));
   }
 
   /// Lets the timer tick once, takes its calls, and returns its records.
   std::vector<model::Record> recordTick() {
-    for (int faults = mIsToFail ? mDice.of({0, 0, 1, 2}) : 0; faults > 0; --faults)
+    for (int faults = mIsToFail ? mDice.of({0, 1, 1, 2}) : 0; faults > 0; --faults)
       orderFault();
     mCalls.clear();
     const std::size_t logStart = rig::logSize();
