@@ -14,7 +14,8 @@ struct CommandEntry {
   UINT stringId;
 };
 
-/// Adds the four toggle commands to the host's command stack, as far as the host accepts them. Throws nothing.
+/// Adds the four toggle commands to the host's command stack, as far as the host accepts them. Throws
+/// nothing.
 /// module  the plug-in's own library
 void addCommands(HINSTANCE module);
 /// Removes them. Throws nothing.

@@ -16,14 +16,14 @@ namespace {
 constexpr UINT kMovingInterval = 10; // milliseconds between two ticks while the cap moves
 constexpr UINT kRestInterval = 100;  // milliseconds between two ticks at rest
 
-int gTicks = 0; // on the stack
+int gTicks = 0; // calls of TimerProc that haven't returned yet
 
 struct Tick {
   Tick() { ++gTicks; }
   ~Tick() { --gTicks; }
 };
 
-/// Arms the timer of the next tick. Throws if the system has none: the pump stops then.
+/// Arms the timer of the next tick. Throws if no timer can be had: the pump stops then.
 UINT_PTR armTimer(UINT interval) {
   const UINT_PTR id = SetTimer(nullptr, 0, interval, TimerProc);
   if (id == 0)
@@ -156,7 +156,7 @@ bool AutoCadProxy::handleDeviceCap() {
     return false;
   }
   if (scrollTreesAndLists(x, y, z))
-    return true; // no cap movement: the tick interval stays that of the rest state
+    return true; // mCapIsMoving stays as it is, and so does the tick interval
   if (mode == kMode2D)
     handleCapIsDeflectedIn2DMode(x, y, z);
   else
@@ -169,8 +169,8 @@ bool AutoCadProxy::handleDeviceCap() {
 }
 
 std::int32_t AutoCadProxy::retrieveMode() {
-  // If the host refuses a variable, the mode most likely hasn't changed: the last one stays, 3D if there was
-  // none.
+  // The mode most likely hasn't changed if the host refuses a variable: it counts as the last mode had it, as
+  // 3D if there was none.
   short tilemode = mViewMode == kMode2D ? 0 : 1;
   short cvport = mViewMode == kMode2D ? 1 : 2;
   readVariable(L"tilemode", tilemode);

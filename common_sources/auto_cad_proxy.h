@@ -26,8 +26,8 @@ constexpr std::int32_t kMode3D = 2; // everything else
 ///
 /// Owned by OvAutoCad, created and destroyed on the host's main thread. Every operation runs there, inside
 /// TimerProc, except where another thread is named. No exception reaches the host: it ends in the operation
-/// that met it or in that operation's caller, which logs "Error ", its own name and "()" and gives up the
-/// current step; scrollTreesAndLists logs nothing. One of loadMenufile ends in TimerProc and stops the pump.
+/// or in one further up, which logs "Error ", its own name and "()" and gives up the current step;
+/// scrollTreesAndLists logs nothing. An exception of loadMenufile ends in TimerProc and stops the pump.
 ///
 /// The cap is at rest or moving (mCapIsMoving):
 ///
@@ -37,7 +37,7 @@ constexpr std::int32_t kMode3D = 2; // everything else
 ///            all six axes inside the threshold
 ///
 /// The first sample of a movement runs while the state is still rest. On the way back handleCapIsReleased
-/// unlocks the document and writes the view into the drawing.
+/// unlocks the document and, in 3D, writes the view into the drawing.
 class AutoCadProxy {
 public:
   /// Has the host load the menu reader and arms the first timer.
@@ -51,8 +51,8 @@ public:
 
   /// Returns true while TimerProc is on the stack, also inside a message loop that runs below it.
   static bool isInTick();
-  /// Runs passes back to back, keys before cap, for mMaxContMoveTime milliseconds at most, or one pass at
-  /// rest.
+  /// Runs passes back to back, keys before cap, until mMaxContMoveTime is over, or one pass at rest. A pass
+  /// that has begun is completed.
   void doTransform();
   /// Serves both key slots, the key first. A slot is emptied after its action has run.
   void handleDeviceKeys();
@@ -145,7 +145,7 @@ public:
 
   // Keys: keys/
 
-  /// Types the menu macro of a key at the command line. keyEvent is 0 or more.
+  /// Types the menu macro of a key at the command line; logs an error if it has none. keyEvent is 0 or more.
   void execApplFunction(int keyEvent);
   /// Types the command of a view key.
   void execSpecialApplFunction(int eventCode);
@@ -161,8 +161,8 @@ public:
   OvAutoCad* mOvAutoCadP; // settings and shared event state
 
   // Copied from the settings once, at construction.
-  std::int32_t mTraSensBase;      // device counts that make one unit of translation
-  std::int32_t mRotSensBase;      // device counts that make one radian
+  std::int32_t mTraSensBase;      // divisor of X, Y and Z, device counts
+  std::int32_t mRotSensBase;      // divisor of A, B and C, device counts per radian
   std::uint32_t mMaxContMoveTime; // milliseconds, the time box of doTransform
   bool mUseInt3dIntrfce;          // the cap is ignored, the menu reader isn't started
 
@@ -196,7 +196,7 @@ private:
   /// Releases our lock of the current document, if we hold one.
   void unlockDocument();
 
-  AcApDocument* mLockedDocumentP; // the one of mIsDocLocked; only compared, it may be gone
+  AcApDocument* mLockedDocumentP; // of mIsDocLocked; may be gone, so it is used only if it is current
 };
 
 /// The one object, null before its construction and after its destruction. Timer callback and commands reach

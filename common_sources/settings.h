@@ -50,8 +50,8 @@ public:
 
   std::string mName;
   std::string mVersion;
-  std::int32_t mTraSensBase;     // device counts that make one unit of translation
-  std::int32_t mRotSensBase;     // device counts that make one radian
+  std::int32_t mTraSensBase;     // divisor of X, Y and Z, device counts
+  std::int32_t mRotSensBase;     // divisor of A, B and C, device counts per radian
   std::int32_t mMinThreshold;    // device counts; a deflection has to be above it
   std::int32_t mMaxContMoveTime; // milliseconds that the pump may hold the host's main thread
   bool mToggleRotationCenter;    // a selected object sets the rotation centre

@@ -36,9 +36,9 @@ public:
 
   /// Moves the read position to the line after the first section of that name.
   int selectSection(const std::string& section);
-  /// Reads the next parameter from the read position. A line without a name is consumed and returns 4; name is
-  /// empty then, and so is value, unless the line begins with a separator. Once a read has met the file's end,
-  /// further calls return 4 and leave both as they are.
+  /// Reads the next parameter from the read position. A line without a name is consumed and returns 4; name
+  /// is empty then, and so is value, unless the line begins with a separator. Once a read has met the file's
+  /// end, further calls return 4 and leave both as they are.
   /// trim  removes blanks and tabs from both ends of the value
   int readNextParameter(std::string& name, std::string& value, bool trim);
   /// Looks a parameter up by name; the first of two with one name wins.

@@ -18,9 +18,9 @@ constexpr int kLongestPause = 150; // milliseconds, at no deflection
 constexpr int kCountsPerMs = 2;    // device counts that take one millisecond off the pause
 constexpr int kShortestPause = 1;  // milliseconds
 constexpr int kShortRange = 50;    // lines; shorter ranges pause longer, a millisecond for each line short
-constexpr int kLinesPerBatchLine = 100; // lines of the range for each line of a batch
-constexpr int kLargestBatch = 10;       // lines
-constexpr int kWheelNotch = 120;        // one notch of the wheel, as WM_MOUSEWHEEL has it
+constexpr int kRangePerLine = 100; // lines of the range for each line that is sent
+constexpr int kLargestBatch = 10;  // lines
+constexpr int kWheelNotch = 120;   // one notch of the wheel, as WM_MOUSEWHEEL has it
 
 Kind kindOf(const std::string& className) {
   for (const char* const part : {"SysTreeView32", "TreeView", "SysListView32", "ListBox", "Edit"}) {
@@ -71,7 +71,7 @@ bool scrollLines(HWND window, int h, int v) {
   GetScrollInfo(window, isVertical ? SB_VERT : SB_HORZ, &info);
   if (info.nMin < 0 || info.nMax < 0 || info.nMin >= info.nMax || info.nPage == 0)
     return false;
-  const int count = std::clamp(info.nMax / kLinesPerBatchLine, 1, kLargestBatch);
+  const int count = std::clamp(info.nMax / kRangePerLine, 1, kLargestBatch);
   const UINT message = isVertical ? WM_VSCROLL : WM_HSCROLL;
   // On the position at the start of the pass: the last batch may run over the end, where the control stops by
   // itself. In 64 bits, since page and position may be anything.
@@ -88,7 +88,7 @@ bool scrollLines(HWND window, int h, int v) {
   return true;
 }
 
-/// Unsigned: window rectangles are untrusted and may overflow.
+/// Computed unsigned: window rectangles are untrusted and may overflow.
 std::int32_t area(const RECT& r) {
   const auto length = [](LONG from, LONG to) {
     return static_cast<std::uint32_t>(to) - static_cast<std::uint32_t>(from);

@@ -27,8 +27,8 @@ void AutoCadProxy::handleCapIsDeflectedIn2DMode(short x, short y, short z) {
     if (mObjectMoveMode && transformSelection2d(x, y))
       return;
     if (!mCapIsMoving) {
-      // Objects that failed to move a moment ago may have left us a lock. A second one would stay: the
-      // release unlocks once.
+      // transformSelection2d may have locked and then failed. A second lock would stay: the release unlocks
+      // once.
       const bool hasJustLocked = mIsDocLocked && !wasLocked;
       AcApDocManager* const managerP = hasJustLocked ? nullptr : acDocManagerPtr();
       if (managerP)
@@ -59,7 +59,7 @@ void AutoCadProxy::pan2D(double dx, double dy) {
   const double viewHeight = viewport->viewHeight();
   const AcGePoint2d centre = viewport->viewCenter();
   const AcGePoint2d moved(centre.x + width / height * viewHeight * dx, centre.y + viewHeight * dy);
-  // A viewport without a height has no aspect ratio, so it can't be panned.
+  // NaN and infinity, as of a viewport without a height, would stay in the drawing.
   if (std::isfinite(moved.x) && std::isfinite(moved.y)) {
     viewport->setViewCenter(moved);
     viewport->updateDisplay();

@@ -30,7 +30,8 @@ void SelectionSet::free() {
 
 Adesk::Int32 host_handles::selectionLength(const ads_name set) {
   Adesk::Int32 length = 0;
-  return acedSSLength(set, &length) == RTNORM && length > 0 ? length : 0;
+  acedSSLength(set, &length);
+  return length;
 }
 
 namespace {
@@ -51,7 +52,7 @@ bool readLine(const AcDbObject* objectP, AcGeVector3d& axis, AcGePoint3d& point)
 }
 
 /// Adds the middle of an object's extents. Returns false for an object that can't be opened, or that is
-/// endless, as a ray is: the others make the centre.
+/// endless, as a ray is: such an object is left out of the mean.
 bool addMiddle(const ads_name name, AcGePoint3d& sum) {
   OpenObject<AcDbEntity> entity(name, AcDb::kForRead);
   AcDbExtents extents;
@@ -80,7 +81,7 @@ bool AutoCadProxy::getSelObjectAxis(AcGeVector3d& axis, AcGePoint3d& point) {
       return movement.selAxisValid = false;
     }
     OpenObject<AcDbObject> object(name, AcDb::kForRead);
-    movement.selAxisValid = false;
+    movement.selAxisValid = false; // also if reading the line throws
     movement.selAxisValid = readLine(object.get(), axis, point);
     object.close();
     selection.free();

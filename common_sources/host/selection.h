@@ -17,7 +17,7 @@ public:
 
   /// Takes what the user has selected now. Returns false if the host has no selection.
   bool takeImplied();
-  /// A set whose freeing throws is still held.
+  /// If the host throws, the set is still held, and the destructor frees it again.
   void free();
   const Adesk::Int64* name() const { return mName; }
 
@@ -26,7 +26,7 @@ private:
   bool mIsHeld = false;
 };
 
-/// Returns the number of objects in a selection set, 0 if the host doesn't say.
+/// Returns the number of objects in a selection set.
 Adesk::Int32 selectionLength(const ads_name set);
 
 /// An object of the drawing, opened by its name. Its destructor closes it if it is still open, and swallows

@@ -13,6 +13,7 @@ using motion::movement;
 
 namespace {
 
+constexpr std::int32_t kFirstAxis = 0;  // value A, about picture-right
 constexpr std::int32_t kSecondAxis = 1; // value B, about picture-up
 constexpr std::int32_t kThirdAxis = 2;  // value C, the roll
 
@@ -152,7 +153,7 @@ void AutoCadProxy::rotateView(AcGsView* view, short a, short b, short c, motion:
   const double base = motion::divisor(mRotSensBase, kDefaultRotSensBase);
   // The frame's x axis points to the left of the picture, hence the first angle's other sign.
   if (a != 0)
-    rotate(view, a / base, 0, centre, frame.xAxis, mRotMode, mKeepHorizon, isPerspective);
+    rotate(view, a / base, kFirstAxis, centre, frame.xAxis, mRotMode, mKeepHorizon, isPerspective);
   if (b != 0)
     rotate(view, -b / base, kSecondAxis, centre, frame.yAxis, mRotMode, mKeepHorizon, isPerspective);
   if (c != 0)
@@ -172,11 +173,11 @@ void AutoCadProxy::rotate(AcGsView* view, double angle, std::int32_t axisIndex, 
     if (!view)
       return;
     if (axisIndex == kSecondAxis && keepHorizon) {
-      if (axis.z < 0) // upside down, the same cap turns the scene the same way on the screen
+      if (axis.z < 0) // the axis points down: the turn keeps its sense on the screen
         angle = -angle;
       axis = AcGeVector3d(0, 0, 1);
     }
-    // A view along its own up vector has no x axis, and there is nothing to turn about.
+    // A view along its own up vector has no x axis, and a line of no length no direction.
     if (axis.isZeroLength())
       return;
     AcGePoint3d position = view->position();

@@ -21,7 +21,8 @@ std::wstring pathOf(HINSTANCE module) {
   return path;
 }
 
-/// Returns the path of the menu reader beside the plug-in. If it isn't there, logs why and returns an empty path.
+/// Returns the path of the menu reader beside the plug-in. If it isn't there, logs why and returns an empty
+/// path.
 std::wstring findMenuReader() {
   const std::wstring path = pathOf(AutoCadProxy::mModuleInstance);
   const std::string charPath = Util::toNarrow(path.c_str());
@@ -65,12 +66,13 @@ void AutoCadProxy::StartDotNETPlugin() {
       return;
     // A backslash would need doubling in the expression.
     std::replace(readerPath.begin(), readerPath.end(), L'\\', L'/');
-    const std::string command = "(command \"netload\" \"" + Util::toNarrow(readerPath.c_str()) + "\")\n";
+    const std::string loggedCommand =
+        "(command \"netload\" \"" + Util::toNarrow(readerPath.c_str()) + "\")\n";
     AcApDocument* const documentP = managerP->curDocument();
     const int ec = managerP->sendStringToExecute(
         documentP, (L"(command \"netload\" \"" + readerPath + L"\")\n").c_str(), true, false, true);
     OV_LOG(TRC, "AutoCadProxy", "AutoCadProxy::StartDotNETPlugin",
-           "totalCmd: '" << command << "', ec: " << ec);
+           "totalCmd: '" << loggedCommand << "', ec: " << ec);
   } catch (...) {
     OV_LOG(ERR, "AutoCadProxy", "AutoCadProxy::StartDotNETPlugin", "Error StartDotNETPlugin()");
   }

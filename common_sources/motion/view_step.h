@@ -17,9 +17,9 @@ struct ScreenFrame {
 };
 ScreenFrame screenFrame(const AcGePoint3d& position, const AcGePoint3d& target, const AcGeVector3d& up);
 
-// Steps for each unit of a sample's value, in units of the view's size. The frame's x axis points to the LEFT
-// of the picture, hence its other sign: a positive sample moves the eye left, down and forwards, so the scene
-// moves right, up and towards the viewer.
+// Gains of move3D: its value is sample / mTraSensBase * gain, in units of the view's size. The frame's x axis
+// points to the LEFT of the picture, hence its other sign: a positive sample moves the eye left, down and
+// forwards, so the scene moves right, up and towards the viewer.
 constexpr double kViewGainX = 5.0;
 constexpr double kViewGainYZ = -5.0;
 
@@ -31,8 +31,8 @@ AcGeVector3d viewShift(double value, const AcGeVector3d& axis, double width, dou
 /// Returns the factor of one zoom step: 1 + value, held within 0.8 and 1.2. Above 1 enlarges a 3D view.
 double zoomFactor(double value);
 
-/// Returns the share of a sample's value along a selected line, rounded towards zero. 32768 becomes 32767: it
-/// would wrap and turn the view backwards. A NaN axis yields 0.
+/// Returns the share of a sample's value along a selected line, rounded towards zero. 32768 becomes 32767: as
+/// a short it would be -32768 and turn the view backwards. A NaN axis yields 0.
 /// line, axis  unit vectors
 short shareAlong(const AcGeVector3d& line, const AcGeVector3d& axis, short value);
 

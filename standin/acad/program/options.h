@@ -19,8 +19,8 @@ struct Options {
   bool mIsToCheck = false;   ///< hold each pass of the plug-in against the model
 };
 
-/// Reads the command line. Returns true if the program is to run; otherwise the exit status is set, and help or
-/// one line about the mistake has been printed.
+/// Reads the command line. Returns true if the program is to run; otherwise the exit status is set, and help
+/// or one line about the mistake has been printed.
 bool readOptions(int count, char** arguments, Options& options, int& exitStatus);
 
 } // namespace program

@@ -25,8 +25,8 @@ class DrawingData {
 public:
   /// Takes in the objects of the host's drawing that it hasn't seen yet.
   void takeNew(double seconds);
-  /// Returns the picture, thinned out to that number of segments: half of them are the longest ones, which give a
-  /// drawing its shape, the rest evenly to the others.
+  /// Returns the picture, thinned out to that number of segments: half of them are the longest ones, which
+  /// give a drawing its shape, the rest evenly to the others.
   nlohmann::json toJson(const std::string& name, std::size_t budget) const;
 
   std::size_t segmentCount() const;

@@ -7,8 +7,8 @@ namespace program {
 
 namespace {
 
-/// Without a display's pace there may be any number of frames. This many a second are kept, and some more while
-/// it was quiet before; of the others each is joined to the one before it.
+/// Without a display's pace there may be any number of frames. This many a second are kept, and some more
+/// while it was quiet before; of the others each is joined to the one before it.
 constexpr double kFramesPerSecond = 250;
 constexpr double kMostAtOnce = 500;
 /// A longer gap than this between frames is rest, seconds.

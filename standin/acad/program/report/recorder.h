@@ -86,8 +86,8 @@ public:
   void selection();
   /// While this is on, frames come from what is typed, and don't count as motion.
   void typing(bool isOn) { mIsTyping = isOn; }
-  /// Notes that the host hands over control, most likely to the plug-in: its time counts from here, or from the
-  /// end of a frame, until the next frame.
+  /// Notes that the host hands over control, most likely to the plug-in: its time counts from here, or from
+  /// the end of a frame, until the next frame.
   void handOver() { mHandedOver = Steady::now(); }
 
   double start() const { return mStart; }

@@ -9,7 +9,8 @@
 
 namespace program {
 
-/// Draws the host's view with GDI, as lines, and finds the object under the mouse. Belongs to the main thread.
+/// Draws the host's view with GDI, as lines, and finds the object under the mouse. Belongs to the main
+/// thread.
 class ViewPainter {
 public:
   /// Notes objects that have moved, for the next painting.
