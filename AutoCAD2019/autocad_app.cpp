@@ -7,15 +7,15 @@
 
 namespace {
 
-constexpr DWORD kFreeInterval = 1; // milliseconds between two looks at the thread that frees the library
-constexpr DWORD kWayOut = 100;     // milliseconds, far more than a message takes to return to the host
+constexpr DWORD kFreePollInterval = 1; // milliseconds between two looks at the thread that frees the library
+constexpr DWORD kTimeToReturn = 100;   // milliseconds, far more than a message takes to return to the host
 
 /// Sets a flag while it lives.
-struct Flagged {
-  explicit Flagged(bool& flag) : mFlag(flag) { mFlag = true; }
-  ~Flagged() { mFlag = false; }
-  Flagged(const Flagged&) = delete;
-  Flagged& operator=(const Flagged&) = delete;
+struct FlagWhileAlive {
+  explicit FlagWhileAlive(bool& flag) : mFlag(flag) { mFlag = true; }
+  ~FlagWhileAlive() { mFlag = false; }
+  FlagWhileAlive(const FlagWhileAlive&) = delete;
+  FlagWhileAlive& operator=(const FlagWhileAlive&) = delete;
 
   bool& mFlag;
 };
@@ -36,7 +36,7 @@ void CAutoCAD2011App::RegisterServerComponents() {}
 AcRx::AppRetCode CAutoCAD2011App::On_kInitAppMsg(void* pkt) {
   if (isEngineInUse())
     return AcRx::kRetError;
-  const Flagged flagged(mIsInMessage);
+  const FlagWhileAlive flagged(mIsInMessage);
   if (mOvAutoCadP) // of a load message before this one
     endEngine();
   holdLibrary();
@@ -48,7 +48,7 @@ AcRx::AppRetCode CAutoCAD2011App::On_kInitAppMsg(void* pkt) {
   addCommands(mModuleInstance);
   try {
     mOvAutoCadP = std::make_unique<OvAutoCad>();
-  } catch (...) { // no memory, or no thread lock: without an engine the commands would do nothing
+  } catch (...) { // out of memory; the host drops a library that fails to load, so no command of it may stay
     removeCommands();
     freeLibrary();
     return AcRx::kRetError;
@@ -63,9 +63,13 @@ AcRx::AppRetCode CAutoCAD2011App::On_kInitAppMsg(void* pkt) {
 AcRx::AppRetCode CAutoCAD2011App::On_kUnloadAppMsg(void* pkt) {
   if (isEngineInUse())
     return AcRx::kRetError;
-  const Flagged flagged(mIsInMessage);
+  const FlagWhileAlive flagged(mIsInMessage);
   endEngine();
-  const AcRx::AppRetCode result = AcRxArxApp::On_kUnloadAppMsg(pkt);
+  AcRx::AppRetCode result = AcRx::kRetOK;
+  try {
+    result = AcRxArxApp::On_kUnloadAppMsg(pkt);
+  } catch (...) {
+  }
   freeLibrary();
   return result;
 }
@@ -80,24 +84,24 @@ void CAutoCAD2011App::endEngine() {
 }
 
 void CAutoCAD2011App::holdLibrary() {
-  // Known by an address inside it. In a program that has the plug-in linked in there is nothing to hold.
+  // Found by an address inside it. In a program that has the plug-in linked in, this is the program or null.
   if (!mModuleInstance)
     GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                       reinterpret_cast<LPCWSTR>(&AutoCadProxy::mModuleInstance), &mModuleInstance);
+                       reinterpret_cast<LPCWSTR>(&AutoCadProxy::mPlugInLibrary), &mModuleInstance);
 }
 
 void CAutoCAD2011App::freeLibrary() {
   if (!mModuleInstance)
     return;
-  // The host still has its own reference and frees that one last, on this thread. If it has freed it before,
-  // ours is the last one, and it must not go by a call that returns here: so a thread frees it that never
-  // comes back.
+  // Normally the host has a reference of its own and frees it after this message. If it already has, ours is
+  // the last, and FreeLibrary called here would return into unmapped code. So a thread frees it that doesn't
+  // return.
   mIsFreeing = true;
   const HANDLE thread = CreateThread(nullptr, 0, freeThreadEntry, mModuleInstance, 0, nullptr);
   mModuleInstance = nullptr;
   if (!thread) // the library stays for good, which is safe
     return;
-  while (WaitForSingleObject(thread, kFreeInterval) == WAIT_TIMEOUT && !mIsLastReference) {
+  while (WaitForSingleObject(thread, kFreePollInterval) == WAIT_TIMEOUT && !mIsLastReference) {
   }
   CloseHandle(thread);
   mIsFreeing = false;
@@ -105,5 +109,5 @@ void CAutoCAD2011App::freeLibrary() {
 
 void CAutoCAD2011App::letMessageLeave() {
   mIsLastReference = true;
-  Sleep(kWayOut);
+  Sleep(kTimeToReturn);
 }

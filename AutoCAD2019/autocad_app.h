@@ -31,11 +31,11 @@ public:
   AcRx::AppRetCode On_kUnloadAppMsg(void* pkt) override;
   void RegisterServerComponents() override;
 
-  /// Returns true if the unload message is giving back the last reference, and waits for that on the host's
-  /// main thread. A host brings that about with a pointer that it kept after it had freed the library. For
-  /// the library's last moment, on any thread.
+  /// Returns true while the unload message, on the host's main thread, waits for the thread that drops our
+  /// reference. Asked while the library is being unmapped, it means that ours was the last one: the host had
+  /// freed its own before. On any thread.
   bool isFreeing() const { return mIsFreeing; }
-  /// Lets that message return, and waits until it has left the library's code.
+  /// Lets that message return, and gives it 100 ms to leave the library's code.
   void letMessageLeave();
 
   std::unique_ptr<OvAutoCad> mOvAutoCadP;

@@ -65,7 +65,7 @@ AcEdCommandStack* commandStack() {
   return static_cast<AcEdCommandStack*>(objectP);
 }
 
-/// What concerns one command mustn't cost the others: an exception of the host ends with it.
+/// An exception of the host for one command doesn't stop the others.
 template <class Action> void forEachCommand(Action action) {
   for (const CommandEntry& command : kCommands) {
     try {

@@ -1,4 +1,4 @@
-// What the library shows to the host and to Windows, and its globals.
+// Exported functions, DllMain, and the library's globals.
 
 #include "autocad_app.h"
 
@@ -39,9 +39,9 @@ template <class T> struct WithLibrary {
 /// What the application keeps for each document: nothing so far.
 class CDocData {};
 
-// Made in this order, destroyed in the reverse order.
+// Constructed in this order, destroyed in the reverse order.
 WithLibrary<AcApDataManager<CDocData>> gDocVars;
-WithLibrary<Logging> gLog;
+WithLibrary<Logging> gLoggingHolder;
 WithLibrary<CAutoCAD2011App> gApplication;
 
 using Operation = AcRx::AppRetCode (AcRxDbxApp::*)(void*);
@@ -58,7 +58,7 @@ constexpr int kOperationCount = static_cast<int>(sizeof kOperations / sizeof kOp
 
 } // namespace
 
-Logging& gLogging = gLog.mObject;
+Logging& gLogging = gLoggingHolder.mObject;
 
 extern "C" {
 
@@ -75,13 +75,13 @@ int acrxGetApiVersion() {
 
 BOOL APIENTRY DllMain(HINSTANCE module, DWORD reason, LPVOID isProcessEnding) {
   if (reason == DLL_PROCESS_ATTACH)
-    AutoCadProxy::mModuleInstance = module;
+    AutoCadProxy::mPlugInLibrary = module;
   // On other systems our threads still run at the process's end. It is the same end there, since an orderly
   // one waits for them, and takes longer than a user likes.
   else if (reason == DLL_PROCESS_DETACH && isProcessEnding)
     gIsProcessEnding = true;
   else if (reason == DLL_PROCESS_DETACH && gApplication.mObject.isFreeing()) {
-    gDocVars.destroy(); // it calls the host, and the host's main thread still waits for this one
+    gDocVars.destroy(); // it calls the host, so it goes while the main thread still waits for this one
     gApplication.mObject.letMessageLeave();
   }
   return TRUE;

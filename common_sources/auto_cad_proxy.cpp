@@ -9,7 +9,7 @@
 #include "util.h"
 
 AutoCadProxy* gAutoCadProxyP = nullptr;
-HINSTANCE AutoCadProxy::mModuleInstance = nullptr;
+HINSTANCE AutoCadProxy::mPlugInLibrary = nullptr;
 
 namespace {
 
@@ -24,11 +24,10 @@ struct Tick {
 };
 
 /// Arms the timer of the next tick. Throws if no timer can be had: the pump stops then.
-UINT_PTR armTimer(UINT interval) {
-  const UINT_PTR id = SetTimer(nullptr, 0, interval, TimerProc);
+void armTimer(UINT_PTR& id, UINT interval) {
+  id = SetTimer(nullptr, 0, interval, TimerProc);
   if (id == 0)
     throw std::runtime_error("no timer");
-  return id;
 }
 
 /// Reads a 16-bit system variable. Returns false, and leaves the value, if the host refuses it.
@@ -53,7 +52,7 @@ AutoCadProxy::AutoCadProxy(OvAutoCad* ovAutoCadP)
     StartDotNETPlugin();
   gAutoCadProxyP = this;
   try {
-    mTimerId = armTimer(kRestInterval);
+    armTimer(mTimerId, kRestInterval);
   } catch (...) { // the plug-in stays loaded, and the log says why its cap does nothing
     OV_LOG(ERR, "AutoCadProxy", "AutoCadProxy::AutoCadProxy", "Error AutoCadProxy()");
   }
@@ -69,9 +68,11 @@ AutoCadProxy::~AutoCadProxy() {
   }
   try {
     // The cap is still deflected. Nobody else would release the lock, and the drawing would stay locked.
-    AcApDocManager* const managerP = mIsDocLocked ? acDocManagerPtr() : nullptr;
-    if (managerP && managerP->curDocument() == mLockedDocumentP)
-      managerP->unlockDocument(mLockedDocumentP);
+    if (mIsDocLocked) {
+      AcApDocManager& manager = documentManager();
+      if (manager.curDocument() == mLockedDocumentP)
+        manager.unlockDocument(mLockedDocumentP);
+    }
   } catch (...) {
   }
   // A tick or a command that still comes finds nothing to work on.
@@ -93,7 +94,7 @@ void CALLBACK TimerProc(HWND, UINT, UINT_PTR, DWORD) {
     proxyP->doTransform();
     if (!proxyP->mIsPumpRunning)
       return;
-    proxyP->mTimerId = armTimer(proxyP->mCapIsMoving ? kMovingInterval : kRestInterval);
+    armTimer(proxyP->mTimerId, proxyP->mCapIsMoving ? kMovingInterval : kRestInterval);
   } catch (...) {
     // The timer stays disarmed: the pump is dead until the plug-in is loaded again.
     OV_LOG(ERR, "Global", "TimerProc", "Error TimerProc()");

@@ -156,7 +156,7 @@ public:
   void StartDotNETPlugin();
 
   /// The plug-in's own library, kept from its process-attach call; null in programs that have it linked in.
-  static HINSTANCE mModuleInstance;
+  static HINSTANCE mPlugInLibrary;
 
   OvAutoCad* mOvAutoCadP; // settings and shared event state
 
@@ -195,6 +195,8 @@ private:
   void lockDocument(AcApDocManager& manager, AcApDocument* documentP);
   /// Releases our lock of the current document, if we hold one.
   void unlockDocument();
+  /// Returns the host's document manager. Throws if there is none, as a failing host call does.
+  static AcApDocManager& documentManager();
 
   AcApDocument* mLockedDocumentP; // of mIsDocLocked; may be gone, so it is used only if it is current
 };

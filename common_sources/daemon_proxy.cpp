@@ -20,10 +20,10 @@ constexpr std::uint32_t kReadPollInterval = 200; // milliseconds
 
 // Records of the device library: sizes, and offsets of what we read, in bytes.
 constexpr std::size_t kDevInfoSize = 96;
-constexpr std::size_t kDevInfoText = 20;
+constexpr std::size_t kDevInfoTextOffset = 20;
 constexpr std::size_t kAdvancedSettingsSize = 148;
-constexpr std::size_t kRotationCode = 132;
-constexpr std::size_t kZoomAllAfterView = 138;
+constexpr std::size_t kRotationCodeOffset = 132;
+constexpr std::size_t kZoomAllAfterViewOffset = 138;
 
 void* readThreadEntry(void* argument) {
   OV_LOG(CRT, "Global", "readThreadEntry", "Creating reading thread ...");
@@ -41,7 +41,7 @@ DaemonProxy::DaemonProxy(OvAutoCad* ovAutoCadP)
   mOvAutoCadP->mPendingKey = -1;
   try {
     mIsConnected = connect();
-  } catch (...) { // no memory, say; the connection watch tries again
+  } catch (...) { // out of memory, for instance; the connection watch tries again
   }
   mHasReadThread = pthread_create(&mReadThread, nullptr, readThreadEntry, this) == 0;
   OV_LOG(CRT, "DaemonProxy", "DaemonProxy::DaemonProxy", "Constructed.");
@@ -85,8 +85,8 @@ bool DaemonProxy::connect() {
       OV_LOG(ERR, "DaemonProxy", "DaemonProxy::connect", "Error in ovGetDevInfo()!");
       return false;
     }
-    record[kDevInfoSize] = 0;
-    OV_LOG(INF, "DaemonProxy", "DaemonProxy::connect", "devIdx: " << devIdx << ":" << record + kDevInfoText);
+    OV_LOG(INF, "DaemonProxy", "DaemonProxy::connect",
+           "devIdx: " << devIdx << ":" << record + kDevInfoTextOffset);
   }
   retrieveRotMode();
   mIsConnected = true;
@@ -114,20 +114,20 @@ void DaemonProxy::retrieveRotMode() {
   if (ovGetAdvancedSettings(kDevice, record) != 0)
     OV_LOG(ERR, "DaemonProxy", "DaemonProxy::retrieveRotMode", "Error in ovGetAdvancedSettings()!");
   std::int32_t code = 0;
-  std::memcpy(&code, record + kRotationCode, sizeof code);
+  std::memcpy(&code, record + kRotationCodeOffset, sizeof code);
   mOvAutoCadP->mAutoCadProxyP->setRotMode(code);
-  mOvAutoCadP->mAutoCadProxyP->mZoomAllAfterView = record[kZoomAllAfterView] != 0;
+  mOvAutoCadP->mAutoCadProxyP->mZoomAllAfterView = record[kZoomAllAfterViewOffset] != 0;
 }
 
 void DaemonProxy::readMouseEvents() {
   mIsReading = true;
   OV_LOG(CRT, "DaemonProxy", "DaemonProxy::readMouseEvents",
          "Invoking reading loop ... mIsToRead: " << static_cast<bool>(mIsToRead));
-  std::string lastMode; // the last one that the daemon was sent
+  std::string lastMode; // the last one that the daemon accepted
   while (mIsToRead) {
     try {
       readMouseEvent(lastMode);
-    } catch (...) { // no memory, say; an exception that leaves a thread ends the host
+    } catch (...) { // out of memory, for instance; an exception that leaves a thread ends the host
     }
   }
   OV_LOG(CRT, "DaemonProxy", "DaemonProxy::readMouseEvents", "Reading loop left.");

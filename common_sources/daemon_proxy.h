@@ -30,7 +30,7 @@ public:
   /// Tests whether the daemon answers, and closes a dead link. Returns the new mIsConnected. For the
   /// connection watch.
   bool checkConnection();
-  /// Fetches rotation code and zoom flag; a failure sets code 0 and no flag. On any thread.
+  /// Fetches rotation code and zoom flag; a failure sets code 0 and clears the flag. On any thread.
   void retrieveRotMode();
   /// The reading loop: stores each device event in the shared event state, and sends the daemon the host's
   /// mode when it has changed. Runs until mIsToRead is cleared.
@@ -44,10 +44,10 @@ public:
   Relaxed<bool> mIsToSendMode; // the mode has to be announced again, changed or not
 
 private:
-  /// One pass of the reading loop: the next event, if one comes in time, and the mode's name for the daemon.
+  /// Waits for one event and stores it; then sends the daemon the mode's name if it has changed.
   void readMouseEvent(std::string& lastMode);
   /// Stores a key or a view command in its slot, or obeys a request of the daemon.
-  /// lastMode  the mode that the daemon was last sent
+  /// lastMode  the mode that the daemon accepted last; empty: to be sent again
   void handleEvent(std::int32_t eventCode, std::string& lastMode);
 
   bool mHasReadThread;

@@ -36,8 +36,8 @@ OvAutoCad::~OvAutoCad() {
   mDaemonProxyP->mIsToRead = false;
   // The watch goes first: it calls into DaemonProxy.
   sleepWhile(mIsConnWatchRunning, kWatchInterval);
-  // The flag is the thread's last write, but it still has to leave our code, which the host is about to
-  // unmap; and a thread that hasn't got as far as setting its flag yet has to be waited for as well.
+  // After clearing its flag the thread still has to leave our code, which is unmapped soon. The join also
+  // covers a thread that hasn't set its flag yet.
   if (mHasConnWatchThread)
     pthread_join(mConnWatchThread, nullptr);
   // The reading loop reads AutoCadProxy, so that one goes last.

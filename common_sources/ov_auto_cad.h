@@ -22,8 +22,8 @@ class DaemonProxy;
 class OvAutoCad : public Settings {
 public:
   OvAutoCad();
-  /// Takes up to 2000 ms, and up to 4000 ms if the daemon is absent: the connection watch sleeps that long
-  /// between two looks, and is waited for.
+  /// Takes up to 2000 ms as a rule, since the connection watch sleeps that long and is waited for, and up to
+  /// 4000 ms if the watch is inside a check just then.
   ~OvAutoCad();
 
   /// Returns the name of the host's mode. May be called on any thread while the object lives.

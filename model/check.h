@@ -5,37 +5,30 @@
 
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <set>
+#include <tuple>
 
 namespace model {
 
 /// The values of the settings file, and the toggles as they are now.
 struct Settings {
-  int traSensBase = 20000;
-  int rotSensBase = 10000;
-  int maxContMoveTime = 500;
-  int minThreshold = 0;
-  bool useInt3dIntrfce = false;
-  bool toggleRotationCenter = true;
-  bool toggleRotationAxis = false;
-  bool scrollTreeAndList = true;
-  bool objectMoveMode = false;
+  int traSensBase = 20000, rotSensBase = 10000, maxContMoveTime = 500, minThreshold = 0;
+  bool useInt3dIntrfce = false, toggleRotationCenter = true, toggleRotationAxis = false;
+  bool scrollTreeAndList = true, objectMoveMode = false;
   std::set<std::string> loggedTypes; // empty: nothing is known of the log, and no record is compared
 };
 
 /// What a rotation code of the device says.
 struct RotationSettings {
   int rotMode = 0;
-  bool keepHorizon = false;
-  bool hoverMode = false;
-  bool zoomAllAfterView = false;
+  bool keepHorizon = false, hoverMode = false, zoomAllAfterView = false;
 };
 RotationSettings rotationSettings(int code, bool zoomAllAfterView);
 
 /// Entry and end, counted over all threads.
 struct Span {
-  std::int64_t entered = 0;
-  std::int64_t ended = 0;
+  std::int64_t entered = 0, ended = 0;
 };
 
 /// One tick of the timer: its calls and the records that it left.
@@ -47,47 +40,20 @@ struct Tick {
   double seconds = 0; // since the session's start
 };
 
-/// Makes choices, and other ones when it is asked again.
-class Chooser {
-public:
-  /// Gives 0 to count - 1, 0 first.
-  int pick(int count);
-  /// The choices up to now stay.
-  void freeze() { mFrozen = mNext; }
-  /// Starts over with the next choices in turn; false if there are none.
-  bool advance();
-  /// Starts over with no choices made.
-  void clear();
-
-private:
-  struct Choice {
-    int value;
-    int count;
-  };
-  std::vector<Choice> mChoices;
-  std::size_t mNext = 0;
-  std::size_t mFrozen = 0;
-};
-
-/// A value that another thread stored, some time between its delivery and that thread's next call.
-template <class Value> struct Stored {
-  Value value;
-  int thread = 0;
-  std::int64_t delivered = 0;
-  std::int64_t certain = 0; // 0 while the thread hasn't called again
-};
-template <class Value> using History = std::deque<Stored<Value>>;
-
 /// Holds the ticks of a session against the model. What other threads wrote meanwhile is chosen so that it
-/// fits.
+/// fits. The first contradiction ends the check: what the plug-in's state is then isn't known.
 class Check : private Inputs {
 public:
   explicit Check(const Settings& settings);
 
   // What comes before a tick and during it, in the order of its ends.
-  void motionDelivered(int thread, std::int64_t order, const std::array<short, 6>& axes);
+  void motionDelivered(int thread, std::int64_t order, const std::array<short, 6>& axes) {
+    mMotions.push_back({axes, {}, thread, order});
+  }
+  void rotationDelivered(int thread, std::int64_t order, const RotationSettings& settings) {
+    mRotations.push_back({{}, settings, thread, order});
+  }
   void eventDelivered(std::int64_t order, int code);
-  void rotationDelivered(int thread, std::int64_t order, const RotationSettings& settings);
   /// The thread makes another call: what it was given before is stored.
   void entered(int thread, std::int64_t order);
   /// The first timer, which is armed outside of any tick.
@@ -96,15 +62,15 @@ public:
   void printed(const std::wstring& text);
   /// The content of the menu file, once there is one.
   void menuFound(const std::string& path, const std::vector<std::string>& modes,
-                 const std::vector<std::string>& menuBarValues);
+                 const std::vector<std::string>& menuBarValues) {
+    mMenu.emplace(path, modes, menuBarValues);
+  }
 
   void tick(const Tick& tick);
 
-  std::int64_t explained = 0;
-  std::int64_t notObservable = 0;
-  std::int64_t contradicted = 0;
+  std::int64_t explained = 0, notObservable = 0, contradicted = 0; // passes
   std::string firstContradiction;
-  /// As in "1,593 passes: 1,590 explained, 3 not observable, 0 contradicted".
+  /// As in "1593 passes: 1590 explained, 2 not observable, 1 contradicted".
   std::string summary() const;
 
 private:
@@ -119,41 +85,53 @@ private:
   bool objectMoveMode() const override { return mSettings.objectMoveMode; }
   short axis(int index) override;
   int pendingKey() override;
-  int pendingSpecial() override;
+  int pendingSpecial() override { return pending(mLeft[1], 0); }
   int rotMode() override { return rotation().rotMode; }
   bool keepHorizon() override { return rotation().keepHorizon; }
   bool hoverMode() override { return rotation().hoverMode; }
   bool zoomAllAfterView() override { return rotation().zoomAllAfterView; }
-  void keyServed() override;
-  void specialServed() override;
+  void keyServed() override { mLeft[0].serve(); }
+  void specialServed() override { mLeft[1].serve(); }
   bool menuFile(std::string& path, std::vector<std::string>& modes,
                 std::vector<std::string>& menuBarValues) override;
 
-  using Slot = std::vector<std::pair<std::int64_t, int>>; // deliveries that may still be pending
-  /// The tick's time between the call that is made next and the one before.
+  /// What another thread stored, some time between its delivery and that thread's next call.
+  struct Stored {
+    std::array<short, 6> axes;
+    RotationSettings rotation;
+    int thread = 0;
+    std::int64_t delivered = 0, certain = 0; // certain: 0 while the thread hasn't called again
+  };
+  using History = std::deque<Stored>;
+
+  /// Deliveries that may still be pending: order and code.
+  struct Slot {
+    std::vector<std::pair<std::int64_t, int>> deliveries;
+    int chosen = 0; // how many are gone once the chosen one is served
+    void serve() { deliveries.erase(deliveries.begin(), deliveries.begin() + chosen); }
+  };
+
+  int pick(int count);
+  bool advance();
   Span now() const;
-  template <class Value> std::pair<std::size_t, int> candidates(const History<Value>& history) const;
+  std::pair<std::size_t, int> candidates(const History& history) const;
   const RotationSettings& rotation();
-  int pending(const Slot& slot, std::size_t& chosen, int none);
-  void resume(const Tick& tick);
+  int pending(Slot& slot, int none);
 
   Settings mSettings;
   Engine mEngine;
-  Chooser mChooser;
-  History<std::array<short, 6>> mMotions;
-  History<RotationSettings> mRotations;
-  Slot mKeys, mSpecials;
-  bool mIsMenuThere = false;
-  std::string mMenuPath;
-  std::vector<std::string> mModes, mMenuBarValues;
+  History mMotions, mRotations;
+  std::array<Slot, 2> mSlots; // keys, special events
+  std::optional<std::tuple<std::string, std::vector<std::string>, std::vector<std::string>>> mMenu;
 
   // Of the tick that is being played.
   const Tick* mTickP = nullptr;
   const Replay* mReplayP = nullptr;
-  int mPasses = 0;      // begun
+  std::vector<std::pair<int, int>> mChoices; // value and count of each
+  std::size_t mNext = 0, mFrozen = 0;        // choice; those before the frozen one stay
+  int mPasses = 0;                           // begun
   int mCommonEvent = 0; // of all axes of the sample; past the candidates: each has its own
-  Slot mKeysLeft, mSpecialsLeft;
-  std::size_t mChosenKey = 0, mChosenSpecial = 0;
+  std::array<Slot, 2> mLeft;
 };
 
 } // namespace model

@@ -1,209 +1,230 @@
 #include "engine.h"
 
-#include "support.h"
-
 #include <cstdlib>
+#include <map>
 
 namespace model {
 
-namespace {
-
-constexpr int ZOOM_KEY = 0x2000C;
-
-void sendToHost(Replay& replay, const Documents& documents, const std::wstring& what, bool activate) {
-  if (documents.manager != 0) {
-    replay.call("sendStringToExecute", {documents.current, activate ? 1.0 : 0.0, 0, 1}, what);
-  }
-}
-
-const wchar_t* viewCommand(int eventCode) {
-  switch (eventCode) {
-  case 0x20009:
-    return L"'_-VIEW _FRONT ";
-  case 0x2000A:
-    return L"'_-VIEW _RIGHT ";
-  case 0x2000B:
-    return L"'_-VIEW _TOP ";
-  case 0x20016:
-    return L"'_-VIEW _BACK ";
-  case 0x20017:
-    return L"'_-VIEW _LEFT ";
-  case 0x20018:
-    return L"'_-VIEW _BOTTOM ";
-  default:
-    return nullptr;
-  }
-}
-
-/// Build the line of input for a token of a macro.
-std::wstring lineOf(const std::string& token) {
-  std::wstring wide;
-  for (const char c : token) {
-    wide += static_cast<wchar_t>(static_cast<unsigned char>(c));
-  }
-  return token.compare(0, 2, "M=") == 0 ? L"(command (menucmd \"" + wide + L"\"))\n" : wide + L"\n";
-}
-
-} // namespace
-
 Engine::Engine(Inputs& inputs)
-    : mInputs(&inputs), mTraSensBase(inputs.traSensBase() == 0 ? 20000 : inputs.traSensBase()),
+    : mInputsP(&inputs), mTraSensBase(inputs.traSensBase() == 0 ? 20000 : inputs.traSensBase()),
       mRotSensBase(inputs.rotSensBase() == 0 ? 10000 : inputs.rotSensBase()),
       mMaxContMoveTime(inputs.maxContMoveTime()), mUseInt3dIntrfce(inputs.useInt3dIntrfce()) {}
 
 void Engine::timerProc(Replay& replay) {
-  try {
-    replay.call("KillTimer", {timerId});
-    if (!menuIsLoaded) {
-      loadMenufile(replay);
-    }
+  mReplayP = &replay;
+  guarded("TimerProc", [&] {
+    call("KillTimer", {timerId});
+    if (!menuIsLoaded)
+      loadMenufile();
     doTransform(replay);
-    if (!isPumpRunning) {
+    if (!isPumpRunning)
       return;
-    }
-    const double id = ask(replay, "SetTimer", {capIsMoving ? 10.0 : 100.0});
-    if (id == 0) {
-      replay.log("ERR", "Error TimerProc()");
-    } else {
-      timerId = id;
-    }
-  } catch (const HostException&) {
-    replay.log("ERR", "Error TimerProc()");
-  }
+    timerId = ask("SetTimer", {capIsMoving ? 10.0 : 100.0});
+    if (timerId == 0)
+      log("ERR", "Error TimerProc()");
+  });
 }
 
 void Engine::doTransform(Replay& replay) {
-  const auto entry = static_cast<std::uint32_t>(ask(replay, "GetTickCount"));
+  mReplayP = &replay;
+  const auto ticks = [this] { return static_cast<std::uint32_t>(ask("GetTickCount")); };
+  const std::uint32_t entry = ticks();
   std::uint32_t elapsed = 0;
   bool keepGoing = true;
   while (elapsed < mMaxContMoveTime && keepGoing) {
-    elapsed = static_cast<std::uint32_t>(ask(replay, "GetTickCount")) - entry;
-    try {
+    elapsed = ticks() - entry;
+    guarded("doTransform", [&] {
       handleDeviceKeys(replay);
       keepGoing = !mUseInt3dIntrfce && handleDeviceCap(replay);
-    } catch (const HostException&) {
-      replay.log("ERR", "Error doTransform()");
-    }
+    });
   }
 }
 
 void Engine::handleDeviceKeys(Replay& replay) {
-  try {
-    const int key = mInputs->pendingKey();
-    if (key >= 0) {
-      execApplFunction(replay, key);
-      mInputs->keyServed();
+  mReplayP = &replay;
+  guarded("handleDeviceKeys", [&] {
+    if (const int key = mInputsP->pendingKey(); key >= 0) {
+      execApplFunction(key);
+      mInputsP->keyServed();
     }
-    const int special = mInputs->pendingSpecial();
-    if (special > 0) {
-      execSpecialApplFunction(replay, special);
-      mInputs->specialServed();
+    if (const int special = mInputsP->pendingSpecial(); special > 0) {
+      execSpecialApplFunction(special);
+      mInputsP->specialServed();
     }
-  } catch (const HostException&) {
-    replay.log("ERR", "Error handleDeviceKeys()");
-  }
+  });
 }
 
 bool Engine::handleDeviceCap(Replay& replay) {
-  const int threshold = static_cast<short>(mInputs->minThreshold());
-  const int mode = retrieveMode(replay);
-  Sample sample{};
-  bool isDeflected = false;
-  for (int i = 0; i < 6; ++i) {
-    const short value = mInputs->axis(i);
-    sample[static_cast<std::size_t>(i)] = value;
-    isDeflected = isDeflected || std::abs(static_cast<int>(value)) > threshold;
-  }
-  if (!isDeflected) {
-    handleCapIsReleased(replay, mode);
-    return false;
-  }
-  if (scrollTreesAndLists(replay, sample[0], sample[1], sample[2])) {
-    return true;
-  }
-  if (mode == 1) {
-    handleCapIsDeflectedIn2DMode(replay, sample[0], sample[1], sample[2]);
-  } else {
-    handleCapIsDeflectedIn3DMode(replay, sample);
-  }
-  if (!capIsMoving) {
-    capIsMoving = true;
-    replay.log("INF", "Cap moving.");
-  }
+  mReplayP = &replay;
+  const int threshold = static_cast<short>(mInputsP->minThreshold());
+  viewMode = isLayout() ? 1 : 2;
+  Sample s;
+  for (int i = 0; i < 6; ++i)
+    s[static_cast<std::size_t>(i)] = mInputsP->axis(i);
+  const bool isAtRest = std::all_of(s.begin(), s.end(), [&](int v) { return std::abs(v) <= threshold; });
+  if (isAtRest)
+    handleCapIsReleased();
+  if (isAtRest || scrollTreesAndLists(s[0], s[1], s[2]))
+    return !isAtRest;
+  if (viewMode == 1)
+    guarded("handleCapIsDeflectedIn2DMode", [&] { handleCapIsDeflectedIn2DMode(s); });
+  else
+    guarded("handleCapIsDeflectedIn3DMode", [&] { handleCapIsDeflectedIn3DMode(s); });
+  if (!capIsMoving)
+    log("INF", "Cap moving.");
+  capIsMoving = true;
   return true;
 }
 
-int Engine::retrieveMode(Replay& replay) {
-  const auto variable = [&replay](const wchar_t* name, int fallback) {
-    const Call& read = replay.call("acedGetVar", {}, name);
-    return out(read, 0) == RTNORM ? static_cast<int>(out(read, 1)) : fallback;
+/// Returns whether the layout itself is active; as before where the host doesn't tell.
+bool Engine::isLayout() {
+  const auto is = [this](const wchar_t* variable, double value) {
+    const Call& read = call("acedGetVar", {}, variable);
+    return out(read, 0) == RTNORM ? out(read, 1) == value : viewMode == 1;
   };
-  const bool was2D = viewMode == 1;
-  const int tilemode = variable(L"tilemode", was2D ? 0 : 1);
-  const int cvport = variable(L"cvport", was2D ? 1 : 2);
-  viewMode = tilemode == 0 && cvport == 1 ? 1 : 2;
-  return viewMode;
+  const bool isTiled = !is(L"tilemode", 0);
+  return is(L"cvport", 1) && !isTiled;
 }
 
-void Engine::loadMenufile(Replay& replay) {
+void Engine::loadMenufile() {
   modes.clear();
   menuEntries.clear();
   std::string path;
-  std::vector<std::string> names;
   std::vector<std::string> values;
-  if (!mInputs->menuFile(path, names, values)) {
-    return;
-  }
-  modes = names;
+  if (!mInputsP->menuFile(path, modes, values))
+    return modes.clear();
   for (const std::string& value : values) {
-    const std::size_t brace = value.find('}');
-    if (brace != std::string::npos && brace + 1 < value.size()) {
-      const std::string macro = value.substr(brace + 1);
-      menuEntries.push_back(macro.substr(0, macro.find('|')));
-    }
+    const std::size_t macro = value.find('}') + 1; // 0 if there is none
+    if (macro != 0 && macro < value.size())
+      menuEntries.push_back(value.substr(macro, value.find('|', macro) - macro));
   }
-  replay.log("CRT", text("Menu file '", path, "' with ", menuEntries.size(), " entries loaded."));
+  log("CRT", text("Menu file '", path, "' with ", menuEntries.size(), " entries loaded."));
   menuIsLoaded = !modes.empty();
 }
 
-void Engine::execApplFunction(Replay& replay, int keyEvent) {
-  const Documents documents = currentDocument(replay);
+/// Returns the current document, which may be null. A missing document manager counts as a failing call.
+double Engine::currentDocument() {
+  if (ask("acDocManagerPtr") == 0)
+    throw HostException();
+  return ask("curDocument");
+}
+
+void Engine::send(double document, double activate, const std::wstring& what) {
+  call("sendStringToExecute", {document, activate, 0, 1}, what);
+}
+
+void Engine::execApplFunction(int keyEvent) {
+  const auto document = currentDocument();
   const int count = static_cast<int>(menuEntries.size());
-  if (keyEvent >= count) {
-    replay.log("ERR", text("keyEvent (", keyEvent, "') too big (max. is ", count - 1, ")!"));
-    return;
-  }
-  std::istringstream entry(menuEntries[static_cast<std::size_t>(keyEvent)]);
-  bool isFirst = true;
-  for (std::string token; std::getline(entry, token, ';'); isFirst = false) {
-    if (isFirst) {
-      sendToHost(replay, documents, L"\x1b\x1b", true);
-    }
-    sendToHost(replay, documents, lineOf(token), true);
+  if (keyEvent >= count)
+    return log("ERR", text("keyEvent (", keyEvent, "') too big (max. is ", count - 1, ")!"));
+  const std::string& entry = menuEntries[static_cast<std::size_t>(keyEvent)];
+  if (!entry.empty())
+    send(document, 1, L"\x1b\x1b");
+  std::istringstream tokens(entry);
+  for (std::string token; std::getline(tokens, token, ';');) {
+    std::wstring wide;
+    for (const unsigned char c : token)
+      wide += c;
+    const bool isExpression = token.compare(0, 2, "M=") == 0;
+    send(document, 1, isExpression ? L"(command (menucmd \"" + wide + L"\"))\n" : wide + L"\n");
   }
 }
 
-void Engine::execSpecialApplFunction(Replay& replay, int eventCode) {
-  const Documents documents = currentDocument(replay);
-  if (viewMode == 1) {
-    if (eventCode == ZOOM_KEY) {
-      sendToHost(replay, documents, L"_ZOOM _ALL ", false);
+void Engine::execSpecialApplFunction(int eventCode) {
+  static const std::map<int, std::wstring> views = {{0x20009, L"FRONT"}, {0x2000A, L"RIGHT"},
+                                                    {0x2000B, L"TOP"},   {0x20016, L"BACK"},
+                                                    {0x20017, L"LEFT"},  {0x20018, L"BOTTOM"}};
+  const auto document = currentDocument();
+  const bool isZoom = eventCode == 0x2000C, is2D = viewMode == 1;
+  const auto found = views.find(eventCode);
+  if (!isZoom && !is2D && found != views.end())
+    send(document, 0, L"'_-VIEW _" + found->second + L" ");
+  if (!isZoom && !is2D && found == views.end())
+    log("ERR", text("Unknown special command '", eventCode, "' found!"));
+  if (isZoom || (!is2D && mInputsP->zoomAllAfterView()))
+    send(document, 0, is2D ? L"_ZOOM _ALL " : L"'_ZOOM _ALL ");
+}
+
+bool Engine::scrollTreesAndLists(int x, int y, int z) {
+  try {
+    if (!mInputsP->scrollTreeAndList())
+      return false;
+    const Call& cursor = call("GetCursorPos");
+    const int left = static_cast<int>(out(cursor, 1)), top = static_cast<int>(out(cursor, 2));
+    const double window = windowUnderPoint(left, top);
+    if (window == 0)
+      return false;
+    const std::wstring name = call("GetClassNameW", {window}).outText;
+    const auto names = {L"SysTreeView32", L"TreeView", L"SysListView32", L"ListBox", L"Edit"};
+    const bool hasBar =
+        std::any_of(names.begin(), names.end(), [&](auto part) { return name.find(part) != name.npos; });
+    const int v = std::abs(y) > std::abs(z) ? -y : z;
+    const bool isVertical = std::abs(v) > std::abs(x), isEven = std::abs(v) == std::abs(x);
+    const int amount = isVertical ? v : x, pause = std::max(1, 150 - std::abs(amount) / 2);
+    if (hasBar)
+      return isEven || moveBar(window, isVertical, amount, pause);
+    if (name != L"QWidget")
+      return false;
+    if (!isEven) {
+      const double delta = amount < 0 ? 0x00780000 : 0xFF880000;
+      const auto position =
+          static_cast<std::uint32_t>(top) << 16 | (static_cast<std::uint32_t>(left) & 0xFFFF);
+      call("SendMessageW", {window, 0x020A, delta, double(position)});
+      call("UpdateWindow", {window});
     }
-    return;
+    call("Sleep", {double(pause)});
+    return true;
+  } catch (const HostException&) {
+    return false;
   }
-  const wchar_t* const zoomCommand = L"'_ZOOM _ALL ";
-  if (eventCode == ZOOM_KEY) {
-    sendToHost(replay, documents, zoomCommand, false);
-    return;
+}
+
+/// Finds the smallest visible window at a position, 0 if there is none.
+double Engine::windowUnderPoint(int x, int y) {
+  bool isAt = false; // of the window measured last
+  const auto areaOf = [&](double window) {
+    const Call& rect = call("GetWindowRect", {window});
+    const auto left = std::int32_t(out(rect, 1)), top = std::int32_t(out(rect, 2));
+    const auto right = std::int32_t(out(rect, 3)), bottom = std::int32_t(out(rect, 4));
+    isAt = x >= left && x < right && y >= top && y < bottom;
+    return std::int32_t((std::uint32_t(right) - std::uint32_t(left)) *
+                        (std::uint32_t(bottom) - std::uint32_t(top)));
+  };
+  double best = ask("WindowFromPoint", {double(x), double(y)});
+  if (best == 0)
+    return 0;
+  std::int32_t bestArea = areaOf(best);
+  double parent = ask("GetParent", {best});
+  double candidate = parent == 0 ? 0 : ask("GetWindow", {best, 2});
+  while (candidate != 0) {
+    const double previous = best;
+    for (; candidate != 0; candidate = ask("GetWindow", {candidate, 2})) {
+      const std::int32_t area = areaOf(candidate);
+      if (isAt && ask("GetParent", {candidate}) == parent && ask("IsWindowVisible", {candidate}) != 0 &&
+          area < bestArea) {
+        best = candidate;
+        bestArea = area;
+      }
+    }
+    candidate = best == previous ? 0 : ask("GetWindow", {best, 5});
+    parent = best;
   }
-  if (const wchar_t* command = viewCommand(eventCode)) {
-    sendToHost(replay, documents, command, false);
-  } else {
-    replay.log("ERR", text("Unknown special command '", eventCode, "' found!"));
-  }
-  if (mInputs->zoomAllAfterView()) {
-    sendToHost(replay, documents, zoomCommand, false);
-  }
+  return best;
+}
+
+/// Moves a scroll bar by some lines; false if there is nothing to scroll.
+bool Engine::moveBar(double window, bool isVertical, int amount, int pause) {
+  const Call& info = call("GetScrollInfo", {window, isVertical ? 1.0 : 0.0, 28, 23});
+  const double nMin = out(info, 1), nMax = out(info, 2), nPage = out(info, 3), nPos = out(info, 4);
+  if (nMin < 0 || nMax < 0 || nMin >= nMax || nPage == 0)
+    return false;
+  const bool isInRange = amount < 0 ? nPos > 0 : nPage + nPos <= nMax;
+  const double count = isInRange ? std::clamp(std::floor(nMax / 100), 1.0, 10.0) : 0;
+  for (int i = 0; i < count; ++i)
+    call("SendMessageW", {window, isVertical ? 277.0 : 276.0, amount < 0 ? 0.0 : 1.0, 0});
+  call("Sleep", {pause + std::max(0.0, 50 - nMax)});
+  return true;
 }
 
 } // namespace model

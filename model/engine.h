@@ -6,108 +6,95 @@
 
 #include <array>
 #include <cstdint>
-#include <functional>
 
 namespace model {
-
-/// The axes of the picture: to the left, up, towards the viewer.
-struct Frame {
-  Vec3 x{1, 0, 0};
-  Vec3 y{0, 1, 0};
-  Vec3 z{0, 0, 1};
-};
-
-/// A computed point or vector, and the largest operand that went into it.
-struct Scaled {
-  Vec3 value;
-  double scale = 0;
-};
-
-/// What moves the selected objects, and the largest operand of its translation.
-struct Placement {
-  Matrix matrix;
-  double scale = 0;
-};
-
-struct ViewValues {
-  Scaled position;
-  Scaled target;
-  Scaled up;
-  double width = 0;
-  double height = 0;
-};
 
 /// The engine that turns the sample and the keys into host calls, played against a recording. Each operation
 /// throws Contradiction where the recording differs. Engines may be copied.
 class Engine {
 public:
   explicit Engine(Inputs& inputs);
-  /// Take over the state of another engine, with other inputs.
-  Engine(const Engine& other, Inputs& inputs) : Engine(other) { mInputs = &inputs; }
+  /// Takes over the state of another engine, with other inputs.
+  Engine(const Engine& other, Inputs& inputs) : Engine(other) { mInputsP = &inputs; }
 
   void timerProc(Replay& replay);
   void doTransform(Replay& replay);
   void handleDeviceKeys(Replay& replay);
   bool handleDeviceCap(Replay& replay);
 
-  int viewMode = 0;
-  bool capIsMoving = false;
-  bool isDocLocked = false;
-  bool menuIsLoaded = false;
-  std::vector<std::string> modes;
-  std::vector<std::string> menuEntries;
-  bool isPumpRunning = true;
-  double timerId = 0;
-  double view = 0;
-  int cvportNumber = 0;
-  Vec3 selCenterPoint;
-  double selCenterScale = 0; // largest operand of selCenterPoint
+  int viewMode = 0, cvportNumber = 0;
+  bool capIsMoving = false, isDocLocked = false, menuIsLoaded = false, isPumpRunning = true;
+  std::vector<std::string> modes, menuEntries;
+  double timerId = 0, view = 0;
+  Scaled selCenterPoint;
   Vec3 selAxisVector;
-  bool selCenterValid = false;
-  bool selAxisValid = false;
+  bool selCenterValid = false, selAxisValid = false;
 
 private:
+  using Args = std::vector<Arg>;
   using Sample = std::array<short, 6>;
+  static constexpr double RTNORM = 5100; // the host's status for success
 
   // engine.cpp
-  int retrieveMode(Replay& replay);
-  void loadMenufile(Replay& replay);
-  void execApplFunction(Replay& replay, int keyEvent);
-  void execSpecialApplFunction(Replay& replay, int eventCode);
+  bool isLayout();
+  void loadMenufile();
+  double currentDocument();
+  void send(double document, double activate, const std::wstring& what);
+  void execApplFunction(int keyEvent);
+  void execSpecialApplFunction(int eventCode);
+  bool scrollTreesAndLists(int x, int y, int z);
+  double windowUnderPoint(int x, int y);
+  bool moveBar(double window, bool isVertical, int amount, int pause);
 
   // motion.cpp
-  void handleCapIsDeflectedIn3DMode(Replay& replay, const Sample& sample);
-  void handleCapIsReleased(Replay& replay, int mode);
-  void retrieveViewParams(Replay& replay);
-  void moveView(Replay& replay, const Sample& sample, const Frame& frame, bool isPerspective);
-  void moveXYZ(Replay& replay, Vec3 d, const Frame& frame, int rotMode, bool isPerspective, bool hoverMode);
-  void move3D(Replay& replay, double value, const Vec3& axis, bool hoverMode, bool isPerspective);
-  Scaled chooseRotation(Replay& replay, std::array<short, 3>& values, std::array<Vec3, 3>& axes,
-                        bool isPerspective);
-  void rotate(Replay& replay, double angle, int axisIndex, const Scaled& centre, Vec3 axis, int rotMode,
-              bool keepHorizon, bool isPerspective);
-  void setView(Replay& replay, const ViewValues& values, bool isPerspective);
-  void handleCapIsDeflectedIn2DMode(Replay& replay, short x, short y, short z);
-  void pan2D(Replay& replay, double dx, double dy);
-  void zoom2D(Replay& replay, double dz);
+  void retrieveViewParams();
+  void handleCapIsReleased();
+  void handleCapIsDeflectedIn3DMode(const Sample& sample);
+  void moveXYZ(const Sample& sample);
+  void rotateABC(const Sample& sample);
+  void rotate(double angle, std::size_t axisIndex, const Scaled& centre, Vec3 axis);
+  void setView(const Scaled& position, const Scaled& target, const Scaled& up, double width, double height);
+  void handleCapIsDeflectedIn2DMode(const Sample& sample);
+  void changeViewport(const char* setter, const std::function<Args(double viewport)>& values);
 
   // selection.cpp
-  bool calcScreenAxesRelativeToObject(Replay& replay, Frame& frame);
-  bool getSelObjectAxis(Replay& replay);
-  bool getSelObjectsCenter(Replay& replay, const double* given, Vec3& centre, double& scale);
-  bool transformSelection3d(Replay& replay, const Sample& sample, const Frame& frame, bool hoverMode,
-                            bool keepHorizon);
-  bool transformSelection2d(Replay& replay, double x, double y);
-  bool transformSelection(Replay& replay, bool redraws, const std::function<Placement(double set)>& place);
+  void holding(const char* release, double handle, const std::function<void()>& work, bool isRetried = true);
+  void withSet(double given, const std::function<void(double set)>& work);
+  int countOf(double set);
+  const Call& withObject(double set, int index, double mode,
+                         const std::function<void(const Call& opened, double object)>& work);
+  bool getSelObjectAxis();
+  bool getSelObjectsCenter(double given, Scaled& centre);
+  std::array<Scaled, 4> placement(const Sample& sample, double set, bool hoverMode, bool keepHorizon);
+  bool transformSelection(const Sample& sample);
 
-  // scrolling.cpp
-  bool scrollTreesAndLists(Replay& replay, int x, int y, int z);
+  const Call& call(const char* name, const Args& in = {}, const std::wstring& what = {}) {
+    return mReplayP->call(name, in, what);
+  }
+  double ask(const char* name, const Args& in = {}) { return out(call(name, in), 0); }
+  Vec3 askPoint(const char* name) { return outPoint(call(name, {view}), 0); }
+  static Vec3 outPoint(const Call& call, std::size_t i) {
+    return {out(call, i), out(call, i + 1), out(call, i + 2)};
+  }
+  void log(const char* type, const std::string& message) { mReplayP->log(type, message); }
+  static bool isFinite(const Arg& arg) { return std::isfinite(arg.value); }
+  static bool areFinite(const Args& args) { return std::all_of(args.begin(), args.end(), isFinite); }
+  /// Does an operation's work; gives nothing, or false, and leaves a record after an exception of the host.
+  template <class Work> auto guarded(const char* operation, const Work& work) -> decltype(work()) {
+    try {
+      return work();
+    } catch (const HostException&) {
+      log("ERR", text("Error ", operation, "()"));
+      return decltype(work())();
+    }
+  }
 
-  Inputs* mInputs;
-  double mTraSensBase;
-  double mRotSensBase;
+  Inputs* mInputsP;
+  Replay* mReplayP = nullptr; // of the operation
+  double mTraSensBase, mRotSensBase;
   std::uint32_t mMaxContMoveTime;
-  bool mUseInt3dIntrfce;
+  bool mUseInt3dIntrfce, mIsPerspective = false;
+  std::array<Vec3, 3> mAxes; // of the picture: to the left, up, towards the viewer
 };
 
 } // namespace model

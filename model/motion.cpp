@@ -1,323 +1,191 @@
 #include "engine.h"
-#include "support.h"
 
 namespace model {
 
-namespace {
-
-void append(std::vector<Arg>& args, const Scaled& v) {
-  for (const double coordinate : {v.value.x, v.value.y, v.value.z}) {
-    args.emplace_back(coordinate, v.scale);
-  }
+void Engine::retrieveViewParams() {
+  const Call& read = call("acedGetVar", {}, L"CVPORT");
+  view = 0;
+  if (out(read, 0) != RTNORM)
+    return log("ERR", text("System variable 'CVPORT'could not be retrieved! rc = ", int(out(read, 0))));
+  cvportNumber = static_cast<int>(out(read, 1));
+  view = ask("acgsObtainAcGsView", {double(cvportNumber), 1});
+  if (view == 0)
+    log("ERR", "AcGsView object could not be retrieved!");
 }
 
-/// Give the factor of a zoom by a signed amount: at most 20 percent either way.
-double zoomFactor(double amount) {
-  return amount < 0 ? std::max(0.8, 1 - std::abs(amount)) : std::min(1.2, 1 + std::abs(amount));
-}
-
-/// Reduce a value to its share along a line, by the scalar product of the line's and the axis's direction.
-short share(double product, short value) {
-  const double part = std::max(-1.0, std::min(1.0, product)) * value;
-  return static_cast<short>(std::isnan(product) ? 0.0 : std::min(32767.0, std::trunc(part)));
-}
-
-/// Open the active viewport for write and work on it; report if it can't be opened.
-void withActiveViewport(Replay& replay, const std::function<void(double viewport)>& work) {
-  Held held;
-  try {
-    const double id = ask(replay, "acedActiveViewportId");
-    const double viewport = out(replay.call("acdbOpenObject", {id, 1}), 1);
-    if (viewport == 0) {
-      replay.log("ERR", "AcDbObjectPointer could not be retrieved!");
-      return;
-    }
-    held.object = viewport;
-    work(viewport);
-    held.object.reset(); // not tried again
-    replay.call("close", {viewport});
-  } catch (const HostException&) {
-    giveBack(replay, held);
-    throw;
-  }
-}
-
-} // namespace
-
-void Engine::handleCapIsDeflectedIn3DMode(Replay& replay, const Sample& sample) {
-  try {
-    retrieveViewParams(replay);
-    if (view == 0) {
-      replay.log("ERR", "ViewP could not be retrieved!");
-      return;
-    }
-    Frame frame;
-    if (!calcScreenAxesRelativeToObject(replay, frame)) {
-      return;
-    }
-    const bool isPerspective = ask(replay, "isPerspective", {view}) != 0;
-    bool isTaken = false;
-    if (mInputs->objectMoveMode()) {
-      const bool hoverMode = mInputs->hoverMode();
-      const bool keepHorizon = mInputs->keepHorizon();
-      isTaken = transformSelection3d(replay, sample, frame, hoverMode, keepHorizon);
-    }
-    if (!isTaken) {
-      moveView(replay, sample, frame, isPerspective);
-    }
-    replay.call("update", {view});
-  } catch (const HostException&) {
-    replay.log("ERR", "Error handleCapIsDeflectedIn3DMode()");
-  }
-}
-
-void Engine::handleCapIsReleased(Replay& replay, int mode) {
-  if (!capIsMoving) {
+void Engine::handleCapIsReleased() {
+  if (!capIsMoving)
     return;
-  }
-  try {
-    if (mode == 1 || isDocLocked) {
-      const Documents documents = currentDocument(replay);
-      if (isDocLocked && documents.manager != 0) {
-        replay.call("unlockDocument", {documents.current});
-      }
+  guarded("handleCapIsReleased", [&] {
+    if (viewMode == 1 || isDocLocked) {
+      const double document = currentDocument();
+      if (isDocLocked)
+        call("unlockDocument", {document});
       isDocLocked = false;
     }
-    if (mode == 1) {
-      replay.log("TRC", "Document unlocked");
-    } else {
-      retrieveViewParams(replay);
-      if (view != 0 && ask(replay, "isValid", {view}) != 0) {
-        replay.call("acgsSetViewParameters", {double(cvportNumber), view, 1, 1, 0});
-      } else if (view != 0) {
-        replay.log("ERR", "viewP not valid!");
-      }
-    }
-  } catch (const HostException&) {
-    replay.log("ERR", "Error handleCapIsReleased()");
-  }
+    if (viewMode == 1)
+      return log("TRC", "Document unlocked");
+    retrieveViewParams();
+    if (view != 0 && ask("isValid", {view}) != 0)
+      call("acgsSetViewParameters", {double(cvportNumber), view, 1, 1, 0});
+    else if (view != 0)
+      log("ERR", "viewP not valid!");
+  });
   capIsMoving = false;
-  replay.log("TRC", "Cap released.");
+  log("TRC", "Cap released.");
 }
 
-void Engine::retrieveViewParams(Replay& replay) {
-  const Call& read = replay.call("acedGetVar", {}, L"CVPORT");
-  view = 0;
-  const double status = out(read, 0);
-  if (status != RTNORM) {
-    replay.log("ERR",
-               text("System variable 'CVPORT'could not be retrieved! rc = ", static_cast<int>(status)));
+void Engine::handleCapIsDeflectedIn3DMode(const Sample& sample) {
+  retrieveViewParams();
+  if (view == 0)
+    return log("ERR", "ViewP could not be retrieved!");
+  const bool isFramed = guarded("calcScreenAxesRelativeToObject", [&] {
+    const Vec3 p = askPoint("position"), t = askPoint("target"), u = askPoint("upVector");
+    mAxes = {normalized(cross(p - t, u)), normalized(u), normalized(p - t)};
+    return true;
+  });
+  if (!isFramed)
     return;
+  mIsPerspective = ask("isPerspective", {view}) != 0;
+  if (!mInputsP->objectMoveMode() || !transformSelection(sample)) {
+    moveXYZ(sample);
+    rotateABC(sample);
   }
-  cvportNumber = static_cast<int>(out(read, 1));
-  view = ask(replay, "acgsObtainAcGsView", {double(cvportNumber), 1});
-  if (view == 0) {
-    replay.log("ERR", "AcGsView object could not be retrieved!");
-  }
+  call("update", {view});
 }
 
-/// Move the view by one sample: translation, then rotation.
-void Engine::moveView(Replay& replay, const Sample& sample, const Frame& frame, bool isPerspective) {
-  if (sample[0] != 0 || sample[1] != 0 || sample[2] != 0) {
-    const Vec3 d{sample[0] / mTraSensBase, sample[1] / mTraSensBase, sample[2] / mTraSensBase};
-    const int rotMode = mInputs->rotMode();
-    const bool hoverMode = mInputs->hoverMode();
-    moveXYZ(replay, d, frame, rotMode, isPerspective, hoverMode);
-  }
-  std::array<short, 3> values{sample[3], sample[4], sample[5]};
-  if (values[0] == 0 && values[1] == 0 && values[2] == 0) {
+void Engine::moveXYZ(const Sample& sample) {
+  if (sample[0] == 0 && sample[1] == 0 && sample[2] == 0)
     return;
-  }
-  std::array<Vec3, 3> axes{frame.x, frame.y, frame.z};
-  const Scaled centre = chooseRotation(replay, values, axes, isPerspective);
-  for (std::size_t i = 0; i < 3; ++i) {
-    if (values[i] != 0) {
-      const double angle = (i == 0 ? values[i] : -values[i]) / mRotSensBase;
-      const int rotMode = mInputs->rotMode();
-      const bool keepHorizon = mInputs->keepHorizon();
-      rotate(replay, angle, static_cast<int>(i), centre, axes[i], rotMode, keepHorizon, isPerspective);
-    }
-  }
-}
-
-void Engine::moveXYZ(Replay& replay, Vec3 d, const Frame& frame, int rotMode, bool isPerspective,
-                     bool hoverMode) {
-  try {
-    if (rotMode == 2 || rotMode == 3) {
-      d = d * -1;
-    }
-    if (d.x != 0) {
-      replay.log("INF", text("Move x-Direction, value: ", d.x));
-      move3D(replay, d.x * 5.0, frame.x, hoverMode, isPerspective);
-    }
-    if (d.y != 0) {
-      replay.log("INF", text("Move y-Direction, value: ", d.y));
-      move3D(replay, d.y * -5.0, frame.y, hoverMode, isPerspective);
-    }
-    if (d.z != 0) {
-      replay.log("INF", text("Move z-Direction, value: ", d.z));
-      if (hoverMode && isPerspective) {
-        move3D(replay, d.z * -5.0, frame.z, hoverMode, isPerspective);
-      } else {
-        replay.call("zoom", {view, Arg(zoomFactor(d.z), 1)});
-      }
-    }
-  } catch (const HostException&) {
-    replay.log("ERR", "Error moveXYZ()");
-  }
-}
-
-void Engine::move3D(Replay& replay, double value, const Vec3& axis, bool hoverMode, bool isPerspective) {
-  try {
-    const Vec3 p = askPoint(replay, "position", view);
-    const Vec3 t = askPoint(replay, "target", view);
-    const double w = ask(replay, "fieldWidth", {view});
-    const double h = ask(replay, "fieldHeight", {view});
+  const double base = mInputsP->rotMode() < 2 ? mTraSensBase : -mTraSensBase;
+  const bool hovers = mInputsP->hoverMode() && mIsPerspective;
+  const auto move3D = [&](double value, const Vec3& axis) {
+    const Vec3 p = askPoint("position"), t = askPoint("target");
+    const double w = ask("fieldWidth", {view}), h = ask("fieldHeight", {view});
     const double step = value * std::sqrt(h * w);
-    Vec3 shift = axis * step;
-    if (hoverMode && isPerspective) {
-      shift.z = 0;
+    const Vec3 shift{axis.x * step, axis.y * step, hovers ? 0 : axis.z * step};
+    const auto moved = [&](const Vec3& v) { return Scaled{v + shift, std::max(largest(v), std::abs(step))}; };
+    setView(moved(p), moved(t), {askPoint("upVector")}, w, h);
+  };
+  guarded("moveXYZ", [&] {
+    for (std::size_t i = 0; i < 3; ++i) {
+      const double d = sample[i] / base;
+      if (d == 0)
+        continue;
+      log("INF", text("Move ", "xyz"[i], "-Direction, value: ", d));
+      if (i == 2 && !hovers)
+        call("zoom", {view, Arg(std::clamp(1 + d, 0.8, 1.2), 1)});
+      else
+        guarded("move3D", [&] { move3D(d * (i == 0 ? 5.0 : -5.0), mAxes[i]); });
     }
-    const Scaled position{p + shift, std::max(largest(p), std::abs(step))};
-    const Scaled target{t + shift, std::max(largest(t), std::abs(step))};
-    const Scaled up{askPoint(replay, "upVector", view)};
-    setView(replay, {position, target, up, w, h}, isPerspective);
-  } catch (const HostException&) {
-    replay.log("ERR", "Error move3D()");
-  }
+  });
 }
 
-/// Give the rotation centre; a selected line also gives the axes and takes its share of the values.
-Scaled Engine::chooseRotation(Replay& replay, std::array<short, 3>& values, std::array<Vec3, 3>& axes,
-                              bool isPerspective) {
-  if (mInputs->toggleRotationAxis() && getSelObjectAxis(replay)) {
+/// Rotates the view about the selection or what the mode says. A selected line is the axis, and gets its
+/// share of the values.
+void Engine::rotateABC(const Sample& sample) {
+  std::array<short, 3> values{sample[3], sample[4], sample[5]};
+  if (values == std::array<short, 3>{})
+    return;
+  std::array<Vec3, 3> axes = mAxes;
+  Scaled centre;
+  if (mInputsP->toggleRotationAxis() && getSelObjectAxis()) {
     for (std::size_t i = 0; i < 3; ++i) {
-      values[i] = share(dot(selAxisVector, axes[i]), values[i]);
+      const double share = std::clamp(dot(selAxisVector, axes[i]), -1.0, 1.0) * values[i];
+      values[i] = static_cast<short>(std::isnan(share) ? 0 : std::min(32767.0, share));
       axes[i] = selAxisVector;
     }
-    return {selCenterPoint, selCenterScale};
+    centre = selCenterPoint;
+  } else if (mInputsP->toggleRotationCenter() && getSelObjectsCenter(0, selCenterPoint)) {
+    centre = selCenterPoint;
+  } else if (const int rotMode = mInputsP->rotMode(); rotMode == 0 || rotMode == 3) {
+    centre = {askPoint("target")};
+  } else if (rotMode == 2 && mIsPerspective) {
+    centre = {askPoint("position")};
   }
-  if (mInputs->toggleRotationCenter() &&
-      getSelObjectsCenter(replay, nullptr, selCenterPoint, selCenterScale)) {
-    return {selCenterPoint, selCenterScale};
-  }
-  const int rotMode = mInputs->rotMode();
-  if (rotMode == 0 || rotMode == 3) {
-    return {askPoint(replay, "target", view)};
-  }
-  if (rotMode == 2 && isPerspective) {
-    return {askPoint(replay, "position", view)};
-  }
-  return {};
+  for (std::size_t i = 0; i < 3; ++i)
+    if (values[i] != 0)
+      rotate((i == 0 ? values[i] : -values[i]) / mRotSensBase, i, centre, axes[i]);
 }
 
-void Engine::rotate(Replay& replay, double angle, int axisIndex, const Scaled& centre, Vec3 axis, int rotMode,
-                    bool keepHorizon, bool isPerspective) {
-  if (angle == 0 || (axisIndex == 2 && keepHorizon)) {
+void Engine::rotate(double angle, std::size_t axisIndex, const Scaled& centre, Vec3 axis) {
+  const int rotMode = mInputsP->rotMode();
+  const bool keepHorizon = mInputsP->keepHorizon();
+  if (axisIndex == 2 && keepHorizon)
     return;
-  }
-  try {
-    if (rotMode == 2 || rotMode == 3) {
-      angle = -angle;
-    }
-    replay.log("DBG", text("Rotate Axis: ", angle, "(", axisIndex, ")"));
+  guarded("rotate", [&] {
+    angle = rotMode < 2 ? angle : -angle;
+    log("DBG", text("Rotate Axis: ", angle, "(", axisIndex, ")"));
     if (axisIndex == 1 && keepHorizon) {
-      if (axis.z < 0) {
-        angle = -angle;
-      }
+      angle = axis.z < 0 ? -angle : angle;
       axis = {0, 0, 1};
     }
-    if (!(length(axis) > SHORTEST)) {
+    if (!hasDirection(axis))
       return;
-    }
-    const Vec3 p = askPoint(replay, "position", view);
-    const Vec3 t = askPoint(replay, "target", view);
-    const Vec3 u = askPoint(replay, "upVector", view);
-    const auto turned = [&](const Vec3& point) -> Scaled {
-      const Vec3& c = centre.value;
-      const double operands = std::max({largest(point), largest(c), largest(point - c), centre.scale});
-      return {c + rotateBy(point - c, angle, axis), operands};
+    const auto turned = [&](const Vec3& v) {
+      const double scale = std::max({largest(v), largest(centre), largest(v - centre), centre.scale});
+      return Scaled{centre + rotateBy(v - centre, angle, axis), scale};
     };
-    const double h = ask(replay, "fieldHeight", {view});
-    const double w = ask(replay, "fieldWidth", {view});
-    setView(replay, {turned(p), turned(t), {rotateBy(u, angle, axis), largest(u)}, w, h}, isPerspective);
-  } catch (const HostException&) {
-    replay.log("ERR", "Error rotate()");
-  }
-}
-
-/// Set the view, unless one of the numbers isn't finite.
-void Engine::setView(Replay& replay, const ViewValues& values, bool isPerspective) {
-  std::vector<Arg> args{view};
-  append(args, values.position);
-  append(args, values.target);
-  append(args, values.up);
-  args.insert(args.end(), {values.width, values.height, isPerspective ? 1.0 : 0.0});
-  for (const Arg& arg : args) {
-    if (!std::isfinite(arg.value)) {
-      return;
-    }
-  }
-  replay.call("setView", args);
-}
-
-void Engine::handleCapIsDeflectedIn2DMode(Replay& replay, short x, short y, short z) {
-  try {
-    const bool wasLocked = isDocLocked;
-    if (mInputs->objectMoveMode() && transformSelection2d(replay, x, y)) {
-      return;
-    }
-    if (!capIsMoving) {
-      const bool isLockedByThisPass = isDocLocked && !wasLocked;
-      if (!isLockedByThisPass) {
-        const Documents documents = currentDocument(replay);
-        if (documents.manager != 0) {
-          replay.call("lockDocument", {documents.current, 4, 1});
-        }
-      }
-      isDocLocked = true;
-      replay.log("TRC", "Document locked");
-    }
-    if (x != 0 || y != 0) {
-      pan2D(replay, -(x / mTraSensBase), -(y / mTraSensBase));
-    }
-    if (z != 0) {
-      zoom2D(replay, -(z / mTraSensBase));
-    }
-  } catch (const HostException&) {
-    replay.log("ERR", "Error handleCapIsDeflectedIn2DMode()");
-  }
-}
-
-void Engine::pan2D(Replay& replay, double dx, double dy) {
-  withActiveViewport(replay, [&](double viewport) {
-    const double w = ask(replay, "width", {viewport});
-    const double h = ask(replay, "height", {viewport});
-    const double viewHeight = ask(replay, "viewHeight", {viewport});
-    const Call& centre = replay.call("viewCenter", {viewport});
-    const double shiftX = (w / h) * viewHeight * dx;
-    const double shiftY = viewHeight * dy;
-    const double x = out(centre, 0) + shiftX;
-    const double y = out(centre, 1) + shiftY;
-    if (std::isfinite(x) && std::isfinite(y)) {
-      const double scaleX = std::max(std::abs(out(centre, 0)), std::abs(shiftX));
-      const double scaleY = std::max(std::abs(out(centre, 1)), std::abs(shiftY));
-      replay.call("setViewCenter", {viewport, Arg(x, scaleX), Arg(y, scaleY)});
-      replay.call("updateDisplay", {viewport});
-    }
+    const Vec3 p = askPoint("position"), t = askPoint("target"), u = askPoint("upVector");
+    const double h = ask("fieldHeight", {view}), w = ask("fieldWidth", {view});
+    setView(turned(p), turned(t), {rotateBy(u, angle, axis), largest(u)}, w, h);
   });
 }
 
-void Engine::zoom2D(Replay& replay, double dz) {
-  const double factor = zoomFactor(dz);
-  withActiveViewport(replay, [&](double viewport) {
-    const double old = ask(replay, "viewHeight", {viewport});
-    const double height = factor * old;
-    if (std::isfinite(height) && height > 0) {
-      replay.call("setViewHeight", {viewport, Arg(height, std::abs(old))});
-      replay.call("updateDisplay", {viewport});
-    }
-  });
+/// Sets the view, unless one of the numbers isn't finite.
+void Engine::setView(const Scaled& p, const Scaled& t, const Scaled& u, double width, double height) {
+  Args args{view};
+  for (const Scaled& v : {p, t, u})
+    args.insert(args.end(), {{v.x, v.scale}, {v.y, v.scale}, {v.z, v.scale}});
+  args.insert(args.end(), {width, height, mIsPerspective ? 1.0 : 0.0});
+  if (areFinite(args))
+    call("setView", args);
+}
+
+void Engine::handleCapIsDeflectedIn2DMode(const Sample& sample) {
+  const bool wasLocked = isDocLocked;
+  if (mInputsP->objectMoveMode() && transformSelection(sample))
+    return;
+  if (!capIsMoving) {
+    const bool isLockedByThisPass = isDocLocked && !wasLocked;
+    if (!isLockedByThisPass)
+      call("lockDocument", {currentDocument(), 4, 1});
+    isDocLocked = true;
+    log("TRC", "Document locked");
+  }
+  if (sample[0] != 0 || sample[1] != 0)
+    changeViewport("setViewCenter", [&](double viewport) {
+      const double w = ask("width", {viewport}), h = ask("height", {viewport});
+      const double viewHeight = ask("viewHeight", {viewport});
+      const Call& centre = call("viewCenter", {viewport});
+      const auto sum = [](double a, double b) { return Arg(a + b, std::max(std::abs(a), std::abs(b))); };
+      return Args{viewport, sum(out(centre, 0), (w / h) * viewHeight * (-sample[0] / mTraSensBase)),
+                  sum(out(centre, 1), viewHeight * (-sample[1] / mTraSensBase))};
+    });
+  if (sample[2] != 0)
+    changeViewport("setViewHeight", [&](double viewport) {
+      const double old = ask("viewHeight", {viewport});
+      const double height = std::clamp(1 - sample[2] / mTraSensBase, 0.8, 1.2) * old;
+      return Args{viewport, {height > 0 ? height : NAN, std::abs(old)}}; // no other height is set
+    });
+}
+
+/// Sets something of the active viewport, unless one of the numbers isn't finite.
+void Engine::changeViewport(const char* setter, const std::function<Args(double viewport)>& values) {
+  const double id = ask("acedActiveViewportId");
+  const double viewport = out(call("acdbOpenObject", {id, 1}), 1);
+  if (viewport == 0)
+    log("ERR", "AcDbObjectPointer could not be retrieved!");
+  holding(
+      "close", viewport,
+      [&] {
+        const Args args = values(viewport);
+        if (!areFinite(args))
+          return;
+        call(setter, args);
+        call("updateDisplay", {viewport});
+      },
+      false);
 }
 
 } // namespace model

@@ -1,7 +1,6 @@
 #include "replay.h"
 
-#include "support.h"
-
+#include <algorithm>
 #include <cmath>
 #include <iomanip>
 
@@ -9,99 +8,60 @@ namespace model {
 
 namespace {
 
-/// Quote wide text; write what isn't printable ASCII as a number.
-std::string quoted(const std::wstring& wide) {
+/// Formats a call for a message, with what isn't printable ASCII as a number.
+std::string shown(const Call& call) {
   std::ostringstream os;
-  os << " \"" << std::hex;
-  for (const wchar_t c : wide) {
-    if (c >= L' ' && c <= L'~') {
-      os << static_cast<char>(c);
-    } else {
-      os << "\\x" << static_cast<unsigned long>(c) << ';';
-    }
-  }
+  os << std::setprecision(17) << call.name << '(';
+  for (const double value : call.in)
+    os << ' ' << value;
+  os << " ) \"";
+  for (const wchar_t c : call.text)
+    os << (c >= L' ' && c <= L'~' ? std::string(1, static_cast<char>(c))
+                                  : text('<', static_cast<int>(c), '>'));
   os << '"';
   return os.str();
-}
-
-/// Format a call for a message.
-std::string shown(const std::string& name, const std::vector<Arg>& in, const std::wstring& wide) {
-  std::ostringstream os;
-  os << std::setprecision(17) << name << '(';
-  for (std::size_t i = 0; i < in.size(); ++i) {
-    os << (i == 0 ? "" : ", ") << in[i].value;
-    if (in[i].scale != 0) {
-      os << " of " << in[i].scale;
-    }
-  }
-  os << ')' << (wide.empty() ? std::string() : quoted(wide));
-  return os.str();
-}
-
-bool isEqual(const Arg& expected, double recorded) {
-  return expected.value == recorded || std::abs(expected.value - recorded) <= 1e-12 * expected.scale;
-}
-
-bool isEqual(const std::vector<Arg>& expected, const std::vector<double>& recorded) {
-  if (expected.size() != recorded.size()) {
-    return false;
-  }
-  for (std::size_t i = 0; i < expected.size(); ++i) {
-    if (!isEqual(expected[i], recorded[i])) {
-      return false;
-    }
-  }
-  return true;
 }
 
 std::string shown(const Record& record) {
   return record.type + " \"" + record.text + '"';
 }
 
+/// Says that what is recorded next isn't as expected.
+template <class Item>
+[[noreturn]] void contradict(const char* kind, const std::vector<Item>& items, std::size_t index,
+                             const std::string& expected) {
+  throw Contradiction(text(kind, ' ', index, ": expected ", expected, ", recorded ",
+                           index < items.size() ? shown(items[index]) : "nothing more"));
+}
+
 } // namespace
 
 const Call& Replay::call(const char* name, const std::vector<Arg>& in, const std::wstring& wide) {
-  const std::string place = text("call ", mCall, ": expected ", shown(name, in, wide), ", recorded ");
-  if (mCall == mCalls.size()) {
-    throw Contradiction(place + "nothing more");
-  }
-  const Call& recorded = mCalls[mCall];
-  if (recorded.name != name || !isEqual(in, recorded.in) || recorded.text != wide) {
-    throw Contradiction(place + shown(recorded.name, std::vector<Arg>(recorded.in.begin(), recorded.in.end()),
-                                      recorded.text));
-  }
-  ++mCall;
-  if (recorded.threw) {
+  const auto isEqual = [](const Arg& expected, double recorded) {
+    return expected.value == recorded || std::abs(expected.value - recorded) <= 1e-12 * expected.scale;
+  };
+  if (mCall == mCalls.size() || mCalls[mCall].name != name || mCalls[mCall].text != wide ||
+      !std::equal(in.begin(), in.end(), mCalls[mCall].in.begin(), mCalls[mCall].in.end(), isEqual))
+    contradict("call", mCalls, mCall, shown(Call{name, {in.begin(), in.end()}, wide, {}, {}}));
+  const Call& recorded = mCalls[mCall++];
+  if (recorded.threw)
     throw HostException();
-  }
   return recorded;
 }
 
 void Replay::log(const char* type, const std::string& message) {
-  if (!mIsLogged(type)) {
+  if (!mIsLogged(type))
     return;
-  }
-  const std::string place = text("record ", mRecord, ": expected ", shown({type, message}), ", recorded ");
-  if (mRecord == mRecords.size()) {
-    throw Contradiction(place + "nothing more");
-  }
-  const Record& recorded = mRecords[mRecord];
-  if (recorded.type != type || recorded.text != message) {
-    throw Contradiction(place + shown(recorded));
-  }
+  if (mRecord == mRecords.size() || mRecords[mRecord].type != type || mRecords[mRecord].text != message)
+    contradict("record", mRecords, mRecord, shown(Record{type, message}));
   ++mRecord;
 }
 
 void Replay::end() const {
-  if (mCall != mCalls.size()) {
-    const Call& left = mCalls[mCall];
-    throw Contradiction(text("call ", mCall, ": expected nothing more, recorded ",
-                             shown(left.name, std::vector<Arg>(left.in.begin(), left.in.end()), left.text)));
-  }
-  if (mRecord != mRecords.size()) {
-    throw Contradiction(
-        text("record ", mRecord, ": expected nothing more, recorded ", shown(mRecords[mRecord])));
-  }
+  if (mCall != mCalls.size())
+    contradict("call", mCalls, mCall, "nothing more");
+  if (mRecord != mRecords.size())
+    contradict("record", mRecords, mRecord, "nothing more");
 }
 
 } // namespace model

@@ -2,6 +2,9 @@
 #define MODEL_REPLAY_H
 
 #include <cstddef>
+#include <functional>
+#include <locale>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -10,8 +13,7 @@ namespace model {
 
 /// One recorded call of the plug-in into the host or into Windows.
 /// in    arguments, out the result and what the call wrote, both as calls.md lists them; handles are
-/// identities,
-///       0 for null
+///       identities, 0 for null
 /// threw true: the call ended in an exception; out is empty then
 struct Call {
   std::string name;
@@ -22,10 +24,17 @@ struct Call {
   bool threw = false;
 };
 
+/// Joins the parts, with numbers as a fresh stream of the "C" locale writes them.
+template <typename... Parts> std::string text(const Parts&... parts) {
+  std::ostringstream os;
+  os.imbue(std::locale::classic());
+  (os << ... << parts);
+  return os.str();
+}
+
 /// One log record of the main thread: "ERR", "INF", ... and the text.
 struct Record {
-  std::string type;
-  std::string text;
+  std::string type, text;
 };
 
 /// The plug-in did something else than the model.
@@ -36,13 +45,20 @@ struct Contradiction : std::runtime_error {
 /// Thrown by Replay::call where the recorded call ended in an exception of the host.
 struct HostException {};
 
+/// Returns one number of a call's result.
+inline double out(const Call& call, std::size_t index) {
+  if (index >= call.out.size())
+    throw Contradiction(text(call.name, ": result ", index, " isn't recorded"));
+  return call.out[index];
+}
+
 /// A real argument, and the largest magnitude of the operands that it was computed from: reals are equal if
 /// they differ by no more than 1e-12 of that.
 struct Arg {
   Arg(double exact) : value(exact) {}
   Arg(double computed, double largestOperand) : value(computed), scale(largestOperand) {}
-  double value;
-  double scale = 0;
+  operator double() const { return value; }
+  double value, scale = 0;
 };
 
 /// Plays recorded calls and records back to the model, in order.
@@ -50,7 +66,7 @@ class Replay {
 public:
   /// isLogged  tells whether records of a type ("INF") reach the log; others are expected nowhere
   Replay(const std::vector<Call>& calls, const std::vector<Record>& records,
-         bool (*isLogged)(const std::string& type))
+         const std::function<bool(const std::string& type)>& isLogged)
       : mCalls(calls), mRecords(records), mIsLogged(isLogged) {}
 
   /// Takes the next recorded call, which has to have this name and these arguments, and returns it. Throws
@@ -58,9 +74,9 @@ public:
   const Call& call(const char* name, const std::vector<Arg>& in = {}, const std::wstring& text = {});
   /// Takes the next record, which has to be this one; nothing if records of the type don't reach the log.
   void log(const char* type, const std::string& text);
-  /// Name of the next recorded call; empty at the end.
+  /// Returns the name of the next recorded call, empty at the end.
   std::string next() const { return mCall < mCalls.size() ? mCalls[mCall].name : std::string(); }
-  /// Number of calls taken.
+  /// Returns the number of calls taken.
   std::size_t position() const { return mCall; }
   /// Throws Contradiction if a call or a record is left.
   void end() const;
@@ -68,9 +84,8 @@ public:
 private:
   const std::vector<Call>& mCalls;
   const std::vector<Record>& mRecords;
-  bool (*mIsLogged)(const std::string& type);
-  std::size_t mCall = 0;
-  std::size_t mRecord = 0;
+  std::function<bool(const std::string& type)> mIsLogged;
+  std::size_t mCall = 0, mRecord = 0;
 };
 
 /// The settings and the event state, as the model finds them when it asks. What other threads write may
@@ -101,8 +116,8 @@ public:
   // The engine empties a slot.
   virtual void keyServed() = 0;
   virtual void specialServed() = 0;
-  /// The menu file at a tick, while it isn't loaded: false if it can't be opened. Values are untrimmed of
-  /// nothing: what Cnfg delivers.
+  /// The menu file at a tick, while it isn't loaded: false if it can't be opened. Values are
+  /// what Cnfg delivers.
   virtual bool menuFile(std::string& path, std::vector<std::string>& modes,
                         std::vector<std::string>& menuBarValues) = 0;
 };

@@ -1,240 +1,176 @@
 #include "engine.h"
-#include "support.h"
 
 namespace model {
 
-namespace {
-
-/// Get the objects that are selected now; false if there are none.
-bool getSelection(Replay& replay, Held& held) {
-  const Call& got = replay.call("acedSSGet", {}, L"I");
-  if (out(got, 0) != RTNORM) {
-    return false;
-  }
-  held.set = out(got, 1);
-  return true;
-}
-
-/// Count the objects of a set; 0 also if that fails.
-int countOf(Replay& replay, double set) {
-  const Call& count = replay.call("acedSSLength", {set});
-  return out(count, 0) == RTNORM ? std::max(0, static_cast<int>(out(count, 1))) : 0;
-}
-
-/// Open the object of a name; it is held if that worked.
-const Call& openObject(Replay& replay, double name, double mode, Held& held) {
-  const double id = out(replay.call("acdbGetObjectId", {name}), 1);
-  const Call& opened = replay.call("acdbOpenObject", {id, mode});
-  if (out(opened, 1) != 0) {
-    held.object = out(opened, 1);
-  }
-  return opened;
-}
-
-} // namespace
-
-bool Engine::calcScreenAxesRelativeToObject(Replay& replay, Frame& frame) {
+/// Works on a handle, unless it is null, and releases it, also if the work fails.
+/// isRetried  a release that fails is tried once more
+void Engine::holding(const char* release, double handle, const std::function<void()>& work, bool isRetried) {
+  if (handle == 0)
+    return;
   try {
-    const Vec3 p = askPoint(replay, "position", view);
-    const Vec3 t = askPoint(replay, "target", view);
-    const Vec3 u = askPoint(replay, "upVector", view);
-    frame.x = normalized(cross(p - t, u));
-    frame.y = normalized(u);
-    frame.z = normalized(p - t);
-    return true;
+    work();
+    if (isRetried) {
+      call(release, {handle});
+      return;
+    }
   } catch (const HostException&) {
-    replay.log("ERR", "Error calcScreenAxesRelativeToObject()");
-    return false;
+    try {
+      call(release, {handle});
+    } catch (const HostException&) {
+    }
+    throw;
   }
+  call(release, {handle});
 }
 
-/// Set selAxisVector and selCenterPoint to the selected line; true if one line is selected and nothing else.
-bool Engine::getSelObjectAxis(Replay& replay) {
-  if (capIsMoving) {
-    return selAxisValid;
-  }
-  Held held;
-  try {
-    if (!getSelection(replay, held)) {
-      selAxisValid = false;
-      return false;
-    }
-    const double set = *held.set;
-    const Call* name = countOf(replay, set) == 1 ? &replay.call("acedSSName", {set, 0}) : nullptr;
-    if (name == nullptr || out(*name, 0) != RTNORM) {
-      freeSet(replay, held);
-      selAxisValid = false;
-      return false;
-    }
-    const Call& opened = openObject(replay, out(*name, 1), 0, held);
-    selAxisValid = false;
-    if (held.object) {
-      if (out(opened, 2) != 0) { // a line
-        const Vec3 start = outPoint(replay.call("getStartPoint", {*held.object}), 1);
-        const Vec3 end = outPoint(replay.call("getEndPoint", {*held.object}), 1);
-        selAxisVector = normalized(end - start);
-        selCenterPoint = start;
-        selCenterScale = largest(start);
-        selAxisValid = true;
-      }
-      closeObject(replay, held);
-    }
-    freeSet(replay, held);
-    return selAxisValid;
-  } catch (const HostException&) {
-    giveBack(replay, held);
-    replay.log("ERR", "Error getSelObjectAxis()");
-    return false;
-  }
+/// Works on a given set, or on the objects that are selected now, if there are any, and frees their set.
+void Engine::withSet(double given, const std::function<void(double set)>& work) {
+  if (given != 0)
+    return work(given);
+  const Call& got = call("acedSSGet", {}, L"I");
+  if (out(got, 0) == RTNORM)
+    holding("acedSSFree", out(got, 1), [&] { work(out(got, 1)); });
 }
 
-/// Set the centre to the mean of the midpoints of the objects' extents; true if there is one.
-/// given  the caller's set; null: the objects selected now, looked at once per movement
-/// scale  largest operand of the centre
-bool Engine::getSelObjectsCenter(Replay& replay, const double* given, Vec3& centre, double& scale) {
-  if (capIsMoving && given == nullptr) {
+/// Returns the number of a set's objects, as the host filled it in.
+int Engine::countOf(double set) {
+  return static_cast<int>(out(call("acedSSLength", {set}), 1));
+}
+
+/// Works on an object of a set, unless it can't be opened; returns its name, and whether it has one.
+const Call& Engine::withObject(double set, int index, double mode,
+                               const std::function<void(const Call& opened, double object)>& work) {
+  const Call& name = call("acedSSName", {set, double(index)});
+  if (out(name, 0) == RTNORM) {
+    const Call& opened = call("acdbOpenObject", {out(call("acdbGetObjectId", {out(name, 1)}), 1), mode});
+    holding("close", out(opened, 1), [&] { work(opened, out(opened, 1)); });
+  }
+  return name;
+}
+
+/// Sets selAxisVector and selCenterPoint to the selected line; true if one line is selected and nothing else.
+bool Engine::getSelObjectAxis() {
+  if (capIsMoving)
+    return selAxisValid;
+  return guarded("getSelObjectAxis", [&] {
+    bool isLine = false;
+    const auto readLine = [&](const Call& opened, double object) {
+      selAxisValid = false;
+      if (out(opened, 2) == 0)
+        return;
+      const Vec3 start = outPoint(call("getStartPoint", {object}), 1);
+      const Vec3 end = outPoint(call("getEndPoint", {object}), 1);
+      selAxisVector = normalized(end - start);
+      selCenterPoint = {start, largest(start)};
+      selAxisValid = isLine = true;
+    };
+    withSet(0, [&](double set) {
+      if (countOf(set) == 1 && out(withObject(set, 0, 0, readLine), 0) == RTNORM)
+        selAxisValid = isLine;
+    });
+    return selAxisValid = isLine;
+  });
+}
+
+/// Sets the centre to the mean of the midpoints of the objects' extents; true if there is one.
+/// given  the caller's set; 0: the objects selected now, looked at once per movement
+bool Engine::getSelObjectsCenter(double given, Scaled& centre) {
+  if (capIsMoving && given == 0)
     return selCenterValid;
-  }
-  Held held;
-  try {
-    if (given == nullptr && !getSelection(replay, held)) {
-      selCenterValid = false;
-      return false;
-    }
-    const double set = given != nullptr ? *given : *held.set;
-    centre = {};
-    scale = 0;
-    const int count = countOf(replay, set);
+  return guarded("getSelObjectsCenter", [&] {
     int counted = 0;
-    for (int i = 0; i < count; ++i) {
-      const Call& name = replay.call("acedSSName", {set, double(i)});
-      if (out(name, 0) != RTNORM) {
-        freeSet(replay, held);
-        selCenterValid = false;
-        return false;
-      }
-      openObject(replay, out(name, 1), 0, held);
-      if (!held.object) {
-        continue;
-      }
-      const Call& extents = replay.call("getGeomExtents", {*held.object});
-      closeObject(replay, held);
-      if (out(extents, 0) == 0) {
-        const Vec3 minimum = outPoint(extents, 1);
-        const Vec3 maximum = outPoint(extents, 4);
-        centre = centre + (minimum + maximum) * 0.5;
-        scale = std::max({scale, largest(minimum), largest(maximum)});
+    withSet(given, [&](double set) {
+      centre = {};
+      const int count = countOf(set);
+      bool areNamed = true;
+      for (int i = 0; i < count && areNamed; ++i) {
+        const Call* extentsP = nullptr;
+        const auto read = [&](const Call&, double object) { extentsP = &call("getGeomExtents", {object}); };
+        areNamed = out(withObject(set, i, 0, read), 0) == RTNORM;
+        if (extentsP == nullptr || out(*extentsP, 0) != 0)
+          continue;
+        const Vec3 low = outPoint(*extentsP, 1), high = outPoint(*extentsP, 4);
+        centre = {centre + (low + high) * 0.5, std::max({centre.scale, largest(low), largest(high)})};
         ++counted;
       }
+      counted = areNamed ? counted : 0;
+    });
+    selCenterValid = counted > 0;
+    if (selCenterValid) {
+      centre = {centre / counted, centre.scale};
+      log("TMP", text("selCenterPoint: ", centre.x, ", ", centre.y, ", ", centre.z));
     }
-    freeSet(replay, held);
-    if (counted == 0) {
-      selCenterValid = false;
-      return false;
-    }
-    centre = centre / counted;
-    replay.log("TMP", text("selCenterPoint: ", centre.x, ", ", centre.y, ", ", centre.z));
-    selCenterValid = true;
-    return true;
-  } catch (const HostException&) {
-    giveBack(replay, held);
-    replay.log("ERR", "Error getSelObjectsCenter()");
-    return false;
-  }
-}
-
-bool Engine::transformSelection3d(Replay& replay, const Sample& sample, const Frame& frame, bool hoverMode,
-                                  bool keepHorizon) {
-  return transformSelection(replay, false, [&](double set) {
-    Vec3 centre;
-    double centreScale = 0;
-    if (!getSelObjectsCenter(replay, &set, centre, centreScale)) {
-      centre = {};
-      centreScale = 0;
-    }
-    const Vec3 shiftX = frame.x * sample[0] * -0.5;
-    const Vec3 shiftY = frame.y * sample[1] * 0.5;
-    const Vec3 shiftZ = frame.z * sample[2] * 0.5;
-    Vec3 shift = shiftX + shiftY + shiftZ;
-    if (hoverMode) {
-      shift.y = 0;
-    }
-    Placement placement;
-    placement.scale = std::max({largest(shiftX), largest(shiftY), largest(shiftZ)});
-    setColumn(placement.matrix, 3, shift);
-    const auto turn = [&](double angle, const Vec3& axis) {
-      if (angle != 0) {
-        placement.matrix = placement.matrix * rotation(angle, axis, centre);
-        placement.scale = std::max({placement.scale, largest(centre), centreScale});
-      }
-    };
-    turn(sample[3] * -0.002, frame.x);
-    turn(sample[4] * 0.002, keepHorizon ? Vec3{0, 1, 0} : frame.y);
-    turn(keepHorizon ? 0 : sample[5] * 0.002, frame.z);
-    return placement;
+    return selCenterValid;
   });
 }
 
-bool Engine::transformSelection2d(Replay& replay, double x, double y) {
-  return transformSelection(replay, true, [&](double) {
-    const Vec3 shift{x * 0.00005, y * 0.00005, 0};
-    Placement placement;
-    setColumn(placement.matrix, 3, shift);
-    placement.scale = largest(shift);
-    return placement;
-  });
+/// Returns where a sample moves the three axes of the world and its origin.
+std::array<Scaled, 4> Engine::placement(const Sample& sample, double set, bool hoverMode, bool keepHorizon) {
+  constexpr Vec3 x{1, 0, 0}, y{0, 1, 0}, z{0, 0, 1};
+  if (viewMode == 1) {
+    const Vec3 shift{sample[0] * 0.00005, sample[1] * 0.00005, 0};
+    return {{{x, 1}, {y, 1}, {z, 1}, {shift, largest(shift)}}};
+  }
+  Scaled centre;
+  if (!getSelObjectsCenter(set, centre))
+    centre = {};
+  const Vec3 dx = mAxes[0] * (sample[0] * -0.5), dy = mAxes[1] * (sample[1] * 0.5),
+             dz = mAxes[2] * (sample[2] * 0.5);
+  Vec3 shift = dx + dy + dz;
+  double scale = std::max({largest(dx), largest(dy), largest(dz)});
+  if (hoverMode)
+    shift.y = 0;
+  std::array<Scaled, 4> placed{{{x, 1}, {y, 1}, {z, 1}, centre}};
+  const auto turn = [&](double angle, const Vec3& axis) {
+    if (angle == 0 || length(axis) == 0)
+      return;
+    const Vec3 before = placed[3];
+    for (Scaled& v : placed)
+      v = {rotateBy(v, angle, axis), v.scale};
+    shift = shift + (before - placed[3]);
+    scale = std::max({scale, largest(centre), centre.scale});
+  };
+  turn(keepHorizon ? 0 : sample[5] * 0.002, mAxes[2]);
+  turn(sample[4] * 0.002, keepHorizon ? y : mAxes[1]);
+  turn(sample[3] * -0.002, mAxes[0]);
+  placed[3] = {shift, scale};
+  return placed;
 }
 
-/// Move the selected objects.
-/// place  tells where to, once the selection is known
-bool Engine::transformSelection(Replay& replay, bool redraws,
-                                const std::function<Placement(double set)>& place) {
-  Held held;
-  try {
-    const Documents documents = currentDocument(replay);
-    if (documents.current == 0 || !getSelection(replay, held)) {
+/// Moves the selected objects; true if there are any.
+bool Engine::transformSelection(const Sample& sample) {
+  const bool hoverMode = mInputsP->hoverMode(), keepHorizon = mInputsP->keepHorizon();
+  return guarded("transformSelection", [&] {
+    bool isTaken = false;
+    const double document = ask("acDocManagerPtr") == 0 ? 0 : ask("curDocument");
+    if (document == 0)
       return false;
-    }
-    const double set = *held.set;
-    const int count = countOf(replay, set);
-    if (count == 0) {
-      freeSet(replay, held);
-      return false;
-    }
-    const Placement placement = place(set);
-    if (!isDocLocked) {
-      replay.call("lockDocument", {documents.current, 4, 1});
-      isDocLocked = true;
-    }
-    const auto& entries = placement.matrix.entry;
-    const bool isFinite =
-        std::all_of(entries.begin(), entries.end(), [](double e) { return std::isfinite(e); });
-    for (int i = 0; isFinite && i < count; ++i) {
-      const Call& name = replay.call("acedSSName", {set, double(i)});
-      if (out(name, 0) != RTNORM) {
-        continue;
+    withSet(0, [&](double set) {
+      const int count = countOf(set);
+      if (count < 1)
+        return;
+      const std::array<Scaled, 4> placed = placement(sample, set, hoverMode, keepHorizon);
+      Args args{0};
+      for (const auto coordinate : {&Vec3::x, &Vec3::y, &Vec3::z})
+        for (const Scaled& v : placed)
+          args.emplace_back(v.*coordinate, v.scale);
+      args.insert(args.end(), {0, 0, 0, 1});
+      if (!isDocLocked)
+        call("lockDocument", {document, 4, 1});
+      isDocLocked = isTaken = true;
+      for (int i = 0; i < count && areFinite(args); ++i) {
+        bool isOpen = false;
+        const Call& name = withObject(set, i, 1, [&](const Call&, double object) {
+          isOpen = true;
+          args[0] = object;
+          call("transformBy", args);
+        });
+        if (viewMode == 1 && isOpen)
+          call("acedRedraw", {out(name, 1), 1});
       }
-      openObject(replay, out(name, 1), 1, held);
-      if (!held.object) {
-        continue;
-      }
-      std::vector<Arg> args{*held.object};
-      for (std::size_t e = 0; e < entries.size(); ++e) {
-        args.emplace_back(entries[e], e % 4 == 3 && e < 12 ? placement.scale : 1);
-      }
-      replay.call("transformBy", args);
-      closeObject(replay, held);
-      if (redraws) {
-        replay.call("acedRedraw", {out(name, 1), 1});
-      }
-    }
-    freeSet(replay, held);
-    return true;
-  } catch (const HostException&) {
-    giveBack(replay, held);
-    replay.log("ERR", "Error transformSelection()");
-    return false;
-  }
+    });
+    return isTaken;
+  });
 }
 
 } // namespace model

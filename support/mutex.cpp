@@ -11,12 +11,16 @@
 
 namespace {
 
-/// Writes one line, composed first, so that lines of several threads don't mix.
-/// error  errno as the failed call left it, fetched before the head is made
-void report(std::ostream& os, const std::string& head, int error) {
-  std::ostringstream line;
-  line << head << "errno = " << error << ", error: " << std::strerror(error) << '\n';
-  os << line.str() << std::flush;
+/// Writes one line, composed first, so that lines of several threads don't mix. Without memory, nothing.
+/// makeHead  composes the line up to the error, which errno holds now
+template <class MakeHead> void report(std::ostream& os, const MakeHead& makeHead) noexcept {
+  const int error = errno;
+  try {
+    std::ostringstream line;
+    line << makeHead() << "errno = " << error << ", error: " << std::strerror(error) << '\n';
+    os << line.str() << std::flush;
+  } catch (...) {
+  }
 }
 
 std::string threadText() {
@@ -32,30 +36,28 @@ std::string Mutex::nameText() const {
 Mutex::Mutex(const char* name) : mName{} {
   (std::string(name) + "_" + std::to_string(Util::getProcessId())).copy(mName, sizeof mName);
   if (sem_init(&mSem, 0, 1) != 0) {
-    const int error = errno;
-    report(std::cout,
-           "Mutex::Mutex(): **** Error initializing semaphore by thread " + threadText() + "! **** ", error);
+    report(std::cout, [&] {
+      return "Mutex::Mutex(): **** Error initializing semaphore by thread " + threadText() + "! **** ";
+    });
   }
 }
 
 Mutex::~Mutex() {
   if (sem_destroy(&mSem) != 0) {
-    const int error = errno;
-    report(std::cout,
-           "Mutex::~Mutex(): Semaphore '" + nameText() + "' (OS X ID not available) of thread " +
-               threadText() + " could not be destroyed!",
-           error);
+    report(std::cout, [&] {
+      return "Mutex::~Mutex(): Semaphore '" + nameText() + "' (OS X ID not available) of thread " +
+             threadText() + " could not be destroyed!";
+    });
   }
 }
 
 int Mutex::lock() {
   const int result = sem_wait(&mSem);
   if (result != 0) {
-    const int error = errno;
-    report(std::cout,
-           "Mutex::lock(): **** Error locking semaphore '" + nameText() + "' by thread " + threadText() +
-               "! **** ",
-           error);
+    report(std::cout, [&] {
+      return "Mutex::lock(): **** Error locking semaphore '" + nameText() + "' by thread " + threadText() +
+             "! **** ";
+    });
   }
   return result;
 }
@@ -63,11 +65,10 @@ int Mutex::lock() {
 int Mutex::unlock() {
   const int result = sem_post(&mSem);
   if (result != 0) {
-    const int error = errno;
-    report(std::cerr,
-           "Mutex::unlock(): **** Error unlocking semaphore '" + nameText() + "' by thread " + threadText() +
-               "'! **** ",
-           error);
+    report(std::cerr, [&] {
+      return "Mutex::unlock(): **** Error unlocking semaphore '" + nameText() + "' by thread " +
+             threadText() + "'! **** ";
+    });
   }
   return result;
 }

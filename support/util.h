@@ -7,8 +7,8 @@
 /// Small wrappers of the platform. They hold no state, report nothing and may be called on any thread.
 namespace Util {
 
-/// Returns the environment variable USERPROFILE, empty if it isn't set. The folders below it then don't
-/// exist, and the plug-in reports that instead of writing to a place that nobody chose.
+/// Returns the environment variable USERPROFILE, empty if it isn't set. Paths then start at the current drive's
+/// root, where the folders normally don't exist.
 std::string getHomeDir();
 
 std::uint32_t getProcessId();

@@ -16,7 +16,7 @@ constexpr std::uint32_t kSizeUnit = 1000; // bytes, unit of mMaxSize
 constexpr int kThreadIdWidth = 6;
 constexpr std::size_t kBytesPerRow = 10;
 
-/// Removes or renames without complaint about a file that isn't there.
+/// Returns true if a removal or renaming succeeded, or the file wasn't there.
 bool isDoneOrAbsent(int result) {
   return result == 0 || errno == ENOENT;
 }
@@ -67,7 +67,7 @@ void Logging::init(const LogPars& pars) {
 
 /// Opens the file at its end, or a new one. Others may read it, or append to it, meanwhile.
 void Logging::openFile(const std::string& nativePath) {
-  // Unbuffered: what a full disk refuses is lost, instead of going out again before the next record.
+  // Unbuffered: text that a full disk refused isn't written again before the next record.
   mFileStream->rdbuf()->pubsetbuf(nullptr, 0);
   mFileStream->open(nativePath, std::ios::out | std::ios::app | std::ios::binary);
 }
@@ -183,7 +183,7 @@ int Logging::backupLogFile() {
   const std::string nativeBackup = Util::nativePath(backup);
   const std::string nativeFile = Util::nativePath(mFilePath);
   mFileStream->close();
-  // The lock is held already, so these two reports can't be records. They go where the third one goes.
+  // The lock is held, so these reports can't be records. They go to standard output.
   if (!isDoneOrAbsent(std::remove(nativeBackup.c_str()))) {
     std::cout << "'" + backup + "' couldn't be removed!\n" << std::flush;
     return -2;

@@ -11,7 +11,7 @@
 #include "mutex.h"
 #include "util.h"
 
-/// Types of log records, as the column Typ and the gates know them. ERR has no gate.
+/// Types of log records. Each but ERR has a switch.
 enum LogType { ERR = 0, WRN, CRT, TRC, DCM, ICM, INF, DBG, TMP };
 
 /// gLogMagic holds it while gLogging is usable; passed to gLogging it ends a record.
@@ -19,8 +19,8 @@ constexpr std::int32_t LOG_MAGIC = 314159;
 /// Passed to gLogging, it asks for the byte table of the string that follows.
 constexpr std::int32_t LOG_HEX_DUMP = 271828;
 
-/// The one log of the plug-in. Every thread writes to it; a record is one line in fixed columns, and each is
-/// on disk when its statement is over. The file is limited in size by a rotation to a ".bak" beside it.
+/// The one log of the plug-in. Every thread writes to it; a record is a line in fixed columns, or more if its text has
+/// line feeds, and is on disk when its statement is over. The file is limited in size by a rotation to a ".bak" beside it.
 ///
 /// Records are written with OV_LOG and in no other way. The lock of the log doesn't nest: nothing that a
 /// record's text calls may log.
@@ -39,7 +39,8 @@ public:
 
   /// The gate. Returns true if the record is wanted: the calling thread then holds the lock, and mOs holds
   /// the columns up to the text. Otherwise returns false, with no lock held.
-  /// file    source path; the name after its last slash, or else backslash, counts
+  /// file    source path; only the part after its last slash counts, or after the last backslash if it has
+  ///         no slash
   /// prefix  from Util::logPrefix
   bool beginRecord(int type, const char* file, const std::string& prefix);
 
@@ -89,8 +90,8 @@ constexpr const char* logSourceName(const char* path) {
   return name;
 }
 
-/// The log statement's prefix and gate. Returns false, with no lock held, also if there is no memory for
-/// them.
+/// Composes the prefix and asks the gate. Returns false, with no lock held, if the record isn't wanted or there
+/// is no memory.
 inline bool beginLogRecord(int type, const char* file, int line, const char* className,
                            const char* method) noexcept {
   try {

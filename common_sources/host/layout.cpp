@@ -30,9 +30,10 @@ void AutoCadProxy::handleCapIsDeflectedIn2DMode(short x, short y, short z) {
       // transformSelection2d may have locked and then failed. A second lock would stay: the release unlocks
       // once.
       const bool hasJustLocked = mIsDocLocked && !wasLocked;
-      AcApDocManager* const managerP = hasJustLocked ? nullptr : acDocManagerPtr();
-      if (managerP)
-        lockDocument(*managerP, managerP->curDocument());
+      if (!hasJustLocked) {
+        AcApDocManager& manager = documentManager();
+        lockDocument(manager, manager.curDocument());
+      }
       mIsDocLocked = true;
       OV_LOG(TRC, "AutoCadProxy", "AutoCadProxy::handleCapIsDeflectedIn2DMode", "Document locked");
     }

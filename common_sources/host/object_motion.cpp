@@ -2,6 +2,8 @@
 
 #include "auto_cad_proxy.h"
 
+#include <stdexcept>
+
 #include "logging.h"
 #include "motion/object_step.h"
 #include "selection.h"
@@ -85,9 +87,16 @@ void AutoCadProxy::lockDocument(AcApDocManager& manager, AcApDocument* documentP
 }
 
 void AutoCadProxy::unlockDocument() {
-  AcApDocManager* const managerP = acDocManagerPtr();
-  AcApDocument* const documentP = managerP ? managerP->curDocument() : nullptr;
-  if (mIsDocLocked && managerP)
-    managerP->unlockDocument(documentP);
+  AcApDocManager& manager = documentManager();
+  AcApDocument* const documentP = manager.curDocument();
+  if (mIsDocLocked)
+    manager.unlockDocument(documentP);
   mIsDocLocked = false;
+}
+
+AcApDocManager& AutoCadProxy::documentManager() {
+  AcApDocManager* const managerP = acDocManagerPtr();
+  if (!managerP)
+    throw std::runtime_error("no document manager");
+  return *managerP;
 }

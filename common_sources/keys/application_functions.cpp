@@ -13,7 +13,7 @@ constexpr wchar_t kCancel[] = L"\x1B\x1B"; // cancels what runs in the host
 
 /// One line of input for one token of a macro.
 std::wstring inputFor(const std::string& token) {
-  // The menu reader writes its file as this system's programs do.
+  // The menu reader writes its file in the system's code page.
   const std::wstring wide = Util::toWideByCodePage(token);
   if (token.compare(0, 2, "M=") == 0)
     return L"(command (menucmd \"" + wide + L"\"))\n";
@@ -23,8 +23,8 @@ std::wstring inputFor(const std::string& token) {
 } // namespace
 
 void AutoCadProxy::execApplFunction(int keyEvent) {
-  AcApDocManager* const managerP = acDocManagerPtr();
-  AcApDocument* const documentP = managerP ? managerP->curDocument() : nullptr;
+  AcApDocManager& manager = documentManager();
+  AcApDocument* const documentP = manager.curDocument();
   const auto count = static_cast<int>(mMenuEntries.size());
   if (keyEvent >= count) {
     OV_LOG(ERR, "AutoCadProxy", "AutoCadProxy::execApplFunction",
@@ -32,16 +32,16 @@ void AutoCadProxy::execApplFunction(int keyEvent) {
     return;
   }
   const std::string macro = mMenuEntries[static_cast<std::size_t>(keyEvent)];
-  if (macro.empty() || !managerP)
+  if (macro.empty())
     return;
-  managerP->sendStringToExecute(documentP, kCancel, true, false, true);
+  manager.sendStringToExecute(documentP, kCancel, true, false, true);
   // Text after the last ";" is a token only if it isn't empty, so a macro that ends in ";" sends no Enter for
   // it.
   std::size_t start = 0;
   while (start < macro.size()) {
     const std::size_t end = (std::min)(macro.find(';', start), macro.size());
-    managerP->sendStringToExecute(documentP, inputFor(macro.substr(start, end - start)).c_str(), true, false,
-                                  true);
+    manager.sendStringToExecute(documentP, inputFor(macro.substr(start, end - start)).c_str(), true, false,
+                                true);
     start = end + 1;
   }
 }

@@ -24,7 +24,7 @@ std::wstring pathOf(HINSTANCE module) {
 /// Returns the path of the menu reader beside the plug-in. If it isn't there, logs why and returns an empty
 /// path.
 std::wstring findMenuReader() {
-  const std::wstring path = pathOf(AutoCadProxy::mModuleInstance);
+  const std::wstring path = pathOf(AutoCadProxy::mPlugInLibrary);
   const std::string charPath = Util::toNarrow(path.c_str());
   OV_LOG(TRC, "AutoCadProxy", "AutoCadProxy::StartDotNETPlugin", "charPath: '" << charPath << "'");
   // The path is cut as wide text: in narrow text, the second byte of a character may look like a backslash.

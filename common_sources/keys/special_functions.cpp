@@ -1,5 +1,4 @@
-// Keys with a meaning of their own: the six standard views and zoom to extents. There is no cancel in front
-// of their commands.
+// The view keys and the zoom key. No cancel precedes their commands.
 
 #include "keys/special_functions.h"
 
@@ -7,11 +6,11 @@
 #include "logging.h"
 
 void AutoCadProxy::execSpecialApplFunction(int eventCode) {
-  AcApDocManager* const managerP = acDocManagerPtr();
-  AcApDocument* const documentP = managerP ? managerP->curDocument() : nullptr;
-  const auto send = [managerP, documentP](const wchar_t* text) {
-    if (managerP && text)
-      managerP->sendStringToExecute(documentP, text, false, false, true);
+  AcApDocManager& manager = documentManager();
+  AcApDocument* const documentP = manager.curDocument();
+  const auto send = [&manager, documentP](const wchar_t* text) {
+    if (text)
+      manager.sendStringToExecute(documentP, text, false, false, true);
   };
   const SpecialFunction* const functionP = findSpecialFunction(eventCode);
   if (mViewMode == kMode2D) {

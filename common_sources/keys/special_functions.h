@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-/// A key with a meaning of its own, and what is typed for it. The apostrophe marks a transparent command: a
+/// A view key or the zoom key, and what is typed for it. The apostrophe marks a transparent command: a
 /// running command goes on.
 struct SpecialFunction {
   std::int32_t eventCode;

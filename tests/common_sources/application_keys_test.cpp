@@ -67,15 +67,4 @@ TEST_F(ApplicationKeys, WhatIsNoKeyIsAnErrorInTheLog) {
   EXPECT_EQ(takeRecords(), Lines{}) << "on a layout nobody asks for views";
 }
 
-TEST_F(ApplicationKeys, NothingIsTypedWithoutAHost) {
-  proxy().mMenuEntries = {"A"};
-  for (const bool hasManager : {false, true}) {
-    host::setHasDocumentManager(hasManager);
-    host::setHasDocument(!hasManager);
-    proxy().execApplFunction(0);
-    proxy().execSpecialApplFunction(0x2000B);
-  }
-  EXPECT_EQ(host::queueLength(), 0);
-}
-
 } // namespace

@@ -309,7 +309,7 @@ private:
              testing::PrintToString(expected) + ", found " + testing::PrintToString(found);
     const AcGePoint3d c = kept.selCenterPoint;
     const AcGeVector3d a = kept.selAxisVector;
-    if (!(length(m.selCenterPoint - model::Vec3{c.x, c.y, c.z}) <= 1e-12 * m.selCenterScale) ||
+    if (!(length(m.selCenterPoint - model::Vec3{c.x, c.y, c.z}) <= 1e-12 * m.selCenterPoint.scale) ||
         !(length(m.selAxisVector - model::Vec3{a.x, a.y, a.z}) <= 1e-12))
       return "the selection's centre or axis";
     return m.modes == e.mModes && m.menuEntries == e.mMenuEntries ? "" : "modes or menu entries";
