@@ -149,10 +149,12 @@ private:
     // One failure stops the pump only in the menu file.
     const bool isStopToldOf = hasError("Error TimerProc()");
     EXPECT_TRUE(!session.mIsLoaded || session.isPumpRunning() || isForGood || isStopToldOf);
-    session.unload();
-    gNth = 0;
-    if (session.mIsLoaded)
+    if (session.mIsLoaded) {
+      session.unload();
+      gNth = 0;
       return;
+    }
+    gNth = 0;
     ++mRefusals;
     host::type(L"OV_Toggle_Scroll_Mode\n"); // not there any more
     host::runQueue();
