@@ -225,7 +225,7 @@ protected:
   void TearDown() override { call_log::clear(); }
 
   std::string cleanOutcome() {
-    Session session;
+    Session session(mIsLogging);
     session.play();
     EXPECT_TRUE(session.isPumpRunning());
     session.unload();
@@ -270,6 +270,7 @@ protected:
   }
 
   std::string mClean;
+  bool mIsLogging = false;
 };
 
 #endif
