@@ -22,6 +22,12 @@
 #include "desktop.h"
 #endif
 
+#ifdef _WIN32
+constexpr char kTickTime[] = "1"; // milliseconds, of the real clock
+#else
+constexpr char kTickTime[] = "150";
+#endif
+
 /// A scripted session through every path of the plug-in, as the host has it, its timer ticking by hand.
 class Session {
 public:
@@ -37,7 +43,7 @@ public:
     desktop::setModulePath(widen(rig::home().backslashed("OVAutoCAD2019.arx")));
 #endif
     std::vector<std::pair<std::string, std::string>> settings = {{"logFile", "faults.txt"},
-                                                                 {"maxContMoveTime", "150"}};
+                                                                 {"maxContMoveTime", kTickTime}};
     if (!isLogging)
       settings.insert(
           settings.end(),
