@@ -134,8 +134,9 @@ int Settings::writeSettingsFile(const std::string& path) {
   // between, the file is lost, so that time is as short as possible.
   const std::string text = fileText();
   OV_LOG(TRC, "Settings", "Settings::writeSettingsFile", "Writing new default settings file ...");
+  char room[1]; // given, so that the opening, which empties the file, needs no memory
   std::ofstream file;
-  file.rdbuf()->pubsetbuf(nullptr, 0);
+  file.rdbuf()->pubsetbuf(room, sizeof room);
   file.open(Util::nativePath(path), std::ios::out | std::ios::trunc | std::ios::binary);
   if (file.is_open())
     file.write(text.data(), static_cast<std::streamsize>(text.size()));

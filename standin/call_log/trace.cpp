@@ -26,6 +26,7 @@ struct Ring {
   std::size_t count = 0;
   bool isWorking = false; // the worker has taken a record that the sink hasn't had yet
   bool isToEnd = false;
+  bool isWarm = false; // the worker has waited once
   std::function<void(Record&&)> sink;
   std::function<std::string(bool)> note;
   std::thread worker;
@@ -107,6 +108,10 @@ void work() {
     if (r.isToEnd)
       return;
     r.isFilled.wait_for(lock, kWorkerNap);
+    if (!r.isWarm) {
+      r.isWarm = true;
+      r.isEmptied.notify_all();
+    }
   }
 }
 
@@ -178,7 +183,16 @@ void startTrace(std::function<void(Record&&)> sink) {
   Ring& r = ring();
   r.sink = std::move(sink);
   r.isToEnd = false;
+  r.isWarm = false;
   r.worker = std::thread(work);
+  // Threads, waits and thread-local objects ask the system's loader at their first use on Windows, some of them with a
+  // lock held. A module that makes calls while it is being loaded would then wait for the worker, and the worker for it.
+  threadState();
+  unixSeconds();
+  {
+    std::unique_lock<std::mutex> lock(r.mutex);
+    r.isEmptied.wait(lock, [&r] { return r.isWarm; });
+  }
   detail::gIsTracing = true;
   detail::refreshActive();
 }

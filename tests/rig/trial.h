@@ -15,6 +15,10 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#ifdef _WIN32
+inline void alarm(unsigned) {} // there the round's own time limit is the only one
+#endif
+
 /// One endurance trial: how many cases were tried and how many the system survived.
 ///
 /// Its end expects the two to be equal, and leaves them as a line of JSON in the results folder: $OV_RESULTS,
