@@ -5,12 +5,15 @@
 #include <asio/io_context.hpp>
 #include <asio/ip/tcp.hpp>
 #include <asio/post.hpp>
+#include <asio/signal_set.hpp>
 #include <asio/steady_timer.hpp>
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <future>
+#include <optional>
 #include <utility>
 
 namespace devlink {
@@ -53,66 +56,73 @@ std::string motionText(const Axes& axes) {
   return text;
 }
 
+/// Calls the action after a while, unless the timer is set anew before.
+template <class After> void wait(asio::steady_timer& timer, Clock::duration length, After action) {
+  timer.expires_after(length);
+  timer.async_wait([action](const asio::error_code& cancelled) {
+    if (!cancelled)
+      action();
+  });
+}
+
 } // namespace
 
 class Daemon::Implementation : public PeerOwner {
 public:
   explicit Implementation(DaemonOptions options);
-  ~Implementation() override;
 
   void run();
   void play(const Action& action);
-  void checkEnd();
+  void endOfInput();
 
   const DeviceState& device() const override { return mDevice; }
   void onGreeted(Peer& peer) override;
-  void onMode(Peer& peer, const std::string& mode) override;
+  void onMode(const std::string& mode) override { report("mode: " + mode, "mode " + mode); }
   void onGone(Peer& peer, const std::string& reason) override;
 
   asio::io_context mIo;
-  std::uint16_t mPort = 0;
-  bool mIsInputOver = false;
+  std::uint16_t mPort;
 
 private:
   void listen();
   void accept();
-  void takeConnection(const asio::error_code& error, tcp::socket socket);
   void startClock();
   void playDue();
   void goAway(double seconds);
   void comeBack();
   void dropAll(const std::string& reason);
-  bool hasGreeted() const;
-  void record(const std::string& text);
-  void say(const std::string& text);
+  void checkEnd();
+  void report(const std::string& said, const std::string& recorded);
 
-  DaemonOptions mOptions;
-  tcp::acceptor mAcceptor;
-  asio::steady_timer mActionTimer;
-  asio::steady_timer mReturnTimer;
-  asio::steady_timer mRetryTimer;
+  const DaemonOptions mOptions;
+  tcp::acceptor mAcceptor{mIo};
+  asio::signal_set mSignals{mIo};
+  asio::steady_timer mActionTimer{mIo};
+  asio::steady_timer mReturnTimer{mIo};
+  asio::steady_timer mRetryTimer{mIo};
   std::vector<std::shared_ptr<Peer>> mPeers;
   DeviceState mDevice;
-  Axes mCap{};
-  bool mHasMoved = false;
-  bool mIsRunning = false; ///< the session's clock runs
+  std::optional<Axes> mCap; ///< empty until the first motion
+  bool mIsRunning = false;  ///< the session's clock runs
   Clock::time_point mStart;
   std::size_t mNextAction = 0;
-  bool mIsAway = false;
-  bool mIsAwaited = false; ///< clients may still come back after an absence
-  bool mWasVisited = false;
+  bool mIsInputOver = false;
+  bool mIsAwaited = false; ///< clients may still come: for the first time, or during and after an absence
 };
 
 Daemon::Implementation::Implementation(DaemonOptions options)
-    : mPort(options.mPort), mOptions(std::move(options)), mAcceptor(mIo), mActionTimer(mIo),
-      mReturnTimer(mIo), mRetryTimer(mIo) {
+    : mPort(options.mPort), mOptions(std::move(options)), mIsAwaited(mOptions.mStartsOnConnect) {
   listen();
   mPort = mAcceptor.local_endpoint().port();
   accept();
-}
-
-Daemon::Implementation::~Implementation() {
-  dropAll("daemon ends");
+  if (mOptions.mStopsAtSignals) {
+    mSignals.add(SIGINT);
+    mSignals.add(SIGTERM);
+    mSignals.async_wait([this](const asio::error_code& error, int) {
+      if (!error)
+        mIo.stop();
+    });
+  }
 }
 
 void Daemon::Implementation::run() {
@@ -138,56 +148,38 @@ void Daemon::Implementation::listen() {
 
 void Daemon::Implementation::accept() {
   mAcceptor.async_accept([this](const asio::error_code& error, tcp::socket socket) {
-    takeConnection(error, std::move(socket));
+    if (!mAcceptor.is_open() || error == asio::error::operation_aborted)
+      return; // away, or at the end
+    // No descriptors left, for instance. To ask again at once would only burn time.
+    if (error)
+      return wait(mRetryTimer, kRetryPause, [this] {
+        if (mAcceptor.is_open())
+          accept();
+      });
+    if (mPeers.size() < kMaxPeers) {
+      mPeers.push_back(std::make_shared<Peer>(std::move(socket), *this));
+      mPeers.back()->start();
+    }
+    accept();
   });
 }
 
-void Daemon::Implementation::takeConnection(const asio::error_code& error, tcp::socket socket) {
-  if (!mAcceptor.is_open() || error == asio::error::operation_aborted)
-    return; // away, or at the end
-  if (error) {
-    // No descriptors left, for instance. To ask again at once would only burn time.
-    mRetryTimer.expires_after(kRetryPause);
-    mRetryTimer.async_wait([this](const asio::error_code& cancelled) {
-      if (!cancelled && mAcceptor.is_open())
-        accept();
-    });
-    return;
-  }
-  if (mPeers.size() < kMaxPeers) {
-    mPeers.push_back(std::make_shared<Peer>(std::move(socket), *this));
-    mPeers.back()->start();
-  }
-  accept();
-}
-
 void Daemon::Implementation::onGreeted(Peer& peer) {
-  mWasVisited = true;
   mIsAwaited = false;
-  say("client connected: " + peer.name());
-  record("client connected " + peer.name());
-  if (mHasMoved)
-    peer.giveMotion(mCap);
+  report("client connected: " + peer.name(), "client connected " + peer.name());
+  if (mCap)
+    peer.giveMotion(*mCap);
   // The client is at rest in its wait for events, perhaps for long, and tells its mode between two of them.
   peer.giveEvent(session::kEventAnnounceMode);
   startClock();
 }
 
-void Daemon::Implementation::onMode(Peer&, const std::string& mode) {
-  say("mode: " + mode);
-  record("mode " + mode);
-}
-
 void Daemon::Implementation::onGone(Peer& peer, const std::string& reason) {
-  if (peer.isGreeted()) {
-    say("client gone: " + peer.name());
-    record("client gone " + peer.name());
-  }
+  if (peer.isGreeted())
+    report("client gone: " + peer.name(), "client gone " + peer.name());
   if (mOptions.mIsVerbose)
-    say("connection ended: " + reason);
-  mPeers.erase(std::remove_if(mPeers.begin(), mPeers.end(),
-                              [&](const std::shared_ptr<Peer>& held) { return held.get() == &peer; }),
-               mPeers.end());
+    report("connection ended: " + reason, {});
+  mPeers.erase(std::remove(mPeers.begin(), mPeers.end(), peer.shared_from_this()), mPeers.end());
   checkEnd();
 }
 
@@ -203,35 +195,27 @@ void Daemon::Implementation::startClock() {
 /// Plays all lines whose time has come, and sets the timer for the next.
 void Daemon::Implementation::playDue() {
   const auto& actions = mOptions.mActions;
-  while (mNextAction < actions.size() && mStart + ticks(actions[mNextAction].mSeconds) <= Clock::now())
+  while (mNextAction < actions.size()) {
+    const auto left = mStart + ticks(actions[mNextAction].mSeconds) - Clock::now();
+    if (left > Clock::duration::zero())
+      return wait(mActionTimer, left, [this] { playDue(); });
     play(actions[mNextAction++]);
-  if (mNextAction == actions.size())
-    return checkEnd();
-  mActionTimer.expires_at(mStart + ticks(actions[mNextAction].mSeconds));
-  mActionTimer.async_wait([this](const asio::error_code& cancelled) {
-    if (!cancelled)
-      playDue();
-  });
+  }
+  checkEnd();
 }
 
 void Daemon::Implementation::play(const Action& action) {
   if (action.mVerb == Verb::away)
     return goAway(action.mDuration);
   const bool isMotion = action.mVerb == Verb::motion;
-  if (isMotion) {
+  if (isMotion)
     mCap = action.mAxes;
-    mHasMoved = true;
-  }
-  if (action.mVerb == Verb::rotation) {
-    mDevice.mRotationCode = action.mRotationCode;
-    mDevice.mZoomsAfterView = action.mIsOn;
-  }
+  if (action.mVerb == Verb::rotation)
+    mDevice = {action.mRotationCode, action.mIsOn};
   const std::string text = isMotion ? motionText(action.mAxes) : "event " + std::to_string(action.mEventCode);
-  if (mOptions.mIsVerbose)
-    say(text);
-  if (hasGreeted())
-    record(text);
   const auto peers = mPeers; // one that is dropped for its backlog leaves the list
+  const auto isGreeted = [](const auto& peer) { return peer->isGreeted(); };
+  report(mOptions.mIsVerbose ? text : "", std::any_of(peers.begin(), peers.end(), isGreeted) ? text : "");
   for (const auto& peer : peers) {
     if (!peer->isGreeted())
       continue;
@@ -243,18 +227,13 @@ void Daemon::Implementation::play(const Action& action) {
 }
 
 void Daemon::Implementation::goAway(double seconds) {
-  record("away " + secondsText(seconds));
-  if (mOptions.mIsVerbose)
-    say("away for " + secondsText(seconds) + " s");
-  mIsAway = true;
+  const std::string length = secondsText(seconds);
+  report(mOptions.mIsVerbose ? "away for " + length + " s" : "", "away " + length);
+  mIsAwaited = true;
   asio::error_code ignored;
   mAcceptor.close(ignored);
   dropAll("daemon goes away");
-  mReturnTimer.expires_after(ticks(seconds));
-  mReturnTimer.async_wait([this](const asio::error_code& cancelled) {
-    if (!cancelled)
-      comeBack();
-  });
+  wait(mReturnTimer, ticks(seconds), [this] { comeBack(); });
 }
 
 void Daemon::Implementation::comeBack() {
@@ -264,21 +243,11 @@ void Daemon::Implementation::comeBack() {
     // Somebody else has taken the port; it is ours again as soon as they leave.
     asio::error_code ignored;
     mAcceptor.close(ignored);
-    mReturnTimer.expires_after(kRetryPause);
-    mReturnTimer.async_wait([this](const asio::error_code& cancelled) {
-      if (!cancelled)
-        comeBack();
-    });
-    return;
+    return wait(mReturnTimer, kRetryPause, [this] { comeBack(); });
   }
-  mIsAway = false;
-  mIsAwaited = true;
-  record("back");
+  report({}, "back");
   accept();
-  mReturnTimer.expires_after(kReturnPatience);
-  mReturnTimer.async_wait([this](const asio::error_code& cancelled) {
-    if (cancelled)
-      return;
+  wait(mReturnTimer, kReturnPatience, [this] {
     mIsAwaited = false;
     checkEnd();
   });
@@ -290,25 +259,23 @@ void Daemon::Implementation::dropAll(const std::string& reason) {
     peer->close(reason);
 }
 
-bool Daemon::Implementation::hasGreeted() const {
-  return std::any_of(mPeers.begin(), mPeers.end(), [](const auto& peer) { return peer->isGreeted(); });
+void Daemon::Implementation::endOfInput() {
+  mIsInputOver = true;
+  checkEnd();
 }
 
 void Daemon::Implementation::checkEnd() {
   const bool isOver = mOptions.mHasSession ? mNextAction == mOptions.mActions.size() : mIsInputOver;
-  const bool mayStillCome = mIsAway || mIsAwaited || (!mWasVisited && mOptions.mStartsOnConnect);
-  if (isOver && !mayStillCome && mPeers.empty() && !mOptions.mLingers)
+  if (isOver && !mIsAwaited && mPeers.empty() && !mOptions.mLingers)
     mIo.stop();
 }
 
-void Daemon::Implementation::record(const std::string& text) {
-  if (mOptions.mRecord)
-    mOptions.mRecord(unixSeconds() + " " + text);
-}
-
-void Daemon::Implementation::say(const std::string& text) {
-  if (mOptions.mSay)
-    mOptions.mSay(text);
+/// Says and records a line, if it isn't empty.
+void Daemon::Implementation::report(const std::string& said, const std::string& recorded) {
+  if (mOptions.mSay && !said.empty())
+    mOptions.mSay(said);
+  if (mOptions.mRecord && !recorded.empty())
+    mOptions.mRecord(unixSeconds() + " " + recorded);
 }
 
 Daemon::Daemon(DaemonOptions options)
@@ -341,15 +308,8 @@ bool Daemon::play(const Action& action) {
   return true;
 }
 
-void Daemon::enqueue(const Action& action) {
-  asio::post(mImplementationP->mIo, [this, action] { mImplementationP->play(action); });
-}
-
 void Daemon::endOfInput() {
-  asio::post(mImplementationP->mIo, [this] {
-    mImplementationP->mIsInputOver = true;
-    mImplementationP->checkEnd();
-  });
+  asio::post(mImplementationP->mIo, [this] { mImplementationP->endOfInput(); });
 }
 
 } // namespace devlink

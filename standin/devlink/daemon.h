@@ -23,6 +23,8 @@ struct DaemonOptions {
   bool mStartsOnConnect = true;
   /// Stays after the last line, when no client is left.
   bool mLingers = false;
+  /// run() ends at SIGINT and SIGTERM.
+  bool mStopsAtSignals = false;
 
   /// Gets each line of the record, without line feed, on the thread of run(); may be empty.
   /// "<unix seconds> motion x y z a b c", "... event CODE", "... mode NAME", "... client connected NAME",
@@ -61,8 +63,6 @@ public:
   /// Plays one action of the device now, whatever its time; returns when it has gone out. False if run() has
   /// ended before. Any thread but that of run().
   bool play(const session::Action& action);
-  /// The same without waiting for it. Any thread.
-  void enqueue(const session::Action& action);
   /// There will be no more play(): run() ends when the clients that were there have left. Any thread.
   void endOfInput();
 

@@ -68,12 +68,6 @@ std::string FrameReader::text(std::size_t maxBytes) {
   return mIsGood ? found : std::string{};
 }
 
-void FrameReader::record(std::uint8_t* bytes, std::size_t size) {
-  const std::uint8_t* source = mNextP;
-  if (take(size))
-    std::memcpy(bytes, source, size);
-}
-
 std::uint8_t* FrameBuffer::room(std::size_t& size) {
   std::memmove(mBytes.data(), mBytes.data() + mStart, mEnd - mStart);
   mEnd -= mStart;
@@ -113,6 +107,10 @@ std::uint16_t portFrom(std::string_view text) {
 void storeLittleEndian32(std::uint8_t* bytes, std::uint32_t value) {
   for (int i = 0; i < 4; ++i)
     bytes[i] = static_cast<std::uint8_t>(value >> (8 * i) & 0xFF);
+}
+
+std::uint32_t littleEndian32(const std::uint8_t* bytes) {
+  return FrameReader({Kind::hello, bytes, sizeof(std::uint32_t)}).number32();
 }
 
 } // namespace devlink
