@@ -1,19 +1,12 @@
 #include "daemon.h"
 
-#include "peer.h"
-
-#include <asio/io_context.hpp>
-#include <asio/ip/tcp.hpp>
 #include <asio/post.hpp>
-#include <asio/signal_set.hpp>
-#include <asio/steady_timer.hpp>
 
 #include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <future>
-#include <optional>
 #include <utility>
 
 namespace devlink {
@@ -23,7 +16,6 @@ namespace {
 using asio::ip::tcp;
 using session::Action;
 using session::Verb;
-using Clock = std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
 
 constexpr std::size_t kMaxPeers = 16;
@@ -35,8 +27,8 @@ constexpr std::chrono::seconds kReturnPatience{5};
 /// How often play() looks whether there is still somebody who plays.
 constexpr std::chrono::milliseconds kPlayCheck{50};
 
-Clock::duration ticks(double seconds) {
-  return std::chrono::duration_cast<Clock::duration>(Seconds(seconds));
+std::chrono::nanoseconds ticks(double seconds) {
+  return std::chrono::duration_cast<std::chrono::nanoseconds>(Seconds(seconds));
 }
 
 std::string secondsText(double seconds) {
@@ -57,7 +49,7 @@ std::string motionText(const Axes& axes) {
 }
 
 /// Calls the action after a while, unless the timer is set anew before.
-template <class After> void wait(asio::steady_timer& timer, Clock::duration length, After action) {
+template <class After> void wait(asio::steady_timer& timer, std::chrono::nanoseconds length, After action) {
   timer.expires_after(length);
   timer.async_wait([action](const asio::error_code& cancelled) {
     if (!cancelled)
@@ -67,51 +59,8 @@ template <class After> void wait(asio::steady_timer& timer, Clock::duration leng
 
 } // namespace
 
-class Daemon::Implementation : public PeerOwner {
-public:
-  explicit Implementation(DaemonOptions options);
-
-  void run();
-  void play(const Action& action);
-  void endOfInput();
-
-  const DeviceState& device() const override { return mDevice; }
-  void onGreeted(Peer& peer) override;
-  void onMode(const std::string& mode) override { report("mode: " + mode, "mode " + mode); }
-  void onGone(Peer& peer, const std::string& reason) override;
-
-  asio::io_context mIo;
-  std::uint16_t mPort;
-
-private:
-  void listen();
-  void accept();
-  void startClock();
-  void playDue();
-  void goAway(double seconds);
-  void comeBack();
-  void dropAll(const std::string& reason);
-  void checkEnd();
-  void report(const std::string& said, const std::string& recorded);
-
-  const DaemonOptions mOptions;
-  tcp::acceptor mAcceptor{mIo};
-  asio::signal_set mSignals{mIo};
-  asio::steady_timer mActionTimer{mIo};
-  asio::steady_timer mReturnTimer{mIo};
-  asio::steady_timer mRetryTimer{mIo};
-  std::vector<std::shared_ptr<Peer>> mPeers;
-  DeviceState mDevice;
-  std::optional<Axes> mCap; ///< empty until the first motion
-  bool mIsRunning = false;  ///< the session's clock runs
-  Clock::time_point mStart;
-  std::size_t mNextAction = 0;
-  bool mIsInputOver = false;
-  bool mIsAwaited = false; ///< clients may still come: for the first time, or during and after an absence
-};
-
-Daemon::Implementation::Implementation(DaemonOptions options)
-    : mPort(options.mPort), mOptions(std::move(options)), mIsAwaited(mOptions.mStartsOnConnect) {
+Daemon::Daemon(DaemonOptions options)
+    : mOptions(std::move(options)), mPort(mOptions.mPort), mIsAwaited(mOptions.mStartsOnConnect) {
   listen();
   mPort = mAcceptor.local_endpoint().port();
   accept();
@@ -125,7 +74,7 @@ Daemon::Implementation::Implementation(DaemonOptions options)
   }
 }
 
-void Daemon::Implementation::run() {
+void Daemon::run() {
   if (!mOptions.mStartsOnConnect)
     startClock();
   checkEnd();
@@ -135,7 +84,7 @@ void Daemon::Implementation::run() {
   dropAll("daemon ends");
 }
 
-void Daemon::Implementation::listen() {
+void Daemon::listen() {
   mAcceptor.open(tcp::v4());
 #ifndef _WIN32
   // After a restart the port is in use by the connections of before. Windows understands the option
@@ -146,7 +95,7 @@ void Daemon::Implementation::listen() {
   mAcceptor.listen();
 }
 
-void Daemon::Implementation::accept() {
+void Daemon::accept() {
   mAcceptor.async_accept([this](const asio::error_code& error, tcp::socket socket) {
     if (!mAcceptor.is_open() || error == asio::error::operation_aborted)
       return; // away, or at the end
@@ -157,14 +106,14 @@ void Daemon::Implementation::accept() {
           accept();
       });
     if (mPeers.size() < kMaxPeers) {
-      mPeers.push_back(std::make_shared<Peer>(std::move(socket), *this));
+      mPeers.push_back(std::make_shared<Peer>(std::move(socket), static_cast<PeerOwner&>(*this)));
       mPeers.back()->start();
     }
     accept();
   });
 }
 
-void Daemon::Implementation::onGreeted(Peer& peer) {
+void Daemon::onGreeted(Peer& peer) {
   mIsAwaited = false;
   report("client connected: " + peer.name(), "client connected " + peer.name());
   if (mCap)
@@ -174,7 +123,7 @@ void Daemon::Implementation::onGreeted(Peer& peer) {
   startClock();
 }
 
-void Daemon::Implementation::onGone(Peer& peer, const std::string& reason) {
+void Daemon::onGone(Peer& peer, const std::string& reason) {
   if (peer.isGreeted())
     report("client gone: " + peer.name(), "client gone " + peer.name());
   if (mOptions.mIsVerbose)
@@ -183,7 +132,7 @@ void Daemon::Implementation::onGone(Peer& peer, const std::string& reason) {
   checkEnd();
 }
 
-void Daemon::Implementation::startClock() {
+void Daemon::startClock() {
   if (mIsRunning)
     return;
   mIsRunning = true;
@@ -193,18 +142,18 @@ void Daemon::Implementation::startClock() {
 }
 
 /// Plays all lines whose time has come, and sets the timer for the next.
-void Daemon::Implementation::playDue() {
+void Daemon::playDue() {
   const auto& actions = mOptions.mActions;
   while (mNextAction < actions.size()) {
     const auto left = mStart + ticks(actions[mNextAction].mSeconds) - Clock::now();
     if (left > Clock::duration::zero())
       return wait(mActionTimer, left, [this] { playDue(); });
-    play(actions[mNextAction++]);
+    playNow(actions[mNextAction++]);
   }
   checkEnd();
 }
 
-void Daemon::Implementation::play(const Action& action) {
+void Daemon::playNow(const Action& action) {
   if (action.mVerb == Verb::away)
     return goAway(action.mDuration);
   const bool isMotion = action.mVerb == Verb::motion;
@@ -226,7 +175,7 @@ void Daemon::Implementation::play(const Action& action) {
   }
 }
 
-void Daemon::Implementation::goAway(double seconds) {
+void Daemon::goAway(double seconds) {
   const std::string length = secondsText(seconds);
   report(mOptions.mIsVerbose ? "away for " + length + " s" : "", "away " + length);
   mIsAwaited = true;
@@ -236,7 +185,7 @@ void Daemon::Implementation::goAway(double seconds) {
   wait(mReturnTimer, ticks(seconds), [this] { comeBack(); });
 }
 
-void Daemon::Implementation::comeBack() {
+void Daemon::comeBack() {
   try {
     listen();
   } catch (const std::system_error&) {
@@ -253,63 +202,48 @@ void Daemon::Implementation::comeBack() {
   });
 }
 
-void Daemon::Implementation::dropAll(const std::string& reason) {
+void Daemon::dropAll(const std::string& reason) {
   const auto peers = mPeers;
   for (const auto& peer : peers)
     peer->close(reason);
 }
 
-void Daemon::Implementation::endOfInput() {
-  mIsInputOver = true;
-  checkEnd();
-}
-
-void Daemon::Implementation::checkEnd() {
+void Daemon::checkEnd() {
   const bool isOver = mOptions.mHasSession ? mNextAction == mOptions.mActions.size() : mIsInputOver;
   if (isOver && !mIsAwaited && mPeers.empty() && !mOptions.mLingers)
     mIo.stop();
 }
 
 /// Says and records a line, if it isn't empty.
-void Daemon::Implementation::report(const std::string& said, const std::string& recorded) {
+void Daemon::report(const std::string& said, const std::string& recorded) {
   if (mOptions.mSay && !said.empty())
     mOptions.mSay(said);
   if (mOptions.mRecord && !recorded.empty())
     mOptions.mRecord(unixSeconds() + " " + recorded);
 }
 
-Daemon::Daemon(DaemonOptions options)
-    : mImplementationP(std::make_unique<Implementation>(std::move(options))) {}
-
-Daemon::~Daemon() = default;
-
-std::uint16_t Daemon::port() const {
-  return mImplementationP->mPort;
-}
-
-void Daemon::run() {
-  mImplementationP->run();
-}
-
 void Daemon::stop() {
-  mImplementationP->mIo.stop();
+  mIo.stop();
 }
 
 bool Daemon::play(const Action& action) {
   const auto played = std::make_shared<std::promise<void>>();
   std::future<void> result = played->get_future();
-  asio::post(mImplementationP->mIo, [this, action, played] {
-    mImplementationP->play(action);
+  asio::post(mIo, [this, action, played] {
+    playNow(action);
     played->set_value();
   });
   while (result.wait_for(kPlayCheck) != std::future_status::ready)
-    if (mImplementationP->mIo.stopped())
+    if (mIo.stopped())
       return false;
   return true;
 }
 
 void Daemon::endOfInput() {
-  asio::post(mImplementationP->mIo, [this] { mImplementationP->endOfInput(); });
+  asio::post(mIo, [this] {
+    mIsInputOver = true;
+    checkEnd();
+  });
 }
 
 } // namespace devlink

@@ -2,6 +2,8 @@
 
 #include <asio/buffer.hpp>
 
+#include <algorithm>
+
 #ifndef _WIN32
 #include <poll.h>
 #endif
@@ -43,7 +45,7 @@ void Link::greet(const std::string& clientName) {
 
 std::uint32_t Link::ask(Kind kind, const std::function<void(FrameWriter&)>& addArguments) {
   const std::uint32_t number = ++mLastQuestion;
-  mQuestions[number].mAnswerKind = answerTo(kind);
+  mQuestions[number] = {answerTo(kind), false, 0, {}};
   Bytes question;
   {
     FrameWriter frame(question, kind);
@@ -105,41 +107,53 @@ bool Link::takeFrame(const Frame& frame) {
 }
 
 bool Link::takeAnswer(const Frame& frame) {
-  const std::uint32_t number = FrameReader(frame).number32();
-  constexpr std::size_t kNumberBytes = 4;
-  if (frame.mKind < Kind::devices || frame.mKind > Kind::modeTaken || number == 0 || number > mLastQuestion ||
-      frame.mSize != kNumberBytes + kStatusBytes + recordBytes(frame.mKind))
+  FrameReader payload(frame);
+  const std::uint32_t number = payload.number32();
+  const std::uint32_t status = payload.number32();
+  const Bytes record = payload.record(recordBytes(frame.mKind));
+  if (frame.mKind < Kind::devices || frame.mKind > Kind::modeTaken || !payload.isGood() || number == 0 ||
+      number > mLastQuestion)
     return false;
   const auto found = mQuestions.find(number);
   if (found == mQuestions.end())
     return true; // came too late, nobody waits for it any more
   Question& question = found->second;
-  if (question.mAnswerKind != frame.mKind || !question.mAnswer.empty())
+  if (question.mAnswerKind != frame.mKind || question.mIsAnswered)
     return false;
-  question.mAnswer.assign(frame.mPayloadP + kNumberBytes, frame.mPayloadP + frame.mSize);
+  question = {frame.mKind, true, status, record};
   return true;
 }
 
+/// Another thread that waits for the socket still needs it, and closes it.
 void Link::drop() {
   mState = State::down;
   asio::error_code ignored;
-  mSocket.shutdown(tcp::socket::shutdown_both, ignored);
+  if (mIsAwaited)
+    mSocket.shutdown(tcp::socket::shutdown_both, ignored);
+  else
+    mSocket.close(ignored);
 }
 
-void Link::await(bool isToWrite, Clock::time_point deadline) {
+void Link::await(std::unique_lock<std::mutex>& lock, bool isToWrite, Clock::time_point deadline) {
   int milliseconds = -1;
   if (deadline != Clock::time_point::max()) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-    milliseconds = left.count() > 0 ? static_cast<int>(left.count()) : 0;
+    milliseconds = static_cast<int>(std::max(left.count(), std::chrono::milliseconds::rep{0}));
   }
   pollfd socket = {};
   socket.fd = mSocket.native_handle();
   socket.events = isToWrite ? POLLOUT : POLLIN;
+  mIsAwaited = true;
+  lock.unlock();
 #ifdef _WIN32
   WSAPoll(&socket, 1, milliseconds);
 #else
   poll(&socket, 1, milliseconds);
 #endif
+  lock.lock();
+  mIsAwaited = false;
+  if (mState == State::down)
+    drop();
 }
 
 } // namespace devlink

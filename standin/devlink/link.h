@@ -10,12 +10,13 @@
 #include <chrono>
 #include <functional>
 #include <map>
+#include <mutex>
 #include <string>
 
 namespace devlink {
 
 /// A client's end of one connection to the daemon, from the attempt to its end; never opened twice. Has no
-/// lock: its owner lets in one thread at a time. Only await() is called without the owner's lock.
+/// lock: its owner lets in one thread at a time.
 class Link {
 public:
   enum class State { opening, up, down };
@@ -24,7 +25,9 @@ public:
   /// A question under way.
   struct Question {
     Kind mAnswerKind;
-    Bytes mAnswer; ///< status and record; empty until the answer has come
+    bool mIsAnswered;
+    std::uint32_t mStatus;
+    Bytes mRecord;
   };
 
   /// Begins to connect. The socket becomes writable once that is decided.
@@ -37,23 +40,20 @@ public:
   /// Takes what the socket holds into mEvents and mQuestions; doesn't wait. Whatever isn't valid ends the
   /// link.
   void read();
-  /// Ends the link, and any await(). Events that have come stay. The socket closes with the object.
+  /// Ends the link, and any await(). Events that have come stay.
   void drop();
-
-  /// Waits until the socket can be read or has ended, at most until the deadline.
-  void awaitReadable(Clock::time_point deadline) { await(false, deadline); }
-  /// Waits until the connection has been made or refused.
-  void awaitWritable(Clock::time_point deadline) { await(true, deadline); }
+  /// Waits until the socket can be read (or written to: the connection has been made or refused) or has
+  /// ended, at most until the deadline. Gives the owner's lock up meanwhile; one thread at a time.
+  void await(std::unique_lock<std::mutex>& lock, bool isToWrite, Clock::time_point deadline);
 
   State mState = State::opening;
-  bool mHasReader = false; ///< a thread is in awaitReadable()
+  bool mIsAwaited = false; ///< a thread is in await()
   std::map<std::uint32_t, Question> mQuestions;
   EventQueue mEvents;
   asio::io_context mIo;
   asio::ip::tcp::socket mSocket{mIo};
 
 private:
-  void await(bool isToWrite, Clock::time_point deadline);
   void send(const Bytes& bytes);
   bool takeFrame(const Frame& frame);
   bool takeAnswer(const Frame& frame);

@@ -18,7 +18,6 @@
 
 namespace {
 
-using devlink::Bytes;
 using devlink::Event;
 using devlink::FrameWriter;
 using devlink::Kind;
@@ -47,8 +46,8 @@ public:
   bool connect(std::uint16_t port, const std::string& name);
   bool disconnect();
   bool fetch(Event& event);
-  /// Gives status and record of the daemon's answer.
-  bool ask(Kind kind, const AddArguments& addArguments, Bytes& answer);
+  /// Asks the daemon, and waits for its answer.
+  bool ask(Kind kind, const AddArguments& addArguments, Link::Question& answer);
   void closeAtUnload();
 
 private:
@@ -61,7 +60,7 @@ private:
   template <class IsDone>
   bool waitFor(Lock& lock, const LinkPointer& link, Clock::time_point deadline, IsDone isDone);
   bool askOver(Lock& lock, const LinkPointer& link, Kind kind, const AddArguments& addArguments,
-               Bytes& answer);
+               Link::Question& answer);
   void close();
 
   std::mutex mMutex;
@@ -76,18 +75,14 @@ bool Client::waitFor(Lock& lock, const LinkPointer& link, Clock::time_point dead
   while (!isDone()) {
     if (link->mState == Link::State::down || Clock::now() >= deadline)
       return false;
-    if (link->mHasReader) {
+    if (link->mIsAwaited) {
       if (deadline == Clock::time_point::max())
         mChanged.wait(lock);
       else
         mChanged.wait_until(lock, deadline);
       continue;
     }
-    link->mHasReader = true;
-    lock.unlock();
-    link->awaitReadable(deadline);
-    lock.lock();
-    link->mHasReader = false;
+    link->await(lock, false, deadline);
     link->read();
     mChanged.notify_all(); // something may be for them, and one of them reads next
   }
@@ -102,7 +97,7 @@ bool Client::connect(std::uint16_t port, const std::string& name) {
       mChanged.wait_until(lock, deadline, [&] { return old->mState != Link::State::opening; });
       return old->mState == Link::State::up;
     }
-    Bytes ignored; // nobody reads a link between the calls, so its end may not have been noticed
+    Link::Question ignored; // nobody reads a link between the calls, so its end may not have been noticed
     if (askOver(lock, old, Kind::askDevices, addNothing, ignored))
       return true;
     if (mLinkP == old)
@@ -114,9 +109,7 @@ bool Client::connect(std::uint16_t port, const std::string& name) {
   mLinkP = link;
   link->connect(port);
   if (link->mState == Link::State::opening) {
-    lock.unlock();
-    link->awaitWritable(deadline);
-    lock.lock();
+    link->await(lock, true, deadline);
     link->greet(name);
     waitFor(lock, link, deadline, [&] { return link->mState != Link::State::opening; });
   }
@@ -150,7 +143,7 @@ bool Client::fetch(Event& event) {
   bool isFound = false;
   if (isFetchable()) {
     if (link->mState == Link::State::up && link->mEvents.hasMotion() &&
-        link->mEvents.size() < kEnoughEvents && !link->mHasReader)
+        link->mEvents.size() < kEnoughEvents && !link->mIsAwaited)
       link->read(); // a newer sample may wait in the socket
     waitFor(lock, link, Clock::time_point::max(), [&] { return !link->mEvents.isEmpty(); });
     isFound = link->mEvents.take(event);
@@ -165,22 +158,22 @@ bool Client::fetch(Event& event) {
   return isFound;
 }
 
-bool Client::ask(Kind kind, const AddArguments& addArguments, Bytes& answer) {
+bool Client::ask(Kind kind, const AddArguments& addArguments, Link::Question& answer) {
   Lock lock(mMutex);
   const LinkPointer link = mLinkP;
   return link && askOver(lock, link, kind, addArguments, answer);
 }
 
 bool Client::askOver(Lock& lock, const LinkPointer& link, Kind kind, const AddArguments& addArguments,
-                     Bytes& answer) {
+                     Link::Question& answer) {
   if (link->mState != Link::State::up)
     return false;
   const std::uint32_t number = link->ask(kind, addArguments);
   const Link::Question& question = link->mQuestions[number];
-  waitFor(lock, link, Clock::now() + kRequestTimeout, [&] { return !question.mAnswer.empty(); });
-  answer = question.mAnswer;
+  waitFor(lock, link, Clock::now() + kRequestTimeout, [&] { return question.mIsAnswered; });
+  answer = question;
   link->mQuestions.erase(number);
-  return !answer.empty();
+  return answer.mIsAnswered;
 }
 
 /// A thread that was ended by force may hold the lock for good; the system closes the socket then.
@@ -217,15 +210,15 @@ int guarded(const char* name, Operation operation, const Out&... out) {
 }
 
 /// Asks for one of the records of a device; false leaves the caller's record as it was.
-template <std::size_t size> bool askRecord(Kind question, int deviceIndex, void* record) {
-  Bytes answer;
+bool askRecord(Kind question, int deviceIndex, void* record) {
+  Link::Question answer;
   const auto addIndex = [=](FrameWriter& frame) { frame.number32(static_cast<std::uint32_t>(deviceIndex)); };
-  if (!client().ask(question, addIndex, answer) || devlink::littleEndian32(answer.data()) != 0)
+  if (!client().ask(question, addIndex, answer) || answer.mStatus != 0)
     return false;
   if (question == Kind::askInfo)
-    answer.back() = 0; // the name ends inside the record, whatever the daemon says
+    answer.mRecord.back() = 0; // the name ends inside the record, whatever the daemon says
   if (record)
-    std::memcpy(record, answer.data() + devlink::kStatusBytes, size);
+    std::memcpy(record, answer.mRecord.data(), answer.mRecord.size());
   return true;
 }
 
@@ -252,13 +245,10 @@ int ovDisconnect() {
 
 int ovGetDevNum(int* deviceCount, int* unused1, int* unused2) {
   return guarded("ovGetDevNum", [&] {
-    Bytes answer;
-    if (!client().ask(Kind::askDevices, addNothing, answer))
+    Link::Question answer;
+    if (!client().ask(Kind::askDevices, addNothing, answer) || answer.mStatus > devlink::kMaxDevices)
       return false;
-    const std::uint32_t count = devlink::littleEndian32(answer.data());
-    if (count > devlink::kMaxDevices)
-      return false;
-    put(deviceCount, static_cast<int>(count));
+    put(deviceCount, static_cast<int>(answer.mStatus));
     put(unused1, 0);
     put(unused2, 0);
     return true;
@@ -266,8 +256,7 @@ int ovGetDevNum(int* deviceCount, int* unused1, int* unused2) {
 }
 
 int ovGetDevInfo(int deviceIndex, void* record96) {
-  return guarded("ovGetDevInfo",
-                 [&] { return askRecord<devlink::kInfoBytes>(Kind::askInfo, deviceIndex, record96); });
+  return guarded("ovGetDevInfo", [&] { return askRecord(Kind::askInfo, deviceIndex, record96); });
 }
 
 int ovGetAdvancedSettings(int deviceIndex, void* record148) {
@@ -275,7 +264,7 @@ int ovGetAdvancedSettings(int deviceIndex, void* record148) {
   bool isZoomAfterView = false;
   const auto askSettings = [&] {
     char record[devlink::kSettingsBytes] = {};
-    if (!askRecord<devlink::kSettingsBytes>(Kind::askSettings, deviceIndex, record))
+    if (!askRecord(Kind::askSettings, deviceIndex, record))
       return false;
     std::memcpy(&rotationCode, record + devlink::kSettingsRotationOffset, sizeof rotationCode);
     isZoomAfterView = record[devlink::kSettingsZoomOffset] != 0;
@@ -315,8 +304,8 @@ int ovSetApplMode(const char* application, const char* mode) {
     if (!application || !mode || !devlink::isText(application, devlink::kMaxModeBytes) ||
         !devlink::isText(mode, devlink::kMaxModeBytes))
       return false;
-    Bytes answer;
+    Link::Question answer;
     const auto addNames = [&](FrameWriter& frame) { frame.text(application).text(mode); };
-    return client().ask(Kind::setMode, addNames, answer) && devlink::littleEndian32(answer.data()) == 0;
+    return client().ask(Kind::setMode, addNames, answer) && answer.mStatus == 0;
   });
 }

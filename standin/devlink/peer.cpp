@@ -3,8 +3,8 @@
 #include <asio/buffer.hpp>
 #include <asio/write.hpp>
 
-#include <algorithm>
 #include <chrono>
+#include <cstring>
 
 namespace devlink {
 
@@ -138,17 +138,13 @@ bool Peer::takeQuestion(const Frame& frame) {
     mOwner.onMode(mode);
   Bytes record(recordBytes(answerTo(frame.mKind)));
   if (frame.mKind == Kind::askInfo && status == kGood)
-    std::copy(std::begin(kDeviceName), std::end(kDeviceName), record.data() + kInfoNameOffset);
+    std::memcpy(&record[kInfoNameOffset], kDeviceName, sizeof kDeviceName);
   if (frame.mKind == Kind::askSettings && status == kGood) {
     const DeviceState& device = mOwner.device();
-    storeLittleEndian32(record.data() + kSettingsRotationOffset,
-                        static_cast<std::uint32_t>(device.mRotationCode));
+    std::memcpy(&record[kSettingsRotationOffset], &device.mRotationCode, sizeof device.mRotationCode);
     record[kSettingsZoomOffset] = device.mZoomsAfterView;
   }
-  FrameWriter(mAnswers, answerTo(frame.mKind))
-      .number32(number)
-      .number32(status)
-      .record(record.data(), record.size());
+  FrameWriter(mAnswers, answerTo(frame.mKind)).number32(number).number32(status).record(record);
   return true;
 }
 

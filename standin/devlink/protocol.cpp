@@ -34,8 +34,8 @@ FrameWriter& FrameWriter::text(std::string_view value) {
   return *this;
 }
 
-FrameWriter& FrameWriter::record(const std::uint8_t* bytes, std::size_t size) {
-  mOut.insert(mOut.end(), bytes, bytes + size);
+FrameWriter& FrameWriter::record(const Bytes& bytes) {
+  mOut.insert(mOut.end(), bytes.begin(), bytes.end());
   return *this;
 }
 
@@ -59,13 +59,15 @@ std::uint32_t FrameReader::number32() {
 }
 
 std::string FrameReader::text(std::size_t maxBytes) {
-  const std::size_t size = number16();
-  const std::uint8_t* bytes = mNextP;
-  if (!take(size))
-    return {};
-  std::string found(bytes, bytes + size);
-  mIsGood = isText(found, maxBytes);
+  const Bytes bytes = record(number16());
+  std::string found(bytes.begin(), bytes.end());
+  mIsGood = mIsGood && isText(found, maxBytes);
   return mIsGood ? found : std::string{};
+}
+
+Bytes FrameReader::record(std::size_t size) {
+  const std::uint8_t* bytes = mNextP;
+  return take(size) ? Bytes(bytes, bytes + size) : Bytes{};
 }
 
 std::uint8_t* FrameBuffer::room(std::size_t& size) {
@@ -102,15 +104,6 @@ std::uint16_t portFrom(std::string_view text) {
   std::uint16_t port = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
   return error == std::errc{} && end == text.data() + text.size() ? port : std::uint16_t{0};
-}
-
-void storeLittleEndian32(std::uint8_t* bytes, std::uint32_t value) {
-  for (int i = 0; i < 4; ++i)
-    bytes[i] = static_cast<std::uint8_t>(value >> (8 * i) & 0xFF);
-}
-
-std::uint32_t littleEndian32(const std::uint8_t* bytes) {
-  return FrameReader({Kind::hello, bytes, sizeof(std::uint32_t)}).number32();
 }
 
 } // namespace devlink

@@ -74,7 +74,7 @@ public:
   FrameWriter& number16(std::uint16_t value);
   FrameWriter& number32(std::uint32_t value);
   FrameWriter& text(std::string_view value);
-  FrameWriter& record(const std::uint8_t* bytes, std::size_t size);
+  FrameWriter& record(const Bytes& bytes);
 
 private:
   Bytes& mOut;
@@ -98,6 +98,7 @@ public:
   std::int32_t signed32() { return static_cast<std::int32_t>(number32()); }
   /// A text of at most maxBytes that passes isText().
   std::string text(std::size_t maxBytes);
+  Bytes record(std::size_t size);
 
   /// True if everything that was asked for was there and valid, and nothing is left over.
   bool isGood() const { return mIsGood && mLeft == 0; }
@@ -135,9 +136,6 @@ bool isText(std::string_view text, std::size_t maxBytes);
 
 /// A port number from a text; 0 if it isn't one from 1 to 65535.
 std::uint16_t portFrom(std::string_view text);
-
-void storeLittleEndian32(std::uint8_t* bytes, std::uint32_t value);
-std::uint32_t littleEndian32(const std::uint8_t* bytes);
 
 } // namespace devlink
 
