@@ -47,10 +47,8 @@ std::uint32_t Link::ask(Kind kind, const std::function<void(FrameWriter&)>& addA
   const std::uint32_t number = ++mLastQuestion;
   mQuestions[number] = {answerTo(kind), false, 0, {}};
   Bytes question;
-  {
-    FrameWriter frame(question, kind);
-    addArguments(frame.number32(number));
-  }
+  FrameWriter frame(question, kind);
+  addArguments(frame.number32(number));
   send(question);
   return number;
 }

@@ -7,20 +7,12 @@
 namespace devlink {
 
 FrameWriter::FrameWriter(Bytes& out, Kind kind) : mOut(out), mStart(out.size()) {
-  number16(0); // the length, known at the end
+  mOut.resize(mStart + 2); // the length
   number16(static_cast<std::uint16_t>(kind));
 }
 
-FrameWriter::~FrameWriter() {
-  const std::size_t size = mOut.size() - mStart - kHeaderBytes;
-  mOut[mStart] = static_cast<std::uint8_t>(size & 0xFF);
-  mOut[mStart + 1] = static_cast<std::uint8_t>(size >> 8);
-}
-
 FrameWriter& FrameWriter::number16(std::uint16_t value) {
-  mOut.push_back(static_cast<std::uint8_t>(value & 0xFF));
-  mOut.push_back(static_cast<std::uint8_t>(value >> 8));
-  return *this;
+  return record({static_cast<std::uint8_t>(value & 0xFF), static_cast<std::uint8_t>(value >> 8)});
 }
 
 FrameWriter& FrameWriter::number32(std::uint32_t value) {
@@ -30,12 +22,14 @@ FrameWriter& FrameWriter::number32(std::uint32_t value) {
 
 FrameWriter& FrameWriter::text(std::string_view value) {
   number16(static_cast<std::uint16_t>(value.size()));
-  mOut.insert(mOut.end(), value.begin(), value.end());
-  return *this;
+  return record({value.begin(), value.end()});
 }
 
 FrameWriter& FrameWriter::record(const Bytes& bytes) {
   mOut.insert(mOut.end(), bytes.begin(), bytes.end());
+  const std::size_t size = mOut.size() - mStart - kHeaderBytes;
+  mOut[mStart] = static_cast<std::uint8_t>(size & 0xFF);
+  mOut[mStart + 1] = static_cast<std::uint8_t>(size >> 8);
   return *this;
 }
 

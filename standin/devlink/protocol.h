@@ -63,13 +63,10 @@ constexpr std::size_t recordBytes(Kind answer) {
 using Axes = std::array<std::int16_t, 6>;
 using Bytes = std::vector<std::uint8_t>;
 
-/// Appends one frame to a buffer: made, filled from left to right, finished by its destructor.
+/// Appends one frame to a buffer, filled from left to right; whole after each step.
 class FrameWriter {
 public:
   FrameWriter(Bytes& out, Kind kind);
-  ~FrameWriter();
-  FrameWriter(const FrameWriter&) = delete;
-  FrameWriter& operator=(const FrameWriter&) = delete;
 
   FrameWriter& number16(std::uint16_t value);
   FrameWriter& number32(std::uint32_t value);
@@ -78,7 +75,7 @@ public:
 
 private:
   Bytes& mOut;
-  std::size_t mStart;
+  const std::size_t mStart;
 };
 
 /// A received frame; the payload belongs to the FrameBuffer.
