@@ -17,10 +17,36 @@ int area(const RECT& r) {
   return (r.right - r.left) * (r.bottom - r.top);
 }
 
+/// The engine's windowUnderPoint.
+HWND windowUnderPoint(POINT point) {
+  HWND best = WindowFromPoint(point);
+  if (!best)
+    return nullptr;
+  RECT rect = {};
+  GetWindowRect(best, &rect);
+  HWND parent = GetParent(best);
+  if (!parent)
+    return best;
+  for (HWND next = GetWindow(best, GW_HWNDNEXT);;) {
+    const HWND before = best;
+    for (; next; next = GetWindow(next, GW_HWNDNEXT)) {
+      RECT r = {};
+      GetWindowRect(next, &r);
+      if (PtInRect(&r, point) && GetParent(next) == parent && IsWindowVisible(next) && area(r) < area(rect)) {
+        best = next;
+        rect = r;
+      }
+    }
+    if (best == before || !(next = GetWindow(best, GW_CHILD)))
+      return best;
+    parent = best;
+  }
+}
+
 bool isControlUnderPointer() {
   POINT pointer = {};
   GetCursorPos(&pointer);
-  const HWND window = bareWindowUnderPoint(pointer);
+  const HWND window = windowUnderPoint(pointer);
   if (!window)
     return false;
   wchar_t wide[256] = {};
@@ -53,31 +79,6 @@ void turn(AcGsView& view, double angle, const AcGeVector3d& axis, const AcGePoin
 }
 
 } // namespace
-
-HWND bareWindowUnderPoint(POINT point) {
-  HWND best = WindowFromPoint(point);
-  if (!best)
-    return nullptr;
-  RECT rect = {};
-  GetWindowRect(best, &rect);
-  HWND parent = GetParent(best);
-  if (!parent)
-    return best;
-  for (HWND next = GetWindow(best, GW_HWNDNEXT);;) {
-    const HWND before = best;
-    for (; next; next = GetWindow(next, GW_HWNDNEXT)) {
-      RECT r = {};
-      GetWindowRect(next, &r);
-      if (PtInRect(&r, point) && GetParent(next) == parent && IsWindowVisible(next) && area(r) < area(rect)) {
-        best = next;
-        rect = r;
-      }
-    }
-    if (best == before || !(next = GetWindow(best, GW_CHILD)))
-      return best;
-    parent = best;
-  }
-}
 
 void barePass(const OvAutoCad& plugin, StepHook hook) {
   resbuf variable = {};

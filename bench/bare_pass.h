@@ -15,9 +15,6 @@ using StepHook = void (*)(int step, double value);
 
 void barePass(const OvAutoCad& plugin, StepHook hook);
 
-/// The engine's windowUnderPoint.
-HWND bareWindowUnderPoint(POINT point);
-
 } // namespace bench
 
 #endif

@@ -56,8 +56,6 @@ void addFileRows();
 void addMotionRows();
 void addInstructionRow();
 void addObjectRows();
-void addWindowRows();
-void addDeviceRows();
 void addRestRow();
 
 } // namespace bench

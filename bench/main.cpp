@@ -86,8 +86,6 @@ int main(int argc, char** argv) {
   bench::addMotionRows();
   bench::addInstructionRow();
   bench::addObjectRows();
-  bench::addWindowRows();
-  bench::addDeviceRows();
   bench::addRestRow();
   Progress progress;
   benchmark::RunSpecifiedBenchmarks(&progress);

@@ -23,7 +23,7 @@ std::unique_ptr<OvAutoCad>& pluginSlot() {
 void useOwnHome() {
   home().makeFolder("Orvaner/Applications");
   setenv("USERPROFILE", home().native().c_str(), 1);
-  setenv("OV_DEVLINK_PORT", kNoDaemon, 0);
+  setenv("OV_DEVLINK_PORT", "1", 0);
 }
 
 } // namespace

@@ -8,11 +8,8 @@
 #include "temp_folder.h"
 
 /// What the rows stand on: a user's folder, a host with a view, a desktop with the host's windows on it, and
-/// the engine of the plug-in, made once and with no daemon to talk to unless a row starts one.
+/// the engine of the plug-in, made once and with no daemon to talk to.
 namespace bench {
-
-/// A port at which no daemon is.
-constexpr char kNoDaemon[] = "1";
 
 /// A user's home folder, with all that the plug-in keeps there. It goes at the end.
 rig::TempFolder& home();

@@ -127,31 +127,34 @@ def pieces(data, size=100):
     return b"".join(bytes([len(data[i:i + size])]) + data[i:i + size] for i in range(0, len(data), size))
 
 
+def daemon(data):
+    return b"\0" + data
+
+
+def client(*parts):
+    return b"\1" + b"".join(parts)
+
+
 events = b"\xf1\x10\x00" + b"\xf2\x20\x00\x02\x00" + b"\xf1\x00\x00" + b"\xf1\x05\x00"
-seed("daemon_link", "questions", pieces(hello + questions))
-seed("daemon_link", "in_bits", pieces(hello + questions, 5))
-seed("daemon_link", "events", pieces(hello) + events + pieces(questions) + events)
-seed("daemon_link", "no_hello", pieces(questions))
-seed("daemon_link", "old_version", pieces(frame(1, struct.pack("<IH", MAGIC, 1) + text(b"x"))))
-seed("daemon_link", "too_long", pieces(hello + b"\xff\xff\x02\x00"))
+seed("link", "questions", daemon(pieces(hello + questions)))
+seed("link", "in_bits", daemon(pieces(hello + questions, 5)))
+seed("link", "events", daemon(pieces(hello) + events + pieces(questions) + events))
+seed("link", "no_hello", daemon(pieces(questions)))
+seed("link", "old_version", daemon(pieces(frame(1, struct.pack("<IH", MAGIC, 1) + text(b"x")))))
+seed("link", "too_long", daemon(pieces(hello + b"\xff\xff\x02\x00")))
 
 welcome = frame(0x81, struct.pack("<IH", MAGIC, VERSION))
 motion = frame(0x86, struct.pack("<6h", 1, -2, 3, 0, 32767, -32768))
-release = frame(0x86, bytes(12))
 event = frame(0x87, struct.pack("<i", 0x20020))
-
-
-def daemon(which, before, behind):
-    return bytes([which, len(before)]) + before + behind
-
-
-for which, kind, size in ((0, 0x82, 4), (1, 0x83, 100), (2, 0x84, 152), (3, 0x85, 4)):
-    answer = frame(kind, struct.pack("<I", 1) + bytes(size))
-    seed("client_link", f"answer_{which}", daemon(which, welcome, event + answer + motion + release + motion + event))
-seed("client_link", "split", daemon(0, welcome + motion[:5], motion[5:] + event))
-seed("client_link", "early_events", daemon(0, welcome + event * 3 + motion + release, frame(0x82, bytes(8))))
-seed("client_link", "no_welcome", daemon(0, event, b""))
-seed("client_link", "negative_event", daemon(0, welcome, event + frame(0x87, b"\xff\xff\xff\xff") + event))
+answers = [frame(kind, struct.pack("<I", number + 1) + bytes(size))
+           for number, (kind, size) in enumerate(((0x82, 4), (0x83, 100), (0x84, 152), (0x85, 4)))]
+ask = b"\xf0\xf1\xf2\xf3"
+seed("link", "answers", client(pieces(welcome), ask, pieces(event + b"".join(answers) + motion + event)))
+seed("link", "late_answers", client(pieces(welcome), ask, b"\xf4\xf4", pieces(b"".join(answers) + event)))
+seed("link", "unasked_answers", client(pieces(welcome), ask[:1], pieces(event + answers[0] + answers[1])))
+seed("link", "split", client(pieces(welcome + motion, 5), pieces(event)))
+seed("link", "no_welcome", client(pieces(event)))
+seed("link", "negative_event", client(pieces(welcome + event + frame(0x87, b"\xff\xff\xff\xff") + event)))
 
 # ---- Engine: a letter, and bytes as engine_fuzz.cpp takes them apart. A double from -64 to 63 is one byte.
 

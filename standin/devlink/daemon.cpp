@@ -1,14 +1,10 @@
 #include "daemon.h"
 
-#include "peer.h"
-
-#include <asio/io_context.hpp>
-#include <asio/ip/tcp.hpp>
 #include <asio/post.hpp>
-#include <asio/steady_timer.hpp>
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <future>
 #include <utility>
@@ -20,7 +16,6 @@ namespace {
 using asio::ip::tcp;
 using session::Action;
 using session::Verb;
-using Clock = std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
 
 constexpr std::size_t kMaxPeers = 16;
@@ -32,8 +27,8 @@ constexpr std::chrono::seconds kReturnPatience{5};
 /// How often play() looks whether there is still somebody who plays.
 constexpr std::chrono::milliseconds kPlayCheck{50};
 
-Clock::duration ticks(double seconds) {
-  return std::chrono::duration_cast<Clock::duration>(Seconds(seconds));
+std::chrono::nanoseconds ticks(double seconds) {
+  return std::chrono::duration_cast<std::chrono::nanoseconds>(Seconds(seconds));
 }
 
 std::string secondsText(double seconds) {
@@ -53,69 +48,33 @@ std::string motionText(const Axes& axes) {
   return text;
 }
 
+/// Calls the action after a while, unless the timer is set anew before.
+template <class After> void wait(asio::steady_timer& timer, std::chrono::nanoseconds length, After action) {
+  timer.expires_after(length);
+  timer.async_wait([action](const asio::error_code& cancelled) {
+    if (!cancelled)
+      action();
+  });
+}
+
 } // namespace
 
-class Daemon::Implementation : public PeerOwner {
-public:
-  explicit Implementation(DaemonOptions options);
-  ~Implementation() override;
-
-  void run();
-  void play(const Action& action);
-  void checkEnd();
-
-  const DeviceState& device() const override { return mDevice; }
-  void onGreeted(Peer& peer) override;
-  void onMode(Peer& peer, const std::string& mode) override;
-  void onGone(Peer& peer, const std::string& reason) override;
-
-  asio::io_context mIo;
-  std::uint16_t mPort = 0;
-  bool mIsInputOver = false;
-
-private:
-  void listen();
-  void accept();
-  void takeConnection(const asio::error_code& error, tcp::socket socket);
-  void startClock();
-  void playDue();
-  void goAway(double seconds);
-  void comeBack();
-  void dropAll(const std::string& reason);
-  bool hasGreeted() const;
-  void record(const std::string& text);
-  void say(const std::string& text);
-
-  DaemonOptions mOptions;
-  tcp::acceptor mAcceptor;
-  asio::steady_timer mActionTimer;
-  asio::steady_timer mReturnTimer;
-  asio::steady_timer mRetryTimer;
-  std::vector<std::shared_ptr<Peer>> mPeers;
-  DeviceState mDevice;
-  Axes mCap{};
-  bool mHasMoved = false;
-  bool mIsRunning = false; ///< the session's clock runs
-  Clock::time_point mStart;
-  std::size_t mNextAction = 0;
-  bool mIsAway = false;
-  bool mIsAwaited = false; ///< clients may still come back after an absence
-  bool mWasVisited = false;
-};
-
-Daemon::Implementation::Implementation(DaemonOptions options)
-    : mPort(options.mPort), mOptions(std::move(options)), mAcceptor(mIo), mActionTimer(mIo),
-      mReturnTimer(mIo), mRetryTimer(mIo) {
+Daemon::Daemon(DaemonOptions options)
+    : mOptions(std::move(options)), mPort(mOptions.mPort), mIsAwaited(mOptions.mStartsOnConnect) {
   listen();
   mPort = mAcceptor.local_endpoint().port();
   accept();
+  if (mOptions.mStopsAtSignals) {
+    mSignals.add(SIGINT);
+    mSignals.add(SIGTERM);
+    mSignals.async_wait([this](const asio::error_code& error, int) {
+      if (!error)
+        mIo.stop();
+    });
+  }
 }
 
-Daemon::Implementation::~Implementation() {
-  dropAll("daemon ends");
-}
-
-void Daemon::Implementation::run() {
+void Daemon::run() {
   if (!mOptions.mStartsOnConnect)
     startClock();
   checkEnd();
@@ -125,7 +84,7 @@ void Daemon::Implementation::run() {
   dropAll("daemon ends");
 }
 
-void Daemon::Implementation::listen() {
+void Daemon::listen() {
   mAcceptor.open(tcp::v4());
 #ifndef _WIN32
   // After a restart the port is in use by the connections of before. Windows understands the option
@@ -136,62 +95,44 @@ void Daemon::Implementation::listen() {
   mAcceptor.listen();
 }
 
-void Daemon::Implementation::accept() {
+void Daemon::accept() {
   mAcceptor.async_accept([this](const asio::error_code& error, tcp::socket socket) {
-    takeConnection(error, std::move(socket));
+    if (!mAcceptor.is_open() || error == asio::error::operation_aborted)
+      return; // away, or at the end
+    // No descriptors left, for instance. To ask again at once would only burn time.
+    if (error)
+      return wait(mRetryTimer, kRetryPause, [this] {
+        if (mAcceptor.is_open())
+          accept();
+      });
+    if (mPeers.size() < kMaxPeers) {
+      mPeers.push_back(std::make_shared<Peer>(std::move(socket), static_cast<PeerOwner&>(*this)));
+      mPeers.back()->start();
+    }
+    accept();
   });
 }
 
-void Daemon::Implementation::takeConnection(const asio::error_code& error, tcp::socket socket) {
-  if (!mAcceptor.is_open() || error == asio::error::operation_aborted)
-    return; // away, or at the end
-  if (error) {
-    // No descriptors left, for instance. To ask again at once would only burn time.
-    mRetryTimer.expires_after(kRetryPause);
-    mRetryTimer.async_wait([this](const asio::error_code& cancelled) {
-      if (!cancelled && mAcceptor.is_open())
-        accept();
-    });
-    return;
-  }
-  if (mPeers.size() < kMaxPeers) {
-    mPeers.push_back(std::make_shared<Peer>(std::move(socket), *this));
-    mPeers.back()->start();
-  }
-  accept();
-}
-
-void Daemon::Implementation::onGreeted(Peer& peer) {
-  mWasVisited = true;
+void Daemon::onGreeted(Peer& peer) {
   mIsAwaited = false;
-  say("client connected: " + peer.name());
-  record("client connected " + peer.name());
-  if (mHasMoved)
-    peer.giveMotion(mCap);
+  report("client connected: " + peer.name(), "client connected " + peer.name());
+  if (mCap)
+    peer.giveMotion(*mCap);
   // The client is at rest in its wait for events, perhaps for long, and tells its mode between two of them.
   peer.giveEvent(session::kEventAnnounceMode);
   startClock();
 }
 
-void Daemon::Implementation::onMode(Peer&, const std::string& mode) {
-  say("mode: " + mode);
-  record("mode " + mode);
-}
-
-void Daemon::Implementation::onGone(Peer& peer, const std::string& reason) {
-  if (peer.isGreeted()) {
-    say("client gone: " + peer.name());
-    record("client gone " + peer.name());
-  }
+void Daemon::onGone(Peer& peer, const std::string& reason) {
+  if (peer.isGreeted())
+    report("client gone: " + peer.name(), "client gone " + peer.name());
   if (mOptions.mIsVerbose)
-    say("connection ended: " + reason);
-  mPeers.erase(std::remove_if(mPeers.begin(), mPeers.end(),
-                              [&](const std::shared_ptr<Peer>& held) { return held.get() == &peer; }),
-               mPeers.end());
+    report("connection ended: " + reason, {});
+  mPeers.erase(std::remove(mPeers.begin(), mPeers.end(), peer.shared_from_this()), mPeers.end());
   checkEnd();
 }
 
-void Daemon::Implementation::startClock() {
+void Daemon::startClock() {
   if (mIsRunning)
     return;
   mIsRunning = true;
@@ -201,37 +142,29 @@ void Daemon::Implementation::startClock() {
 }
 
 /// Plays all lines whose time has come, and sets the timer for the next.
-void Daemon::Implementation::playDue() {
+void Daemon::playDue() {
   const auto& actions = mOptions.mActions;
-  while (mNextAction < actions.size() && mStart + ticks(actions[mNextAction].mSeconds) <= Clock::now())
-    play(actions[mNextAction++]);
-  if (mNextAction == actions.size())
-    return checkEnd();
-  mActionTimer.expires_at(mStart + ticks(actions[mNextAction].mSeconds));
-  mActionTimer.async_wait([this](const asio::error_code& cancelled) {
-    if (!cancelled)
-      playDue();
-  });
+  while (mNextAction < actions.size()) {
+    const auto left = mStart + ticks(actions[mNextAction].mSeconds) - Clock::now();
+    if (left > Clock::duration::zero())
+      return wait(mActionTimer, left, [this] { playDue(); });
+    playNow(actions[mNextAction++]);
+  }
+  checkEnd();
 }
 
-void Daemon::Implementation::play(const Action& action) {
+void Daemon::playNow(const Action& action) {
   if (action.mVerb == Verb::away)
     return goAway(action.mDuration);
   const bool isMotion = action.mVerb == Verb::motion;
-  if (isMotion) {
+  if (isMotion)
     mCap = action.mAxes;
-    mHasMoved = true;
-  }
-  if (action.mVerb == Verb::rotation) {
-    mDevice.mRotationCode = action.mRotationCode;
-    mDevice.mZoomsAfterView = action.mIsOn;
-  }
+  if (action.mVerb == Verb::rotation)
+    mDevice = {action.mRotationCode, action.mIsOn};
   const std::string text = isMotion ? motionText(action.mAxes) : "event " + std::to_string(action.mEventCode);
-  if (mOptions.mIsVerbose)
-    say(text);
-  if (hasGreeted())
-    record(text);
   const auto peers = mPeers; // one that is dropped for its backlog leaves the list
+  const auto isGreeted = [](const auto& peer) { return peer->isGreeted(); };
+  report(mOptions.mIsVerbose ? text : "", std::any_of(peers.begin(), peers.end(), isGreeted) ? text : "");
   for (const auto& peer : peers) {
     if (!peer->isGreeted())
       continue;
@@ -242,113 +175,74 @@ void Daemon::Implementation::play(const Action& action) {
   }
 }
 
-void Daemon::Implementation::goAway(double seconds) {
-  record("away " + secondsText(seconds));
-  if (mOptions.mIsVerbose)
-    say("away for " + secondsText(seconds) + " s");
-  mIsAway = true;
+void Daemon::goAway(double seconds) {
+  const std::string length = secondsText(seconds);
+  report(mOptions.mIsVerbose ? "away for " + length + " s" : "", "away " + length);
+  mIsAwaited = true;
   asio::error_code ignored;
   mAcceptor.close(ignored);
   dropAll("daemon goes away");
-  mReturnTimer.expires_after(ticks(seconds));
-  mReturnTimer.async_wait([this](const asio::error_code& cancelled) {
-    if (!cancelled)
-      comeBack();
-  });
+  wait(mReturnTimer, ticks(seconds), [this] { comeBack(); });
 }
 
-void Daemon::Implementation::comeBack() {
+void Daemon::comeBack() {
   try {
     listen();
   } catch (const std::system_error&) {
     // Somebody else has taken the port; it is ours again as soon as they leave.
     asio::error_code ignored;
     mAcceptor.close(ignored);
-    mReturnTimer.expires_after(kRetryPause);
-    mReturnTimer.async_wait([this](const asio::error_code& cancelled) {
-      if (!cancelled)
-        comeBack();
-    });
-    return;
+    return wait(mReturnTimer, kRetryPause, [this] { comeBack(); });
   }
-  mIsAway = false;
-  mIsAwaited = true;
-  record("back");
+  report({}, "back");
   accept();
-  mReturnTimer.expires_after(kReturnPatience);
-  mReturnTimer.async_wait([this](const asio::error_code& cancelled) {
-    if (cancelled)
-      return;
+  wait(mReturnTimer, kReturnPatience, [this] {
     mIsAwaited = false;
     checkEnd();
   });
 }
 
-void Daemon::Implementation::dropAll(const std::string& reason) {
+void Daemon::dropAll(const std::string& reason) {
   const auto peers = mPeers;
   for (const auto& peer : peers)
     peer->close(reason);
 }
 
-bool Daemon::Implementation::hasGreeted() const {
-  return std::any_of(mPeers.begin(), mPeers.end(), [](const auto& peer) { return peer->isGreeted(); });
-}
-
-void Daemon::Implementation::checkEnd() {
+void Daemon::checkEnd() {
   const bool isOver = mOptions.mHasSession ? mNextAction == mOptions.mActions.size() : mIsInputOver;
-  const bool mayStillCome = mIsAway || mIsAwaited || (!mWasVisited && mOptions.mStartsOnConnect);
-  if (isOver && !mayStillCome && mPeers.empty() && !mOptions.mLingers)
+  if (isOver && !mIsAwaited && mPeers.empty() && !mOptions.mLingers)
     mIo.stop();
 }
 
-void Daemon::Implementation::record(const std::string& text) {
-  if (mOptions.mRecord)
-    mOptions.mRecord(unixSeconds() + " " + text);
-}
-
-void Daemon::Implementation::say(const std::string& text) {
-  if (mOptions.mSay)
-    mOptions.mSay(text);
-}
-
-Daemon::Daemon(DaemonOptions options)
-    : mImplementationP(std::make_unique<Implementation>(std::move(options))) {}
-
-Daemon::~Daemon() = default;
-
-std::uint16_t Daemon::port() const {
-  return mImplementationP->mPort;
-}
-
-void Daemon::run() {
-  mImplementationP->run();
+/// Says and records a line, if it isn't empty.
+void Daemon::report(const std::string& said, const std::string& recorded) {
+  if (mOptions.mSay && !said.empty())
+    mOptions.mSay(said);
+  if (mOptions.mRecord && !recorded.empty())
+    mOptions.mRecord(unixSeconds() + " " + recorded);
 }
 
 void Daemon::stop() {
-  mImplementationP->mIo.stop();
+  mIo.stop();
 }
 
 bool Daemon::play(const Action& action) {
   const auto played = std::make_shared<std::promise<void>>();
   std::future<void> result = played->get_future();
-  asio::post(mImplementationP->mIo, [this, action, played] {
-    mImplementationP->play(action);
+  asio::post(mIo, [this, action, played] {
+    playNow(action);
     played->set_value();
   });
   while (result.wait_for(kPlayCheck) != std::future_status::ready)
-    if (mImplementationP->mIo.stopped())
+    if (mIo.stopped())
       return false;
   return true;
 }
 
-void Daemon::enqueue(const Action& action) {
-  asio::post(mImplementationP->mIo, [this, action] { mImplementationP->play(action); });
-}
-
 void Daemon::endOfInput() {
-  asio::post(mImplementationP->mIo, [this] {
-    mImplementationP->mIsInputOver = true;
-    mImplementationP->checkEnd();
+  asio::post(mIo, [this] {
+    mIsInputOver = true;
+    checkEnd();
   });
 }
 

@@ -1,12 +1,19 @@
 #ifndef DAEMON_H
 #define DAEMON_H
 
-#include "protocol.h"
+#include "peer.h"
 #include "session.h"
 
+#include <asio/io_context.hpp>
+#include <asio/ip/tcp.hpp>
+#include <asio/signal_set.hpp>
+#include <asio/steady_timer.hpp>
+
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,6 +30,8 @@ struct DaemonOptions {
   bool mStartsOnConnect = true;
   /// Stays after the last line, when no client is left.
   bool mLingers = false;
+  /// run() ends at SIGINT and SIGTERM.
+  bool mStopsAtSignals = false;
 
   /// Gets each line of the record, without line feed, on the thread of run(); may be empty.
   /// "<unix seconds> motion x y z a b c", "... event CODE", "... mode NAME", "... client connected NAME",
@@ -41,17 +50,15 @@ struct DaemonOptions {
 /// before, and the question for its mode; neither stands in the record. What a client sends is checked in
 /// every field. One that breaks the protocol, doesn't greet within two seconds or lets 65536 events pile up
 /// is dropped; the others don't notice.
-class Daemon {
+class Daemon : private PeerOwner {
 public:
   /// Opens the port. Throws std::system_error if it can't be had.
   explicit Daemon(DaemonOptions options);
   /// run() must have ended.
-  ~Daemon();
-  Daemon(const Daemon&) = delete;
-  Daemon& operator=(const Daemon&) = delete;
+  ~Daemon() override = default;
 
   /// The port it listens on.
-  std::uint16_t port() const;
+  std::uint16_t port() const { return mPort; }
 
   /// Serves until the end: stop(), or the last line has been played and the last client has left. Clients are
   /// hung up on at its return. Not a second time.
@@ -61,14 +68,43 @@ public:
   /// Plays one action of the device now, whatever its time; returns when it has gone out. False if run() has
   /// ended before. Any thread but that of run().
   bool play(const session::Action& action);
-  /// The same without waiting for it. Any thread.
-  void enqueue(const session::Action& action);
   /// There will be no more play(): run() ends when the clients that were there have left. Any thread.
   void endOfInput();
 
 private:
-  class Implementation;
-  std::unique_ptr<Implementation> mImplementationP;
+  using Clock = std::chrono::steady_clock;
+
+  const DeviceState& device() const override { return mDevice; }
+  void onGreeted(Peer& peer) override;
+  void onMode(const std::string& mode) override { report("mode: " + mode, "mode " + mode); }
+  void onGone(Peer& peer, const std::string& reason) override;
+  void listen();
+  void accept();
+  void startClock();
+  void playDue();
+  void playNow(const session::Action& action);
+  void goAway(double seconds);
+  void comeBack();
+  void dropAll(const std::string& reason);
+  void checkEnd();
+  void report(const std::string& said, const std::string& recorded);
+
+  const DaemonOptions mOptions;
+  std::uint16_t mPort;
+  asio::io_context mIo;
+  asio::ip::tcp::acceptor mAcceptor{mIo};
+  asio::signal_set mSignals{mIo};
+  asio::steady_timer mActionTimer{mIo};
+  asio::steady_timer mReturnTimer{mIo};
+  asio::steady_timer mRetryTimer{mIo};
+  std::vector<std::shared_ptr<Peer>> mPeers;
+  DeviceState mDevice;
+  std::optional<Axes> mCap; ///< empty until the first motion
+  bool mIsRunning = false;  ///< the session's clock runs
+  Clock::time_point mStart;
+  std::size_t mNextAction = 0;
+  bool mIsInputOver = false;
+  bool mIsAwaited; ///< clients may still come: for the first time, or during and after an absence
 };
 
 } // namespace devlink

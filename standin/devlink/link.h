@@ -4,96 +4,62 @@
 #include "event_queue.h"
 #include "protocol.h"
 
-#include <asio/executor_work_guard.hpp>
 #include <asio/io_context.hpp>
 #include <asio/ip/tcp.hpp>
 
 #include <chrono>
-#include <condition_variable>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <string>
-#include <vector>
 
 namespace devlink {
 
-/// One connection of a client to the daemon, from the attempt to its end; it is never opened twice.
-///
-/// There is no thread behind it. Of the callers that wait for something, one reads the socket, for all of
-/// them, and the others wait until it has found something (see waitFor). So an event meets the thread that
-/// asked for it with no change of threads, and an idle link costs nothing. All operations may be called from
-/// any thread; whoever calls holds the link alive.
+/// A client's end of one connection to the daemon, from the attempt to its end; never opened twice. Has no
+/// lock: its owner lets in one thread at a time.
 class Link {
 public:
-  Link();
-  /// Waits for the end of a read that close() has left, kLastReadTimeout at most.
-  ~Link();
-  Link(const Link&) = delete;
-  Link& operator=(const Link&) = delete;
-
-  /// Connects, and exchanges greetings. Gives false after kOpenTimeout at the latest.
-  bool open(std::uint16_t port, const std::string& clientName);
-  bool isOpening();
-  /// Waits for another thread's open().
-  bool awaitOpen();
-  /// Ends the connection and whatever waits for it. Events that nobody has fetched are gone.
-  void close();
-  /// The same for the moment at which the library is unloaded, when a thread may have been ended by force
-  /// with the lock in its hands: gives up rather than wait.
-  void closeIfUnlocked();
-
-  /// True while the link is up, and afterwards while there are events left that came before it broke.
-  bool canFetch();
-
-  /// Waits for an event; false once there will be none.
-  bool fetch(Event& event);
-
-  /// Asks the daemon and waits for its answer, kRequestTimeout at most.
-  /// addArguments  appends to the question what follows its number
-  /// answer        gets the payload behind the number
-  bool ask(Kind question, const std::function<void(FrameWriter&)>& addArguments, Kind answerKind,
-           Bytes& answer);
-
-private:
-  using Clock = std::chrono::steady_clock;
-  using Lock = std::unique_lock<std::mutex>;
   enum class State { opening, up, down };
+  using Clock = std::chrono::steady_clock;
 
-  /// A question under way; lives on the stack of the one who asks.
+  /// A question under way.
   struct Question {
-    std::uint32_t mNumber;
     Kind mAnswerKind;
-    Bytes* mAnswerP;
     bool mIsAnswered;
+    std::uint32_t mStatus;
+    Bytes mRecord;
   };
 
-  // All of these with mMutex held.
-  template <class IsDone> bool waitFor(Lock& lock, Clock::time_point deadline, IsDone isDone);
-  template <class Run> void readSocket(Lock& lock, Run run);
-  void onConnected(const std::string& clientName);
-  void armRead();
-  void onRead(std::size_t got, std::size_t size);
-  bool takeFrames();
+  /// Begins to connect. The socket becomes writable once that is decided.
+  void connect(std::uint16_t port);
+  /// Sends the hello. The link is up when the welcome has been read.
+  void greet(const std::string& clientName);
+  /// Sends a question, and adds it to mQuestions, where the owner removes it. Returns its number.
+  /// addArguments  appends what follows the number
+  std::uint32_t ask(Kind kind, const std::function<void(FrameWriter&)>& addArguments);
+  /// Takes what the socket holds into mEvents and mQuestions; doesn't wait. Whatever isn't valid ends the
+  /// link.
+  void read();
+  /// Ends the link, and any await(). Events that have come stay.
+  void drop();
+  /// Waits until the socket can be read (or written to: the connection has been made or refused) or has
+  /// ended, at most until the deadline. Gives the owner's lock up meanwhile; one thread at a time.
+  void await(std::unique_lock<std::mutex>& lock, bool isToWrite, Clock::time_point deadline);
+
+  State mState = State::opening;
+  bool mIsAwaited = false; ///< a thread is in await()
+  std::map<std::uint32_t, Question> mQuestions;
+  EventQueue mEvents;
+  asio::io_context mIo;
+  asio::ip::tcp::socket mSocket{mIo};
+
+private:
+  void send(const Bytes& bytes);
   bool takeFrame(const Frame& frame);
   bool takeAnswer(const Frame& frame);
-  bool send(const Bytes& bytes);
-  void drop();
 
-  std::mutex mMutex;
-  std::condition_variable mWoken;
-  bool mHasReader = false; ///< a caller is in mIo
-  State mState = State::opening;
-  bool mIsClosed = false;
-  bool mIsConnected = false;
-  bool mIsReading = false; ///< a read of the socket is under way, whoever waits for it
   std::uint32_t mLastQuestion = 0;
-  std::vector<Question*> mQuestions;
-  EventQueue mEvents;
   FrameBuffer mIn;
-
-  asio::io_context mIo;
-  asio::executor_work_guard<asio::io_context::executor_type> mStaysReady;
-  asio::ip::tcp::socket mSocket;
 };
 
 } // namespace devlink

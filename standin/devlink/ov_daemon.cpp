@@ -4,10 +4,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include <asio/io_context.hpp>
-#include <asio/signal_set.hpp>
-
-#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -26,21 +22,18 @@ constexpr const char* kNow = "now";
 
 struct Arguments {
   std::string mSession;
-  std::uint16_t mPort = devlink::kDefaultPort;
   std::string mPortFile;
   std::string mRecordFile;
   std::string mStart = kOnConnect;
-  bool mLingers = false;
-  bool mIsVerbose = false;
 };
 
-void declare(CLI::App& app, Arguments& arguments) {
+void declare(CLI::App& app, Arguments& arguments, devlink::DaemonOptions& options) {
   app.add_option(
       "session", arguments.mSession,
       "Session file whose device lines are played. Without one, the same verbs are taken from standard "
       "input, a line each and without time: motion x y z a b c, view NAME, zoom, key N, "
       "rotation CODE [zoomall], mode, event CODE, away SECONDS");
-  app.add_option("--port", arguments.mPort, "TCP port on this machine; 0 takes any free one and prints it")
+  app.add_option("--port", options.mPort, "TCP port on this machine; 0 takes any free one and prints it")
       ->envname(devlink::kPortVariable)
       ->capture_default_str();
   app.add_option("--port-file", arguments.mPortFile, "Write the port there once clients can connect");
@@ -48,8 +41,8 @@ void declare(CLI::App& app, Arguments& arguments) {
   app.add_option("--start", arguments.mStart, "When the session's clock starts: on-connect, now")
       ->check(CLI::IsMember({kOnConnect, kNow}))
       ->capture_default_str();
-  app.add_flag("--linger", arguments.mLingers, "Stay after the last line, when no client is left");
-  app.add_flag("--verbose", arguments.mIsVerbose, "Print each event and why connections end");
+  app.add_flag("--linger", options.mLingers, "Stay after the last line, when no client is left");
+  app.add_flag("--verbose", options.mIsVerbose, "Print each event and why connections end");
 }
 
 /// Texts of clients may have any code page; only what is printable for sure gets to the terminal.
@@ -90,56 +83,30 @@ void playInput(devlink::Daemon& daemon) {
   daemon.endOfInput();
 }
 
-/// Ends the daemon at Ctrl-C and the like, until it is destroyed.
-class Interrupt {
-public:
-  explicit Interrupt(devlink::Daemon& daemon) : mSignals(mIo, SIGINT, SIGTERM) {
-    mSignals.async_wait([&daemon](const asio::error_code& error, int) {
-      if (!error)
-        daemon.stop();
-    });
-    mThread = std::thread([this] { mIo.run(); });
-  }
-  ~Interrupt() {
-    mIo.stop();
-    mThread.join();
-  }
-
-private:
-  asio::io_context mIo;
-  asio::signal_set mSignals;
-  std::thread mThread;
-};
-
 int complain(const std::string& text) {
   std::cerr << "ov_daemon: " << text << std::endl;
   return kBad;
 }
 
 int serve(const Arguments& arguments, std::ofstream& recordFile, devlink::DaemonOptions options) {
-  options.mPort = arguments.mPort;
   options.mStartsOnConnect = arguments.mStart == kOnConnect;
-  options.mLingers = arguments.mLingers;
-  options.mIsVerbose = arguments.mIsVerbose;
+  options.mStopsAtSignals = true;
   options.mSay = [](const std::string& text) { std::cout << printable(text) << std::endl; };
   if (recordFile.is_open())
     options.mRecord = [&](const std::string& text) { recordFile << text << std::endl; };
 
-  const bool hasSession = options.mHasSession;
   std::shared_ptr<devlink::Daemon> daemon;
   try {
-    daemon = std::make_shared<devlink::Daemon>(std::move(options));
+    daemon = std::make_shared<devlink::Daemon>(options);
   } catch (const std::system_error& error) {
-    return complain("can't listen on port " + std::to_string(arguments.mPort) + ": " +
-                    error.code().message());
+    return complain("can't listen on port " + std::to_string(options.mPort) + ": " + error.code().message());
   }
-  const Interrupt interrupt(*daemon);
   std::cout << "Listening on port " << daemon->port() << std::endl;
   if (!arguments.mPortFile.empty() && !writePortFile(arguments.mPortFile, daemon->port()))
     return complain("can't write " + arguments.mPortFile);
 
   // Nothing ends a thread that waits for input, so it is left behind, with its share of the daemon.
-  if (!hasSession)
+  if (!options.mHasSession)
     std::thread([daemon] { playInput(*daemon); }).detach();
   daemon->run();
   if (recordFile.is_open() && !recordFile)
@@ -151,10 +118,10 @@ int runProgram(int argc, char** argv) {
   CLI::App app("The device daemon: serves a six-axis hand controller that a session plays.", "ov_daemon");
   app.allow_windows_style_options(false); // a path may begin with a slash there too
   Arguments arguments;
-  declare(app, arguments);
+  devlink::DaemonOptions options;
+  declare(app, arguments, options);
   CLI11_PARSE(app, argc, argv);
 
-  devlink::DaemonOptions options;
   if (!arguments.mSession.empty()) {
     const session::Session session = session::read(arguments.mSession);
     for (const std::string& error : session.mErrors)

@@ -4,10 +4,11 @@
 
 #include "call_log.h"
 
-#include <chrono>
+#include <condition_variable>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <thread>
 
@@ -17,28 +18,170 @@
 
 namespace {
 
-using devlink::Bytes;
 using devlink::Event;
-using devlink::FrameReader;
 using devlink::FrameWriter;
 using devlink::Kind;
 using devlink::Link;
 using std::chrono::milliseconds;
+using AddArguments = std::function<void(FrameWriter&)>;
+using Clock = Link::Clock;
 
 constexpr int kSuccess = 0;
 constexpr int kFailure = -1;
 
+constexpr milliseconds kOpenTimeout{1000};
+constexpr milliseconds kRequestTimeout{500};
 /// How long ovFetchEvent waits for a link to appear.
 constexpr milliseconds kNoLinkWait{100};
-/// How long the unloading waits for a lock, which a thread that was ended by force may hold for good.
-constexpr milliseconds kUnloadWait{100};
+/// Events at which a fetch no longer looks whether the socket has newer motion: the flood has to go out
+/// first.
+constexpr std::size_t kEnoughEvents = 1024;
 
-/// The library's whole state. Locks are taken in this order: its own, then the link's.
-struct Client {
+void addNothing(FrameWriter&) {}
+
+/// The library's whole state, behind one lock. There is no thread: of the callers that wait for something,
+/// one reads the socket for all of them, and the others wait until it has found something.
+class Client {
+public:
+  bool connect(std::uint16_t port, const std::string& name);
+  bool disconnect();
+  bool fetch(Event& event);
+  /// Asks the daemon, and waits for its answer.
+  bool ask(Kind kind, const AddArguments& addArguments, Link::Question& answer);
+  void closeAtUnload();
+
+private:
+  using Lock = std::unique_lock<std::mutex>;
+  using LinkPointer = std::shared_ptr<Link>; // who waits at a socket holds it open
+
+  bool isFetchable() const {
+    return mLinkP && (mLinkP->mState == Link::State::up || !mLinkP->mEvents.isEmpty());
+  }
+  template <class IsDone>
+  bool waitFor(Lock& lock, const LinkPointer& link, Clock::time_point deadline, IsDone isDone);
+  bool askOver(Lock& lock, const LinkPointer& link, Kind kind, const AddArguments& addArguments,
+               Link::Question& answer);
+  void close();
+
   std::mutex mMutex;
-  std::condition_variable mIsLinked; ///< a link has come up
-  std::shared_ptr<Link> mLinkP;      ///< opening, up, or broken and not closed yet; null otherwise
+  std::condition_variable mChanged;
+  LinkPointer mLinkP;        ///< opening, up, or broken and not closed yet; null otherwise
+  bool mIsDeflected = false; ///< the last sample delivered wasn't a release
 };
+
+/// Waits until isDone(), which is asked with the lock held; false at the deadline or at the link's end.
+template <class IsDone>
+bool Client::waitFor(Lock& lock, const LinkPointer& link, Clock::time_point deadline, IsDone isDone) {
+  while (!isDone()) {
+    if (link->mState == Link::State::down || Clock::now() >= deadline)
+      return false;
+    if (link->mIsAwaited) {
+      if (deadline == Clock::time_point::max())
+        mChanged.wait(lock);
+      else
+        mChanged.wait_until(lock, deadline);
+      continue;
+    }
+    link->await(lock, false, deadline);
+    link->read();
+    mChanged.notify_all(); // something may be for them, and one of them reads next
+  }
+  return true;
+}
+
+bool Client::connect(std::uint16_t port, const std::string& name) {
+  Lock lock(mMutex);
+  const auto deadline = Clock::now() + kOpenTimeout;
+  while (const LinkPointer old = mLinkP) {
+    if (old->mState == Link::State::opening) { // another thread is at it
+      mChanged.wait_until(lock, deadline, [&] { return old->mState != Link::State::opening; });
+      return old->mState == Link::State::up;
+    }
+    Link::Question ignored; // nobody reads a link between the calls, so its end may not have been noticed
+    if (askOver(lock, old, Kind::askDevices, addNothing, ignored))
+      return true;
+    if (mLinkP == old)
+      close();
+  }
+  const auto link = std::make_shared<Link>();
+  if (mIsDeflected)
+    link->mEvents.addMotion({});
+  mLinkP = link;
+  link->connect(port);
+  if (link->mState == Link::State::opening) {
+    link->await(lock, true, deadline);
+    link->greet(name);
+    waitFor(lock, link, deadline, [&] { return link->mState != Link::State::opening; });
+  }
+  const bool isUp = link->mState == Link::State::up;
+  if (!isUp && mLinkP == link)
+    close();
+  mChanged.notify_all();
+  return isUp;
+}
+
+bool Client::disconnect() {
+  const Lock lock(mMutex);
+  const bool hasLink = mLinkP != nullptr;
+  if (hasLink)
+    close();
+  return hasLink;
+}
+
+void Client::close() {
+  mLinkP->mEvents.clear();
+  mLinkP->drop();
+  mLinkP.reset();
+  mChanged.notify_all();
+}
+
+bool Client::fetch(Event& event) {
+  Lock lock(mMutex);
+  if (!isFetchable() && !mIsDeflected)
+    mChanged.wait_for(lock, kNoLinkWait, [this] { return isFetchable(); });
+  const LinkPointer link = mLinkP;
+  bool isFound = false;
+  if (isFetchable()) {
+    if (link->mState == Link::State::up && link->mEvents.hasMotion() &&
+        link->mEvents.size() < kEnoughEvents && !link->mIsAwaited)
+      link->read(); // a newer sample may wait in the socket
+    waitFor(lock, link, Clock::time_point::max(), [&] { return !link->mEvents.isEmpty(); });
+    isFound = link->mEvents.take(event);
+  }
+  // With the link gone nobody would ever end the movement. A newer link has got its release at its start.
+  if (!isFound && mIsDeflected && (!mLinkP || mLinkP == link)) {
+    event = {devlink::kMotionCode, {}};
+    isFound = true;
+  }
+  if (isFound && event.mCode == devlink::kMotionCode)
+    mIsDeflected = event.mAxes != devlink::Axes{};
+  return isFound;
+}
+
+bool Client::ask(Kind kind, const AddArguments& addArguments, Link::Question& answer) {
+  Lock lock(mMutex);
+  const LinkPointer link = mLinkP;
+  return link && askOver(lock, link, kind, addArguments, answer);
+}
+
+bool Client::askOver(Lock& lock, const LinkPointer& link, Kind kind, const AddArguments& addArguments,
+                     Link::Question& answer) {
+  if (link->mState != Link::State::up)
+    return false;
+  const std::uint32_t number = link->ask(kind, addArguments);
+  const Link::Question& question = link->mQuestions[number];
+  waitFor(lock, link, Clock::now() + kRequestTimeout, [&] { return question.mIsAnswered; });
+  answer = question;
+  link->mQuestions.erase(number);
+  return answer.mIsAnswered;
+}
+
+/// A thread that was ended by force may hold the lock for good; the system closes the socket then.
+void Client::closeAtUnload() {
+  const Lock lock(mMutex, std::try_to_lock);
+  if (lock.owns_lock() && mLinkP)
+    close();
+}
 
 /// A thread may still be in the library while the process ends, so the state isn't destroyed: its memory is
 /// part of the library's, and goes with it.
@@ -50,26 +193,8 @@ Client& client() {
 
 /// Closes a link that the program has left open, when library or process end.
 struct CloserAtUnload {
-  ~CloserAtUnload() {
-    Client& state = client();
-    std::unique_lock<std::mutex> lock(state.mMutex, std::try_to_lock);
-    for (int waited = 0; !lock.owns_lock() && waited < kUnloadWait.count(); ++waited) {
-      std::this_thread::sleep_for(milliseconds(1));
-      if (lock.try_lock())
-        break;
-    }
-    if (lock.owns_lock() && state.mLinkP) {
-      state.mLinkP->closeIfUnlocked();
-      state.mLinkP.reset();
-    }
-  }
+  ~CloserAtUnload() { client().closeAtUnload(); }
 } gCloserAtUnload;
-
-std::shared_ptr<Link> currentLink() {
-  Client& state = client();
-  const std::lock_guard<std::mutex> lock(state.mMutex);
-  return state.mLinkP;
-}
 
 /// Reports the call and keeps exceptions inside, be they ours or ordered by a test.
 /// out  what the trace shows behind the status, as it is after the call
@@ -84,82 +209,17 @@ int guarded(const char* name, Operation operation, const Out&... out) {
   }
 }
 
-/// Asks the daemon over the current link, if there is one.
-template <class AddArguments>
-bool ask(Kind question, AddArguments addArguments, Kind answerKind, Bytes& answer) {
-  const std::shared_ptr<Link> link = currentLink();
-  return link && link->ask(question, addArguments, answerKind, answer);
-}
-
-FrameReader readerOf(const Bytes& answer, Kind kind) {
-  devlink::Frame frame;
-  frame.mKind = kind;
-  frame.mPayloadP = answer.data();
-  frame.mSize = answer.size();
-  return FrameReader(frame);
-}
-
 /// Asks for one of the records of a device; false leaves the caller's record as it was.
-template <std::size_t size> bool askRecord(Kind question, int deviceIndex, Kind answerKind, void* record) {
-  Bytes answer;
-  const auto addIndex = [deviceIndex](FrameWriter& frame) {
-    frame.number32(static_cast<std::uint32_t>(deviceIndex));
-  };
-  if (!ask(question, addIndex, answerKind, answer))
+bool askRecord(Kind question, int deviceIndex, void* record) {
+  Link::Question answer;
+  const auto addIndex = [=](FrameWriter& frame) { frame.number32(static_cast<std::uint32_t>(deviceIndex)); };
+  if (!client().ask(question, addIndex, answer) || answer.mStatus != 0)
     return false;
-  FrameReader payload = readerOf(answer, answerKind);
-  std::uint8_t found[size] = {};
-  const std::int32_t status = payload.signed32();
-  payload.record(found, size);
-  if (status != 0 || !payload.isGood())
-    return false;
-  if (answerKind == Kind::info)
-    found[size - 1] = 0; // the name ends inside the record, whatever the daemon says
+  if (question == Kind::askInfo)
+    answer.mRecord.back() = 0; // the name ends inside the record, whatever the daemon says
   if (record)
-    std::memcpy(record, found, size);
+    std::memcpy(record, answer.mRecord.data(), answer.mRecord.size());
   return true;
-}
-
-/// A link may have ended without anybody having noticed: nobody reads it between the calls.
-bool isAlive(Link& link) {
-  Bytes ignored;
-  return link.ask(
-      Kind::askDevices, [](FrameWriter&) {}, Kind::devices, ignored);
-}
-
-/// Puts a new link in the place of the given one, or of none; null if another thread was quicker.
-std::shared_ptr<Link> replace(const std::shared_ptr<Link>& old) {
-  const auto link = std::make_shared<Link>();
-  {
-    Client& state = client();
-    const std::lock_guard<std::mutex> lock(state.mMutex);
-    if (state.mLinkP != old)
-      return nullptr;
-    state.mLinkP = link;
-  }
-  if (old)
-    old->close();
-  return link;
-}
-
-bool connect(std::uint16_t port, const std::string& clientName) {
-  std::shared_ptr<Link> link;
-  while (!link) {
-    const std::shared_ptr<Link> old = currentLink();
-    if (old && old->isOpening())
-      return old->awaitOpen(); // another thread is at it
-    if (old && isAlive(*old))
-      return true;
-    link = replace(old);
-  }
-  const bool isOpen = link->open(port, clientName); // ovDisconnect can end the attempt
-  Client& state = client();
-  const std::lock_guard<std::mutex> lock(state.mMutex);
-  if (isOpen)
-    state.mIsLinked.notify_all();
-  else if (state.mLinkP == link)
-    state.mLinkP.reset();
-  return isOpen;
 }
 
 template <class Value> void put(Value* target, Value value) {
@@ -175,35 +235,20 @@ int ovConnect(int, const char* clientName) {
       return false;
     const char* wanted = std::getenv(devlink::kPortVariable);
     const std::uint16_t port = wanted && *wanted ? devlink::portFrom(wanted) : devlink::kDefaultPort;
-    return port != 0 && connect(port, clientName);
+    return port != 0 && client().connect(port, clientName);
   });
 }
 
 int ovDisconnect() {
-  return guarded("ovDisconnect", [] {
-    Client& state = client();
-    std::shared_ptr<Link> link;
-    {
-      const std::lock_guard<std::mutex> lock(state.mMutex);
-      link.swap(state.mLinkP);
-    }
-    if (link)
-      link->close();
-    return link != nullptr;
-  });
+  return guarded("ovDisconnect", [] { return client().disconnect(); });
 }
 
 int ovGetDevNum(int* deviceCount, int* unused1, int* unused2) {
   return guarded("ovGetDevNum", [&] {
-    Bytes answer;
-    if (!ask(
-            Kind::askDevices, [](FrameWriter&) {}, Kind::devices, answer))
+    Link::Question answer;
+    if (!client().ask(Kind::askDevices, addNothing, answer) || answer.mStatus > devlink::kMaxDevices)
       return false;
-    FrameReader payload = readerOf(answer, Kind::devices);
-    const std::int32_t count = payload.signed32();
-    if (!payload.isGood() || count < 0 || count > devlink::kMaxDevices)
-      return false;
-    put(deviceCount, static_cast<int>(count));
+    put(deviceCount, static_cast<int>(answer.mStatus));
     put(unused1, 0);
     put(unused2, 0);
     return true;
@@ -211,9 +256,7 @@ int ovGetDevNum(int* deviceCount, int* unused1, int* unused2) {
 }
 
 int ovGetDevInfo(int deviceIndex, void* record96) {
-  return guarded("ovGetDevInfo", [&] {
-    return askRecord<devlink::kInfoBytes>(Kind::askInfo, deviceIndex, Kind::info, record96);
-  });
+  return guarded("ovGetDevInfo", [&] { return askRecord(Kind::askInfo, deviceIndex, record96); });
 }
 
 int ovGetAdvancedSettings(int deviceIndex, void* record148) {
@@ -221,7 +264,7 @@ int ovGetAdvancedSettings(int deviceIndex, void* record148) {
   bool isZoomAfterView = false;
   const auto askSettings = [&] {
     char record[devlink::kSettingsBytes] = {};
-    if (!askRecord<devlink::kSettingsBytes>(Kind::askSettings, deviceIndex, Kind::settings, record))
+    if (!askRecord(Kind::askSettings, deviceIndex, record))
       return false;
     std::memcpy(&rotationCode, record + devlink::kSettingsRotationOffset, sizeof rotationCode);
     isZoomAfterView = record[devlink::kSettingsZoomOffset] != 0;
@@ -240,17 +283,8 @@ int ovFetchEvent(int deviceIndex, short* x, short* y, short* z, short* a, short*
       std::this_thread::sleep_for(kNoLinkWait);
       return kFailure;
     }
-    Client& state = client();
-    std::shared_ptr<Link> link;
-    {
-      std::unique_lock<std::mutex> lock(state.mMutex);
-      const auto canFetch = [&] { return state.mLinkP && state.mLinkP->canFetch(); };
-      if (!canFetch() && !state.mIsLinked.wait_for(lock, kNoLinkWait, canFetch))
-        return kFailure;
-      link = state.mLinkP;
-    }
     Event event;
-    if (!link->fetch(event))
+    if (!client().fetch(event))
       return kFailure;
     short* const axes[] = {x, y, z, a, b, c};
     for (std::size_t i = 0; i < event.mAxes.size(); ++i)
@@ -270,12 +304,8 @@ int ovSetApplMode(const char* application, const char* mode) {
     if (!application || !mode || !devlink::isText(application, devlink::kMaxModeBytes) ||
         !devlink::isText(mode, devlink::kMaxModeBytes))
       return false;
-    Bytes answer;
-    if (!ask(
-            Kind::setMode, [&](FrameWriter& frame) { frame.text(application).text(mode); }, Kind::modeTaken,
-            answer))
-      return false;
-    FrameReader payload = readerOf(answer, Kind::modeTaken);
-    return payload.signed32() == 0 && payload.isGood();
+    Link::Question answer;
+    const auto addNames = [&](FrameWriter& frame) { frame.text(application).text(mode); };
+    return client().ask(Kind::setMode, addNames, answer) && answer.mStatus == 0;
   });
 }

@@ -24,7 +24,8 @@ extern "C" {
 int ovConnect(int reserved, const char* clientName);
 
 /// Closes the link. A blocked ovFetchEvent, request or ovConnect of another thread returns at once, with
-/// failure. Fails if there was nothing to close. A link that broke by itself is there to be closed, once.
+/// failure (ovFetchEvent may have a release to deliver first). Fails if there was nothing to close. A link
+/// that broke by itself is there to be closed, once.
 int ovDisconnect(void);
 
 /// Asks the daemon, on each call, how many devices it has; so it fails when the daemon is gone, or doesn't
@@ -48,7 +49,8 @@ int ovGetAdvancedSettings(int deviceIndex, void* record148);
 /// Motion is a level: of samples that wait to be fetched the newest wins, but a release (six zeros) is always
 /// delivered before the deflection that follows it. All other events queue, and none is lost or delivered
 /// twice. Blocks until an event or the end of the link, which is a failure. With no link it waits 100 ms at
-/// most, then fails; so a loop around it doesn't spin.
+/// most, then fails; so a loop around it doesn't spin. When a link ends, however that happens, and the last
+/// sample delivered was a deflection, one release is delivered before anything else fails, waits or comes.
 int ovFetchEvent(int deviceIndex, short* x, short* y, short* z, short* a, short* b, short* c, int* unused1,
                  int* unused2, int* eventCode, int* unused3, int* unused4);
 

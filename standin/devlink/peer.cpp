@@ -3,8 +3,8 @@
 #include <asio/buffer.hpp>
 #include <asio/write.hpp>
 
-#include <algorithm>
 #include <chrono>
+#include <cstring>
 
 namespace devlink {
 
@@ -23,6 +23,7 @@ constexpr std::size_t kBatchBytes = 4096;
 constexpr char kDeviceName[] = "Orvaner 6-axis hand controller";
 static_assert(kInfoNameOffset + sizeof kDeviceName <= kInfoBytes);
 
+constexpr std::uint32_t kDeviceCount = 1;
 constexpr std::uint32_t kGood = 0;
 constexpr std::uint32_t kNoSuchDevice = 1;
 
@@ -37,7 +38,7 @@ void Peer::start() {
   mSocket.set_option(asio::socket_base::send_buffer_size(kSendBufferBytes), ignored);
   mHelloTimer.expires_after(kHelloTimeout);
   mHelloTimer.async_wait([self = shared_from_this()](const asio::error_code& error) {
-    if (!error && !self->mIsGreeted)
+    if (!error && !self->isGreeted())
       self->close("no hello in time");
   });
   read();
@@ -78,41 +79,34 @@ void Peer::read() {
                               return self->close(error.message());
                             self->mIsReading = false;
                             self->mIn.added(got);
-                            self->onRead();
+                            self->takeFrames();
                           });
 }
 
-void Peer::onRead() {
+void Peer::takeFrames() {
   Frame frame;
-  for (;;) {
-    const FrameBuffer::Next next = mIn.next(frame);
-    if (next == FrameBuffer::Next::incomplete)
-      break;
-    if (next == FrameBuffer::Next::bad || !takeFrame(frame))
+  FrameBuffer::Next next;
+  while ((next = mIn.next(frame)) == FrameBuffer::Next::frame)
+    if (!(isGreeted() ? takeQuestion(frame) : takeHello(frame)))
       return close("broke the protocol");
-    if (mIsClosed)
-      return;
-  }
+  if (next == FrameBuffer::Next::bad)
+    return close("broke the protocol");
   write();
   // Whoever asks without taking the answers isn't read any further, so that answers don't pile up.
   if (!mIsClosed && mAnswers.empty())
     read();
 }
 
-bool Peer::takeFrame(const Frame& frame) {
-  return mIsGreeted ? takeQuestion(frame) : takeHello(frame);
-}
-
 bool Peer::takeHello(const Frame& frame) {
   FrameReader payload(frame);
   const std::uint32_t magic = payload.number32();
   const std::uint16_t version = payload.number16();
-  mName = payload.text(kMaxNameBytes);
+  const std::string name = payload.text(kMaxNameBytes);
   if (frame.mKind != Kind::hello || magic != kMagic || version != kVersion || !payload.isGood() ||
-      mName.empty())
+      name.empty())
     return false;
   mHelloTimer.cancel();
-  mIsGreeted = true;
+  mName = name;
   FrameWriter(mAnswers, Kind::welcome).number32(kMagic).number16(kVersion);
   mOwner.onGreeted(*this);
   return true;
@@ -121,63 +115,45 @@ bool Peer::takeHello(const Frame& frame) {
 bool Peer::takeQuestion(const Frame& frame) {
   FrameReader payload(frame);
   const std::uint32_t number = payload.number32();
+  std::uint32_t status = kGood;
+  std::string mode;
   switch (frame.mKind) {
-  case Kind::askDevices: {
-    if (!payload.isGood())
-      return false;
-    FrameWriter(mAnswers, Kind::devices).number32(number).number32(1);
-    return true;
-  }
-  case Kind::askInfo: {
-    const std::int32_t index = payload.signed32();
-    if (!payload.isGood())
-      return false;
-    std::uint8_t record[kInfoBytes] = {};
-    if (index == 0)
-      std::copy(std::begin(kDeviceName), std::end(kDeviceName), record + kInfoNameOffset);
-    FrameWriter(mAnswers, Kind::info)
-        .number32(number)
-        .number32(index == 0 ? kGood : kNoSuchDevice)
-        .record(record, kInfoBytes);
-    return true;
-  }
-  case Kind::askSettings: {
-    const std::int32_t index = payload.signed32();
-    if (!payload.isGood())
-      return false;
-    std::uint8_t record[kSettingsBytes] = {};
-    if (index == 0) {
-      storeLittleEndian32(record + kSettingsRotationOffset,
-                          static_cast<std::uint32_t>(mOwner.device().mRotationCode));
-      record[kSettingsZoomOffset] = mOwner.device().mZoomsAfterView;
-    }
-    FrameWriter(mAnswers, Kind::settings)
-        .number32(number)
-        .number32(index == 0 ? kGood : kNoSuchDevice)
-        .record(record, kSettingsBytes);
-    return true;
-  }
-  case Kind::setMode: {
-    const std::string application = payload.text(kMaxModeBytes);
-    const std::string mode = payload.text(kMaxModeBytes);
-    if (!payload.isGood())
-      return false;
-    FrameWriter(mAnswers, Kind::modeTaken).number32(number).number32(kGood);
-    mOwner.onMode(*this, mode);
-    return true;
-  }
+  case Kind::askDevices:
+    status = kDeviceCount;
+    break;
+  case Kind::askInfo:
+  case Kind::askSettings:
+    status = payload.signed32() == 0 ? kGood : kNoSuchDevice;
+    break;
+  case Kind::setMode:
+    payload.text(kMaxModeBytes); // the application
+    mode = payload.text(kMaxModeBytes);
+    break;
   default:
     return false;
   }
+  if (!payload.isGood())
+    return false;
+  if (frame.mKind == Kind::setMode)
+    mOwner.onMode(mode);
+  Bytes record(recordBytes(answerTo(frame.mKind)));
+  if (frame.mKind == Kind::askInfo && status == kGood)
+    std::memcpy(&record[kInfoNameOffset], kDeviceName, sizeof kDeviceName);
+  if (frame.mKind == Kind::askSettings && status == kGood) {
+    const DeviceState& device = mOwner.device();
+    std::memcpy(&record[kSettingsRotationOffset], &device.mRotationCode, sizeof device.mRotationCode);
+    record[kSettingsZoomOffset] = device.mZoomsAfterView;
+  }
+  FrameWriter(mAnswers, answerTo(frame.mKind)).number32(number).number32(status).record(record);
+  return true;
 }
 
 void Peer::write() {
-  if (mIsWriting || mIsClosed)
+  if (!mOut.empty() || mIsClosed)
     return;
-  mOut.clear();
   mOut.swap(mAnswers);
   Event event;
-  while (mIsGreeted && mOut.size() < kBatchBytes && mEvents.take(event)) {
+  while (mOut.size() < kBatchBytes && mEvents.take(event)) {
     if (event.mCode == kMotionCode) {
       FrameWriter frame(mOut, Kind::motion);
       for (const std::int16_t axis : event.mAxes)
@@ -188,17 +164,16 @@ void Peer::write() {
   }
   if (mOut.empty())
     return;
-  mIsWriting = true;
   asio::async_write(mSocket, asio::buffer(mOut),
                     [self = shared_from_this()](const asio::error_code& error, std::size_t) {
-                      self->mIsWriting = false;
+                      self->mOut.clear();
                       if (self->mIsClosed)
                         return;
                       if (error)
                         return self->close(error.message());
                       self->write();
                       if (!self->mIsReading)
-                        self->onRead();
+                        self->takeFrames();
                     });
 }
 

@@ -4,11 +4,9 @@
 #include "event_queue.h"
 #include "protocol.h"
 
-#include <asio/io_context.hpp>
 #include <asio/ip/tcp.hpp>
 #include <asio/steady_timer.hpp>
 
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -29,7 +27,7 @@ public:
   virtual const DeviceState& device() const = 0;
   /// The client has said hello, and has got its welcome.
   virtual void onGreeted(Peer& peer) = 0;
-  virtual void onMode(Peer& peer, const std::string& mode) = 0;
+  virtual void onMode(const std::string& mode) = 0;
   /// The last that is heard of a peer; reason is for a person.
   virtual void onGone(Peer& peer, const std::string& reason) = 0;
 };
@@ -44,7 +42,7 @@ public:
   /// Hangs up; onGone follows before it returns, unless that was before.
   void close(const std::string& reason);
 
-  bool isGreeted() const { return mIsGreeted; }
+  bool isGreeted() const { return !mName.empty(); }
   const std::string& name() const { return mName; }
 
   void giveMotion(const Axes& axes);
@@ -52,8 +50,7 @@ public:
 
 private:
   void read();
-  void onRead();
-  bool takeFrame(const Frame& frame);
+  void takeFrames();
   bool takeHello(const Frame& frame);
   bool takeQuestion(const Frame& frame);
   void write();
@@ -61,14 +58,12 @@ private:
   asio::ip::tcp::socket mSocket;
   asio::steady_timer mHelloTimer;
   PeerOwner& mOwner;
-  bool mIsGreeted = false;
   bool mIsClosed = false;
-  std::string mName;
+  std::string mName; ///< empty before the hello
   FrameBuffer mIn;
   Bytes mAnswers; ///< to go out before the next events
   Bytes mOut;     ///< on its way
   EventQueue mEvents;
-  bool mIsWriting = false;
   bool mIsReading = false;
 };
 

@@ -7,20 +7,12 @@
 namespace devlink {
 
 FrameWriter::FrameWriter(Bytes& out, Kind kind) : mOut(out), mStart(out.size()) {
-  number16(0); // the length, known at the end
+  mOut.resize(mStart + 2); // the length
   number16(static_cast<std::uint16_t>(kind));
 }
 
-FrameWriter::~FrameWriter() {
-  const std::size_t size = mOut.size() - mStart - kHeaderBytes;
-  mOut[mStart] = static_cast<std::uint8_t>(size & 0xFF);
-  mOut[mStart + 1] = static_cast<std::uint8_t>(size >> 8);
-}
-
 FrameWriter& FrameWriter::number16(std::uint16_t value) {
-  mOut.push_back(static_cast<std::uint8_t>(value & 0xFF));
-  mOut.push_back(static_cast<std::uint8_t>(value >> 8));
-  return *this;
+  return record({static_cast<std::uint8_t>(value & 0xFF), static_cast<std::uint8_t>(value >> 8)});
 }
 
 FrameWriter& FrameWriter::number32(std::uint32_t value) {
@@ -30,12 +22,14 @@ FrameWriter& FrameWriter::number32(std::uint32_t value) {
 
 FrameWriter& FrameWriter::text(std::string_view value) {
   number16(static_cast<std::uint16_t>(value.size()));
-  mOut.insert(mOut.end(), value.begin(), value.end());
-  return *this;
+  return record({value.begin(), value.end()});
 }
 
-FrameWriter& FrameWriter::record(const std::uint8_t* bytes, std::size_t size) {
-  mOut.insert(mOut.end(), bytes, bytes + size);
+FrameWriter& FrameWriter::record(const Bytes& bytes) {
+  mOut.insert(mOut.end(), bytes.begin(), bytes.end());
+  const std::size_t size = mOut.size() - mStart - kHeaderBytes;
+  mOut[mStart] = static_cast<std::uint8_t>(size & 0xFF);
+  mOut[mStart + 1] = static_cast<std::uint8_t>(size >> 8);
   return *this;
 }
 
@@ -59,19 +53,15 @@ std::uint32_t FrameReader::number32() {
 }
 
 std::string FrameReader::text(std::size_t maxBytes) {
-  const std::size_t size = number16();
-  const std::uint8_t* bytes = mNextP;
-  if (!take(size))
-    return {};
-  std::string found(bytes, bytes + size);
-  mIsGood = isText(found, maxBytes);
+  const Bytes bytes = record(number16());
+  std::string found(bytes.begin(), bytes.end());
+  mIsGood = mIsGood && isText(found, maxBytes);
   return mIsGood ? found : std::string{};
 }
 
-void FrameReader::record(std::uint8_t* bytes, std::size_t size) {
-  const std::uint8_t* source = mNextP;
-  if (take(size))
-    std::memcpy(bytes, source, size);
+Bytes FrameReader::record(std::size_t size) {
+  const std::uint8_t* bytes = mNextP;
+  return take(size) ? Bytes(bytes, bytes + size) : Bytes{};
 }
 
 std::uint8_t* FrameBuffer::room(std::size_t& size) {
@@ -108,11 +98,6 @@ std::uint16_t portFrom(std::string_view text) {
   std::uint16_t port = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
   return error == std::errc{} && end == text.data() + text.size() ? port : std::uint16_t{0};
-}
-
-void storeLittleEndian32(std::uint8_t* bytes, std::uint32_t value) {
-  for (int i = 0; i < 4; ++i)
-    bytes[i] = static_cast<std::uint8_t>(value >> (8 * i) & 0xFF);
 }
 
 } // namespace devlink

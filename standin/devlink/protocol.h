@@ -27,12 +27,13 @@ constexpr std::size_t kHeaderBytes = 4;
 constexpr std::size_t kMaxPayloadBytes = 1024;
 constexpr std::size_t kMaxNameBytes = 64;  ///< of a client
 constexpr std::size_t kMaxModeBytes = 400; ///< of an application's or a mode's name
+constexpr std::size_t kStatusBytes = 4;    ///< of an answer
 constexpr std::size_t kInfoBytes = 96;
 constexpr std::size_t kInfoNameOffset = 20;
 constexpr std::size_t kSettingsBytes = 148;
 constexpr std::size_t kSettingsRotationOffset = 132;
 constexpr std::size_t kSettingsZoomOffset = 138;
-constexpr std::int32_t kMaxDevices = 16;
+constexpr std::uint32_t kMaxDevices = 16;
 
 enum class Kind : std::uint16_t {
   // client to daemon
@@ -41,35 +42,40 @@ enum class Kind : std::uint16_t {
   askInfo,     ///< question, device index
   askSettings, ///< question, device index
   setMode,     ///< question, application, mode
-  // daemon to client
+  // daemon to client; an answer is question, status (0 = good; of devices their count), record
   welcome = 0x81, ///< magic, version
-  devices,        ///< question, device count
-  info,           ///< question, status (0 = good), record of 96 bytes
-  settings,       ///< question, status, record of 148 bytes
-  modeTaken,      ///< question, status
-  motion,         ///< x y z a b c, 16 bits each
-  event           ///< event code, 0 or more
+  devices,
+  info,     ///< record of 96 bytes
+  settings, ///< record of 148 bytes
+  modeTaken,
+  motion, ///< x y z a b c, 16 bits each
+  event   ///< event code, 0 or more
 };
+
+constexpr Kind answerTo(Kind question) {
+  return static_cast<Kind>(static_cast<int>(question) + 0x80);
+}
+/// Bytes of an answer's record.
+constexpr std::size_t recordBytes(Kind answer) {
+  return answer == Kind::info ? kInfoBytes : answer == Kind::settings ? kSettingsBytes : 0;
+}
 
 using Axes = std::array<std::int16_t, 6>;
 using Bytes = std::vector<std::uint8_t>;
 
-/// Appends one frame to a buffer: made, filled from left to right, finished by its destructor.
+/// Appends one frame to a buffer, filled from left to right; whole after each step.
 class FrameWriter {
 public:
   FrameWriter(Bytes& out, Kind kind);
-  ~FrameWriter();
-  FrameWriter(const FrameWriter&) = delete;
-  FrameWriter& operator=(const FrameWriter&) = delete;
 
   FrameWriter& number16(std::uint16_t value);
   FrameWriter& number32(std::uint32_t value);
   FrameWriter& text(std::string_view value);
-  FrameWriter& record(const std::uint8_t* bytes, std::size_t size);
+  FrameWriter& record(const Bytes& bytes);
 
 private:
   Bytes& mOut;
-  std::size_t mStart;
+  const std::size_t mStart;
 };
 
 /// A received frame; the payload belongs to the FrameBuffer.
@@ -89,8 +95,7 @@ public:
   std::int32_t signed32() { return static_cast<std::int32_t>(number32()); }
   /// A text of at most maxBytes that passes isText().
   std::string text(std::size_t maxBytes);
-  /// Copies size bytes; leaves the target alone if they aren't there.
-  void record(std::uint8_t* bytes, std::size_t size);
+  Bytes record(std::size_t size);
 
   /// True if everything that was asked for was there and valid, and nothing is left over.
   bool isGood() const { return mIsGood && mLeft == 0; }
@@ -128,8 +133,6 @@ bool isText(std::string_view text, std::size_t maxBytes);
 
 /// A port number from a text; 0 if it isn't one from 1 to 65535.
 std::uint16_t portFrom(std::string_view text);
-
-void storeLittleEndian32(std::uint8_t* bytes, std::uint32_t value);
 
 } // namespace devlink
 

@@ -11,121 +11,67 @@
 
 namespace {
 
+using devlink::Bytes;
 using devlink::Kind;
 using std::chrono::milliseconds;
 
-/// Something at the daemon's port that isn't the daemon. Plays its script for each client, one after the
-/// other.
-class Impostor {
-public:
-  using Script = std::function<void(Impostor&, RawEnd&)>;
+using Script = std::function<void(RawEnd&)>;
 
-  Impostor(std::uint16_t port, Script script)
-      : mScript(std::move(script)),
-        mAcceptor(mIo, asio::ip::tcp::endpoint(asio::ip::address_v4::loopback(), port)),
-        mThread([this] { serve(); }) {}
-  ~Impostor() {
-    mIsOver = true;
-    asio::io_context io;
-    asio::error_code ignored;
-    asio::ip::tcp::socket(io).connect(mAcceptor.local_endpoint(), ignored); // lets accept() return
-    mThread.join();
-  }
-
-  int visits() const { return mVisits; }
-  bool isOver() const { return mIsOver; }
-
-  /// Answers one message as a daemon with one device does. False if the client has gone.
-  static bool answer(RawEnd& end) {
-    const auto question = end.receive();
-    if (!question)
-      return false;
-    const auto& [kind, payload] = *question;
-    if (kind == Kind::hello)
-      return end.send(welcome());
-    const std::uint32_t number = payload[0] | payload[1] << 8 | payload[2] << 16;
-    const std::uint8_t record[devlink::kSettingsBytes] = {};
-    devlink::Bytes bytes;
-    if (kind == Kind::askDevices)
-      devlink::FrameWriter(bytes, Kind::devices).number32(number).number32(1);
-    else if (kind == Kind::askInfo)
-      devlink::FrameWriter(bytes, Kind::info)
-          .number32(number)
-          .number32(0)
-          .record(record, devlink::kInfoBytes);
-    else if (kind == Kind::askSettings)
-      devlink::FrameWriter(bytes, Kind::settings).number32(number).number32(0).record(record, sizeof record);
-    else
-      devlink::FrameWriter(bytes, Kind::modeTaken).number32(number).number32(0);
-    return end.send(bytes);
-  }
-
-private:
-  void serve() {
-    for (;;) {
-      RawEnd end(mAcceptor.accept());
-      if (mIsOver)
-        return;
-      ++mVisits;
-      mScript(*this, end);
-    }
-  }
-
-  Script mScript;
-  asio::io_context mIo;
-  asio::ip::tcp::acceptor mAcceptor;
-  std::atomic<bool> mIsOver{false};
-  std::atomic<int> mVisits{0};
-  std::thread mThread;
-};
+/// Answers one message as a daemon with one device does. False if the client has gone.
+bool answer(RawEnd& end) {
+  const auto question = end.receive();
+  if (!question)
+    return false;
+  const auto& [kind, payload] = *question;
+  if (kind == Kind::hello)
+    return end.send(kWelcome);
+  const std::uint32_t number = payload[0] | payload[1] << 8 | payload[2] << 16;
+  const Kind reply = devlink::answerTo(kind);
+  return end.send(frame(reply, number, kind == Kind::askDevices ? 1 : 0, Bytes(devlink::recordBytes(reply))));
+}
 
 struct Peer {
   const char* name;
-  Impostor::Script script;
+  Script script;
 };
 
-void sayAndListen(RawEnd& end, const devlink::Bytes& text) {
+void sayAndListen(RawEnd& end, const Bytes& text) {
   end.send(text);
   end.drain();
 }
 
 /// Greets, answers so many questions, then does what it does.
-Impostor::Script afterAnswers(int count, std::function<void(RawEnd&)> then) {
-  return [count, then](Impostor&, RawEnd& end) {
+Script afterAnswers(int count, std::function<void(RawEnd&)> then) {
+  return [count, then](RawEnd& end) {
     for (int i = 0; i <= count; ++i) {
-      if (!Impostor::answer(end))
+      if (!answer(end))
         return;
     }
     then(end);
   };
 }
 
-devlink::Bytes half(devlink::Bytes whole) {
-  whole.resize(whole.size() / 2);
-  return whole;
-}
-
-devlink::Bytes noise() {
+Bytes noise() {
   static std::mt19937 random(3);
-  devlink::Bytes bytes(4096);
+  Bytes bytes(4096);
   for (auto& byte : bytes)
     byte = static_cast<std::uint8_t>(random());
   return bytes;
 }
 
 const Peer kPeers[] = {
-    {"hangs up", [](Impostor&, RawEnd&) {}},
-    {"silent", [](Impostor&, RawEnd& end) { end.drain(); }},
+    {"hangs up", [](RawEnd&) {}},
+    {"silent", [](RawEnd& end) { end.drain(); }},
     {"greets too late",
-     [](Impostor&, RawEnd& end) {
+     [](RawEnd& end) {
        std::this_thread::sleep_for(milliseconds(1200));
-       sayAndListen(end, welcome());
+       sayAndListen(end, kWelcome);
      }},
-    {"another program",
-     [](Impostor&, RawEnd& end) { sayAndListen(end, bytes("HTTP/1.1 400 Bad Request\r\n\r\n")); }},
-    {"older version", [](Impostor&, RawEnd& end) { sayAndListen(end, welcome(devlink::kMagic, 1)); }},
-    {"noise", [](Impostor&, RawEnd& end) { sayAndListen(end, noise()); }},
-    {"dies in its greeting", [](Impostor&, RawEnd& end) { end.send(half(welcome())); }},
+    {"another program", [](RawEnd& end) { sayAndListen(end, bytes("HTTP/1.1 400 Bad Request\r\n\r\n")); }},
+    {"older version",
+     [](RawEnd& end) { sayAndListen(end, frame(Kind::welcome, devlink::kMagic, std::uint16_t{1})); }},
+    {"noise", [](RawEnd& end) { sayAndListen(end, noise()); }},
+    {"dies in its greeting", [](RawEnd& end) { end.send(half(kWelcome)); }},
     {"dies in a sample", afterAnswers(4,
                                       [](RawEnd& end) {
                                         end.send(half(motionFrame({1, 2, 3, 4, 5, 6})));
@@ -133,8 +79,8 @@ const Peer kPeers[] = {
     {"dies in an answer", afterAnswers(2, [](RawEnd& end) { end.send(half(frame(Kind::devices, 3, 1))); })},
     {"noise later on", afterAnswers(6, [](RawEnd& end) { sayAndListen(end, noise()); })},
     {"silent later on", afterAnswers(6, [](RawEnd& end) { end.drain(); })},
-    {"answers too late", [](Impostor&, RawEnd& end) {
-       while (Impostor::answer(end))
+    {"answers too late", [](RawEnd& end) {
+       while (answer(end))
          std::this_thread::sleep_for(milliseconds(700));
      }}};
 
@@ -155,8 +101,8 @@ TEST_F(Link, BadPeers) {
       daemon.reset();
       bool isVisited = false;
       {
-        const Impostor impostor(mPort, peer.script);
-        isVisited = pumpUntil([&] { return impostor.visits() >= 2; });
+        const FakeDaemon impostor(peer.script, mPort);
+        isVisited = pumpUntil([&] { return impostor.mVisits >= 2; });
       }
       daemon = std::make_unique<DaemonProcess>(mHome, mPort);
       daemon->tell("motion " + std::to_string(++sample) + " 0 0 0 0 0");
@@ -189,31 +135,31 @@ TEST_F(Link, Flood) {
   std::atomic<bool> isEnough{false};
   std::atomic<std::int64_t> samples{0};
   load();
-  const Impostor impostor(mPort, [&](Impostor& self, RawEnd& end) {
-    if (!Impostor::answer(end)) // the greeting
+  const Script flood = [&](RawEnd& end) {
+    if (!answer(end)) // the greeting
       return;
     auto next = std::chrono::steady_clock::now();
-    bool isLastSent = false;
-    while (!self.isOver()) {
+    while (!isEnough) {
       while (end.socket().available() > 0) {
-        if (!Impostor::answer(end))
+        if (!answer(end))
           return;
       }
-      devlink::Bytes batch;
-      for (int i = 0; i < kBatch && !isEnough; ++i)
+      Bytes batch;
+      for (int i = 0; i < kBatch; ++i)
         batch = batch + motionFrame({static_cast<std::int16_t>(i), 1, -1, 2, -2, 3});
-      if (sent == taken && !isEnough)
+      if (sent == taken)
         batch = batch + frame(Kind::event, 0x20020 + sent++ % kKeys);
-      if (isEnough && !isLastSent)
-        batch = motionFrame({kLast, 0, 0, 0, 0, 0});
-      isLastSent = isEnough;
       if (!end.send(batch))
         return;
-      samples += isEnough ? 0 : kBatch;
+      samples += kBatch;
       next += milliseconds(1);
       std::this_thread::sleep_until(next);
     }
-  });
+    end.send(motionFrame({kLast, 0, 0, 0, 0, 0}));
+    while (answer(end))
+      ;
+  };
+  const FakeDaemon impostor(flood, mPort);
   const std::int64_t length = scaled(2000, 20000); // milliseconds
   const auto start = std::chrono::steady_clock::now();
   const auto passed = [start] {

@@ -1,6 +1,8 @@
 #include "plugged_in.h"
 
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <stdexcept>
 #include <thread>
 
@@ -20,6 +22,22 @@
 namespace {
 
 constexpr DWORD kTickDistance = 100; // milliseconds, the longest between two ticks
+
+std::ptrdiff_t entriesOf(const char* folder) {
+  return std::distance(std::filesystem::directory_iterator(folder), {});
+}
+
+/// Memory of this process, bytes; 0 where a sanitizer keeps freed memory.
+long residentBytes() {
+  long pages = 0;
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+  return pages;
+#endif
+#endif
+  std::ifstream("/proc/self/statm") >> pages >> pages;
+  return pages * 4096;
+}
 
 std::string menuText(int keys) {
   std::string text = "[Modes]\nStart\nLayout\nModel\n\n[MenuBar]\n";
@@ -131,8 +149,8 @@ bool PluggedIn::isBalanced() {
 
 Usage PluggedIn::usage() {
   Usage now;
-  now.threads = std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
-  now.descriptors = openDescriptors();
+  now.threads = entriesOf("/proc/self/task");
+  now.descriptors = entriesOf("/proc/self/fd");
   now.resident = residentBytes();
   now.heap = now.resident != 0 ? static_cast<std::int64_t>(mallinfo2().uordblks + mallinfo2().hblkhd) : 0;
   now.timers = desktop::activeTimers().size();

@@ -1,0 +1,269 @@
+// Either end of the connection between client and daemon, fed with anything. The client comes up for a good
+// welcome only, takes answers to its questions and hands on the events; the daemon answers each good
+// question, in order; either ends the connection at the first message that isn't good, and for nothing else.
+//
+// Input: which end is tested; pieces of the other end's bytes, each behind a byte for its length. From
+// kOrders up that byte is an order instead: for the client to ask or to stop waiting, for the device to move
+// or to send an event.
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "check.h"
+#include "input.h"
+#include "link.h"
+#include "peer.h"
+
+using fuzz::require;
+using namespace devlink;
+
+namespace {
+
+constexpr std::uint8_t kOrders = 0xF0;
+const std::string kGreeting("OVLK\2\0", 6);
+
+/// A message on the wire, cut with nothing of the code that is tested.
+struct PlainFrame {
+  unsigned kind = 0;
+  std::string payload;
+
+  /// What stands at a place; 0 beyond the end.
+  std::uint32_t number(std::size_t at, std::size_t size = 4) const {
+    std::uint32_t found = 0;
+    for (std::size_t i = 0; i < size && at + i < payload.size(); ++i)
+      found |= static_cast<std::uint32_t>(static_cast<std::uint8_t>(payload[at + i])) << 8 * i;
+    return found;
+  }
+  bool isGreeting(unsigned ofKind) const { return kind == ofKind && payload.compare(0, 6, kGreeting) == 0; }
+  /// Takes a text off the payload; false if it isn't all there, is too long or is no text.
+  bool cutText(std::size_t maxBytes, std::string& text) {
+    const std::size_t size = number(0, 2);
+    if (payload.size() < 2 + size || size > maxBytes)
+      return false;
+    text = payload.substr(2, size);
+    payload.erase(0, 2 + size);
+    for (const char c : text)
+      if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
+        return false;
+    return true;
+  }
+};
+
+/// Takes the first message off a stream. False if it isn't whole, or (isBroken) can't be cut.
+bool cut(std::string& stream, PlainFrame& frame, bool& isBroken) {
+  const PlainFrame header{0, stream.substr(0, 4)};
+  const std::size_t size = header.number(0, 2);
+  if (stream.size() >= 4 && size > 1024)
+    isBroken = true;
+  if (stream.size() < 4 + size || isBroken)
+    return false;
+  frame = {header.number(2, 2), stream.substr(4, size)};
+  stream.erase(0, 4 + size);
+  return true;
+}
+
+/// What an end should make of a stream: take() says whether a message is good.
+template <class End> struct Plain : End {
+  bool isBroken = false;
+  std::string stream;
+
+  void feed(const std::string& piece) {
+    stream += piece;
+    for (PlainFrame frame; !isBroken && cut(stream, frame, isBroken);)
+      isBroken = !End::take(frame);
+  }
+};
+
+/// Two sockets without a port; the first goes to the end that is tested.
+struct Wire {
+  Wire() { require(socketpair(AF_UNIX, SOCK_STREAM, 0, ends) == 0, "a pair of sockets"); }
+  ~Wire() { close(ends[1]); }
+  void feed(const std::string& bytes) const {
+    require(send(ends[1], bytes.data(), bytes.size(), MSG_NOSIGNAL) == ssize_t(bytes.size()), "sent");
+  }
+  std::string drain() const {
+    std::string found;
+    char block[16384];
+    for (ssize_t got = 0; (got = recv(ends[1], block, sizeof block, MSG_DONTWAIT)) > 0;)
+      found.append(block, static_cast<std::size_t>(got));
+    return found;
+  }
+  int ends[2] = {-1, -1};
+};
+
+struct PlainClient {
+  bool isUp = false;
+  std::vector<std::uint32_t> events;
+  std::string lastMotion;
+  std::map<std::uint32_t, std::pair<unsigned, std::string>> questions; // the answer's kind, and what it said
+  std::uint32_t lastQuestion = 0;
+
+  bool take(const PlainFrame& frame) {
+    const std::size_t size = frame.payload.size();
+    if (!isUp)
+      return isUp = frame.isGreeting(0x81) && size == 6;
+    if (frame.kind == 0x86 && size == 12) {
+      lastMotion = frame.payload;
+      return true;
+    }
+    if (frame.kind == 0x87 && size == 4 && frame.number(0) < 0x80000000) {
+      events.push_back(frame.number(0));
+      return true;
+    }
+    const std::size_t record = frame.kind == 0x83 ? 96 : frame.kind == 0x84 ? 148 : 0;
+    if (frame.kind < 0x82 || frame.kind > 0x85 || size != 8 + record || frame.number(0) - 1 >= lastQuestion)
+      return false;
+    const auto found = questions.find(frame.number(0));
+    if (found == questions.end())
+      return true; // too late
+    auto& [kind, answer] = found->second;
+    if (kind != frame.kind || !answer.empty())
+      return false;
+    answer = frame.payload.substr(4);
+    return true;
+  }
+};
+
+void fuzzClient(fuzz::Input& input) {
+  const Wire wire;
+  Link link;
+  link.mSocket.assign(asio::ip::tcp::v4(), wire.ends[0]);
+  link.mSocket.non_blocking(true);
+  link.greet("fuzz");
+  Plain<PlainClient> expected;
+  while (!input.isAtEnd() && !expected.isBroken) {
+    const std::uint8_t order = input.byte();
+    if (order < kOrders) {
+      const std::string piece = input.text(order);
+      wire.feed(piece);
+      link.read();
+      expected.feed(piece);
+    } else if (expected.isUp && (order & 4) == 0) {
+      const unsigned kind = 2 + (order & 3);
+      expected.lastQuestion = link.ask(static_cast<Kind>(kind), [](FrameWriter&) {});
+      expected.questions[expected.lastQuestion].first = kind + 0x80;
+      wire.drain(); // a daemon that doesn't read would be given up
+    } else if (!expected.questions.empty()) {
+      link.mQuestions.erase(expected.questions.begin()->first);
+      expected.questions.erase(expected.questions.begin());
+    }
+    require(link.mState == (expected.isBroken ? Link::State::down
+                            : expected.isUp   ? Link::State::up
+                                              : Link::State::opening),
+            "up from a good welcome to the first bad message");
+  }
+  for (const auto& [number, question] : expected.questions) {
+    const auto& [kind, isAnswered, status, record] = link.mQuestions.at(number);
+    const PlainFrame answer{question.first, question.second};
+    require(static_cast<unsigned>(kind) == question.first && isAnswered == !answer.payload.empty() &&
+                status == answer.number(0),
+            "answered by its answer only");
+    require(!isAnswered || answer.payload.substr(4) == std::string(record.begin(), record.end()),
+            "the record");
+  }
+  std::vector<std::uint32_t> events;
+  std::string lastMotion;
+  for (Event event; link.mEvents.take(event);)
+    if (event.mCode == kMotionCode)
+      lastMotion.assign(reinterpret_cast<const char*>(event.mAxes.data()), sizeof event.mAxes);
+    else
+      events.push_back(static_cast<std::uint32_t>(event.mCode));
+  require(events == expected.events && lastMotion == expected.lastMotion, "each event, and the last sample");
+}
+
+/// Stands in the daemon's place, too.
+struct PlainDaemon : PeerOwner {
+  bool isGreeted = false;
+  std::vector<std::pair<unsigned, std::uint32_t>> answers; // kind, question
+  std::vector<std::string> modes, foundModes;
+  int greetings = 0, goodbyes = 0;
+  DeviceState state{-1234567, true};
+
+  const DeviceState& device() const override { return state; }
+  void onGreeted(Peer&) override { ++greetings; }
+  void onMode(const std::string& mode) override { foundModes.push_back(mode); }
+  void onGone(Peer&, const std::string&) override { ++goodbyes; }
+
+  bool take(PlainFrame frame) {
+    std::string text, mode;
+    const std::size_t size = frame.payload.size();
+    const std::pair<unsigned, std::uint32_t> answer(frame.kind + 0x80, frame.number(0));
+    if (!isGreeted) {
+      const bool isHello = frame.isGreeting(1);
+      frame.payload.erase(0, 6);
+      return isGreeted = isHello && frame.cutText(64, text) && !text.empty() && frame.payload.empty();
+    }
+    if (frame.kind == 5 && size >= 4) {
+      frame.payload.erase(0, 4);
+      if (!frame.cutText(400, text) || !frame.cutText(400, mode) || !frame.payload.empty())
+        return false;
+      modes.push_back(mode);
+    } else if (frame.kind < 2 || frame.kind > 4 || size != (frame.kind == 2 ? 4 : 8)) {
+      return false;
+    }
+    answers.push_back(answer);
+    return true;
+  }
+};
+
+void fuzzDaemon(fuzz::Input& input) {
+  asio::io_context io;
+  Plain<PlainDaemon> expected;
+  std::string output;
+  std::vector<std::uint32_t> events;
+  const auto poll = [&io] {
+    io.restart();
+    io.poll();
+  };
+  {
+    const Wire wire;
+    const auto peerP = std::make_shared<Peer>(asio::ip::tcp::socket(io, asio::ip::tcp::v4(), wire.ends[0]),
+                                              static_cast<PeerOwner&>(expected));
+    peerP->start();
+    while (!input.isAtEnd() && !expected.isBroken) {
+      const std::uint8_t order = input.byte();
+      if (order < kOrders || !peerP->isGreeted()) {
+        const std::string piece = input.text(order);
+        wire.feed(piece);
+        expected.feed(piece);
+      } else if ((order & 1) != 0) {
+        peerP->giveMotion({input.signed16(), 1, -1, 0, 0, 0});
+      } else {
+        events.push_back(static_cast<std::uint32_t>(input.signed32()) & 0x7FFFFFFF);
+        peerP->giveEvent(static_cast<std::int32_t>(events.back()));
+      }
+      poll();
+      output += wire.drain();
+      require(expected.goodbyes == expected.isBroken, "a bad message ends the connection, nothing else does");
+    }
+  }
+  poll();
+  require(expected.goodbyes == 1, "one goodbye, whoever hangs up");
+  require(expected.greetings == expected.isGreeted, "greeted once, by a good hello only");
+  require(expected.modes == expected.foundModes, "modes as announced");
+  std::size_t answered = 0, sent = 0;
+  bool isBroken = false, isFirst = true;
+  for (PlainFrame frame; cut(output, frame, isBroken); isFirst = false) {
+    const std::size_t size = frame.payload.size();
+    require(isFirst == (frame.isGreeting(0x81) && size == 6), "a welcome first, and no other");
+    if (frame.kind == 0x87)
+      require(size == 4 && sent < events.size() && frame.number(0) == events[sent++], "events in order");
+    else if (frame.kind == 0x86)
+      require(size == 12, "a motion has six axes");
+    else if (!isFirst)
+      require(answered < expected.answers.size() &&
+                  expected.answers[answered++] == std::make_pair(frame.kind, frame.number(0)),
+              "answers in the order of their questions");
+  }
+  require(output.empty() && !isBroken, "whole messages");
+  require(expected.isBroken || (answered == expected.answers.size() && sent == events.size()),
+          "nothing lost");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  fuzz::Input input(data, size);
+  input.flag() ? fuzzClient(input) : fuzzDaemon(input);
+  return 0;
+}

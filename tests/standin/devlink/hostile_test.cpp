@@ -1,0 +1,203 @@
+// Whatever answers at the daemon's port, the client library survives it and says so. Whatever a client sends,
+// the daemon drops it, and its other clients don't notice.
+
+#include "fixture.h"
+
+using devlink::Bytes;
+using devlink::Kind;
+using devlink::kMagic;
+using devlink::kVersion;
+using namespace std::string_literals;
+
+namespace {
+
+TEST_F(LinkTest, BadDaemonEndsLink) {
+  struct Case {
+    Bytes greeting;
+    Bytes later; // sent behind an event to a client that is content with the greeting
+  };
+  const std::uint16_t older = kVersion - 1;
+  const Case cases[] = {{{}, {}},
+                        {bytes("HTTP/1.1 400 Bad Request\r\n\r\n"), {}},
+                        {frame(Kind::welcome, 0x12345678, kVersion), {}},
+                        {frame(Kind::welcome, kMagic, older), {}},
+                        {half(kWelcome), {}},
+                        {Bytes(70000, 0xFF), {}},
+                        {kWelcome, {1, 4, 0x87, 0}}, // oversized
+                        {kWelcome, {0, 0, 0x99, 0}}, // unknown kind
+                        {kWelcome, frame(Kind::motion, 1, 2, 3, 4)},
+                        {kWelcome, frame(Kind::event, -1)},
+                        {kWelcome, frame(Kind::devices, 2, 1)}, // no question has this number
+                        {kWelcome, frame(Kind::devices, 1)}};
+  for (const auto& [greeting, later] : cases) {
+    SCOPED_TRACE(testing::PrintToString(half(greeting)) + testing::PrintToString(later));
+    const FakeDaemon daemon([&, greets = greeting, adds = later](RawEnd& end) {
+      end.send(greets);
+      if (adds.empty())
+        return; // and hangs up
+      end.receive();
+      end.receive();
+      end.send(frame(Kind::devices, 1, 1));
+      end.send(frame(Kind::event, 7) + adds);
+      end.drain();
+    });
+    EXPECT_EQ(ovConnect(0, "acad") == 0, !later.empty());
+    EXPECT_EQ(isConnected(), !later.empty());
+    if (!later.empty()) {
+      EXPECT_EQ(fetched(), "event 7");
+      EXPECT_EQ(fetched(), "failure");
+    }
+    EXPECT_EQ(ovDisconnect() == 0, !later.empty()) << "only a link that was up is there to be closed";
+  }
+}
+
+TEST_F(LinkTest, SilentDaemonIsGivenUp) {
+  const FakeDaemon daemon([](RawEnd& end) { end.drain(); });
+  EXPECT_NE(ovConnect(0, "acad"), 0);
+  std::atomic<bool> isOver{false};
+  std::thread connecting([&] {
+    EXPECT_NE(ovConnect(0, "acad"), 0);
+    isOver = true;
+  });
+  int closed = 0;
+  while (!isOver)
+    closed += ovDisconnect() == 0; // ends the attempt
+  connecting.join();
+  EXPECT_EQ(closed, 1);
+}
+
+TEST_F(LinkTest, UnfitAnswersAreFailures) {
+  const FakeDaemon daemon([](RawEnd& end) {
+    end.send(kWelcome);
+    end.receive();
+    end.receive(); // question 1, not answered in time
+    end.receive();
+    end.send(frame(Kind::devices, 1, 9) + frame(Kind::devices, 2, 16));
+    for (const int count : {-1, 17}) {
+      end.receive();
+      end.send(frame(Kind::devices, count < 0 ? 3 : 4, count));
+    }
+    end.receive();
+    end.send(frame(Kind::info, 5, 0, Bytes(96, 'n'))); // a name without an end
+    end.receive();
+    end.send(frame(Kind::modeTaken, 6, 0));
+    end.drain();
+  });
+  ASSERT_EQ(ovConnect(0, "acad"), 0);
+  for (const bool isGood : {false, true, false, false}) {
+    int count = 77;
+    EXPECT_EQ(ovGetDevNum(&count, nullptr, nullptr) == 0, isGood);
+    EXPECT_EQ(count, isGood ? 16 : 77);
+  }
+  std::string record(96, 'x');
+  EXPECT_EQ(ovGetDevInfo(0, record.data()), 0);
+  EXPECT_EQ(record, std::string(95, 'n') + '\0');
+  EXPECT_FALSE(isConnected()) << "answered by what doesn't fit";
+}
+
+TEST_F(LinkTest, UnfetchedFloodEndsLink) {
+  std::atomic<bool> isDropped{false};
+  const FakeDaemon daemon([&](RawEnd& end) {
+    Bytes flood;
+    for (int i = 0; i < 1000; ++i)
+      flood = flood + frame(Kind::event, i);
+    end.send(kWelcome);
+    while (end.send(flood))
+      ;
+    isDropped = true;
+  });
+  ASSERT_EQ(ovConnect(0, "acad"), 0);
+  for (int i = 0; i < 20000 && !isDropped; ++i) { // each question reads the link in its search for an answer
+    isConnected();
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  EXPECT_TRUE(isDropped);
+  EXPECT_EQ(fetched(), "event 0") << "what had been taken in still comes out";
+}
+
+asio::io_context gIo; // of the clients
+const Bytes kHello = frame(Kind::hello, kMagic, kVersion, "raw"s);
+
+TEST_F(LinkTest, BadClientIsDropped) {
+  const std::uint16_t older = kVersion - 1;
+  const Bytes messages[] = {bytes("GET / HTTP/1.1\r\nHost: localhost\r\n\r\n"),
+                            frame(Kind::hello, 0x12345678, kVersion, "x"s),
+                            frame(Kind::hello, kMagic, older, "x"s),
+                            frame(Kind::hello, kMagic, kVersion, std::string(65, 'n')),
+                            frame(Kind::hello, kMagic, kVersion, "a\0b"s),
+                            frame(Kind::hello, kMagic, kVersion, std::uint16_t{200}, 7), // no such text
+                            kHello + Bytes{1, 4, 2, 0},                                  // oversized
+                            kHello + Bytes{0, 0, 99, 0},                                 // unknown kind
+                            kHello + frame(Kind::setMode, 1, "AutoCAD"s, "\x1B[2J"s),
+                            kHello + frame(Kind::setMode, 1)};
+  RunningDaemon daemon;
+  ASSERT_EQ(ovConnect(0, "acad"), 0);
+  for (const Bytes& message : messages) {
+    SCOPED_TRACE(testing::PrintToString(message));
+    RawEnd(gIo, daemon.port(), message).drain(); // returns when the daemon has hung up
+    EXPECT_TRUE(isConnected());
+  }
+  for (const std::string& line : daemon.record())
+    EXPECT_NE(line.substr(0, 4), "mode") << "a bad announcement is none";
+}
+
+TEST_F(LinkTest, MuteClientIsDropped) {
+  RunningDaemon daemon;
+  RawEnd mute(gIo, daemon.port(), {}), stuck(gIo, daemon.port(), half(kHello));
+  mute.drain();
+  stuck.drain();
+  EXPECT_EQ(ovConnect(0, "acad"), 0);
+}
+
+TEST_F(LinkTest, LazyClientIsDroppedAlone) {
+  constexpr int kEvents = 100000;
+  RunningDaemon daemon;
+  RawEnd lazy(gIo, daemon.port(), frame(Kind::hello, kMagic, kVersion, "lazy"s));
+  RawEnd busy(gIo, daemon.port(), kHello);
+  // A small one of its own: the system's grows to megabytes where events come one by one.
+  lazy.socket().set_option(asio::socket_base::receive_buffer_size(8 * 1024));
+  daemon.waitFor("client connected lazy");
+  daemon.waitFor("client connected raw");
+  int received = 0;
+  std::thread reading([&] {
+    while (received <= kEvents && busy.receive()) // one more: the question for the mode
+      ++received;
+  });
+  for (int played = 0; played < kEvents; ++played)
+    daemon.play("key 1");
+  daemon.waitFor("client gone lazy");
+  reading.join();
+  EXPECT_GT(received, kEvents);
+}
+
+TEST_F(LinkTest, UnreadAnswersEndReading) {
+  RunningDaemon daemon;
+  RawEnd asking(gIo, daemon.port(), kHello);
+  asking.socket().non_blocking(true);
+  Bytes questions;
+  for (int i = 0; i < 1000; ++i)
+    questions = std::move(questions) + frame(Kind::askSettings, i, 0);
+  // Answers are many times larger than questions; in the end the questions stay in the socket.
+  std::size_t sent = 0;
+  for (int refusals = 0; refusals < 100 && sent < (64u << 20);) {
+    asio::error_code error;
+    sent += asking.socket().write_some(asio::buffer(questions), error);
+    refusals = error ? refusals + 1 : 0;
+    std::this_thread::sleep_for(std::chrono::microseconds(error ? 1000 : 0));
+  }
+  EXPECT_LT(sent, 64u << 20);
+  EXPECT_EQ(ovConnect(0, "acad"), 0);
+}
+
+TEST_F(LinkTest, SeventeenthClientIsRefused) {
+  RunningDaemon daemon;
+  std::vector<RawEnd> clients;
+  for (int i = 0; i < 16; ++i)
+    ASSERT_TRUE(clients.emplace_back(gIo, daemon.port(), kHello).receive());
+  EXPECT_FALSE(RawEnd(gIo, daemon.port(), kHello).receive());
+  clients.pop_back();
+  daemon.waitFor("client gone raw");
+  EXPECT_EQ(ovConnect(0, "acad"), 0);
+}
+
+} // namespace
