@@ -25,6 +25,10 @@ TempFolder& home();
 constexpr char kMenuFile[] = "Orvaner/Applications/autocad.mnu";
 constexpr char kSettingsFile[] = "Orvaner/Applications/autocad_addin.ini";
 
+/// No faults ordered, a fresh host, and where Windows is a stand-in a fresh desktop, whose clock moves a
+/// millisecond at each look.
+void freshSurroundings();
+
 /// Text of a settings file with all values at their defaults, all log types on, and the given keys changed:
 /// {"transSensBase", "0"}.
 std::string settingsText(const std::vector<std::pair<std::string, std::string>>& changes = {});
