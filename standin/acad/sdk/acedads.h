@@ -32,6 +32,5 @@ int acedUndef(const ACHAR* name, short code);
 int acedRegFunc(int (*function)(), int code);
 /// The code of the function that is called now; RTERROR if none is.
 int acedGetFunCode();
-int acedRetVoid();
 
 #endif
