@@ -63,7 +63,7 @@ std::unique_ptr<AcDbLine> line(AcGePoint3d start, AcGePoint3d end);
 class EngineTest : public ::testing::Test {
 protected:
   void SetUp() override;
-  /// Everything borrowed from the host has been given back, and the view never got a number that is none.
+  /// Everything borrowed from the host has been given back, and the view never got NaN or infinity.
   void TearDown() override;
 
   static void restart(const std::vector<std::pair<std::string, std::string>>& settingsChanges = {});
