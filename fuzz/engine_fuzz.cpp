@@ -1,5 +1,5 @@
 // The engine between any device and any host: orders put the host into a state, however odd, and feed the
-// engine with events; meanwhile no view and no object may get a number that is none, every pass ends, and
+// engine with events; meanwhile no view and no object may get NaN or infinity, every pass ends, and
 // after a release nothing is held any more.
 //
 // Input: orders, each a letter and its arguments.
@@ -10,7 +10,6 @@
 #include "check.h"
 #include "desktop.h"
 #include "engine_home.h"
-#include "host.h"
 #include "input.h"
 
 using fuzz::Input;
@@ -19,7 +18,7 @@ using fuzz::require;
 namespace {
 
 constexpr int kMaxOrders = 40;
-constexpr std::size_t kMaxMacro = 40; // bytes
+constexpr std::size_t kMacro = 12; // bytes
 constexpr int kFirstEvent = 0x20000;
 
 struct Bench {
@@ -40,11 +39,7 @@ AcGeVector3d vector(Input& input) {
   return point(input) - AcGePoint3d(0, 0, 0);
 }
 
-bool isFinite(const AcGeVector3d& v) {
-  return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
-}
-
-void orderView(Input& input) {
+void orderView(Input& input, Bench&) {
   host::ViewState state;
   const std::uint8_t flags = input.byte();
   state.perspective = (flags & 1) != 0;
@@ -56,66 +51,53 @@ void orderView(Input& input) {
   host::setView(state);
 }
 
-void orderSample(Input& input, OvAutoCad& p) {
-  p.mCapX = input.signed16();
-  p.mCapY = input.signed16();
-  p.mCapZ = input.signed16();
-  p.mCapA = input.signed16();
-  p.mCapB = input.signed16();
-  p.mCapC = input.signed16();
+void orderSample(Input& input, Bench& bench) {
+  OvAutoCad& p = bench.plugin;
+  for (Relaxed<std::int16_t>* const axisP : {&p.mCapX, &p.mCapY, &p.mCapZ, &p.mCapA, &p.mCapB, &p.mCapC})
+    *axisP = input.signed16();
 }
 
-void orderEntity(Input& input) {
+void orderEntity(Input& input, Bench&) {
   const AcGePoint3d first = point(input);
-  std::unique_ptr<AcDbEntity> entityP;
-  switch (input.byte() % 4) {
-  case 0:
-    entityP = std::make_unique<AcDbLine>(first, point(input));
-    break;
-  case 1:
-    entityP = std::make_unique<AcDbPoint>(first);
-    break;
-  case 2:
-    entityP = std::make_unique<AcDbCircle>(first, vector(input), input.real());
-    break;
-  default:
-    entityP = std::make_unique<AcDb3dPolyline>(std::vector<AcGePoint3d>{first, point(input)}, input.flag());
-  }
-  host::add(std::move(entityP));
+  const int kind = input.byte() % 4;
+  if (kind == 0)
+    host::add(std::make_unique<AcDbLine>(first, point(input)));
+  else if (kind == 1)
+    host::add(std::make_unique<AcDbPoint>(first));
+  else if (kind == 2)
+    host::add(std::make_unique<AcDbCircle>(first, vector(input), input.real()));
+  else
+    host::add(std::make_unique<AcDb3dPolyline>(std::vector<AcGePoint3d>{first, point(input)}, input.flag()));
 }
 
-void orderSelection(Input& input) {
-  const unsigned bits = input.byte();
+/// The numbers are those of the first entities, a bit for each.
+void orderSelection(Input& input, Bench&) {
   std::vector<int> numbers;
-  for (int number = 1; number <= 8; ++number)
-    if ((bits >> (number - 1) & 1) != 0)
+  unsigned bits = input.byte();
+  for (int number = 1; bits != 0; ++number, bits >>= 1)
+    if ((bits & 1) != 0)
       numbers.push_back(number);
   host::selectNumbers(numbers);
 }
 
-void orderMark(Input& input) {
-  const int count = host::entityCount();
-  if (count == 0)
-    return;
-  const AcDbObjectId id = host::entityId(input.byte() % count + 1);
+void orderMark(Input& input, Bench&) {
+  const AcDbObjectId id = host::entityId(input.byte() % 8 + 1);
   const std::uint8_t flags = input.byte();
   host::setCannotBeOpened(id, (flags & 1) != 0);
   host::setHasNoExtents(id, (flags & 2) != 0);
   host::setRefusesTransform(id, (flags & 4) != 0);
 }
 
-void orderLayout(Input& input) {
+void orderLayout(Input& input, Bench&) {
   host::setLayout(input.flag());
   host::LayoutState state;
-  state.width = input.real();
-  state.height = input.real();
-  state.viewHeight = input.real();
-  state.centre.x = input.real();
-  state.centre.y = input.real();
+  for (double* const valueP :
+       {&state.width, &state.height, &state.viewHeight, &state.centre.x, &state.centre.y})
+    *valueP = input.real();
   host::setLayoutState(state);
 }
 
-void orderVariable(Input& input) {
+void orderVariable(Input& input, Bench&) {
   const char* const name = input.flag() ? "cvport" : "tilemode";
   if (input.flag())
     host::removeVariable(name);
@@ -132,39 +114,18 @@ void orderWindow(Input& input, Bench& bench) {
   window.isVisible = (flags & 1) == 0;
   if ((flags & 2) != 0)
     window.parent = bench.lastWindow;
-  const auto bar = [&input] {
-    desktop::ScrollBar found;
-    found.min = input.signed32();
-    found.max = input.signed32();
-    found.page = static_cast<UINT>(input.signed32());
-    found.position = input.signed32();
-    return found;
+  const auto read = [&input](desktop::ScrollBar& bar) {
+    bar.min = input.signed32();
+    bar.max = input.signed32();
+    bar.page = static_cast<UINT>(input.signed32());
+    bar.position = input.signed32();
   };
   if ((flags & 4) != 0)
-    window.vertical = bar();
+    read(window.vertical.emplace());
   if ((flags & 8) != 0)
-    window.horizontal = bar();
+    read(window.horizontal.emplace());
   bench.lastWindow = desktop::addWindow(window);
   SetCursorPos(input.signed16(), input.signed16());
-}
-
-void orderToggle(Input& input, Bench& bench) {
-  switch (input.byte() % 5) {
-  case 0:
-    bench.engine.toggleRotationCenter();
-    break;
-  case 1:
-    bench.engine.toggleRotationAxis();
-    break;
-  case 2:
-    bench.engine.toggleScrollMode();
-    break;
-  case 3:
-    bench.engine.mObjectMoveMode = !bench.engine.mObjectMoveMode;
-    break;
-  default:
-    bench.engine.mZoomAllAfterView = !bench.engine.mZoomAllAfterView;
-  }
 }
 
 void orderDocument(Input& input, Bench& bench) {
@@ -174,87 +135,60 @@ void orderDocument(Input& input, Bench& bench) {
   host::setViewValid((flags & 4) == 0);
   if ((flags & 8) != 0)
     host::closeDocument();
-  if ((flags & (1 | 2 | 8)) != 0)
-    bench.lostDocument = true;
+  bench.lostDocument = bench.lostDocument || (flags & (1 | 2 | 8)) != 0;
 }
 
 void orderFault(Input& input, Bench& bench) {
   bench.hadFault = true;
   const int nth = input.byte() % 64 + 1;
-  if (input.flag())
-    call_log::throwAny(nth);
-  else
-    call_log::failAny(nth);
+  (input.flag() ? call_log::throwAny : call_log::failAny)(nth);
 }
 
-void obey(std::uint8_t letter, Input& input, Bench& bench) {
-  switch (letter) {
-  case 'v':
-    return orderView(input);
-  case 's':
-    return orderSample(input, bench.plugin);
-  case 'p':
-    bench.engine.handleDeviceCap();
-    return;
-  case 't':
-    return TimerProc(nullptr, WM_TIMER, 0, 0);
-  case 'r':
-    return bench.engine.setRotMode(input.signed32());
-  case 'x':
-    return orderToggle(input, bench);
-  case 'b':
-    bench.engine.mTraSensBase = input.signed32();
-    bench.engine.mRotSensBase = input.signed32();
-    return;
-  case 'h':
-    bench.plugin.mMinThreshold = input.signed32();
-    return;
-  case 'e':
-    return orderEntity(input);
-  case 'S':
-    return orderSelection(input);
-  case 'm':
-    return orderMark(input);
-  case 'l':
-    return orderLayout(input);
-  case 'V':
-    return orderVariable(input);
-  case 'w':
-    return orderWindow(input, bench);
-  case 'k':
-    bench.plugin.mPendingKey = input.signed32();
-    return;
-  case 'c':
-    bench.plugin.mPendingSpecial = input.flag() ? kFirstEvent + input.byte() : input.signed32();
-    return;
-  case 'M':
-    bench.engine.mMenuEntries.push_back(input.text(input.byte() % kMaxMacro));
-    return;
-  case 'd':
-    return orderDocument(input, bench);
-  case 'q':
-    host::runQueue();
-    return;
-  case 'f':
-    return orderFault(input, bench);
-  default:
-    return;
-  }
-}
+constexpr std::pair<char, void (*)(Input&, Bench&)> kOrders[] = {
+    {'v', orderView},
+    {'s', orderSample},
+    {'p', [](Input&, Bench& bench) { bench.engine.handleDeviceCap(); }},
+    {'t', [](Input&, Bench&) { TimerProc(nullptr, WM_TIMER, 0, 0); }},
+    {'r', [](Input& input, Bench& bench) { bench.engine.setRotMode(input.signed32()); }},
+    {'x', [](Input&, Bench& bench) { bench.engine.toggleRotationCenter(); }},
+    {'y', [](Input&, Bench& bench) { bench.engine.toggleRotationAxis(); }},
+    {'z', [](Input&, Bench& bench) { bench.engine.toggleScrollMode(); }},
+    {'o', [](Input&, Bench& bench) { bench.engine.mObjectMoveMode = !bench.engine.mObjectMoveMode; }},
+    {'a', [](Input&, Bench& bench) { bench.engine.mZoomAllAfterView = !bench.engine.mZoomAllAfterView; }},
+    {'b', [](Input& input, Bench& bench) { bench.engine.mTraSensBase = input.signed32(); }},
+    {'B', [](Input& input, Bench& bench) { bench.engine.mRotSensBase = input.signed32(); }},
+    {'h', [](Input& input, Bench& bench) { bench.plugin.mMinThreshold = input.signed32(); }},
+    {'e', orderEntity},
+    {'S', orderSelection},
+    {'m', orderMark},
+    {'l', orderLayout},
+    {'V', orderVariable},
+    {'w', orderWindow},
+    {'k', [](Input& input, Bench& bench) { bench.plugin.mPendingKey = input.signed32(); }},
+    {'c', [](Input& input, Bench& bench) { bench.plugin.mPendingSpecial = kFirstEvent + input.byte(); }},
+    {'C', [](Input& input, Bench& bench) { bench.plugin.mPendingSpecial = input.signed32(); }},
+    {'M', [](Input& input, Bench& bench) { bench.engine.mMenuEntries.push_back(input.text(kMacro)); }},
+    {'d', orderDocument},
+    {'q', [](Input&, Bench&) { host::runQueue(); }},
+    {'f', orderFault}};
 
 /// An order, also if an ordered fault strikes: in a pass, whose loop would catch it, or in what is done here
 /// to the host itself. Out of a tick nothing may come.
 void tryToObey(std::uint8_t letter, Input& input, Bench& bench) {
   try {
-    obey(letter, input, bench);
+    for (const auto& [own, order] : kOrders)
+      if (own == letter)
+        order(input, bench);
   } catch (const call_log::InjectedFault&) {
     require(bench.hadFault && letter != 't', "thrown only what was ordered, and never out of a tick");
   }
 }
 
 bool isFiniteView(const host::ViewState& v) {
-  return isFinite(v.position - AcGePoint3d(0, 0, 0)) && isFinite(v.target - AcGePoint3d(0, 0, 0)) &&
-         isFinite(v.up) && std::isfinite(v.fieldWidth) && std::isfinite(v.fieldHeight);
+  const double numbers[] = {v.position.x, v.position.y, v.position.z, v.target.x,   v.target.y,   v.target.z,
+                            v.up.x,       v.up.y,       v.up.z,       v.fieldWidth, v.fieldHeight};
+  return std::all_of(std::begin(numbers), std::end(numbers),
+                     [](double number) { return std::isfinite(number); });
 }
 
 /// The cap is let go, on a host that is whole again.
@@ -262,9 +196,8 @@ void release(Bench& bench) {
   call_log::clear();
   host::setHasDocument(true);
   host::setHasDocumentManager(true);
-  OvAutoCad& p = bench.plugin;
-  p.mCapX = p.mCapY = p.mCapZ = p.mCapA = p.mCapB = p.mCapC = 0;
-  p.mMinThreshold = 0;
+  rig::setSample(bench.plugin, 0, 0, 0);
+  bench.plugin.mMinThreshold = 0;
   require(!bench.engine.handleDeviceCap(), "six zeros are a release");
   require(!bench.engine.mCapIsMoving, "at rest after a release");
   const host::Held held = host::held();
@@ -285,11 +218,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::uint8_t letter = input.byte();
     const bool wasFinite = isFiniteView(host::view());
     tryToObey(letter, input, bench);
-    require(host::viewCounts().nonFiniteCalls == 0, "the host is told numbers only");
+    require(host::viewCounts().nonFiniteCalls == 0, "the host is told finite numbers only");
     require(letter == 'v' || letter == 'q' || letter == 'd' || !wasFinite || isFiniteView(host::view()),
             "a view stays one");
   }
   release(bench);
-  require(host::viewCounts().nonFiniteCalls == 0, "the host is told numbers only, at the release too");
+  require(host::viewCounts().nonFiniteCalls == 0, "the host is told finite numbers only, at the release too");
   return 0;
 }

@@ -13,9 +13,13 @@ def seed(target, name, data):
     (folder / name).write_bytes(data.encode() if isinstance(data, str) else data)
 
 
+# The target files: a byte says which kind of file stands behind it.
+CONFIG, SETTINGS, MENU = b"\x00", b"\x01", b"\x02"
+
+
 def ordered(orders, text):
-    """A file behind the orders for it."""
-    return bytes([len(orders)]) + orders + text.encode()
+    """A section-and-parameter file behind the orders for it."""
+    return CONFIG + bytes([len(orders)]) + orders + text.encode()
 
 
 # ---- Section-and-parameter files
@@ -27,11 +31,11 @@ def write(by_place, section, name, offset, value):
     return bytes([by_place, section, name, offset, len(value)]) + value.encode()
 
 
-seed("cnfg", "read", ordered(b"", plain))
-seed("cnfg", "write", ordered(write(0, 2, 2, 0, "new") + write(0, 3, 5, 0, "a # b"), plain))
-seed("cnfg", "write_at", ordered(write(1, 2, 2, 4, "new") + write(1, 3, 3, 0, "") + write(1, 2, 2, 99, "far"), plain))
-seed("cnfg", "returns", ordered(write(0, 2, 2, 0, "new"), plain.replace("\n", "\r\n") + "\r\n\r\n"))
-seed("cnfg", "brackets", ordered(write(0, 4, 3, 0, "v"), "[S\na=1\n []\n=x\nb\n[ U ] tail\nb = 2\n"))
+seed("files", "config_read", ordered(b"", plain))
+seed("files", "config_write", ordered(write(0, 2, 2, 0, "new") + write(0, 3, 5, 0, "a # b"), plain))
+seed("files", "config_write_at", ordered(write(1, 2, 2, 4, "new") + write(1, 3, 3, 0, "") + write(1, 2, 2, 99, "far"), plain))
+seed("files", "config_returns", ordered(write(0, 2, 2, 0, "new"), plain.replace("\n", "\r\n") + "\r\n\r\n"))
+seed("files", "config_brackets", ordered(write(0, 4, 3, 0, "v"), "[S\na=1\n []\n=x\nb\n[ U ] tail\nb = 2\n"))
 
 values = [
     ("name", "AutoCAD Plug-in"), ("version", "2.9.0"), ("transSensBase", "20000"), ("rotSensBase", "10000"),
@@ -52,30 +56,19 @@ def settings(changes=(), without=(), between=" = ", end="\n"):
     return text
 
 
-seed("settings", "whole", settings())
-seed("settings", "lacks_a_key", settings(without=("tmp",)))
-seed("settings", "odd_values", settings([("transSensBase", "99999999999"), ("rotSensBase", "-12x"),
-                                        ("minThreshold", "none"), ("name", "= a\tb")]))
-seed("settings", "returns", settings(end="\r\n", between="="))
-seed("settings", "empty", "")
+seed("files", "settings_whole", SETTINGS + settings().encode())
+seed("files", "settings_lacks_a_key", SETTINGS + settings(without=("tmp",)).encode())
+seed("files", "settings_odd_values", SETTINGS + settings([("transSensBase", "99999999999"), ("rotSensBase", "-12x"),
+                                                             ("minThreshold", "none"), ("name", "= a\tb")]).encode())
+seed("files", "settings_returns", SETTINGS + settings(end="\r\n", between="=").encode())
+seed("files", "settings_empty", SETTINGS)
 
-seed("menu", "modes_and_macros",
-     "[Modes]\nNone\n2D = 1\n3D = 2\n\n[MenuBar]\nA = {id}_LINE;1,1;|rest\nB = {x}M=*P1\nC = no macro\nD = {}\n"
-     "E = {e}^C^C_ZOOM;_ALL\n")
-seed("menu", "no_modes", "[MenuBar]\nA={a}b\n")
-seed("menu", "many_cuts", "[Modes]\nx\n[MenuBar]\na = }}|}\nb = };;;\nc = } |\nd = }M=;M=\nf = }\xe4\xff;#g\n")
-
-# ---- Sessions
-
-seed("session", "device", "0 device motion 0 0 -300 0 32767 -32768\n0.5 device view front\n0.5 device zoom\n"
-     "1 device key 100000\n1.5 device rotation -13 zoomall\n2 device rotation 0x10\n2 device mode\n"
-     "2.25 device event 0x20013\n3e0 device away 1.5\n")
-seed("session", "host", "# comment\n0 host select 1 4 2\n0 host select all\n0 host select line # x\n"
-     "1 host type OV_Toggle_Object_Move_Mode # too\n1 host layout on\n2 host perspective off\n2 host pointer tree\n"
-     "3 host look 1 2 3 0 0 0 0 0 1e0\n3 host fit\n4 host caption Gr\u00fc\u00dfe\n86400 host wait\n")
-seed("session", "bad", "0 nobody x\n1 device motion 1 2\n0.5 host look 0 0 1 0 0 0 0 0 1\nx\n2 device view up\n"
-     "1e999 host wait\n3 device event -1\n")
-seed("session", "mark_and_returns", "\ufeff0 host wait\r\n\r\n1 device zoom\r\n")
+seed("files", "menu_modes_and_macros", MENU +
+     b"[Modes]\nNone\n2D = 1\n3D = 2\n\n[MenuBar]\nA = {id}_LINE;1,1;|rest\nB = {x}M=*P1\nC = no macro\nD = {}\n"
+     b"E = {e}^C^C_ZOOM;_ALL\n")
+seed("files", "menu_no_modes", MENU + b"[MenuBar]\nA={a}b\n")
+seed("files", "menu_many_cuts", MENU +
+     "[Modes]\nx\n[MenuBar]\na = }}|}\nb = };;;\nc = } |\nd = }M=;M=\nf = }\xe4\xff;#g\n".encode())
 
 # ---- Drawings
 
@@ -189,20 +182,20 @@ seed("engine", "no_numbers", b"".join(view(1, above, origin, upright, TEN, bad) 
                                      for bad in (NAN, INF, MAX, DENORM)))
 seed("engine", "rotation_codes", view(1, above, origin, upright, TEN, TEN) + b"".join(
     b"r" + struct.pack("<i", code) + all_axes + b"p" for code in (0, 1, 2, 3, 4, 9, 13, 104, -1, 2**31 - 1, -2**31)))
-seed("engine", "no_divisors", b"b" + bytes(8) + full + passes)
-seed("engine", "selection", b"".join(three) + b"S\x01" + b"x\x01" + all_axes + passes + b"S\x07" + sample(0, 0, 0, 0, 0, 0) +
-     b"p" + all_axes + passes + b"x\x03" + all_axes + passes)
-seed("engine", "refusing_objects", b"".join(three) + b"S\x07x\x03" + b"m\x00\x01m\x01\x02m\x02\x04" + full + passes)
+seed("engine", "no_divisors", b"b" + bytes(4) + b"B" + bytes(4) + full + passes)
+seed("engine", "selection", b"".join(three) + b"S\x01" + b"y" + all_axes + passes + b"S\x07" + sample(0, 0, 0, 0, 0, 0) +
+     b"p" + all_axes + passes + b"o" + all_axes + passes)
+seed("engine", "refusing_objects", b"".join(three) + b"S\x07o" + b"m\x00\x01m\x01\x02m\x02\x04" + full + passes)
 seed("engine", "layout", b"l\x01" + TEN + TEN + TEN + ZERO + ZERO + all_axes + passes + b"l\x01" + TEN + ZERO + INF + NAN + ZERO +
      full + passes + b"l\x00" + ONE * 5 + b"pt")
-seed("engine", "layout_selection", b"".join(three) + b"S\x07x\x03l\x01" + TEN * 3 + ZERO * 2 + all_axes + passes)
+seed("engine", "layout_selection", b"".join(three) + b"S\x07ol\x01" + TEN * 3 + ZERO * 2 + all_axes + passes)
 seed("engine", "no_variables", b"V\x01\x01" + all_axes + b"pV\x00\x01p" + b"V\x01\x00\xff\xffp")
 windows = b"w\x04\x00" + struct.pack("<4h", 0, 0, 100, 100) + struct.pack("<4i", 0, 2000, 10, 5) + struct.pack("<2h", 5, 5)
 child = b"w\x0e\x02" + struct.pack("<4h", 0, 0, 50, 50) + struct.pack("<8i", 0, 20, 1, 0, -1, 2**31 - 1, -1, 7) + struct.pack("<2h", 5, 5)
 wheel = b"w\x00\x01" + struct.pack("<4h", 0, 0, 100, 100) + struct.pack("<2h", 5, 5)
 seed("engine", "scrolling", windows + all_axes + passes + child + full + passes)
 seed("engine", "wheel", wheel + full + passes + sample(0, 5, 5, 0, 0, 0) + passes)
-seed("engine", "keys", b"M\x0a_LINE;1,1;" + b"M\x05M=*P1" + b"k" + struct.pack("<i", 0) + b"tqk" + struct.pack("<i", 1) + b"tqk" +
-     struct.pack("<i", 2**31 - 1) + b"t" + b"".join(b"c\x01" + bytes([c]) + b"tq" for c in (9, 10, 11, 12, 0x16, 0x17, 0x18, 0x99)))
+seed("engine", "keys", b"M_LINE;1,1;ZE" + b"MM=*P1;_ALL;2" + b"k" + struct.pack("<i", 0) + b"tqk" + struct.pack("<i", 1) + b"tqk" +
+     struct.pack("<i", 2**31 - 1) + b"t" + b"".join(b"c" + bytes([c]) + b"tq" for c in (9, 10, 11, 12, 0x16, 0x17, 0x18, 0x99)))
 seed("engine", "no_document", full + b"pd\x01" + full + b"pd\x02pd\x08p" + b"k" + bytes(4) + b"t")
 seed("engine", "faults", b"".join(three) + b"S\x07" + full + b"f\x03\x00pf\x05\x01pf\x09\x01tf\x0c\x00p")

@@ -11,20 +11,17 @@ namespace call_log {
 
 namespace {
 
-constexpr std::size_t kSlots = 8192;
-/// The worker looks by itself so often, and is woken only when there is much to do: waking it for each record
-/// would cost the caller more than the record.
+constexpr std::size_t kMostWaiting = 8192; // records
+/// How often the worker looks: waking it for each record would cost the caller more than the record.
 constexpr std::chrono::milliseconds kWorkerNap{5};
 
-/// Between the callers and the worker: records in the order in which they came. Slots keep their memory.
-struct Ring {
+/// Between the callers and the worker.
+struct Waiting {
   std::mutex mutex;
-  std::condition_variable isFilled;  // for the worker
-  std::condition_variable isEmptied; // for callers and flushTrace()
-  std::vector<Record> slots{kSlots};
-  std::size_t first = 0;
-  std::size_t count = 0;
-  bool isWorking = false; // the worker has taken a record that the sink hasn't had yet
+  std::condition_variable isToEndNow; // for the worker
+  std::condition_variable isEmptied;  // for callers and flushTrace()
+  std::vector<Record> records;        // in the order in which they came
+  bool isWorking = false;             // the worker has taken records that the sink hasn't had yet
   bool isToEnd = false;
   bool isWarm = false; // the worker has waited once
   std::function<void(Record&&)> sink;
@@ -32,9 +29,9 @@ struct Ring {
   std::thread worker;
 };
 
-Ring& ring() {
-  static Ring* const ringP = new Ring; // see state()
-  return *ringP;
+Waiting& waiting() {
+  static Waiting* const waitingP = new Waiting; // see state()
+  return *waitingP;
 }
 
 std::atomic<std::int64_t> gOrder{0};
@@ -58,60 +55,41 @@ double unixSeconds() {
   return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
 }
 
-void beginRecord(Record& record, const char* name) {
+Record beginRecord(const char* name) {
+  Record record;
   record.name = name;
-  record.in.clear();
-  record.text.clear();
-  record.out.clear();
-  record.outText.clear();
-  record.threw = record.isBracketed = record.isBracket = false;
-  record.note.clear();
   record.thread = threadState().number;
   record.entered = ++gOrder;
   record.seconds = unixSeconds();
+  return record;
 }
 
-/// Hands a copy to the worker.
-void push(const Record& record, bool isEntry) {
-  Ring& r = ring();
-  std::unique_lock<std::mutex> lock(r.mutex);
-  while (r.count == kSlots) {
-    r.isFilled.notify_one();
-    r.isEmptied.wait(lock);
-  }
-  Record& slot = r.slots[(r.first + r.count++) % kSlots];
-  slot = record;
-  slot.order = ++gOrder;
+/// Hands a record to the worker.
+void push(Record record, bool isEntry) {
+  Waiting& w = waiting();
+  std::unique_lock<std::mutex> lock(w.mutex);
+  w.isEmptied.wait(lock, [&w] { return w.records.size() < kMostWaiting; });
+  record.order = ++gOrder;
   if (isEntry)
-    slot.entered = slot.order;
-  if (r.count == kSlots / 2)
-    r.isFilled.notify_one();
+    record.entered = record.order;
+  w.records.push_back(std::move(record));
 }
 
 void work() {
-  Ring& r = ring();
-  Record record;
-  std::unique_lock<std::mutex> lock(r.mutex);
-  for (;;) {
-    while (r.count > 0) {
-      std::swap(record, r.slots[r.first]);
-      r.first = (r.first + 1) % kSlots;
-      --r.count;
-      r.isWorking = true;
-      lock.unlock();
-      r.sink(std::move(record));
-      lock.lock();
-      r.isWorking = false;
-      if (r.count == 0 || r.count == kSlots / 2)
-        r.isEmptied.notify_all();
-    }
-    if (r.isToEnd)
-      return;
-    r.isFilled.wait_for(lock, kWorkerNap);
-    if (!r.isWarm) {
-      r.isWarm = true;
-      r.isEmptied.notify_all();
-    }
+  Waiting& w = waiting();
+  std::unique_lock<std::mutex> lock(w.mutex);
+  while (!w.isToEnd || !w.records.empty()) {
+    w.isToEndNow.wait_for(lock, kWorkerNap, [&w] { return w.isToEnd; });
+    w.isWarm = true;
+    std::vector<Record> taken;
+    taken.swap(w.records);
+    w.isWorking = true;
+    lock.unlock();
+    for (Record& record : taken)
+      w.sink(std::move(record));
+    lock.lock();
+    w.isWorking = false;
+    w.isEmptied.notify_all();
   }
 }
 
@@ -128,7 +106,7 @@ Record* beginCall(const char* name, bool& isEntered) {
   isEntered = true;
   if (++t.depth > (t.isBracketOpen ? 2 : 1))
     return nullptr;
-  beginRecord(t.call, name);
+  t.call = beginRecord(name);
   t.call.isBracketed = t.isBracketOpen;
   return &t.call;
 }
@@ -157,10 +135,10 @@ bool openBracket(const char* name) {
   ThreadState& t = threadState();
   if (++t.depth > 1)
     return true;
-  if (ring().note)
-    ring().note(false);
+  if (waiting().note)
+    waiting().note(false);
   t.isBracketOpen = true;
-  beginRecord(t.bracket, name);
+  t.bracket = beginRecord(name);
   t.bracket.isBracket = true;
   push(t.bracket, true);
   return true;
@@ -171,8 +149,8 @@ void closeBracket() {
   if (--t.depth > 0)
     return;
   t.isBracketOpen = false;
-  if (ring().note)
-    t.bracket.note = ring().note(true);
+  if (waiting().note)
+    t.bracket.note = waiting().note(true);
   push(t.bracket, false);
 }
 
@@ -180,49 +158,46 @@ void closeBracket() {
 
 void startTrace(std::function<void(Record&&)> sink) {
   stopTrace();
-  Ring& r = ring();
-  r.sink = std::move(sink);
-  r.isToEnd = false;
-  r.isWarm = false;
-  r.worker = std::thread(work);
+  Waiting& w = waiting();
+  w.sink = std::move(sink);
+  w.isToEnd = w.isWarm = false;
+  w.worker = std::thread(work);
   // Threads, waits and thread-local objects ask the system's loader at their first use on Windows, some of them with a
-  // lock held. A module that makes calls while it is being loaded would then wait for the worker, and the worker for it.
+  // lock held. A module that makes calls while it is being loaded would then wait for the worker, and the worker for
+  // it.
   threadState();
   unixSeconds();
   {
-    std::unique_lock<std::mutex> lock(r.mutex);
-    r.isEmptied.wait(lock, [&r] { return r.isWarm; });
+    std::unique_lock<std::mutex> lock(w.mutex);
+    w.isEmptied.wait(lock, [&w] { return w.isWarm; });
   }
   detail::gIsTracing = true;
   detail::refreshActive();
 }
 
 void flushTrace() {
-  Ring& r = ring();
-  std::unique_lock<std::mutex> lock(r.mutex);
-  while (r.count > 0 || r.isWorking) {
-    r.isFilled.notify_one();
-    r.isEmptied.wait_for(lock, kWorkerNap);
-  }
+  Waiting& w = waiting();
+  std::unique_lock<std::mutex> lock(w.mutex);
+  w.isEmptied.wait(lock, [&w] { return (w.records.empty() && !w.isWorking) || !w.worker.joinable(); });
 }
 
 void stopTrace() {
-  Ring& r = ring();
-  if (!r.worker.joinable())
+  Waiting& w = waiting();
+  if (!w.worker.joinable())
     return;
   detail::gIsTracing = false;
   detail::refreshActive();
   {
-    const std::lock_guard<std::mutex> lock(r.mutex);
-    r.isToEnd = true;
+    const std::lock_guard<std::mutex> lock(w.mutex);
+    w.isToEnd = true;
   }
-  r.isFilled.notify_one();
-  r.worker.join();
-  r.sink = nullptr;
+  w.isToEndNow.notify_one();
+  w.worker.join();
+  w.sink = nullptr;
 }
 
 void noteBrackets(std::function<std::string(bool)> note) {
-  ring().note = std::move(note);
+  waiting().note = std::move(note);
 }
 
 } // namespace call_log

@@ -46,8 +46,6 @@ std::vector<Action> Session::actionsOf(Who who) const {
 }
 
 Session parse(std::string_view text, const std::string& fileName) {
-  if (text.size() > kMaxFileBytes)
-    return failed(fileName, "larger than " + std::to_string(kMaxFileBytes / 1000000) + " MB");
   if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark)
     text.remove_prefix(kByteOrderMark.size());
   if (text.find('\0') != std::string_view::npos)
@@ -61,7 +59,6 @@ Session parse(std::string_view text, const std::string& fileName) {
     if (!line.empty() && line.back() == '\r')
       line.remove_suffix(1);
     try {
-      checkIsText(line);
       if (Words(line).isAtEnd())
         continue;
       session.mActions.push_back(readLine(line, earliest));
@@ -84,13 +81,7 @@ Session read(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   if (!file)
     return failed(path, std::string("can't be opened: ") + std::strerror(errno));
-  // One byte more than allowed tells a file that is too large from one that just fits, also where no size is
-  // known.
-  std::string text(kMaxFileBytes + 1, '\0');
-  file.read(text.data(), static_cast<std::streamsize>(text.size()));
-  if (file.bad())
-    return failed(path, "can't be read");
-  text.resize(static_cast<std::size_t>(file.gcount()));
+  const std::string text(std::istreambuf_iterator<char>(file), {});
   return parse(text, path);
 }
 
@@ -99,7 +90,6 @@ bool parseDeviceLine(std::string_view line, Action& action, std::string& error) 
   if (!line.empty() && line.back() == '\r')
     line.remove_suffix(1);
   try {
-    checkIsText(line);
     Words words(line);
     if (words.isAtEnd())
       return false;

@@ -8,7 +8,8 @@
 #include <vector>
 
 /// Sessions: text files that say what happens when, to the device and at the host. Daemon and host read the
-/// same file, each plays its own lines. Nothing here keeps state; all may be called from any thread.
+/// same file, each plays its own lines. Who writes one means well: mistakes are named, nothing guards against
+/// malice. Nothing here keeps state; all may be called from any thread.
 ///
 ///     # seconds  who     what
 ///     0.5        device  motion 0 0 300 0 0 0
@@ -74,7 +75,6 @@ constexpr EventName kEventNames[] = {
 std::string eventName(std::int32_t code);
 constexpr int kMaxKey = 100000;
 
-constexpr std::size_t kMaxFileBytes = 10 * 1000 * 1000;
 /// Longest time and longest absence, seconds: one day.
 constexpr double kMaxSeconds = 86400;
 
@@ -94,7 +94,7 @@ struct Action {
   std::vector<int> mObjects; ///< numbers of objects in drawing order, from 1
   Pointer mPointer = Pointer::none;
   std::array<double, 9> mLook{}; ///< eye x y z, target x y z, up x y z; world coordinates
-  std::string mText;             ///< UTF-8, no control characters but tab
+  std::string mText;             ///< UTF-8
 };
 
 /// What came of reading a session. If anything was wrong, mActions is empty: nothing is to be played.
@@ -107,7 +107,7 @@ struct Session {
   std::vector<Action> actionsOf(Who who) const;
 };
 
-/// Reads a session from a file. Missing, unreadable, too large or binary files are errors like bad lines.
+/// Reads a session from a file. A missing file, a folder or a binary file is an error like a bad line.
 Session read(const std::string& path);
 
 /// Reads a session from a text in memory; fileName is for the error messages.

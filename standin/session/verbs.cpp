@@ -12,8 +12,7 @@ namespace {
 template <class Number> constexpr std::int64_t kMin = std::numeric_limits<Number>::min();
 template <class Number> constexpr std::int64_t kMax = std::numeric_limits<Number>::max();
 
-constexpr std::size_t kMaxObjects = 10000; ///< that one line may select
-constexpr double kMaxCoordinate = 1e12;    ///< drawing units
+constexpr double kMaxCoordinate = 1e12; ///< drawing units
 /// Shortest up vector and view direction that still say something, drawing units.
 constexpr double kMinLength = 1e-9;
 
@@ -27,10 +26,6 @@ Value oneOf(Words& words, const std::string& what, const std::map<std::string_vi
   for (const auto& [name, value] : choices)
     names += (names.empty() ? "" : ", ") + std::string(name);
   throw LineError("unknown " + what + " " + quoted(found) + "; known: " + names);
-}
-
-bool onOrOff(Words& words) {
-  return oneOf<bool>(words, "state", {{"on", true}, {"off", false}});
 }
 
 void readMotion(Words& words, Action& action) {
@@ -88,11 +83,8 @@ void readSelect(Words& words, Action& action) {
     return;
   }
   action.mSelection = Selection::objects;
-  while (!words.isAtEnd()) {
-    if (action.mObjects.size() == kMaxObjects)
-      throw LineError("more than " + std::to_string(kMaxObjects) + " objects");
+  while (!words.isAtEnd())
     action.mObjects.push_back(static_cast<int>(words.integer("object number", 1, kMax<int>)));
-  }
 }
 
 void readText(Words& words, Action& action) {
@@ -100,7 +92,7 @@ void readText(Words& words, Action& action) {
 }
 
 void readOnOff(Words& words, Action& action) {
-  action.mIsOn = onOrOff(words);
+  action.mIsOn = oneOf<bool>(words, "state", {{"on", true}, {"off", false}});
 }
 
 void readPointer(Words& words, Action& action) {

@@ -36,10 +36,7 @@ private:
   std::string_view mRest; ///< starts with a word or is empty
 };
 
-/// Throws LineError unless the line is UTF-8 without control characters other than tab.
-void checkIsText(std::string_view line);
-
-/// The word in quotes for a message, cut if it is long.
+/// The word in quotes for a message.
 std::string quoted(std::string_view word);
 
 } // namespace session

@@ -42,12 +42,6 @@ SYSTEMTIME partsOf(const timespec& moment) {
 
 namespace desktop {
 
-void watchThisThread() {
-  State& s = state();
-  const Lock lock(s.mutex);
-  s.watchedThread = GetCurrentThreadId();
-}
-
 void holdClock() {
   State& s = state();
   const Lock lock(s.mutex);
@@ -55,7 +49,7 @@ void holdClock() {
   s.isClockHeld = true;
   s.watchedThread = GetCurrentThreadId();
   s.sleeps.clear();
-  detail::wakeAll(s);
+  s.changed.notify_all();
 }
 
 void releaseClock() {
@@ -66,7 +60,7 @@ void releaseClock() {
   s.isClockHeld = false;
   // Goes on from where it was held, so that no timer jumps.
   s.clockSkew += s.heldTime - detail::clockNow(s);
-  detail::wakeAll(s);
+  s.changed.notify_all();
 }
 
 void advanceClock(DWORD milliseconds) {

@@ -56,8 +56,6 @@ bool readBar(State& s, HWND window, int bar, SCROLLINFO& info) {
     info.nPage = found->page;
   if ((info.fMask & SIF_POS) != 0)
     info.nPos = found->position;
-  if ((info.fMask & SIF_TRACKPOS) != 0)
-    info.nTrackPos = found->position;
   return true;
 }
 

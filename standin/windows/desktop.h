@@ -46,12 +46,10 @@ struct Window {
   int updates = 0; ///< calls of UpdateWindow
 };
 
-/// Adds a window below its siblings, as Windows does with children: the first one added is the topmost.
+/// Adds a window behind its siblings: the first one added is the topmost.
 HWND addWindow(const Window& window);
 /// Removes a window and all below it in the tree; their handles are not given out again.
 void removeWindow(HWND window);
-/// Brings a window to the top of its siblings.
-void raiseWindow(HWND window);
 /// Lets the function change a window's record. It must not call back into the desktop. Nothing for no window.
 void changeWindow(HWND window, const std::function<void(Window&)>& change);
 /// A copy of a window's record; an empty one if there is no such window.
@@ -64,14 +62,10 @@ RECT rectangle(int left, int top, int width, int height);
 
 // ---- Clock ------------------------------------------------------------------------------------------------
 
-/// From now on the calling thread is the one whose sleeps are reported to call_log.h. A program's main
-/// thread, or the thread that runs a test, says this of itself; until one has, no sleep is reported.
-void watchThisThread();
-
-/// Takes the clock in hand and watches this thread: time stands still, apart from advanceClock(), the tick
-/// step and the sleeps of the watched thread, which pass at once and move the clock. Sleeps of other threads
-/// last one real millisecond, however long they were meant to be, and leave the clock alone. All are noted in
-/// sleeps().
+/// Takes the clock in hand and watches this thread, whose sleeps are reported to call_log.h from now on: time
+/// stands still, apart from advanceClock(), the tick step and the sleeps of the watched thread, which pass at
+/// once and move the clock. Sleeps of other threads last one real millisecond, however long they were meant
+/// to be, and leave the clock alone. All are noted in sleeps().
 void holdClock();
 /// Lets the clock run again from where it stands.
 void releaseClock();
@@ -96,9 +90,7 @@ std::vector<SleepRecord> sleeps();
 
 struct TimerRecord {
   UINT_PTR id = 0;
-  DWORD threadId = 0;
   UINT interval = 0; ///< milliseconds
-  UINT dueIn = 0;    ///< milliseconds from now, 0 for a timer that waits to be delivered
 };
 /// The timers that are armed, of all threads, in the order in which they were armed.
 std::vector<TimerRecord> activeTimers();
@@ -111,7 +103,7 @@ int runMessages();
 /// time.
 int runTimers(DWORD milliseconds);
 
-// ---- Message boxes, beeps, module names -------------------------------------------------------------------
+// ---- Message boxes, module names --------------------------------------------------------------------------
 
 struct MessageBox {
   HWND owner = nullptr;
@@ -123,12 +115,6 @@ struct MessageBox {
 std::vector<MessageBox> messageBoxes();
 /// Answers the boxes from now on, on the thread that shows them; an empty function answers IDOK.
 void setMessageBoxAnswer(std::function<int(const MessageBox&)> answer);
-
-struct BeepRecord {
-  DWORD frequency = 0;
-  DWORD milliseconds = 0;
-};
-std::vector<BeepRecord> beeps();
 
 /// What GetModuleFileNameW answers for every module from now on; without a value, the truth again.
 void setModulePath(const std::optional<std::wstring>& path);

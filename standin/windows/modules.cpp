@@ -42,18 +42,6 @@ std::vector<Module>::iterator find(const void* library) {
                       [library](const Module& module) { return module.loaded == library; });
 }
 
-/// What the module itself exports: dlsym looks into the libraries that it leans on as well, Windows doesn't.
-void* ownSymbol(void* library, const char* name) {
-  void* const symbol = dlsym(library, name);
-  link_map* own = nullptr;
-  link_map* found = nullptr;
-  Dl_info info{};
-  if (symbol == nullptr || dlinfo(library, RTLD_DI_LINKMAP, &own) != 0 ||
-      dladdr1(symbol, &info, reinterpret_cast<void**>(&found), RTLD_DL_LINKMAP) == 0)
-    return nullptr;
-  return own == found ? symbol : nullptr;
-}
-
 /// Path of the module, or of the program for null, with this system's slashes; empty for an unknown module.
 std::string nativePath(HMODULE module) {
   std::error_code error;
@@ -116,7 +104,7 @@ HMODULE WINAPI LoadLibraryA(LPCSTR path) {
   Module module;
   module.loaded = library;
   module.loads = 1;
-  module.entryPoint = reinterpret_cast<EntryPoint>(ownSymbol(library, "DllMain"));
+  module.entryPoint = reinterpret_cast<EntryPoint>(dlsym(library, "DllMain"));
   modules().push_back(module);
   std::atexit(endProcess);
   if (module.entryPoint == nullptr ||
@@ -159,11 +147,8 @@ BOOL WINAPI GetModuleHandleExW(DWORD flags, LPCWSTR address, HMODULE* module) {
 }
 
 FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name) {
-  constexpr std::uintptr_t LAST_ORDINAL = 0xFFFF;
   const std::lock_guard<std::recursive_mutex> lock(loaderMutex());
-  if (find(module) == modules().end() || reinterpret_cast<std::uintptr_t>(name) <= LAST_ORDINAL)
-    return nullptr;
-  return reinterpret_cast<FARPROC>(ownSymbol(module, name));
+  return reinterpret_cast<FARPROC>(find(module) == modules().end() ? nullptr : dlsym(module, name));
 }
 
 DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD count) {

@@ -25,12 +25,6 @@ void setMessageBoxAnswer(std::function<int(const MessageBox&)> answer) {
   s.boxAnswer = std::move(answer);
 }
 
-std::vector<BeepRecord> beeps() {
-  State& s = state();
-  const Lock lock(s.mutex);
-  return s.beeps;
-}
-
 } // namespace desktop
 
 int WINAPI MessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type) {
@@ -52,12 +46,7 @@ int WINAPI MessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type) {
 }
 
 BOOL WINAPI Beep(DWORD frequency, DWORD milliseconds) {
-  if (Call("Beep", frequency, milliseconds).mustFail())
-    return FALSE;
-  State& s = state();
-  const Lock lock(s.mutex);
-  s.beeps.push_back({frequency, milliseconds});
-  return TRUE;
+  return Call("Beep", frequency, milliseconds).mustFail() ? FALSE : TRUE;
 }
 
 DWORD WINAPI GetCurrentProcessId(void) {
@@ -72,10 +61,5 @@ DWORD WINAPI GetFileAttributesA(LPCSTR path) {
   struct stat status {};
   if (path == nullptr || stat(path, &status) != 0)
     return INVALID_FILE_ATTRIBUTES;
-  DWORD attributes = 0;
-  if (S_ISDIR(status.st_mode))
-    attributes |= FILE_ATTRIBUTE_DIRECTORY;
-  if ((status.st_mode & S_IWUSR) == 0)
-    attributes |= FILE_ATTRIBUTE_READONLY;
-  return attributes == 0 ? FILE_ATTRIBUTE_NORMAL : attributes;
+  return S_ISDIR(status.st_mode) ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_NORMAL;
 }

@@ -24,12 +24,7 @@ DWORD ticksNow(const State& s) {
 
 void setHeldTime(State& s, std::int64_t time) {
   s.heldTime = time;
-  wakeAll(s);
-}
-
-void wakeAll(State& s) {
-  for (const auto& entry : s.queues)
-    entry.second->arrived.notify_all();
+  s.changed.notify_all();
 }
 
 Window* find(State& s, HWND window) {
@@ -44,7 +39,6 @@ void reset() {
   detail::State& s = detail::state();
   const std::lock_guard<std::mutex> lock(s.mutex);
   s.windows.clear();
-  s.children.clear();
   s.lastNumber = 0;
   s.pointer = POINT{0, 0};
   s.tickOffset = 0;
@@ -52,17 +46,13 @@ void reset() {
   s.watchedThread = 0;
   s.systemTime.reset();
   s.sleeps.clear();
-  for (const auto& entry : s.queues) {
-    entry.second->posted.clear();
-    entry.second->isQuitting = false;
-  }
+  s.quits.clear();
   // Timer numbers go on: a callback that was about to kill its timer must not hit a new one.
   s.timers.clear();
   s.boxes.clear();
   s.boxAnswer = nullptr;
-  s.beeps.clear();
   s.modulePath.reset();
-  detail::wakeAll(s);
+  s.changed.notify_all();
 }
 
 } // namespace desktop

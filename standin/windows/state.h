@@ -5,9 +5,7 @@
 
 #include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <map>
-#include <memory>
 #include <mutex>
 
 /// What the calls and the desktop share. Internal to this library.
@@ -21,20 +19,10 @@ struct Timer {
   TIMERPROC procedure = nullptr;
 };
 
-/// The messages of one thread.
-struct Queue {
-  std::deque<MSG> posted;
-  bool isQuitting = false;
-  int exitCode = 0;
-  std::condition_variable arrived; ///< a message, or a change of the clock
-};
-
 struct State {
   std::mutex mutex;
 
-  // Windows by number, and for each parent (0 for the top level) its children, topmost first.
-  std::map<unsigned long, Window> windows;
-  std::map<unsigned long, std::vector<unsigned long>> children;
+  std::map<unsigned long, Window> windows; ///< by number; siblings topmost first
   unsigned long lastNumber = 0;
   POINT pointer{0, 0};
 
@@ -47,13 +35,13 @@ struct State {
   std::optional<SYSTEMTIME> systemTime;
   std::vector<SleepRecord> sleeps;
 
-  std::map<DWORD, std::shared_ptr<Queue>> queues;
-  std::vector<Timer> timers; ///< in the order in which they were armed
+  std::map<DWORD, int> quits;      ///< threads whose loop is to end, and their exit codes
+  std::condition_variable changed; ///< for who waits for a message: the clock, or all of the desktop
+  std::vector<Timer> timers;       ///< in the order in which they were armed
   UINT_PTR lastTimerId = 0;
 
   std::vector<MessageBox> boxes;
   std::function<int(const MessageBox&)> boxAnswer;
-  std::vector<BeepRecord> beeps;
   std::optional<std::wstring> modulePath;
 };
 
@@ -67,8 +55,6 @@ std::int64_t clockNow(const State& s);
 DWORD ticksNow(const State& s);
 /// Moves the held clock and wakes who waits for it.
 void setHeldTime(State& s, std::int64_t time);
-/// Wakes all threads that wait for a message, so that they look at clock and queue again.
-void wakeAll(State& s);
 /// A window's record, or null.
 Window* find(State& s, HWND window);
 

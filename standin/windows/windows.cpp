@@ -17,44 +17,30 @@ HWND handle(unsigned long number) {
   return reinterpret_cast<HWND>(static_cast<std::uintptr_t>(number));
 }
 
-/// The list of siblings that a window stands in.
-std::vector<unsigned long>& siblings(State& s, const Window& window) {
-  return s.children[desktop::number(window.parent)];
-}
-
-void removeTree(State& s, unsigned long number) {
-  const std::vector<unsigned long> below = s.children[number];
-  for (const unsigned long child : below)
-    removeTree(s, child);
-  s.children.erase(number);
-  s.windows.erase(number);
-}
-
 bool contains(const RECT& rect, POINT point) {
   return point.x >= rect.left && point.x < rect.right && point.y >= rect.top && point.y < rect.bottom;
 }
 
 /// The topmost visible child of a window at a point; null if there is none.
-HWND childAt(State& s, HWND parent, POINT point) {
-  for (const unsigned long child : s.children[desktop::number(parent)]) {
-    const Window& window = s.windows[child];
-    if (window.isVisible && contains(window.rect, point))
-      return handle(child);
-  }
+HWND childAt(const State& s, HWND parent, POINT point) {
+  for (const auto& [number, window] : s.windows)
+    if (window.parent == parent && window.isVisible && contains(window.rect, point))
+      return handle(number);
   return nullptr;
 }
 
-/// What GetWindow gives for a window that there is.
-HWND neighbour(State& s, HWND window, const Window& record, UINT command) {
-  if (command == GW_CHILD) {
-    const auto below = s.children.find(desktop::number(window));
-    return below == s.children.end() || below->second.empty() ? nullptr : handle(below->second.front());
-  }
-  if (command != GW_HWNDNEXT)
-    return nullptr;
-  const std::vector<unsigned long>& list = siblings(s, record);
-  const auto it = std::find(list.begin(), list.end(), desktop::number(window));
-  return list.end() - it < 2 ? nullptr : handle(*(it + 1));
+/// The topmost child of a window whose number is above that one; null if there is none.
+HWND childAfter(const State& s, HWND parent, unsigned long number) {
+  for (auto it = s.windows.upper_bound(number); it != s.windows.end(); ++it)
+    if (it->second.parent == parent)
+      return handle(it->first);
+  return nullptr;
+}
+
+void removeTree(State& s, HWND window) {
+  while (const HWND child = childAfter(s, window, 0))
+    removeTree(s, child);
+  s.windows.erase(desktop::number(window));
 }
 
 } // namespace
@@ -66,44 +52,22 @@ HWND addWindow(const Window& window) {
   const Lock lock(s.mutex);
   if (window.parent != nullptr && find(s, window.parent) == nullptr)
     throw std::invalid_argument("addWindow: no such parent");
-  const unsigned long number = ++s.lastNumber;
-  s.windows[number] = window;
-  siblings(s, window).push_back(number);
-  return handle(number);
+  s.windows[++s.lastNumber] = window;
+  return handle(s.lastNumber);
 }
 
 void removeWindow(HWND window) {
   State& s = state();
   const Lock lock(s.mutex);
-  const Window* const record = find(s, window);
-  if (record == nullptr)
-    return;
-  std::vector<unsigned long>& list = siblings(s, *record);
-  list.erase(std::find(list.begin(), list.end(), number(window)));
-  removeTree(s, number(window));
-}
-
-void raiseWindow(HWND window) {
-  State& s = state();
-  const Lock lock(s.mutex);
-  const Window* const record = find(s, window);
-  if (record == nullptr)
-    return;
-  std::vector<unsigned long>& list = siblings(s, *record);
-  const auto it = std::find(list.begin(), list.end(), number(window));
-  std::rotate(list.begin(), it, it + 1);
+  if (window != nullptr)
+    removeTree(s, window);
 }
 
 void changeWindow(HWND window, const std::function<void(Window&)>& change) {
   State& s = state();
   const Lock lock(s.mutex);
-  Window* const record = find(s, window);
-  if (record == nullptr)
-    return;
-  // The lists of siblings hang on it.
-  const HWND parent = record->parent;
-  change(*record);
-  record->parent = parent;
+  if (Window* const record = find(s, window))
+    change(*record);
 }
 
 Window window(HWND window) {
@@ -175,7 +139,12 @@ HWND WINAPI GetWindow(HWND window, UINT command) {
   State& s = state();
   const Lock lock(s.mutex);
   const Window* const record = call.mustFail() ? nullptr : find(s, window);
-  return call.returns(record == nullptr ? nullptr : neighbour(s, window, *record, command));
+  HWND found = nullptr;
+  if (record != nullptr && command == GW_CHILD)
+    found = childAfter(s, window, 0);
+  else if (record != nullptr && command == GW_HWNDNEXT)
+    found = childAfter(s, record->parent, desktop::number(window));
+  return call.returns(found);
 }
 
 BOOL WINAPI PtInRect(const RECT* rect, POINT point) {

@@ -26,11 +26,7 @@ using BYTE = std::uint8_t;
 using WORD = std::uint16_t;
 using DWORD = std::uint32_t;
 using UINT = std::uint32_t;
-using INT = int;
 using LONG = std::int32_t;
-using ULONG = std::uint32_t;
-using CHAR = char;
-using WCHAR = wchar_t;
 using INT_PTR = std::intptr_t;
 using UINT_PTR = std::uintptr_t;
 using LONG_PTR = std::intptr_t;
@@ -65,11 +61,6 @@ using TIMERPROC = void(CALLBACK*)(HWND window, UINT message, UINT_PTR timerId, D
 struct POINT {
   LONG x;
   LONG y;
-};
-
-struct SIZE {
-  LONG cx;
-  LONG cy;
 };
 
 struct RECT {
@@ -126,27 +117,19 @@ constexpr DWORD INFINITE = 0xFFFFFFFF;
 
 constexpr int DLL_PROCESS_DETACH = 0;
 constexpr int DLL_PROCESS_ATTACH = 1;
-constexpr int DLL_THREAD_ATTACH = 2;
-constexpr int DLL_THREAD_DETACH = 3;
 
 constexpr DWORD GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS = 0x00000004;
 
 constexpr DWORD WAIT_OBJECT_0 = 0;
 constexpr DWORD WAIT_TIMEOUT = 258;
 
-constexpr int WM_NULL = 0x0000;
 constexpr int WM_QUIT = 0x0012;
 constexpr int WM_TIMER = 0x0113;
 constexpr int WM_HSCROLL = 0x0114;
 constexpr int WM_VSCROLL = 0x0115;
 constexpr int WM_MOUSEWHEEL = 0x020A;
-constexpr int WM_USER = 0x0400;
-constexpr int WM_APP = 0x8000;
 
 constexpr int WHEEL_DELTA = 120;
-
-constexpr int PM_NOREMOVE = 0;
-constexpr int PM_REMOVE = 1;
 
 constexpr int GW_HWNDNEXT = 2;
 constexpr int GW_CHILD = 5;
@@ -154,15 +137,12 @@ constexpr int GW_CHILD = 5;
 constexpr int SB_HORZ = 0;
 constexpr int SB_VERT = 1;
 constexpr int SB_LINEUP = 0;
-constexpr int SB_LINELEFT = 0;
 constexpr int SB_LINEDOWN = 1;
-constexpr int SB_LINERIGHT = 1;
 
 constexpr int SIF_RANGE = 0x01;
 constexpr int SIF_PAGE = 0x02;
 constexpr int SIF_POS = 0x04;
-constexpr int SIF_TRACKPOS = 0x10;
-constexpr int SIF_ALL = SIF_RANGE | SIF_PAGE | SIF_POS | SIF_TRACKPOS;
+constexpr int SIF_ALL = SIF_RANGE | SIF_PAGE | SIF_POS | 0x10;
 
 constexpr UINT USER_TIMER_MINIMUM = 0x0000000A;
 constexpr UINT USER_TIMER_MAXIMUM = 0x7FFFFFFF;
@@ -170,13 +150,9 @@ constexpr UINT USER_TIMER_MAXIMUM = 0x7FFFFFFF;
 constexpr int CP_ACP = 0;
 
 constexpr UINT MB_OK = 0x00000000;
-constexpr UINT MB_OKCANCEL = 0x00000001;
-constexpr UINT MB_ICONERROR = 0x00000010;
 constexpr int IDOK = 1;
-constexpr int IDCANCEL = 2;
 
 constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
-constexpr DWORD FILE_ATTRIBUTE_READONLY = 0x00000001;
 constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x00000010;
 constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x00000080;
 
@@ -186,16 +162,6 @@ constexpr WORD LOWORD(DWORD_PTR value) {
 constexpr WORD HIWORD(DWORD_PTR value) {
   return static_cast<WORD>((value >> 16) & 0xFFFF);
 }
-constexpr LONG MAKELONG(DWORD_PTR low, DWORD_PTR high) {
-  return static_cast<LONG>((low & 0xFFFF) | ((high & 0xFFFF) << 16));
-}
-constexpr LPARAM MAKELPARAM(DWORD_PTR low, DWORD_PTR high) {
-  return static_cast<LPARAM>(static_cast<DWORD>(MAKELONG(low, high)));
-}
-constexpr WPARAM MAKEWPARAM(DWORD_PTR low, DWORD_PTR high) {
-  return static_cast<WPARAM>(static_cast<DWORD>(MAKELONG(low, high)));
-}
-
 extern "C" {
 
 // ---- Time -------------------------------------------------------------------------------------------------
@@ -219,26 +185,21 @@ UINT_PTR WINAPI SetTimer(HWND window, UINT_PTR timerId, UINT milliseconds, TIMER
 /// Ends a timer of the calling thread, together with a message of it that hasn't been dispatched yet.
 BOOL WINAPI KillTimer(HWND window, UINT_PTR timerId);
 
-/// Waits for the calling thread's next message: posted ones first, then WM_QUIT, then due timers.
-/// Gives 0 for WM_QUIT, -1 if a window is named (there are only messages of threads), else 1. Not reported.
+/// Waits for the calling thread's next message: WM_QUIT first, then due timers. Gives 0 for WM_QUIT, else 1;
+/// window and filter aren't looked at, as there are no other messages. Not reported.
 BOOL WINAPI GetMessageW(LPMSG message, HWND window, UINT first, UINT last);
-/// The same without waiting; gives 0 if there is no message. Not reported.
-BOOL WINAPI PeekMessageW(LPMSG message, HWND window, UINT first, UINT last, UINT remove);
 /// Does nothing, as there are no key messages. Not reported.
 BOOL WINAPI TranslateMessage(const MSG* message);
 /// Calls the procedure of a timer that is still armed; anything else has no taker. Not reported.
 LRESULT WINAPI DispatchMessageW(const MSG* message);
-/// Ends the calling thread's message loop once its posted messages are used up.
+/// Ends the calling thread's message loop.
 void WINAPI PostQuitMessage(int exitCode);
-/// Posts to a thread that has asked for a message or armed a timer before; others have no queue, which gives
-/// 0.
-BOOL WINAPI PostThreadMessageW(DWORD threadId, UINT message, WPARAM wParam, LPARAM lParam);
 
 // ---- Pointer and windows ----------------------------------------------------------------------------------
 
 BOOL WINAPI GetCursorPos(LPPOINT point);
 BOOL WINAPI SetCursorPos(int x, int y);
-/// The topmost visible window at that point and, within it, the topmost visible child, and so on; or null.
+/// The first visible window at that point and, within it, the first visible child, and so on; or null.
 HWND WINAPI WindowFromPoint(POINT point);
 /// False, with the rectangle untouched, if there is no such window.
 BOOL WINAPI GetWindowRect(HWND window, LPRECT rect);
@@ -273,7 +234,7 @@ int WINAPI MultiByteToWideChar(UINT codePage, DWORD flags, LPCCH text, int textC
                                int bufferCount);
 /// Recorded and answered by desktop::setMessageBoxAnswer(); IDOK at once if nobody set one.
 int WINAPI MessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type);
-/// Recorded; makes no sound and takes no time.
+/// Reported only; makes no sound and takes no time.
 BOOL WINAPI Beep(DWORD frequency, DWORD milliseconds);
 /// Not reported.
 DWORD WINAPI GetCurrentProcessId(void);
@@ -282,8 +243,7 @@ DWORD WINAPI GetCurrentThreadId(void);
 /// Attributes of a file, the path being native; INVALID_FILE_ATTRIBUTES if there is none. Not reported.
 DWORD WINAPI GetFileAttributesA(LPCSTR path);
 
-// ---- Threads
-// ------------------------------------------------------------------------------------------------
+// ---- Threads ----------------------------------------------------------------------------------------------
 
 /// Starts a thread; gives its handle. Attributes, stack size, flags and the place for its number have to be
 /// null or 0. Not reported, and neither are the next two.
@@ -310,7 +270,7 @@ BOOL WINAPI FreeLibrary(HMODULE module);
 /// Loads the module that an address lies in once more.
 /// flags  GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS; others give FALSE
 BOOL WINAPI GetModuleHandleExW(DWORD flags, LPCWSTR address, HMODULE* module);
-/// Null for what the module doesn't export; ordinals aren't known here.
+/// Null for what neither the module nor what it has loaded exports. Names only, no ordinals.
 FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name);
 /// Full path of a loaded module, or of the program for null, with backslashes between its folders.
 /// Gives the length; a path that doesn't fit is cut, terminated, and gives count. 0 for an unknown module.

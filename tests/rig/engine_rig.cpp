@@ -30,6 +30,16 @@ void useOwnHome() {
   home().makeFolder("Orvaner/Applications");
 }
 
+void freshSurroundings() {
+  call_log::clear();
+  host::reset();
+#ifndef _WIN32
+  desktop::reset();
+  desktop::holdClock();
+  desktop::setTickStep(1); // loops that wait for the clock end
+#endif
+}
+
 std::string settingsText(const std::vector<std::pair<std::string, std::string>>& changes) {
   std::string text =
       "[PROGRAM]\nname=AutoCAD Plug-in\nversion=2.9.0\ntransSensBase=20000\nrotSensBase=10000\n"
@@ -125,16 +135,6 @@ public:
 
 const ::testing::Environment* const gStopAtEnd = ::testing::AddGlobalTestEnvironment(new StopAtEnd);
 
-void freshSurroundings() {
-  call_log::clear();
-  host::reset();
-#ifndef _WIN32
-  desktop::reset();
-  desktop::holdClock();
-  desktop::setTickStep(1); // loops that wait for the clock end
-#endif
-}
-
 } // namespace
 
 void EngineTest::restart(const std::vector<std::pair<std::string, std::string>>& settingsChanges) {
@@ -152,10 +152,10 @@ void EngineTest::stop() {
 }
 
 void EngineTest::SetUp() {
-  freshSurroundings();
+  rig::freshSurroundings();
   if (!gPluginP || gHasOwnSettings) {
     restart();
-    freshSurroundings();
+    rig::freshSurroundings();
   }
   rig::resetEngine(plugin());
   mLogStart = rig::logSize();

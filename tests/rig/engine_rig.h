@@ -25,6 +25,10 @@ TempFolder& home();
 constexpr char kMenuFile[] = "Orvaner/Applications/autocad.mnu";
 constexpr char kSettingsFile[] = "Orvaner/Applications/autocad_addin.ini";
 
+/// No faults ordered, a fresh host, and where Windows is a stand-in a fresh desktop, whose clock moves a
+/// millisecond at each look.
+void freshSurroundings();
+
 /// Text of a settings file with all values at their defaults, all log types on, and the given keys changed:
 /// {"transSensBase", "0"}.
 std::string settingsText(const std::vector<std::pair<std::string, std::string>>& changes = {});
@@ -59,7 +63,7 @@ std::unique_ptr<AcDbLine> line(AcGePoint3d start, AcGePoint3d end);
 class EngineTest : public ::testing::Test {
 protected:
   void SetUp() override;
-  /// Everything borrowed from the host has been given back, and the view never got a number that is none.
+  /// Everything borrowed from the host has been given back, and the view never got NaN or infinity.
   void TearDown() override;
 
   static void restart(const std::vector<std::pair<std::string, std::string>>& settingsChanges = {});

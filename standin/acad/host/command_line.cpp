@@ -3,8 +3,9 @@
 
 #include "command_stack.h"
 #include "commands.h"
-#include "expression.h"
+#include "menu_expression.h"
 #include "state.h"
+#include "text.h"
 
 namespace host {
 
@@ -89,10 +90,13 @@ void CommandLine::expressionKey(wchar_t c) {
   const std::wstring expression = std::move(mInput);
   mInput.clear();
   mEndIsDue = true;
-  std::wstring error;
-  if (!evaluateExpression(
-          expression, [this](const std::wstring& input) { take(input); }, error))
-    print(L"; error: " + error + L"\n");
+  std::vector<std::wstring> inputs;
+  if (!evaluateExpression(expression, inputs)) {
+    print(L"; error: bad expression: " + expression + L"\n");
+    return;
+  }
+  for (const std::wstring& input : inputs)
+    take(input);
 }
 
 void CommandLine::cancel() {

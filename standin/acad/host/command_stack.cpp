@@ -2,13 +2,14 @@
 
 #include <windows.h>
 
-#include <map>
 #include <memory>
 #include <vector>
 
 #include "accmd.h"
 #include "acedads.h"
+#include "call_log.h"
 #include "state.h"
+#include "text.h"
 
 namespace {
 
@@ -99,18 +100,6 @@ public:
   }
 };
 
-/// The functions that applications lend to the command line.
-struct DefinedFunctions {
-  std::map<std::wstring, int> codes; // by name in lower case
-  std::map<int, int (*)()> functions;
-  int current = RTERROR; // the code that is called now
-};
-
-DefinedFunctions& definedFunctions() {
-  static DefinedFunctions* const functionsP = new DefinedFunctions;
-  return *functionsP;
-}
-
 } // namespace
 
 AcRxDictionary* acrxSysRegistry() {
@@ -119,84 +108,47 @@ AcRxDictionary* acrxSysRegistry() {
   return registryP;
 }
 
-void acrxBuildClassHierarchy() {
-  const call_log::Call call("acrxBuildClassHierarchy");
+// No application here lends functions to the command line, so none of them is ever called.
+
+int acedDefun(const ACHAR* name, short) {
+  return call_log::Call("acedDefun", name).mustFail() ? RTERROR : RTNORM;
 }
 
-int acedDefun(const ACHAR* name, short code) {
-  if (call_log::Call("acedDefun", name).mustFail())
-    return RTERROR;
-  definedFunctions().codes[host::lowered(name)] = code;
-  return RTNORM;
+int acedUndef(const ACHAR* name, short) {
+  return call_log::Call("acedUndef", name).mustFail() ? RTERROR : RTNORM;
 }
 
-int acedUndef(const ACHAR* name, short code) {
-  if (call_log::Call("acedUndef", name).mustFail())
-    return RTERROR;
-  DefinedFunctions& f = definedFunctions();
-  f.functions.erase(code);
-  return f.codes.erase(host::lowered(name)) == 1 ? RTNORM : RTERROR;
-}
-
-int acedRegFunc(int (*function)(), int code) {
-  if (call_log::Call("acedRegFunc", call_log::shown(code)).mustFail())
-    return RTERROR;
-  definedFunctions().functions[code] = function;
-  return RTNORM;
+int acedRegFunc(int (*)(), int code) {
+  return call_log::Call("acedRegFunc", call_log::shown(code)).mustFail() ? RTERROR : RTNORM;
 }
 
 int acedGetFunCode() {
-  return call_log::Call("acedGetFunCode").mustFail() ? RTERROR : definedFunctions().current;
-}
-
-int acedRetVoid() {
-  return call_log::Call("acedRetVoid").mustFail() ? RTERROR : RTNORM;
+  const call_log::Call call("acedGetFunCode");
+  return RTERROR;
 }
 
 namespace host {
-
-namespace {
-
-template <class Function> void runGuarded(const std::wstring& name, Function function) {
-  try {
-    const call_log::Entered plugIn(call_log::Code::PlugIn);
-    function();
-  } catch (const std::exception& failure) {
-    print(L"Error in " + name + L": " + widen(failure.what()) + L"\n");
-  } catch (...) {
-    print(L"Error in " + name + L"\n");
-  }
-}
-
-} // namespace
 
 bool runRegisteredCommand(const std::wstring& name, bool isGlobal) {
   for (const auto& commandP : commandStack().mCommands) {
     if (!isSame(isGlobal ? commandP->mGlobal : commandP->mLocal, name))
       continue;
     const AcRxFunctionPtr function = commandP->mFunction; // the command may remove itself
-    runGuarded(name, [function] { function(); });
+    try {
+      const call_log::Entered plugIn(call_log::Code::PlugIn);
+      function();
+    } catch (const std::exception& failure) {
+      print(L"Error in " + name + L": " + widen(failure.what()) + L"\n");
+    } catch (...) {
+      print(L"Error in " + name + L"\n");
+    }
     return true;
   }
   return false;
 }
 
-bool callDefinedFunction(const std::wstring& name) {
-  DefinedFunctions& f = definedFunctions();
-  const auto code = f.codes.find(lowered(name));
-  if (code == f.codes.end() || f.functions.count(code->second) == 0)
-    return false;
-  f.current = code->second;
-  const auto function = f.functions[code->second];
-  runGuarded(name, [function] { function(); });
-  f.current = RTERROR;
-  return true;
-}
-
 void clearCommands() {
   commandStack().mCommands.clear();
-  definedFunctions().codes.clear();
-  definedFunctions().functions.clear();
 }
 
 } // namespace host

@@ -9,9 +9,6 @@ namespace host {
 /// is none. What a command throws ends here, with a line on the command line.
 bool runRegisteredCommand(const std::wstring& name, bool isGlobal);
 
-/// Calls the function that an application lends under that name. False if there is none.
-bool callDefinedFunction(const std::wstring& name);
-
 } // namespace host
 
 #endif

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "state.h"
+#include "text.h"
 
 namespace host {
 

@@ -1,13 +1,14 @@
 #include <windows.h>
 
 #include "acedads.h"
+#include "host_access.h"
 #include "state.h"
+#include "trace_types.h"
 
 const AcDbObjectId AcDbObjectId::kNull;
 
 namespace {
 
-constexpr int kMaxReaders = 256;
 constexpr Adesk::Int64 kPlaceMask = 0xFFFFFFFF;
 
 size_t placeOf(AcDbObjectId id) {
@@ -30,8 +31,6 @@ Acad::ErrorStatus openForRead(AcDbObject& object) {
   int& count = HostAccess::openCount(object);
   if (count < 0)
     return Acad::eWasOpenForWrite;
-  if (count >= kMaxReaders)
-    return Acad::eAtMaxReaders;
   ++count;
   ++host::document().held.openForRead;
   return Acad::eOk;
@@ -54,17 +53,6 @@ Acad::ErrorStatus open(AcDbObject*& object, AcDbObjectId id, const AcRxClass* aC
 }
 
 } // namespace
-
-AcDbObject::~AcDbObject() {
-  // Deleted by someone else than its drawing: the drawing must not hold on to it.
-  AcDbObject* const residentP = host::find(mId);
-  if (residentP != this)
-    return;
-  host::Document& d = host::document();
-  d.objects[placeOf(mId)] = nullptr;
-  if (mNumber > 0)
-    d.modelSpace[static_cast<size_t>(mNumber) - 1] = nullptr;
-}
 
 Acad::ErrorStatus AcDbObject::close() {
   call_log::Call call("close", this);
@@ -95,7 +83,7 @@ namespace host {
 AcDbObject* find(AcDbObjectId id) {
   const Document& d = document();
   const size_t place = placeOf(id);
-  return (id.asOldId() >> 32) == d.generation && place < d.objects.size() ? d.objects[place] : nullptr;
+  return (id.asOldId() >> 32) == d.generation && place < d.objects.size() ? d.objects[place].get() : nullptr;
 }
 
 AcDbObjectId add(std::unique_ptr<AcDbEntity> entity) {
@@ -127,19 +115,16 @@ int entityNumber(AcDbObjectId id) {
 }
 
 int firstLine() {
-  for (int i = 1; i <= entityCount(); ++i) {
-    const AcDbEntity* const entityP = entity(i);
-    if (entityP && entityP->isKindOf(AcDbLine::desc()))
+  for (int i = 1; i <= entityCount(); ++i)
+    if (entity(i)->isKindOf(AcDbLine::desc()))
       return i;
-  }
   return 0;
 }
 
 AcDbExtents extents() {
   AcDbExtents result;
   for (const AcDbEntity* const entityP : document().modelSpace)
-    if (entityP)
-      entityP->subAddExtents(nullptr, result);
+    entityP->subAddExtents(nullptr, result);
   return result;
 }
 

@@ -1,9 +1,9 @@
 #include <algorithm>
 
 #include "acdocman.h"
+#include "call_log.h"
 #include "state.h"
 
-void AcApDocManagerReactor::documentCreated(AcApDocument*) {}
 void AcApDocManagerReactor::documentToBeDestroyed(AcApDocument*) {}
 
 namespace {
@@ -93,8 +93,6 @@ void closeDocument() {
     if (std::find(s.reactors.begin(), s.reactors.end(), reactorP) != s.reactors.end())
       reactorP->documentToBeDestroyed(&currentDocument());
   s.documentP = std::make_unique<Document>();
-  for (AcApDocManagerReactor* const reactorP : s.reactors)
-    reactorP->documentCreated(&currentDocument());
 }
 
 void setHasDocument(bool hasDocument) {

@@ -1,9 +1,12 @@
 #include "dbentity.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
+#include "host_access.h"
 #include "state.h"
+#include "trace_types.h"
 
 AcDbExtents::AcDbExtents() {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -46,7 +49,8 @@ Acad::ErrorStatus AcDbEntity::transformBy(const AcGeMatrix3d& transform) {
   call_log::Call call("transformBy", this, transform);
   if (call.mustFail())
     return call.returns(Acad::eNotApplicable);
-  if (!host::isFinite(transform))
+  const double* const values = &transform.entry[0][0];
+  if (!std::all_of(values, values + 16, [](double value) { return std::isfinite(value); }))
     ++host::document().viewCounts.nonFiniteCalls;
   if (!objectId().isNull() && !isWriteEnabled())
     return call.returns(Acad::eNotOpenForWrite);
@@ -54,6 +58,6 @@ Acad::ErrorStatus AcDbEntity::transformBy(const AcGeMatrix3d& transform) {
     return call.returns(Acad::eOnLockedLayer);
   const Acad::ErrorStatus status = subTransformBy(transform);
   if (status == Acad::eOk)
-    host::noteMotion(*this, transform);
+    host::noteMotion(HostAccess::number(*this), transform);
   return call.returns(status);
 }

@@ -28,18 +28,12 @@ void waitForRefresh(double hz) {
 
 } // namespace
 
-void noteMotion(AcDbEntity& entity, const AcGeMatrix3d& transform) {
-  if (!state().frameSink || HostAccess::number(entity) == 0)
+void noteMotion(int number, const AcGeMatrix3d& transform) {
+  if (!state().frameSink || number == 0)
     return;
   auto& moved = document().moved;
-  int& slot = HostAccess::movedSlot(entity);
-  if (slot < 0) {
-    slot = static_cast<int>(moved.size());
-    moved.push_back({HostAccess::number(entity), transform});
-    return;
-  }
-  Moved& own = moved[static_cast<size_t>(slot)];
-  own.transform = transform * own.transform;
+  const auto known = moved.find(number);
+  moved[number] = known == moved.end() ? transform : transform * known->second;
 }
 
 void showFrame(bool is2d) {
@@ -51,21 +45,16 @@ void showFrame(bool is2d) {
     waitForRefresh(s.refreshRate);
   if (!s.frameSink)
     return;
-  for (const Moved& moved : d.moved)
-    if (AcDbEntity* const entityP = d.modelSpace[static_cast<size_t>(moved.entity) - 1])
-      HostAccess::movedSlot(*entityP) = -1;
-  const Frame frame{is2d, d.view, layout(), std::move(d.moved), asked};
+  Frame frame{is2d, d.view, layout(), {}, asked};
+  for (const auto& [number, transform] : d.moved)
+    frame.moved.push_back({number, transform});
   d.moved.clear();
   const auto sink = s.frameSink; // it may set another one
   sink(frame);
 }
 
 void setFrameSink(std::function<void(const Frame&)> sink) {
-  Document& d = document();
-  for (const Moved& moved : d.moved)
-    if (AcDbEntity* const entityP = d.modelSpace[static_cast<size_t>(moved.entity) - 1])
-      HostAccess::movedSlot(*entityP) = -1;
-  d.moved.clear();
+  document().moved.clear();
   state().frameSink = std::move(sink);
 }
 

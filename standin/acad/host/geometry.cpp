@@ -1,6 +1,5 @@
 #include "gemat.h"
 #include "gepnt.h"
-#include "state.h"
 
 AcGeTol AcGeContext::gTol;
 const AcGePoint2d AcGePoint2d::kOrigin;
@@ -106,15 +105,3 @@ AcGeMatrix3d AcGeMatrix3d::planeToWorld(const AcGeVector3d& normal) {
   const AcGeVector3d x = (isNearZ ? AcGeVector3d::kYAxis : AcGeVector3d::kZAxis).crossProduct(z).normalize();
   return AcGeMatrix3d::alignCoordSys(AcGePoint3d::kOrigin, x, z.crossProduct(x), z);
 }
-
-namespace host {
-
-bool isFinite(const AcGeMatrix3d& m) {
-  for (const auto& row : m.entry)
-    for (const double value : row)
-      if (!std::isfinite(value))
-        return false;
-  return true;
-}
-
-} // namespace host

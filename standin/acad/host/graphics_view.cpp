@@ -3,10 +3,11 @@
 
 #include "acgs.h"
 #include "state.h"
+#include "trace_types.h"
 
 namespace {
 
-const AcUniqueString kThreeDDrawing(L"3D drawing");
+const AcUniqueString kThreeDDrawing;
 
 bool isFinite(const AcGePoint3d& p) {
   return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
@@ -96,7 +97,7 @@ AcGsView& graphicsView() {
 }
 
 bool isCurrent(int viewport) {
-  return viewport > 0 && viewport == host::variableValue(L"cvport");
+  return viewport > 0 && viewport == host::variable("cvport");
 }
 
 } // namespace

@@ -17,8 +17,8 @@ namespace host {
 /// A fresh document: no entities, one layout with its viewport (paper 300 x 200, view height 100, centre (0,
 /// 0)), model tab (tilemode 1, cvport 2), the default view below in memory and in the drawing, nothing
 /// selected, no locks, nothing open, queue, history, counters and marks empty. Registered commands, the frame
-/// sink, the refresh rate, the clock and the menu text go back to their defaults too. What the document
-/// manager's reactors are stays.
+/// sink, the refresh rate and the clock go back to their defaults too. What the document manager's reactors
+/// are stays.
 void reset();
 
 /// Tells the reactors that the document goes, then opens a fresh, empty one. Commands, queue and history
@@ -155,11 +155,6 @@ std::string historyText();
 /// Where the times come from; null: seconds since the host was made.
 void setClock(std::function<double()> clock);
 
-/// The menu that the menu reader writes into the menu file. Null or empty text goes back to the host's own
-/// menu.
-void setMenuText(const std::string& text);
-std::string menuText();
-
 // ---- Frames ----
 
 /// An entity that moved.
@@ -172,7 +167,7 @@ struct Frame {
   bool is2d = false; // the layout is shown, and layout tells its state
   ViewState view;
   LayoutState layout;
-  std::vector<Moved> moved; // in the order of first motion
+  std::vector<Moved> moved; // in the order of their numbers
   std::chrono::steady_clock::time_point
       asked; // when the frame was asked for, before the wait for the display
 };

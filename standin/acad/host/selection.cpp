@@ -2,30 +2,26 @@
 
 #include "acedads.h"
 #include "state.h"
+#include "trace_types.h"
 
 namespace {
 
-// What tells the names apart: a selection set carries its serial number, which is above 0, an entity this.
+// A name's first number is a set's serial number or an entity's id, and the second one says which.
+constexpr Adesk::Int64 kSetName = -2;
 constexpr Adesk::Int64 kEntityName = -1;
 // The host gives out no more sets at a time, so that callers who never free theirs notice.
 constexpr int kMaxSets = 128;
 
-host::SelectionSet* findSet(const ads_name ss) {
-  auto& sets = host::document().sets;
-  if (!ss || ss[0] < 1 || static_cast<size_t>(ss[0]) > sets.size())
-    return nullptr;
-  host::SelectionSet& set = sets[static_cast<size_t>(ss[0]) - 1];
-  return set.idsP && set.serial == ss[1] ? &set : nullptr;
+/// The ids of a set that a caller holds; null if there is no such set.
+const std::vector<AcDbObjectId>* findSet(const ads_name ss) {
+  const auto& sets = host::document().sets;
+  const auto set = ss && ss[1] == kSetName ? sets.find(ss[0]) : sets.end();
+  return set == sets.end() ? nullptr : &set->second;
 }
 
-/// The number that stands for a set in the trace, 0 for none.
-Adesk::Int64 setNumber(const ads_name ss) {
-  return ss ? ss[1] : 0;
-}
-
-/// The same for an entity's name.
-Adesk::Int64 nameNumber(const ads_name entity) {
-  return entity ? entity[0] : 0;
+/// The number that stands for a set or an entity in the trace, 0 for none.
+Adesk::Int64 nameNumber(const ads_name name) {
+  return name ? name[0] : 0;
 }
 
 } // namespace
@@ -34,46 +30,41 @@ int acedSSGet(const ACHAR* mode, const void*, const void*, const resbuf*, ads_na
   call_log::Call call("acedSSGet", mode);
   host::Document& d = host::document();
   const bool isImplied = mode && (mode[0] == L'I' || mode[0] == L'i') && mode[1] == 0;
-  if (call.mustFail() || !isImplied || d.selectedP->empty() || d.held.selectionSets >= kMaxSets)
-    return call.returns(RTERROR, setNumber(ss));
-  size_t place = 0;
-  while (place < d.sets.size() && d.sets[place].idsP)
-    ++place;
-  if (place == d.sets.size())
-    d.sets.emplace_back();
+  if (call.mustFail() || !isImplied || d.selected.empty() || d.held.selectionSets >= kMaxSets)
+    return call.returns(RTERROR, nameNumber(ss));
   static Adesk::Int64 sSerial = 0;
-  d.sets[place] = {d.selectedP, ++sSerial};
+  d.sets[++sSerial] = d.selected;
   ++d.held.selectionSets;
-  ss[0] = static_cast<Adesk::Int64>(place) + 1;
-  ss[1] = sSerial;
-  return call.returns(RTNORM, setNumber(ss));
+  ss[0] = sSerial;
+  ss[1] = kSetName;
+  return call.returns(RTNORM, nameNumber(ss));
 }
 
 int acedSSLength(const ads_name ss, Adesk::Int32* length) {
-  call_log::Call call("acedSSLength", setNumber(ss));
-  const host::SelectionSet* const setP = call.mustFail() ? nullptr : findSet(ss);
-  if (setP)
-    *length = static_cast<Adesk::Int32>(setP->idsP->size());
-  return call.returns(setP ? RTNORM : RTERROR, *length);
+  call_log::Call call("acedSSLength", nameNumber(ss));
+  const std::vector<AcDbObjectId>* const idsP = call.mustFail() ? nullptr : findSet(ss);
+  if (idsP)
+    *length = static_cast<Adesk::Int32>(idsP->size());
+  return call.returns(idsP ? RTNORM : RTERROR, *length);
 }
 
 int acedSSName(const ads_name ss, Adesk::Int32 i, ads_name entity) {
-  call_log::Call call("acedSSName", setNumber(ss), call_log::shown(i));
-  const host::SelectionSet* const setP = call.mustFail() ? nullptr : findSet(ss);
-  if (!setP || i < 0 || static_cast<size_t>(i) >= setP->idsP->size())
+  call_log::Call call("acedSSName", nameNumber(ss), call_log::shown(i));
+  const std::vector<AcDbObjectId>* const idsP = call.mustFail() ? nullptr : findSet(ss);
+  if (!idsP || i < 0 || static_cast<size_t>(i) >= idsP->size())
     return call.returns(RTERROR, nameNumber(entity));
-  entity[0] = (*setP->idsP)[static_cast<size_t>(i)].asOldId();
+  entity[0] = (*idsP)[static_cast<size_t>(i)].asOldId();
   entity[1] = kEntityName;
   return call.returns(RTNORM, nameNumber(entity));
 }
 
 int acedSSFree(const ads_name ss) {
-  call_log::Call call("acedSSFree", setNumber(ss));
-  host::SelectionSet* const setP = call.mustFail() ? nullptr : findSet(ss);
-  if (!setP)
+  call_log::Call call("acedSSFree", nameNumber(ss));
+  host::Document& d = host::document();
+  if (call.mustFail() || !findSet(ss))
     return call.returns(RTERROR);
-  setP->idsP.reset();
-  --host::document().held.selectionSets;
+  d.sets.erase(ss[0]);
+  --d.held.selectionSets;
   return call.returns(RTNORM);
 }
 
@@ -97,7 +88,7 @@ int acedRedraw(const ads_name entity, int mode) {
 namespace host {
 
 void select(const std::vector<AcDbObjectId>& ids) {
-  document().selectedP = std::make_shared<std::vector<AcDbObjectId>>(ids);
+  document().selected = ids;
 }
 
 void selectNumbers(const std::vector<int>& numbers) {
@@ -111,13 +102,12 @@ void selectNumbers(const std::vector<int>& numbers) {
 void selectAll() {
   std::vector<AcDbObjectId> ids;
   for (const AcDbEntity* const entityP : document().modelSpace)
-    if (entityP)
-      ids.push_back(entityP->objectId());
+    ids.push_back(entityP->objectId());
   select(ids);
 }
 
 const std::vector<AcDbObjectId>& selected() {
-  return *document().selectedP;
+  return document().selected;
 }
 
 } // namespace host

@@ -1,4 +1,5 @@
 #include "state.h"
+#include "trace_types.h"
 
 // Points, lines and faces: shapes that are their corners.
 

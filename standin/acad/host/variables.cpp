@@ -4,26 +4,11 @@
 #include <cwchar>
 
 #include "acedads.h"
+#include "call_log.h"
 #include "state.h"
+#include "text.h"
 
 namespace {
-
-/// Without the library's tables: each motion sample asks for names.
-bool isSameName(const ACHAR* given, const std::wstring& lowerName) {
-  for (const wchar_t c : lowerName) {
-    const wchar_t g = *given++;
-    if (g != c && !(g >= L'A' && g <= L'Z' && g - L'A' + L'a' == c))
-      return false;
-  }
-  return *given == 0;
-}
-
-host::Variable* findVariable(const ACHAR* name) {
-  for (host::Variable& variable : host::document().variables)
-    if (isSameName(name, variable.name))
-      return &variable;
-  return nullptr;
-}
 
 /// The compilers' libraries disagree on what %s means to a wide printf; %ls means a wide string to all.
 std::wstring withWideStrings(const ACHAR* format) {
@@ -47,13 +32,14 @@ std::wstring withWideStrings(const ACHAR* format) {
 
 int acedGetVar(const ACHAR* name, resbuf* result) {
   call_log::Call call("acedGetVar", name);
-  const host::Variable* const variableP = name && !call.mustFail() ? findVariable(name) : nullptr;
-  if (!result)
+  if (!name || !result)
     return call.returns(RTERROR);
-  if (!variableP)
+  const auto& variables = host::document().variables;
+  const auto variable = variables.find(host::lowered(name));
+  if (call.mustFail() || variable == variables.end())
     return call.returns(RTERROR, result->resval.rint);
   result->restype = RTSHORT;
-  result->resval.rint = variableP->value;
+  result->resval.rint = variable->second;
   return call.returns(RTNORM, result->resval.rint);
 }
 
@@ -84,29 +70,17 @@ int acutPrintf(const ACHAR* format, ...) {
 namespace host {
 
 void setVariable(const std::string& name, short value) {
-  const std::wstring key = lowered(widen(name));
-  if (Variable* const variableP = findVariable(key.c_str()))
-    variableP->value = value;
-  else
-    document().variables.push_back({key, value});
+  document().variables[lowered(widen(name))] = value;
 }
 
 short variable(const std::string& name) {
-  return variableValue(widen(name).c_str());
-}
-
-short variableValue(const ACHAR* name) {
-  const Variable* const variableP = findVariable(name);
-  return variableP ? variableP->value : static_cast<short>(0);
+  const auto& variables = document().variables;
+  const auto found = variables.find(lowered(widen(name)));
+  return found == variables.end() ? short{0} : found->second;
 }
 
 void removeVariable(const std::string& name) {
-  auto& variables = document().variables;
-  for (size_t i = 0; i < variables.size(); ++i)
-    if (isSameName(widen(name).c_str(), variables[i].name)) {
-      variables.erase(variables.begin() + static_cast<std::ptrdiff_t>(i));
-      return;
-    }
+  document().variables.erase(lowered(widen(name)));
 }
 
 void setLayout(bool isOn) {
@@ -115,7 +89,7 @@ void setLayout(bool isOn) {
 }
 
 bool isLayout() {
-  return variableValue(L"tilemode") == 0 && variableValue(L"cvport") == 1;
+  return variable("tilemode") == 0 && variable("cvport") == 1;
 }
 
 } // namespace host

@@ -3,7 +3,9 @@
 #include <cmath>
 
 #include "acedads.h"
+#include "host_access.h"
 #include "state.h"
+#include "trace_types.h"
 
 AcDbViewport::AcDbViewport(double width, double height, double viewHeight, const AcGePoint2d& viewCentre)
     : mWidth(width), mHeight(height), mViewHeight(viewHeight), mViewCentre(viewCentre) {}
@@ -76,26 +78,18 @@ void AcDbViewport::subAddStrokes(const AcGeMatrix3d*, std::vector<AcDbStroke>&) 
 
 AcDbObjectId acedActiveViewportId() {
   call_log::Call call("acedActiveViewportId");
-  return call.returns(call.mustFail() || host::variableValue(L"tilemode") != 0 ? AcDbObjectId::kNull
-                                                                               : host::document().viewport);
+  return call.returns(call.mustFail() || host::variable("tilemode") != 0 ? AcDbObjectId::kNull
+                                                                         : host::document().viewport);
 }
 
 namespace host {
 
 AcDbViewport& layoutViewport() {
-  Document& d = document();
-  AcDbObject* objectP = find(d.viewport);
-  if (!objectP) { // somebody deleted it; a layout always has one
-    const LayoutState fresh;
-    d.viewport = d.addObject(
-        std::make_unique<AcDbViewport>(fresh.width, fresh.height, fresh.viewHeight, fresh.centre));
-    objectP = find(d.viewport);
-  }
-  return static_cast<AcDbViewport&>(*objectP);
+  return static_cast<AcDbViewport&>(*find(document().viewport));
 }
 
 AcDbObjectId viewportId() {
-  return layoutViewport().objectId();
+  return document().viewport;
 }
 
 LayoutState layout() {

@@ -16,7 +16,6 @@ enum ErrorStatus {
   ePermanentlyErased = 22,
   eNotThatKindOfClass = 23,
   eCannotBeOpened = 24,
-  eAtMaxReaders = 25,
   eWasOpenForRead = 26,
   eWasOpenForWrite = 27,
   eNotOpen = 28,

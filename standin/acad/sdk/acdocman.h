@@ -27,7 +27,6 @@ class AcApDocManagerReactor : public AcRxObject {
 public:
   static AcRxClass* desc();
   AcRxClass* isA() const override;
-  virtual void documentCreated(AcApDocument* document);
   virtual void documentToBeDestroyed(AcApDocument* document);
 };
 

@@ -32,6 +32,5 @@ int acedUndef(const ACHAR* name, short code);
 int acedRegFunc(int (*function)(), int code);
 /// Returns the code of the function that is called now, RTERROR if there is none.
 int acedGetFunCode();
-int acedRetVoid();
 
 #endif

@@ -8,14 +8,7 @@
 #include "gemat.h"
 
 /// A word that is compared by its address.
-class AcUniqueString {
-public:
-  explicit AcUniqueString(const ACHAR* text) : mText(text) {}
-  const ACHAR* text() const { return mText; }
-
-private:
-  const ACHAR* mText;
-};
+class AcUniqueString {};
 
 /// What a caller asks of the graphics system.
 class AcGsKernelDescriptor {

@@ -131,7 +131,6 @@ public:
                const AcGeVector3d& normal = AcGeVector3d::kZAxis);
   static AcRxClass* desc();
   AcRxClass* isA() const override;
-  unsigned numVerts() const { return static_cast<unsigned>(mPoints.size()); }
   bool isClosed() const { return mIsClosed; }
 
   void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
@@ -218,7 +217,6 @@ public:
   static AcRxClass* desc();
   AcRxClass* isA() const override;
   AcGePoint3d position() const { return AcGePoint3d::kOrigin + mTransform.translation(); }
-  AcGeMatrix3d blockTransform() const { return mTransform; }
 
   void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
   Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;

@@ -36,7 +36,6 @@ public:
   AcDbObject() = default;
   AcDbObject(const AcDbObject&) = delete;
   AcDbObject& operator=(const AcDbObject&) = delete;
-  ~AcDbObject() override;
 
   static AcRxClass* desc();
   AcRxClass* isA() const override;
@@ -53,7 +52,6 @@ private:
   AcDbObjectId mId;
   int mOpenCount = 0;       // openings for read, or -1: open for write
   int mNumber = 0;          // position in model space from 1; 0: not in model space
-  int mMovedSlot = -1;      // place among what has moved since the last frame
   unsigned char mFlags = 0; // what the object refuses
 };
 
@@ -96,16 +94,10 @@ public:
     close();
     return mStatus = acdbOpenObject(mObjectP, id, mode, openErased);
   }
-  /// An object of the drawing is closed, any other deleted.
   Acad::ErrorStatus close() {
-    if (!mObjectP)
-      return Acad::eOk;
     T* const objectP = mObjectP;
     mObjectP = nullptr;
-    if (!objectP->objectId().isNull())
-      return objectP->close();
-    delete objectP;
-    return Acad::eOk;
+    return objectP ? objectP->close() : Acad::eOk;
   }
   Acad::ErrorStatus openStatus() const { return mStatus; }
   T* object() const { return mObjectP; }

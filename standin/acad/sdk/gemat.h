@@ -12,7 +12,6 @@ public:
   /// The identity.
   AcGeMatrix3d() = default;
 
-  AcGeMatrix3d& setToIdentity() { return *this = AcGeMatrix3d(); }
   /// Sets the translation part and leaves the rest.
   AcGeMatrix3d& setTranslation(const AcGeVector3d& v);
   AcGeVector3d translation() const { return {entry[0][3], entry[1][3], entry[2][3]}; }

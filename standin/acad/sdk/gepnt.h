@@ -10,14 +10,6 @@ class AcGeTol {
 public:
   double equalVector() const { return mEqualVector; }
   double equalPoint() const { return mEqualPoint; }
-  AcGeTol& setEqualVector(double value) {
-    mEqualVector = value;
-    return *this;
-  }
-  AcGeTol& setEqualPoint(double value) {
-    mEqualPoint = value;
-    return *this;
-  }
 
 private:
   double mEqualVector = 1e-12;
@@ -77,7 +69,6 @@ public:
   bool operator!=(const AcGeVector3d& v) const { return !isEqualTo(v); }
 
   AcGeVector3d& set(double xx, double yy, double zz) { return *this = AcGeVector3d(xx, yy, zz); }
-  AcGeVector3d& negate() { return *this = -*this; }
   double dotProduct(const AcGeVector3d& v) const { return x * v.x + y * v.y + z * v.z; }
   AcGeVector3d crossProduct(const AcGeVector3d& v) const {
     return {y * v.z - z * v.y, z * v.x - x * v.z, x * v.y - y * v.x};

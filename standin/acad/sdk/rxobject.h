@@ -11,7 +11,6 @@ public:
   AcRxClass(const ACHAR* name, const AcRxClass* parent) : mName(name), mParentP(parent) {}
 
   const ACHAR* name() const { return mName; }
-  const AcRxClass* myParent() const { return mParentP; }
 
   /// True for the class itself and for everything above it.
   bool isDerivedFrom(const AcRxClass* other) const;
@@ -57,8 +56,5 @@ public:
 
 /// The host's registry: "DynamicLinker", "ACAD_REGISTERED_COMMANDS".
 AcRxDictionary* acrxSysRegistry();
-
-/// To be called once after new runtime classes have been initialised.
-void acrxBuildClassHierarchy();
 
 #endif

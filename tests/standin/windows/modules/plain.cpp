@@ -1,3 +1,0 @@
-extern "C" int plainAnswer() {
-  return 7;
-}

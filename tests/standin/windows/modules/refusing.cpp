@@ -1,6 +1,0 @@
-#include <windows.h>
-
-extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID) {
-  Beep(reason, 0);
-  return FALSE;
-}
