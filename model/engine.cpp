@@ -46,10 +46,16 @@ std::wstring lineOf(const std::string& token) {
 
 } // namespace
 
-Engine::Engine(Inputs& inputs)
-    : mInputs(&inputs), mTraSensBase(inputs.traSensBase() == 0 ? 20000 : inputs.traSensBase()),
-      mRotSensBase(inputs.rotSensBase() == 0 ? 10000 : inputs.rotSensBase()),
-      mMaxContMoveTime(inputs.maxContMoveTime()), mUseInt3dIntrfce(inputs.useInt3dIntrfce()) {}
+Engine::Engine(Inputs& inputs) : mInputs(&inputs) {
+  readSettings();
+}
+
+void Engine::readSettings() {
+  mTraSensBase = mInputs->traSensBase() == 0 ? 20000 : mInputs->traSensBase();
+  mRotSensBase = mInputs->rotSensBase() == 0 ? 10000 : mInputs->rotSensBase();
+  mMaxContMoveTime = mInputs->maxContMoveTime();
+  mUseInt3dIntrfce = mInputs->useInt3dIntrfce();
+}
 
 void Engine::timerProc(Replay& replay) {
   try {

@@ -45,6 +45,9 @@ public:
   /// Take over the state of another engine, with other inputs.
   Engine(const Engine& other, Inputs& inputs) : Engine(other) { mInputs = &inputs; }
 
+  /// Takes over the settings that the engine copies when it is made.
+  void readSettings();
+
   void timerProc(Replay& replay);
   void doTransform(Replay& replay);
   void handleDeviceKeys(Replay& replay);
@@ -104,10 +107,10 @@ private:
   bool scrollTreesAndLists(Replay& replay, int x, int y, int z);
 
   Inputs* mInputs;
-  double mTraSensBase;
-  double mRotSensBase;
-  std::uint32_t mMaxContMoveTime;
-  bool mUseInt3dIntrfce;
+  double mTraSensBase = 0;
+  double mRotSensBase = 0;
+  std::uint32_t mMaxContMoveTime = 0;
+  bool mUseInt3dIntrfce = false;
 };
 
 } // namespace model

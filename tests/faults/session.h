@@ -43,7 +43,7 @@ public:
           {{"creation", "off"}, {"trace", "off"}, {"debug", "off"}, {"info", "off"}, {"tmp", "off"}});
     rig::home().write(rig::kSettingsFile, rig::settingsText(settings));
     rig::home().remove("Orvaner/faults.txt");
-    rig::forgetSelection();
+    rig::forgetMovement();
     host::add(rig::line({1, 2, 3}, {4, 6, 3}));
     host::add(std::make_unique<AcDbCircle>(AcGePoint3d(5, 5, 0), AcGeVector3d(0, 0, 1), 2.0));
   }

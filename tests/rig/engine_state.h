@@ -18,8 +18,10 @@ inline void setSample(OvAutoCad& plugin, int x, int y, int z, int a = 0, int b =
   plugin.mCapC = static_cast<std::int16_t>(c);
 }
 
-/// What earlier movements have kept of the selection.
-inline void forgetSelection() {
+/// Forgets what earlier movements have kept of the view and of the selection.
+inline void forgetMovement() {
+  motion::viewP = nullptr;
+  motion::cvportNumber = 0;
   motion::movement.selCenterPoint = AcGePoint3d(0, 0, 0);
   motion::movement.selAxisVector = AcGeVector3d(0, 0, 0);
   motion::movement.selCenterValid = motion::movement.selAxisValid = false;
@@ -44,7 +46,7 @@ inline void resetEngine(OvAutoCad& plugin) {
   proxy.mZoomAllAfterView = false;
   proxy.mModes.clear();
   proxy.mMenuEntries.clear();
-  forgetSelection();
+  forgetMovement();
 }
 
 } // namespace rig
