@@ -36,7 +36,14 @@ inline void resetEngine(OvAutoCad& plugin) {
   plugin.mToggleRotationAxis = false;
   plugin.mScrollTreeAndList = true;
   plugin.mMinThreshold = 0;
+  plugin.mTraSensBase = 20000;
+  plugin.mRotSensBase = 10000;
+  plugin.mApplicationsDirPath = plugin.mHomeDir + "\\Orvaner\\Applications";
   AutoCadProxy& proxy = *plugin.mAutoCadProxyP;
+  proxy.mTraSensBase = 20000;
+  proxy.mRotSensBase = 10000;
+  proxy.mMaxContMoveTime = 500;
+  proxy.mUseInt3dIntrfce = false;
   proxy.mViewMode = 0;
   proxy.mCapIsMoving = false;
   proxy.mIsDocLocked = false;
