@@ -98,8 +98,8 @@ void Script::play(const std::string& text) {
   const std::map<std::string, std::function<void()>> words = {
       {"view",
        [&] {
-         host::setView(rig::viewFrom(point(0), point(3), point(6).asVector(), v.at(9), v.at(10),
-                                     rest.find("perspective") != std::string::npos));
+         host::setView({point(0), point(3), point(6).asVector(), v.at(9), v.at(10),
+                        rest.find("perspective") != std::string::npos});
        }},
       {"rotation",
        [&] {

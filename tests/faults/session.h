@@ -2,6 +2,7 @@
 #define SESSION_H
 
 #include <algorithm>
+#include <iomanip>
 #include <set>
 #include <sstream>
 #include <string>
@@ -87,17 +88,22 @@ public:
 #endif
   }
 
-  /// What the session left behind, as text.
+  static std::string text(const AcGePoint3d& p) {
+    std::ostringstream os;
+    os << std::setprecision(9) << p.x << ' ' << p.y << ' ' << p.z;
+    return os.str();
+  }
+  /// Returns what the session left, as text.
   static std::string outcome() {
     std::ostringstream os;
-    os << rig::text(host::view().position, 9) << '|' << rig::text(host::view().target, 9) << '|'
-       << rig::text(host::view().up, 9) << '|' << host::view().fieldWidth << '|'
-       << rig::text(host::storedView().position, 9) << '|' << host::layout().viewHeight << '|'
+    os << text(host::view().position) << '|' << text(host::view().target) << '|'
+       << text(AcGePoint3d::kOrigin + host::view().up) << '|' << host::view().fieldWidth << '|'
+       << text(host::storedView().position) << '|' << host::layout().viewHeight << '|'
        << host::layout().centre.x << '|' << host::layout().centre.y << '|';
     for (int i = 1; i <= host::entityCount(); ++i) {
       AcDbExtents extents;
       if (host::entity(i)->getGeomExtents(extents) == Acad::eOk)
-        os << rig::text(extents.minPoint(), 9) << '|';
+        os << text(extents.minPoint()) << '|';
     }
     os << host::historyText();
     return os.str();

@@ -1,7 +1,5 @@
 #include "engine_rig.h"
 
-#include <algorithm>
-#include <cstdio>
 #include <iomanip>
 #include <sstream>
 
@@ -45,26 +43,20 @@ std::string settingsText(const std::vector<std::pair<std::string, std::string>>&
 }
 
 std::size_t logSize() {
-  std::error_code error;
-  const auto size = std::filesystem::file_size(home().native(kLogFile), error);
-  return error ? 0 : static_cast<std::size_t>(size);
-}
-
-std::string logText(std::size_t from) {
-  std::ifstream file(home().native(kLogFile), std::ios::binary);
-  file.seekg(static_cast<std::streamoff>(from));
-  return std::string(std::istreambuf_iterator<char>(file), {});
+  return home().exists(kLogFile)
+             ? static_cast<std::size_t>(std::filesystem::file_size(home().native(kLogFile)))
+             : 0;
 }
 
 std::vector<Record> allRecords(std::size_t from) {
   constexpr std::size_t kTextColumn = 82;
   std::vector<Record> found;
-  std::istringstream lines(logText(from));
-  for (std::string line; std::getline(lines, line);) {
+  std::ifstream lines(home().native(kLogFile), std::ios::binary);
+  lines.seekg(static_cast<std::streamoff>(from));
+  for (std::string line; std::getline(lines, line);)
     if (line.size() >= kTextColumn && line[12] == '|')
       found.push_back(
           {line.substr(13, 3), line.substr(17, 6), line.substr(24, 16), line.substr(kTextColumn)});
-  }
   return found;
 }
 
@@ -72,38 +64,10 @@ std::vector<std::string> records(std::size_t from) {
   std::ostringstream thread;
   thread << std::setw(6) << Util::getThreadId();
   std::vector<std::string> found;
-  for (const Record& record : allRecords(from)) {
+  for (const Record& record : allRecords(from))
     if (record.thread == thread.str() && record.file != "daemon_proxy.cpp")
       found.push_back(record.type + " " + record.text);
-  }
   return found;
-}
-
-host::ViewState viewFrom(AcGePoint3d eye, AcGePoint3d target, AcGeVector3d up, double width, double height,
-                         bool perspective) {
-  host::ViewState state;
-  state.position = eye;
-  state.target = target;
-  state.up = up;
-  state.fieldWidth = width;
-  state.fieldHeight = height;
-  state.perspective = perspective;
-  return state;
-}
-
-std::string text(const AcGePoint3d& p, int digits) {
-  std::string all;
-  for (const double value : {p.x, p.y, p.z}) {
-    char number[64];
-    std::snprintf(number, sizeof number, "%.*f", digits, value);
-    const bool isZero = std::string(number).find_first_not_of("-0.") == std::string::npos;
-    all += (all.empty() ? "" : " ") + std::string(isZero && number[0] == '-' ? number + 1 : number);
-  }
-  return all;
-}
-
-std::string text(const AcGeVector3d& v, int digits) {
-  return text(AcGePoint3d::kOrigin + v, digits);
 }
 
 std::unique_ptr<AcDbLine> line(AcGePoint3d start, AcGePoint3d end) {
@@ -164,9 +128,7 @@ void EngineTest::SetUp() {
 void EngineTest::TearDown() {
   call_log::clear();
   const host::Held held = host::held();
-  EXPECT_EQ(held.selectionSets, 0);
-  EXPECT_EQ(held.openForRead, 0);
-  EXPECT_EQ(held.openForWrite, 0);
+  EXPECT_EQ(held.selectionSets + held.openForRead + held.openForWrite, 0);
   EXPECT_EQ(host::viewCounts().nonFiniteCalls, 0);
 }
 
