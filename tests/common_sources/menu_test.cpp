@@ -14,14 +14,12 @@ using Lines = std::vector<std::string>;
 
 namespace {
 
-constexpr char kMenuReader[] = "OvScribe2018.dll";
-
 class Menu : public EngineTest {
 protected:
-  void TearDown() override {
+  void SetUp() override {
+    EngineTest::SetUp();
     rig::home().remove(rig::kMenuFile);
-    rig::home().remove(kMenuReader);
-    EngineTest::TearDown();
+    rig::home().remove(rig::kMenuReader);
   }
 };
 
@@ -43,7 +41,7 @@ TEST_F(Menu, ModesAreNamesAndEntriesMacros) {
       // A missing section leaves the other one.
       {"[Modes]\nStart\n", {"Start"}, {}},
       {"[modes]\nStart\n\n[MenuBar]\na=x}A\n", {}, {"A"}},
-      // A macro is between the first brace and the first bar behind it; a value without one takes no index.
+      // A macro is between the first brace and the next bar; a value without one takes no index.
       {macros("a=}A\nb=heading\nc=x}\nd=x}|\ne=a|b\nf=a}b}c|d|e\ng=a|b}c|d\n"),
        {"Start"},
        {"A", "", "b}c", "c"}},
@@ -71,23 +69,13 @@ TEST_F(Menu, ModesAreNamesAndEntriesMacros) {
   EXPECT_EQ(takeRecords(), Lines{});
 }
 
-TEST_F(Menu, LoadedFileIsNotReadAgain) {
-  for (const char* const mode : {"Start", "Other"}) {
-    rig::home().write(rig::kMenuFile, "[Modes]\n" + std::string(mode) + "\n");
-    TimerProc(nullptr, 0, 0, 0);
-    EXPECT_EQ(proxy().mModes, Lines{"Start"});
-  }
-}
-
 #ifndef _WIN32 // dialogs and module paths
 
 class MenuReader : public Menu {
 protected:
-  static void setModule(const std::string& path) { desktop::setModulePath(Util::toWideByCodePage(path)); }
-
-  /// Starts the menu reader from a plug-in file. Returns what was typed, and the records behind the first.
+  /// Starts the menu reader from a plug-in file. Returns the records, without the first.
   Lines start(const std::string& modulePath) {
-    setModule(modulePath);
+    desktop::setModulePath(Util::toWideByCodePage(modulePath));
     takeRecords();
     proxy().StartDotNETPlugin();
     Lines found = takeRecords();
@@ -114,7 +102,8 @@ TEST_F(MenuReader, IsLoadedFromThePlugInsFolder) {
 }
 
 TEST_F(MenuReader, LogSaysWhatIsMissing) {
-  const std::string file = rig::home().backslashed("x.arx"), reader = rig::home().backslashed(kMenuReader);
+  const std::string file = rig::home().backslashed("x.arx"),
+                    reader = rig::home().backslashed(rig::kMenuReader);
   EXPECT_EQ(start("plain.arx"), (Lines{"TRC charPath: 'plain.arx'", "ERR Error: Invalid path plain.arx"}));
   EXPECT_EQ(start(file), (Lines{"TRC charPath: '" + file + "'", "TRC dllPath: '" + reader + "'",
                                 "ERR Error: OvScribe does not exist " + reader}));
@@ -132,9 +121,9 @@ TEST_F(MenuReader, LogSaysWhatIsMissing) {
 }
 
 TEST_F(MenuReader, StartsBeforeTheTimer) {
-  rig::home().write(kMenuReader, "stands for the menu reader");
+  rig::home().write(rig::kMenuReader, "stands for the menu reader");
   for (const bool usesHostsOwn : {false, true}) {
-    setModule(rig::home().backslashed("x.arx"));
+    desktop::setModulePath(Util::toWideByCodePage(rig::home().backslashed("x.arx")));
     call_log::startRecording();
     restart({{"useInt3dIntrfce", usesHostsOwn ? "on" : "off"}});
     const Lines made = call_log::stopRecording();

@@ -1,7 +1,6 @@
 #include "script.h"
 
 #include <algorithm>
-#include <cctype>
 #include <functional>
 #include <iterator>
 #include <map>
@@ -12,49 +11,34 @@
 #include "desktop.h"
 #endif
 
-namespace {
-
-constexpr char kReader[] = "OvScribe2018.dll";
-
-std::vector<ScriptCase> casesOf(const std::string& file) {
-  std::ifstream in(scriptPath(file));
-  std::vector<ScriptCase> cases;
-  ScriptLine line;
-  while (++line.number, std::getline(in, line.text)) {
-    line.text.erase(line.text.find_last_not_of(" \r") + 1);
-    if (line.word() == "case")
-      cases.push_back({file, line.text.substr(5), {}});
-    else if (!cases.empty() && !line.text.empty() && line.text[0] != '#')
-      cases.back().lines.push_back(line);
-  }
-  if (cases.empty())
-    throw std::runtime_error(file + " has no cases");
-  return cases;
-}
-
-} // namespace
-
 std::string scriptPath(const std::string& file) {
   return std::string(OV_FIXTURES) + "/" + file;
 }
 
 std::vector<ScriptCase> playableCases(std::initializer_list<const char*> files) {
   static const std::set<std::string> kNeedDesktop = {"window", "timebox", "reader"};
-  std::vector<ScriptCase> all;
-  for (const char* const file : files)
-    for (const ScriptCase& c : casesOf(file))
-      if (kHasDesktop || std::none_of(c.lines.begin(), c.lines.end(), [](const ScriptLine& line) {
-            return kNeedDesktop.count(line.word()) != 0;
-          }))
-        all.push_back(c);
-  return all;
-}
-
-std::string caseName(const testing::TestParamInfo<ScriptCase>& info) {
-  std::string name = info.param.name + " " + std::to_string(info.index);
-  std::replace_if(
-      name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
-  return name;
+  std::vector<ScriptCase> cases;
+  for (const char* const file : files) {
+    std::ifstream in(scriptPath(file));
+    ScriptLine line;
+    while (++line.number, std::getline(in, line.text)) {
+      line.text.erase(line.text.find_last_not_of(" \r") + 1);
+      if (line.word() == "case")
+        cases.push_back({file, line.text.substr(5), {}});
+      else if (!line.text.empty() && line.text[0] != '#')
+        cases.back().lines.push_back(line);
+    }
+    if (line.number < 100)
+      throw std::runtime_error("can't read " + scriptPath(file));
+  }
+  const auto needsDesktop = [](const ScriptLine& line) { return kNeedDesktop.count(line.word()) != 0; };
+  cases.erase(std::remove_if(cases.begin(), cases.end(),
+                             [&](const ScriptCase& c) {
+                               return !kHasDesktop &&
+                                      std::any_of(c.lines.begin(), c.lines.end(), needsDesktop);
+                             }),
+              cases.end());
+  return cases;
 }
 
 void PrintTo(const ScriptCase& c, std::ostream* os) {
@@ -65,11 +49,7 @@ void Script::SetUp() {
   EngineTest::SetUp();
   plugin().mScrollTreeAndList = false;
   mInputs.mPluginP = &plugin();
-}
-
-void Script::TearDown() {
-  rig::home().remove(kReader);
-  EngineTest::TearDown();
+  rig::home().remove(rig::kMenuReader);
 }
 
 void Script::play(const std::string& text) {
@@ -199,9 +179,9 @@ void Script::setBar(const std::string& text) {
 }
 
 void Script::setReader(const std::string& place) {
-  rig::home().remove(kReader);
+  rig::home().remove(rig::kMenuReader);
   if (place == "here")
-    rig::home().write(kReader, "reads menus");
+    rig::home().write(rig::kMenuReader, "reads menus");
   const std::string module = place == "nowhere" ? "plug-in.arx" : rig::home().backslashed("plug-in.arx");
   desktop::setModulePath(std::wstring(module.begin(), module.end()));
 }

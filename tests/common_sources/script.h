@@ -30,15 +30,12 @@ constexpr bool kHasDesktop =
 std::string scriptPath(const std::string& file);
 /// The cases of some files that can be played on this system, without comments and empty lines.
 std::vector<ScriptCase> playableCases(std::initializer_list<const char*> files);
-/// Name of a case among the tests.
-std::string caseName(const testing::TestParamInfo<ScriptCase>& info);
 void PrintTo(const ScriptCase& scriptCase, std::ostream* os);
 
 /// An engine that is set up by lines of a script. Scrolling is off until a line turns it on.
 class Script : public EngineTest, public testing::WithParamInterface<ScriptCase> {
 protected:
   void SetUp() override;
-  void TearDown() override;
 
   /// Does what a line says. Fails the test if it isn't understood.
   void play(const std::string& text);

@@ -162,8 +162,7 @@ TEST_P(Trace, LeavesTheseOutcomes) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Engine, Trace, testing::ValuesIn(playableCases({"engine.trace", "scroll.trace"})),
-                         caseName);
+INSTANTIATE_TEST_SUITE_P(Engine, Trace, testing::ValuesIn(playableCases({"engine.trace", "scroll.trace"})));
 
 // ---- transcripts ----
 
@@ -206,7 +205,6 @@ TEST_P(Transcript, ListsTheseCalls) {
 
 INSTANTIATE_TEST_SUITE_P(Engine, Transcript,
                          testing::ValuesIn(playableCases({"motion.transcript", "scrolling.transcript",
-                                                          "keys.transcript"})),
-                         caseName);
+                                                          "keys.transcript"})));
 
 } // namespace

@@ -23,6 +23,7 @@ void useOwnHome();
 /// Returns the home folder; it lives as long as the program.
 TempFolder& home();
 constexpr char kMenuFile[] = "Orvaner/Applications/autocad.mnu";
+constexpr char kMenuReader[] = "OvScribe2018.dll";
 constexpr char kSettingsFile[] = "Orvaner/Applications/autocad_addin.ini";
 
 /// Returns the text of a settings file with all values at their defaults, all log types on, and the given keys changed:
