@@ -83,16 +83,15 @@ TEST_F(DaemonLink, ConnectStopsAtTheFirstFailure) {
     int skip;
     int calls; // of all
     Lines records;
-    bool isConnected;
-    int rotMode;
+    int rotMode; // the one before if there is no connection
   };
   const Case cases[] = {
-      {"ovConnect", 0, 1, {"ERR Error in ovConnect()!"}, false, 3},
-      {"ovGetDevNum", 0, 1, {"ERR Error in ovGetDevNum()!"}, false, 3},
-      {"ovGetDevInfo", 0, 2, {"ERR Error in ovGetDevInfo()!"}, false, 3},
-      {"ovGetDevInfo", 1, 3, {first, "ERR Error in ovGetDevInfo()!"}, false, 3},
-      {"ovGetAdvancedSettings", 0, 4, {first, second, "ERR Error in ovGetAdvancedSettings()!"}, true, 0},
-      {nullptr, 0, 4, {first, second}, true, 2},
+      {"ovConnect", 0, 1, {"ERR Error in ovConnect()!"}, 3},
+      {"ovGetDevNum", 0, 1, {"ERR Error in ovGetDevNum()!"}, 3},
+      {"ovGetDevInfo", 0, 2, {"ERR Error in ovGetDevInfo()!"}, 3},
+      {"ovGetDevInfo", 1, 3, {first, "ERR Error in ovGetDevInfo()!"}, 3},
+      {"ovGetAdvancedSettings", 0, 4, {first, second, "ERR Error in ovGetAdvancedSettings()!"}, 0},
+      {nullptr, 0, 4, {first, second}, 2},
   };
   fake_devlink::state()->deviceCount = 2;
   fake_devlink::state()->rotation = 112;
@@ -103,9 +102,10 @@ TEST_F(DaemonLink, ConnectStopsAtTheFirstFailure) {
     proxy().mZoomAllAfterView = true;
     if (c.function)
       fake_devlink::fail(c.function, {1, c.skip});
-    EXPECT_EQ(link().connect(), c.isConnected);
-    EXPECT_EQ(link().mIsConnected, c.isConnected);
-    EXPECT_EQ(link().mIsToSendMode, c.isConnected);
+    const bool isConnected = c.rotMode != 3;
+    EXPECT_EQ(link().connect(), isConnected);
+    EXPECT_EQ(link().mIsConnected, isConnected);
+    EXPECT_EQ(link().mIsToSendMode, isConnected);
     EXPECT_EQ(takeLinkCalls(), Lines(all.begin(), all.begin() + c.calls));
     Lines expected = c.records;
     expected.insert(expected.begin(), "TRC Checking connection ...");
@@ -141,7 +141,6 @@ TEST_F(DaemonLink, EachEventHasOneEffect) {
   for (std::int32_t code = 0x1FFFF; code <= 0x20030; ++code)
     codes.push_back(code);
   const std::set<std::int32_t> viewCodes = {0x20009, 0x2000A, 0x2000B, 0x2000C, 0x20016, 0x20017, 0x20018};
-  const std::array<int, 6> zeros{};
   const std::array<int, 6> axes = {1, -2, 3, -32768, 32767, -6};
   for (const std::int32_t code : codes) {
     SCOPED_TRACE(testing::Message() << "code " << std::hex << code);
@@ -155,7 +154,7 @@ TEST_F(DaemonLink, EachEventHasOneEffect) {
     takeLinkRecords();
     const int announced = announcements();
     event(code, {1, -2, 3, -32768, 32767, -6});
-    EXPECT_EQ(sample(), code < 0 ? axes : zeros);
+    EXPECT_EQ(sample(), (code < 0 ? axes : std::array<int, 6>()));
     EXPECT_EQ(plugin().mPendingKey, code >= 0x20020 ? code - 0x20020 : -1);
     EXPECT_EQ(plugin().mPendingSpecial, viewCodes.count(code) != 0 ? code : 0);
     const bool isRotation = code == 0x20001 || code == 0x20002;
@@ -169,40 +168,38 @@ TEST_F(DaemonLink, EachEventHasOneEffect) {
 
 TEST_F(DaemonLink, DaemonHearsEachNewMode) {
   EXPECT_EQ(takeModes(), Lines{"Unknown"}) << "there is no menu file yet";
-  enum Before { Nothing, Modes, Mode2, Mode1, Connect, NoModes };
   struct Case {
-    Before before;
+    std::function<void()> before;
     int refusals; // of the daemon, from now on
     std::int32_t event;
     int tries;
     Lines modes; // announced with success
   };
+  const auto nothing = [] {};
+  const auto connect = [this] { link().connect(); };
+  const auto mode = [this](int number) { return [this, number] { proxy().mViewMode = number; }; };
+  const auto modes = [this](const Lines& names) { return [this, names] { setModes(names); }; };
   const Case cases[] = {
-      {Modes, 0, -1, 1, {"Start"}}, // a motion event serves
-      {Nothing, 0, -1, 0, {}},
-      {Mode2, 0, 0x20003, 1, {"Model"}}, // one that says nothing else, too
-      {Nothing, 0, kAnnounceModeEvent, 1, {"Model"}},
-      {Connect, 0, -1, 1, {"Model"}}, // it may be a new daemon
-      {Nothing, 0, -1, 0, {}},
+      {modes({"Start", "Layout", "Model"}), 0, -1, 1, {"Start"}}, // a motion event serves
+      {nothing, 0, -1, 0, {}},
+      {mode(2), 0, 0x20003, 1, {"Model"}}, // one that says nothing else, too
+      {nothing, 0, kAnnounceModeEvent, 1, {"Model"}},
+      {connect, 0, -1, 1, {"Model"}}, // it may be a new daemon
+      {nothing, 0, -1, 0, {}},
       // What failed is repeated, also what the daemon has asked for.
-      {Mode1, 2, -1, 1, {}},
-      {Nothing, 0, -1, 1, {}},
-      {Nothing, 0, -1, 1, {"Layout"}},
-      {Nothing, 1, kAnnounceModeEvent, 1, {}},
-      {Nothing, 0, -1, 1, {"Layout"}},
+      {mode(1), 2, -1, 1, {}},
+      {nothing, 0, -1, 1, {}},
+      {nothing, 0, -1, 1, {"Layout"}},
+      {nothing, 1, kAnnounceModeEvent, 1, {}},
+      {nothing, 0, -1, 1, {"Layout"}},
       // After a new connection a name that was told before is tried once.
-      {Connect, 1, -1, 1, {}},
-      {Nothing, 0, -1, 0, {}},
-      {NoModes, 0, -1, 1, {"Unknown"}},
+      {connect, 1, -1, 1, {}},
+      {nothing, 0, -1, 0, {}},
+      {modes({"Start"}), 0, -1, 1, {"Unknown"}},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(testing::Message() << "case " << &c - cases);
-    if (c.before == Modes || c.before == NoModes)
-      setModes(c.before == Modes ? Lines{"Start", "Layout", "Model"} : Lines{"Start"});
-    else if (c.before == Mode1 || c.before == Mode2)
-      proxy().mViewMode = c.before == Mode1 ? 1 : 2;
-    else if (c.before == Connect)
-      link().connect();
+    c.before();
     if (c.refusals > 0)
       fake_devlink::fail("ovSetApplMode", {c.refusals});
     const int tries = announcements();
@@ -228,18 +225,16 @@ TEST_F(DaemonLink, FailedFetchStillSendsTheMode) {
 
 // ---- the watch, and the engine's start and end ----
 
-/// The records of construction and destruction on the main thread, with the source file in front.
+/// Records of the main thread at the engine's start and end, with the source file in front.
 Lines lifeRecords(std::size_t from) {
-  Lines found;
   const std::vector<Record> all = rig::allRecords(from);
-  const auto isMain = [](const Record& record) { return record.file == " ov_auto_cad.cpp"; };
-  const auto main = std::find_if(all.begin(), all.end(), isMain);
-  for (const Record& record : all) {
-    const bool isLife = record.type == "CRT" || record.text == "Checking connection ..." ||
-                        record.text.compare(0, 6, "devIdx") == 0 || record.text == "Error in ovDisConnect()!";
-    if (isLife && main != all.end() && record.thread == main->thread)
+  const auto main = std::find_if(all.begin(), all.end(),
+                                 [](const Record& record) { return record.file == " ov_auto_cad.cpp"; });
+  Lines found;
+  for (const Record& record : all)
+    if (main != all.end() && record.thread == main->thread &&
+        (record.type == "CRT" || record.file == "daemon_proxy.cpp"))
       found.push_back(record.file + ": " + record.text);
-  }
   return found;
 }
 
