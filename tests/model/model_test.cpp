@@ -245,7 +245,9 @@ private:
     const bool isOld = mCalls.empty() || mDice.oneIn(2);
     const auto size = static_cast<int>(isOld ? mNames.size() : mCalls.size());
     const auto at = static_cast<std::size_t>(mDice.below(size));
-    const std::string& name = isOld ? mNames[at] : mCalls[at].name;
+    const std::string name = mDice.oneIn(8) ? "acedSSFree"
+                             : isOld        ? mNames[at]
+                                            : mCalls[at].name; // it is rare
     const int nth = 1 + mDice.below(3);
     (mDice.oneIn(2) ? call_log::throwAt : call_log::failAt)(name, nth, mDice.of({1, 1, 2, 9}));
   }
