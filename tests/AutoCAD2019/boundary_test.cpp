@@ -1,4 +1,5 @@
-// The module's boundary: loaded, told, freed and ended, in order and out of order. The system says what is left of it.
+// The module's boundary: loaded, told, freed and ended, in order and out of order. The system says what is
+// left of it.
 
 #include <fstream>
 #include <functional>

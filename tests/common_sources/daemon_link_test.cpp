@@ -1,5 +1,5 @@
-// The link to the device daemon: what is asked when, what each failure leaves, what each event does, when the daemon
-// is told the mode; and how the engine starts and stops with its threads.
+// The link to the device daemon: what is asked when, what each failure leaves, what each event does, when the
+// daemon is told the mode; and how the engine starts and stops with its threads.
 
 #include <algorithm>
 #include <chrono>

@@ -1,5 +1,5 @@
-// The pump: what comes between the passes of a tick, ticks on the timer, and what a failure of the host costs. The
-// model's random sequences hold everything else.
+// The pump: what comes between the passes of a tick, ticks on the timer, and what a failure of the host
+// costs. The model's random sequences hold everything else.
 
 #include "call_log.h"
 #include "engine_rig.h"

@@ -3,7 +3,8 @@
 
 #include "comparison.h"
 
-/// Scripts of the engine in tests/fixtures: cases, each a list of lines. The heads of the files say what the words mean.
+/// Scripts of the engine in tests/fixtures: cases, each a list of lines. The heads of the files say what the
+/// words mean.
 
 struct ScriptLine {
   int number = 0; // in its file

@@ -1,6 +1,6 @@
-// Plays the scripts of tests/fixtures. Traces hold what each pass leaves behind the bars; besides, each pass is held
-// against the model. With OV_RENEW_TRACES set, outcomes that differ are written into the files. Transcripts hold the
-// calls of host and Windows that are made, in their order.
+// Plays the scripts of tests/fixtures. Traces hold what each pass leaves behind the bars; besides, each pass
+// is held against the model. With OV_RENEW_TRACES set, outcomes that differ are written into the files.
+// Transcripts hold the calls of host and Windows that are made, in their order.
 
 #include <algorithm>
 #include <cmath>

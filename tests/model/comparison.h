@@ -49,8 +49,8 @@ public:
   std::vector<std::string> mModes, mMenuValues;
 };
 
-/// Runs an action of the plug-in as the host does, then the model's on the calls and records that it made. Returns
-/// what differed first; empty if nothing did. The calls go to `calls`.
+/// Runs an action of the plug-in as the host does, then the model's on the calls and records that it made.
+/// Returns what differed first; empty if nothing did. The calls go to `calls`.
 template <class Action, class Expected>
 std::string contradiction(std::vector<model::Call>& calls, const Action& action, const Expected& expected) {
   calls.clear();

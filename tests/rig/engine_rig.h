@@ -26,8 +26,8 @@ constexpr char kMenuFile[] = "Orvaner/Applications/autocad.mnu";
 constexpr char kMenuReader[] = "OvScribe2018.dll";
 constexpr char kSettingsFile[] = "Orvaner/Applications/autocad_addin.ini";
 
-/// Returns the text of a settings file with all values at their defaults, all log types on, and the given keys changed:
-/// {"transSensBase", "0"}.
+/// Returns the text of a settings file with all values at their defaults, all log types on, and the given
+/// keys changed: {"transSensBase", "0"}.
 std::string settingsText(const std::vector<std::pair<std::string, std::string>>& changes = {});
 
 /// A record of any thread; a file name that is too long for its column shows with its end.
@@ -45,12 +45,13 @@ std::unique_ptr<AcDbLine> line(AcGePoint3d start, AcGePoint3d end);
 
 } // namespace rig
 
-/// A test with a running engine. The engine is made once for the program, since each unload waits for the connection
-/// watch, and is set back between tests; restart() makes a new one on other settings.
+/// A test with a running engine. The engine is made once for the program, since each unload waits for the
+/// connection watch, and is set back between tests; restart() makes a new one on other settings.
 class EngineTest : public ::testing::Test {
 protected:
   void SetUp() override;
-  /// Expects that everything borrowed from the host has been given back, and that no view got NaN or infinity.
+  /// Expects that everything borrowed from the host has been given back, and that no view got NaN or
+  /// infinity.
   void TearDown() override;
 
   static void restart(const std::vector<std::pair<std::string, std::string>>& settingsChanges = {});

@@ -12,8 +12,8 @@
 
 #include "call_log.h"
 
-/// The device library in memory: the same seven functions, with a daemon that tests script. Linked in the real
-/// library's place. Everything may be called on any thread.
+/// The device library in memory: the same seven functions, with a daemon that tests script. Linked in the
+/// real library's place. Everything may be called on any thread.
 namespace fake_devlink {
 
 struct Event {

@@ -17,8 +17,8 @@ inline double secondsSince(std::chrono::steady_clock::time_point start) {
 
 inline bool gIsLoopOver = false;
 
-/// Runs the host's message loop for some milliseconds, asleep while there is nothing to do, and then what was typed
-/// meanwhile. On the main thread.
+/// Runs the host's message loop for some milliseconds, asleep while there is nothing to do, and then what was
+/// typed meanwhile. On the main thread.
 inline void runLoop(UINT milliseconds) {
   gIsLoopOver = false;
   SetTimer(nullptr, 0, milliseconds, [](HWND, UINT, UINT_PTR id, DWORD) {

@@ -10,8 +10,8 @@
 
 namespace rig {
 
-/// A new, empty folder with blanks in its name, as users have them; it goes with all that is in it when the object
-/// goes.
+/// A new, empty folder with blanks in its name, as users have them; it goes with all that is in it when the
+/// object goes.
 ///
 /// Names below the folder may hold backslashes on every system; an empty name is the folder itself.
 class TempFolder {
