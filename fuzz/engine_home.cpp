@@ -1,7 +1,5 @@
 #include "engine_home.h"
 
-#include "call_log.h"
-#include "desktop.h"
 #include "engine_rig.h"
 #include "engine_state.h"
 #include "fake_devlink.h"
@@ -12,20 +10,12 @@ namespace {
 
 constexpr std::uint32_t kPassesPerTick = 3;
 
-void freshSurroundings() {
-  call_log::clear();
-  host::reset();
-  desktop::reset();
-  desktop::holdClock();
-  desktop::setTickStep(1); // loops that wait for the clock end
-}
-
 /// Log statements make their texts, which is all that can go wrong in them, but no file grows.
 std::unique_ptr<OvAutoCad> makeEngine() {
   rig::useOwnHome();
   rig::home().write(rig::kSettingsFile, rig::settingsText({{"logToFile", "off"}}));
   fake_devlink::reset();
-  freshSurroundings();
+  rig::freshSurroundings();
   auto pluginP = std::make_unique<OvAutoCad>();
   pluginP->mIsToWatchConnection = false; // there is nothing to watch, and it would wake up all the time
   return pluginP;
@@ -35,7 +25,7 @@ std::unique_ptr<OvAutoCad> makeEngine() {
 
 OvAutoCad& freshEngine() {
   static const std::unique_ptr<OvAutoCad> sPluginP = makeEngine();
-  freshSurroundings();
+  rig::freshSurroundings();
   OvAutoCad& p = *sPluginP;
   rig::resetEngine(p);
   AutoCadProxy& e = *p.mAutoCadProxyP;

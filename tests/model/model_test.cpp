@@ -42,10 +42,7 @@ private:
 class Sequence : private rig::ModelInputs {
 public:
   explicit Sequence(int seed) : mDice(seed), mIsToFail(mDice.oneIn(2)) {
-    call_log::clear();
-    host::reset();
-    desktop::reset();
-    desktop::holdClock();
+    rig::freshSurroundings();
     fake_devlink::reset();
     rig::useOwnHome();
     rig::home().remove(rig::kMenuFile);

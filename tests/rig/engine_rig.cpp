@@ -4,7 +4,6 @@
 #include <sstream>
 
 #include "call_log.h"
-#include "engine_state.h"
 #include "environment.h"
 #include "logging.h"
 #include "util.h"
@@ -26,6 +25,16 @@ void useOwnHome() {
   setEnvironment("USERPROFILE", home().native());
   home().makeFolder("Orvaner");
   home().makeFolder("Orvaner/Applications");
+}
+
+void freshSurroundings() {
+  call_log::clear();
+  host::reset();
+#ifndef _WIN32
+  desktop::reset();
+  desktop::holdClock();
+  desktop::setTickStep(1); // loops that wait for the clock end
+#endif
 }
 
 std::string settingsText(const std::vector<std::pair<std::string, std::string>>& changes) {
@@ -76,50 +85,21 @@ std::unique_ptr<AcDbLine> line(AcGePoint3d start, AcGePoint3d end) {
 
 } // namespace rig
 
-namespace {
-
-std::unique_ptr<OvAutoCad> gPluginP;
-bool gHasOwnSettings = false;
-
-/// Ends the engine before the home folder goes with the program.
-class StopAtEnd : public ::testing::Environment {
-public:
-  void TearDown() override { gPluginP.reset(); }
-};
-
-const ::testing::Environment* const gStopAtEnd = ::testing::AddGlobalTestEnvironment(new StopAtEnd);
-
-void freshSurroundings() {
-  call_log::clear();
-  host::reset();
-#ifndef _WIN32
-  desktop::reset();
-  desktop::holdClock();
-  desktop::setTickStep(1); // loops that wait for the clock end
-#endif
-}
-
-} // namespace
-
 void EngineTest::restart(const std::vector<std::pair<std::string, std::string>>& settingsChanges) {
-  gPluginP.reset();
+  mPluginP.reset();
   rig::useOwnHome();
   rig::home().remove(rig::kMenuFile);
   rig::home().write(rig::kSettingsFile, rig::settingsText(settingsChanges));
   fake_devlink::reset();
-  gPluginP = std::make_unique<OvAutoCad>();
-  gHasOwnSettings = !settingsChanges.empty();
-}
-
-void EngineTest::stop() {
-  gPluginP.reset();
+  mPluginP = std::make_unique<OvAutoCad>();
+  mHasOwnSettings = !settingsChanges.empty();
 }
 
 void EngineTest::SetUp() {
-  freshSurroundings();
-  if (!gPluginP || gHasOwnSettings) {
+  rig::freshSurroundings();
+  if (!mPluginP || mHasOwnSettings) {
     restart();
-    freshSurroundings();
+    rig::freshSurroundings();
   }
   rig::resetEngine(plugin());
   mLogStart = rig::logSize();
@@ -130,27 +110,6 @@ void EngineTest::TearDown() {
   const host::Held held = host::held();
   EXPECT_EQ(held.selectionSets + held.openForRead + held.openForWrite, 0);
   EXPECT_EQ(host::viewCounts().nonFiniteCalls, 0);
-}
-
-OvAutoCad& EngineTest::plugin() {
-  return *gPluginP;
-}
-
-AutoCadProxy& EngineTest::proxy() {
-  return *gPluginP->mAutoCadProxyP;
-}
-
-void EngineTest::setSample(int x, int y, int z, int a, int b, int c) {
-  rig::setSample(plugin(), x, y, z, a, b, c);
-}
-
-bool EngineTest::pass(int x, int y, int z, int a, int b, int c) {
-  setSample(x, y, z, a, b, c);
-  return proxy().handleDeviceCap();
-}
-
-void EngineTest::release() {
-  pass(0, 0, 0);
 }
 
 std::vector<std::string> EngineTest::takeRecords() {

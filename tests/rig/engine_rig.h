@@ -11,6 +11,7 @@
 #include "host.h"
 #include "ov_auto_cad.h"
 
+#include "engine_state.h"
 #include "fake_devlink.h"
 #include "temp_folder.h"
 
@@ -18,6 +19,8 @@
 /// library, and where Windows is a stand-in a fresh desktop with the clock in hand.
 namespace rig {
 
+/// Takes back orders, and resets the host and, where Windows is a stand-in, the desktop with the clock held.
+void freshSurroundings();
 /// Makes the home folder of this test program and points USERPROFILE there. Idempotent.
 void useOwnHome();
 /// Returns the home folder; it lives as long as the program.
@@ -45,32 +48,39 @@ std::unique_ptr<AcDbLine> line(AcGePoint3d start, AcGePoint3d end);
 
 } // namespace rig
 
-/// A test with a running engine. The engine is made once for the program, since each unload waits for the
+/// A test with a running engine. The engine is made once for a suite, since each unload waits for the
 /// connection watch, and is set back between tests; restart() makes a new one on other settings.
 class EngineTest : public ::testing::Test {
 protected:
+  static void TearDownTestSuite() { stop(); }
   void SetUp() override;
   /// Expects that everything borrowed from the host has been given back, and that no view got NaN or
   /// infinity.
   void TearDown() override;
 
   static void restart(const std::vector<std::pair<std::string, std::string>>& settingsChanges = {});
-  static void stop();
+  static void stop() { mPluginP.reset(); }
 
-  OvAutoCad& plugin();
-  AutoCadProxy& proxy();
+  static OvAutoCad& plugin() { return *mPluginP; }
+  static AutoCadProxy& proxy() { return *mPluginP->mAutoCadProxyP; }
 
   /// Leaves a sample for the pump.
-  void setSample(int x, int y, int z, int a = 0, int b = 0, int c = 0);
-  /// setSample and one pass of handleDeviceCap.
-  bool pass(int x, int y, int z, int a = 0, int b = 0, int c = 0);
-  /// A pass with all axes at zero.
-  void release();
+  static void setSample(int x, int y, int z, int a = 0, int b = 0, int c = 0) {
+    rig::setSample(plugin(), x, y, z, a, b, c);
+  }
+  /// Leaves a sample and plays a pass.
+  static bool pass(int x, int y, int z, int a = 0, int b = 0, int c = 0) {
+    setSample(x, y, z, a, b, c);
+    return proxy().handleDeviceCap();
+  }
+  static void release() { pass(0, 0, 0); }
 
-  /// Records since the test's start or the last call.
+  /// Returns the records since the test's start or the last call.
   std::vector<std::string> takeRecords();
 
 private:
+  static inline std::unique_ptr<OvAutoCad> mPluginP;
+  static inline bool mHasOwnSettings = false;
   std::size_t mLogStart = 0;
 };
 
