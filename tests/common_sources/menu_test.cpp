@@ -85,9 +85,9 @@ protected:
   }
 };
 
-TEST_F(MenuReader, IsLoadedFromThePlugInsFolder) {
+TEST_F(MenuReader, LoadsFromThePlugInFolder) {
   rig::home().makeFolder("J\xF6rg's v2.1"); // an o with two dots
-  rig::home().write("J\xF6rg's v2.1/OvScribe2018.dll", "stands for the menu reader");
+  rig::home().write("J\xF6rg's v2.1/OvScribe2018.dll", "a menu reader");
   const std::string folder = rig::home().backslashed("J\xF6rg's v2.1");
   std::string slashed = folder;
   std::replace(slashed.begin(), slashed.end(), '\\', '/');
@@ -99,6 +99,12 @@ TEST_F(MenuReader, IsLoadedFromThePlugInsFolder) {
             (Lines{"TRC charPath: '" + file + "'", "TRC dllPath: '" + folder + "\\OvScribe2018.dll'",
                    "TRC totalCmd: '" + command}));
   EXPECT_EQ(call_log::stopRecording().back(), "sendStringToExecute \"" + command + "\\n\" 1 0 1");
+  call_log::failAt("sendStringToExecute", 1);
+  start(file);
+  EXPECT_NE(rig::home()
+                .read("Orvaner/autocad_addin_log.txt")
+                .find("\n', ec: " + std::to_string(Acad::eNotApplicable)),
+            std::string::npos);
 }
 
 TEST_F(MenuReader, LogSaysWhatIsMissing) {
@@ -121,7 +127,7 @@ TEST_F(MenuReader, LogSaysWhatIsMissing) {
 }
 
 TEST_F(MenuReader, StartsBeforeTheTimer) {
-  rig::home().write(rig::kMenuReader, "stands for the menu reader");
+  rig::home().write(rig::kMenuReader, "a menu reader");
   for (const bool usesHostsOwn : {false, true}) {
     desktop::setModulePath(Util::toWideByCodePage(rig::home().backslashed("x.arx")));
     call_log::startRecording();

@@ -1,4 +1,4 @@
-// Plays the scripts of tests/fixtures. Traces hold what each pass leaves behind the bars; besides, each pass
+// Plays the scripts of tests/fixtures. Traces hold what each pass leaves, after the bars; besides, each pass
 // is held against the model. With OV_RENEW_TRACES set, outcomes that differ are written into the files.
 // Transcripts hold the calls of host and Windows that are made, in their order.
 
@@ -42,7 +42,7 @@ std::string joined(std::initializer_list<double> values) {
   return text;
 }
 
-/// What a call did that the trace tells; empty: nothing.
+/// Returns what a call did as a trace names it; empty if it does not.
 std::string noteOf(const model::Call& call) {
   std::ostringstream os;
   const auto in = [&call](std::size_t i) { return static_cast<std::uint64_t>(call.in.at(i)); };

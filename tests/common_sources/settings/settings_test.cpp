@@ -56,7 +56,7 @@ protected:
   Texts mKeys;           // of the file, in order
 };
 
-TEST_F(SettingsTest, FirstRunWritesDefaultsAndLaterOnesKeepThem) {
+TEST_F(SettingsTest, FirstRunWritesDefaults) {
   for (int run = 0; run < 3; ++run) {
     {
       const Settings settings;
