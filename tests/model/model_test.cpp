@@ -102,6 +102,7 @@ private:
                                          {"rotSensBase", rotBase},
                                          {"maxContMoveTime", std::to_string(time)},
                                          {"useInt3dIntrfce", mDice.oneIn(12) ? "on" : "off"}}));
+    fake_devlink::state()->isPresent = mDice.oneIn(2);
     mOwnPluginP = std::make_unique<OvAutoCad>();
     mPluginP = mOwnPluginP.get();
     mPluginP->mIsToWatchConnection = false;
