@@ -5,10 +5,16 @@
 
 namespace model {
 
-Engine::Engine(Inputs& inputs)
-    : mInputsP(&inputs), mTraSensBase(inputs.traSensBase() == 0 ? 20000 : inputs.traSensBase()),
-      mRotSensBase(inputs.rotSensBase() == 0 ? 10000 : inputs.rotSensBase()),
-      mMaxContMoveTime(inputs.maxContMoveTime()), mUseInt3dIntrfce(inputs.useInt3dIntrfce()) {}
+Engine::Engine(Inputs& inputs) : mInputsP(&inputs) {
+  readSettings();
+}
+
+void Engine::readSettings() {
+  mTraSensBase = mInputsP->traSensBase() == 0 ? 20000 : mInputsP->traSensBase();
+  mRotSensBase = mInputsP->rotSensBase() == 0 ? 10000 : mInputsP->rotSensBase();
+  mMaxContMoveTime = mInputsP->maxContMoveTime();
+  mUseInt3dIntrfce = mInputsP->useInt3dIntrfce();
+}
 
 void Engine::timerProc(Replay& replay) {
   mReplayP = &replay;

@@ -17,6 +17,9 @@ public:
   /// Takes over the state of another engine, with other inputs.
   Engine(const Engine& other, Inputs& inputs) : Engine(other) { mInputsP = &inputs; }
 
+  /// Takes over the settings that the engine copies when it is made.
+  void readSettings();
+
   void timerProc(Replay& replay);
   void doTransform(Replay& replay);
   void handleDeviceKeys(Replay& replay);
@@ -79,7 +82,7 @@ private:
   void log(const char* type, const std::string& message) { mReplayP->log(type, message); }
   static bool isFinite(const Arg& arg) { return std::isfinite(arg.value); }
   static bool areFinite(const Args& args) { return std::all_of(args.begin(), args.end(), isFinite); }
-  /// Does an operation's work; gives nothing, or false, and leaves a record after an exception of the host.
+  /// Does an operation's work. After an exception of the host, expects its record and returns nothing, or false.
   template <class Work> auto guarded(const char* operation, const Work& work) -> decltype(work()) {
     try {
       return work();
@@ -91,9 +94,9 @@ private:
 
   Inputs* mInputsP;
   Replay* mReplayP = nullptr; // of the operation
-  double mTraSensBase, mRotSensBase;
-  std::uint32_t mMaxContMoveTime;
-  bool mUseInt3dIntrfce, mIsPerspective = false;
+  double mTraSensBase = 0, mRotSensBase = 0;
+  std::uint32_t mMaxContMoveTime = 0;
+  bool mUseInt3dIntrfce = false, mIsPerspective = false;
   std::array<Vec3, 3> mAxes; // of the picture: to the left, up, towards the viewer
 };
 

@@ -94,7 +94,7 @@ class Inputs {
 public:
   virtual ~Inputs() = default;
 
-  // Settings, copied by the engine's constructor.
+  // Settings that the engine copies when it is made.
   virtual int traSensBase() const = 0;
   virtual int rotSensBase() const = 0;
   virtual unsigned maxContMoveTime() const = 0;

@@ -1,5 +1,5 @@
-// The module's boundary: loaded, told, freed and ended, in order and out of order. What is left of it is
-// asked of the system.
+// The module's boundary: loaded, told, freed and ended, in order and out of order. The system says what is
+// left of it.
 
 #include <fstream>
 #include <functional>
@@ -10,7 +10,6 @@
 
 #include <arxHeaders.h>
 
-#include "call_log.h"
 #include "environment.h"
 #include "host.h"
 #include "hosted_module.h"
@@ -28,32 +27,24 @@ constexpr char kMotion[] = "0.0 device motion 300 0 0 0 0 0\n";
 const char* gProgram = nullptr;
 std::function<void()> gInDialog; // run in the message loop of the load's dialog, which then closes
 
+void awaitDialog() {
 #ifdef _WIN32
-
-void CALLBACK lookForDialog(HWND, UINT, UINT_PTR id, DWORD) {
-  if (const HWND dialog = FindWindowW(nullptr, L"Orvane Plug-in Error")) {
-    KillTimer(nullptr, id);
-    gInDialog();
-    PostMessageW(dialog, WM_COMMAND, IDOK, 0);
-  }
-}
-
-void awaitDialog() {
-  SetTimer(nullptr, 0, 10, lookForDialog);
-}
-
+  SetTimer(nullptr, 0, 10, [](HWND, UINT, UINT_PTR id, DWORD) {
+    if (const HWND dialog = FindWindowW(nullptr, L"Orvane Plug-in Error")) {
+      KillTimer(nullptr, id);
+      gInDialog();
+      PostMessageW(dialog, WM_COMMAND, IDOK, 0);
+    }
+  });
 #else
-
-void awaitDialog() {
   desktop::setMessageBoxAnswer([](const desktop::MessageBox&) {
     gInDialog();
     return IDOK;
   });
+#endif
 }
 
-#endif
-
-/// What a command of the module prints.
+/// Returns what a command of the module prints.
 std::wstring toggle() {
   const std::size_t before = host::printed().size();
   host::type(L"OV_Toggle_Scroll_Mode\n");
@@ -64,7 +55,6 @@ std::wstring toggle() {
 class Boundary : public testing::Test, protected rig::HostedModule {
 protected:
   void SetUp() override {
-    call_log::clear();
     host::reset();
 #ifndef _WIN32
     desktop::reset();
@@ -72,7 +62,7 @@ protected:
     mHome.makeFolder("Orvaner/Applications");
     rig::setEnvironment("USERPROFILE", mHome.native());
     rig::setEnvironment("OV_DEVLINK_PORT", "1"); // nobody listens there
-    live();                                      // what the process keeps for good, it has from here on
+    live();                                      // what the process keeps for good, it now has
     mHoldings = rig::holdings();
   }
 
@@ -102,17 +92,10 @@ protected:
     const std::vector<std::string> arguments = {mHome.native("a.session"), "--port",  "0", "--port-file",
                                                 mHome.native("port"),      "--linger"};
     mDaemon = std::make_unique<Process>(OV_DAEMON, arguments, mHome.native("daemon.txt"));
-    std::string port;
-    ASSERT_GE(
-        rig::loopUntil(
-            20, [&] { return std::getline(std::ifstream(mHome.native("port")), port) && !port.empty(); }),
-        0);
-    if (port.back() == '\r')
-      port.pop_back();
-    rig::setEnvironment("OV_DEVLINK_PORT", port);
-  }
-  void awaitFile(const char* name) {
-    ASSERT_GE(rig::loopUntil(20, [&] { return mHome.exists(name); }), 0);
+    int port = 0;
+    const auto isRead = [&] { return (std::ifstream(mHome.native("port")) >> port).peek() == '\n'; };
+    ASSERT_GE(rig::loopUntil(20, isRead), 0);
+    rig::setEnvironment("OV_DEVLINK_PORT", std::to_string(port));
   }
   static bool doesViewMove() {
     const double x = host::view().target.x;
@@ -131,7 +114,7 @@ protected:
     EXPECT_FALSE(mDaemon && doesViewMove());
     mDaemon.reset();
     EXPECT_EQ(rig::holdings(), mHoldings);
-    rig::runLoop(150);     // a timer left behind would call what isn't there,
+    rig::runLoop(150);     // a timer that is left would call what isn't there,
     host::closeDocument(); // and so would a reactor
     EXPECT_NE(toggle().find(L"Unknown command"), std::wstring::npos);
     EXPECT_NE(mHome.read(kSettings).find("scrollTreeAndList     = " + mSetting + ' '), std::string::npos);
@@ -170,7 +153,7 @@ TEST_F(Boundary, FreedWithoutMessageWorksOn) {
   endInOrder();
 }
 
-TEST_F(Boundary, UnloadMessageAfterTheFreeReturns) {
+TEST_F(Boundary, UnloadMessageAfterFreeReturns) {
   load();
   expectToggles();
   free();
@@ -191,7 +174,7 @@ TEST_F(Boundary, SecondLoadMessageEndsFirstEngine) {
   endInOrder();
 }
 
-TEST_F(Boundary, MessagesDuringATickAreRefused) {
+TEST_F(Boundary, MessagesDuringTickAreRefused) {
   startDaemon(kMotion);
   load();
   host::setFrameSink([this](const host::Frame&) { expectRefusals(); });
@@ -202,7 +185,7 @@ TEST_F(Boundary, MessagesDuringATickAreRefused) {
   endInOrder();
 }
 
-TEST_F(Boundary, MessagesDuringTheDialogAreRefused) {
+TEST_F(Boundary, MessagesDuringDialogAreRefused) {
   mHome.remove("Orvaner/Applications");
   gInDialog = [this] { expectRefusals(); };
   awaitDialog();
@@ -229,7 +212,7 @@ TEST_F(Boundary, ProcessEndsWithoutMessage) {
     mHome.write(kSettings, settings);
     startDaemon(hasKeys ? keys : kMotion);
     Process ending(gProgram, {mHome.native("ending")}, mHome.native("ending.txt"));
-    awaitFile("ending");
+    ASSERT_GE(rig::loopUntil(20, [this] { return mHome.exists("ending"); }), 0);
     EXPECT_EQ(ending.wait(3), 0);
     EXPECT_EQ(mHome.read(kSettings), settings);
     std::string log;

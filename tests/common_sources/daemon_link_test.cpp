@@ -1,5 +1,5 @@
-// The link to the device daemon: what is asked when, what each failure leaves, what becomes of each event,
-// when the daemon is told the mode; and how the engine comes up and goes with its threads.
+// The link to the device daemon: what is asked when, what each failure leaves, what each event does, when the
+// daemon is told the mode; and how the engine starts and stops with its threads.
 
 #include <algorithm>
 #include <chrono>
@@ -7,6 +7,7 @@
 #include <limits>
 #include <set>
 #include <thread>
+#include <utility>
 
 #include "call_log.h"
 #include "daemon_proxy.h"
@@ -29,21 +30,6 @@ bool waitFor(const std::function<bool()>& isDone) {
   return isDone();
 }
 
-/// Calls of the device library since a mark, without the announcements, which come from the reading thread.
-Lines linkCalls(std::size_t from) {
-  Lines found;
-  const Lines all = fake_devlink::calls();
-  for (std::size_t i = from; i < all.size(); ++i) {
-    if (all[i].compare(0, 13, "ovSetApplMode") != 0)
-      found.push_back(all[i]);
-  }
-  return found;
-}
-
-int announcements() {
-  return fake_devlink::callCount("ovSetApplMode");
-}
-
 /// The link without the watch, so that a test alone decides when it is looked after. The reading thread waits
 /// in ovFetchEvent, and has announced "Unknown".
 class DaemonLink : public EngineTest {
@@ -55,9 +41,8 @@ protected:
     fake_devlink::reset();
     ASSERT_TRUE(link().connect());
     event(kAnnounceModeEvent);
-    mMark = fake_devlink::calls().size();
-    mModesMark = fake_devlink::modes().size();
-    mLogMark = rig::logSize();
+    takeLinkCalls();
+    takeLinkRecords();
   }
 
   DaemonProxy& link() { return *plugin().mDaemonProxyP; }
@@ -74,11 +59,10 @@ protected:
     proxy().mModes = names;
     proxy().mMenuIsLoaded = true;
   }
-  Lines takeLinkCalls() {
-    const Lines found = linkCalls(mMark);
-    mMark = fake_devlink::calls().size();
-    return found;
-  }
+  /// How often the daemon was told a mode, with success or not.
+  static int announcements() { return fake_devlink::state()->counts["ovSetApplMode"]; }
+  static Lines takeModes() { return std::exchange(fake_devlink::state()->modes, {}); }
+  static Lines takeLinkCalls() { return std::exchange(fake_devlink::state()->calls, {}); }
   /// Records of this thread or of the reading thread since the last call.
   Lines takeLinkRecords() {
     Lines found;
@@ -88,48 +72,40 @@ protected:
     return found;
   }
 
-  /// Modes that were announced with success since the start, or the last call.
-  Lines takeModes() {
-    const Lines all = fake_devlink::modes();
-    const Lines found(all.begin() + static_cast<std::ptrdiff_t>(mModesMark), all.end());
-    mModesMark = all.size();
-    return found;
-  }
-
-  std::size_t mMark = 0;
-  std::size_t mModesMark = 0;
   std::size_t mLogMark = 0;
 };
 
-TEST_F(DaemonLink, ConnectListsTheDevicesThenFetchesTheRotationAndGivesUpAtAFailureBeforeThat) {
+TEST_F(DaemonLink, ConnectStopsAtTheFirstFailure) {
   const Lines all = {"ovConnect acad", "ovGetDevInfo 0", "ovGetDevInfo 1", "ovGetAdvancedSettings 0"};
   const std::string first = "INF devIdx: 0:Orvaner fake", second = "INF devIdx: 1:Orvaner fake";
   struct Case {
-    const char* function; // that fails
+    const char* function; // that fails, null for none
     int skip;
     int calls; // of all
     Lines records;
-    bool isConnected;
-    int rotMode;
+    int rotMode; // the one before if there is no connection
   };
   const Case cases[] = {
-      {"ovConnect", 0, 1, {"ERR Error in ovConnect()!"}, false, 3},
-      {"ovGetDevNum", 0, 1, {"ERR Error in ovGetDevNum()!"}, false, 3},
-      {"ovGetDevInfo", 0, 2, {"ERR Error in ovGetDevInfo()!"}, false, 3},
-      {"ovGetDevInfo", 1, 3, {first, "ERR Error in ovGetDevInfo()!"}, false, 3},
-      {"ovGetAdvancedSettings", 0, 4, {first, second, "ERR Error in ovGetAdvancedSettings()!"}, true, 0},
-      {"none", 0, 4, {first, second}, true, 2},
+      {"ovConnect", 0, 1, {"ERR Error in ovConnect()!"}, 3},
+      {"ovGetDevNum", 0, 1, {"ERR Error in ovGetDevNum()!"}, 3},
+      {"ovGetDevInfo", 0, 2, {"ERR Error in ovGetDevInfo()!"}, 3},
+      {"ovGetDevInfo", 1, 3, {first, "ERR Error in ovGetDevInfo()!"}, 3},
+      {"ovGetAdvancedSettings", 0, 4, {first, second, "ERR Error in ovGetAdvancedSettings()!"}, 0},
+      {nullptr, 0, 4, {first, second}, 2},
   };
-  fake_devlink::setDeviceCount(2);
-  fake_devlink::setRotation(112, true);
+  fake_devlink::state()->deviceCount = 2;
+  fake_devlink::state()->rotation = 112;
+  fake_devlink::state()->zoomAllAfterView = true;
   for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << c.function << " " << c.skip);
+    SCOPED_TRACE(testing::Message() << "case " << &c - cases);
     proxy().setRotMode(113);
     proxy().mZoomAllAfterView = true;
-    fake_devlink::fail(c.function, 1, c.skip);
-    EXPECT_EQ(link().connect(), c.isConnected);
-    EXPECT_EQ(link().mIsConnected, c.isConnected);
-    EXPECT_EQ(link().mIsToSendMode, c.isConnected);
+    if (c.function)
+      fake_devlink::fail(c.function, {1, c.skip});
+    const bool isConnected = c.rotMode != 3;
+    EXPECT_EQ(link().connect(), isConnected);
+    EXPECT_EQ(link().mIsConnected, isConnected);
+    EXPECT_EQ(link().mIsToSendMode, isConnected);
     EXPECT_EQ(takeLinkCalls(), Lines(all.begin(), all.begin() + c.calls));
     Lines expected = c.records;
     expected.insert(expected.begin(), "TRC Checking connection ...");
@@ -142,14 +118,14 @@ TEST_F(DaemonLink, ConnectListsTheDevicesThenFetchesTheRotationAndGivesUpAtAFail
     EXPECT_TRUE(link().mIsConnected);
     EXPECT_EQ(takeLinkCalls(), Lines{});
   }
-  fake_devlink::setDeviceCount(0); // no failure
-  fake_devlink::setRotation(112, false);
+  fake_devlink::state()->deviceCount = 0; // no failure
+  fake_devlink::state()->zoomAllAfterView = false;
   EXPECT_TRUE(link().connect());
   EXPECT_FALSE(proxy().mZoomAllAfterView);
   EXPECT_EQ(takeLinkCalls(), (Lines{all.front(), all.back()}));
 }
 
-TEST_F(DaemonLink, LookAtADeadLinkClosesIt) {
+TEST_F(DaemonLink, DeadLinkIsClosed) {
   fake_devlink::fail("ovGetDevNum");
   EXPECT_FALSE(link().checkConnection());
   EXPECT_FALSE(link().mIsConnected);
@@ -160,12 +136,11 @@ TEST_F(DaemonLink, LookAtADeadLinkClosesIt) {
   EXPECT_EQ(takeLinkRecords(), (Lines{"ERR Error in ovGetDevNum()!", "ERR Error in ovDisconnect()!"}));
 }
 
-TEST_F(DaemonLink, EachEventCodeHasItsOneEffect) {
+TEST_F(DaemonLink, EachEventHasOneEffect) {
   std::vector<std::int32_t> codes = {-1, std::numeric_limits<std::int32_t>::min(), 0, 0x30009, 0x7FFFFFFF};
   for (std::int32_t code = 0x1FFFF; code <= 0x20030; ++code)
     codes.push_back(code);
   const std::set<std::int32_t> viewCodes = {0x20009, 0x2000A, 0x2000B, 0x2000C, 0x20016, 0x20017, 0x20018};
-  const std::array<int, 6> zeros{};
   const std::array<int, 6> axes = {1, -2, 3, -32768, 32767, -6};
   for (const std::int32_t code : codes) {
     SCOPED_TRACE(testing::Message() << "code " << std::hex << code);
@@ -173,12 +148,13 @@ TEST_F(DaemonLink, EachEventCodeHasItsOneEffect) {
     plugin().mPendingKey = -1;
     plugin().mPendingSpecial = 0;
     proxy().setRotMode(0);
-    fake_devlink::setRotation(12, true);
+    fake_devlink::state()->rotation = 12;
+    fake_devlink::state()->zoomAllAfterView = true;
     proxy().mZoomAllAfterView = false;
     takeLinkRecords();
     const int announced = announcements();
     event(code, {1, -2, 3, -32768, 32767, -6});
-    EXPECT_EQ(sample(), code < 0 ? axes : zeros);
+    EXPECT_EQ(sample(), (code < 0 ? axes : std::array<int, 6>()));
     EXPECT_EQ(plugin().mPendingKey, code >= 0x20020 ? code - 0x20020 : -1);
     EXPECT_EQ(plugin().mPendingSpecial, viewCodes.count(code) != 0 ? code : 0);
     const bool isRotation = code == 0x20001 || code == 0x20002;
@@ -190,58 +166,56 @@ TEST_F(DaemonLink, EachEventCodeHasItsOneEffect) {
   }
 }
 
-TEST_F(DaemonLink, DaemonIsToldEachNewModeUntilItKnows) {
-  EXPECT_EQ(fake_devlink::modes().back(), "Unknown") << "there is no menu file yet";
-  enum Before { Nothing, Modes, Mode2, Mode1, Connect, NoModes };
+TEST_F(DaemonLink, DaemonHearsEachNewMode) {
+  EXPECT_EQ(takeModes(), Lines{"Unknown"}) << "there is no menu file yet";
   struct Case {
-    Before before;
+    std::function<void()> before;
     int refusals; // of the daemon, from now on
     std::int32_t event;
     int tries;
     Lines modes; // announced with success
   };
+  const auto nothing = [] {};
+  const auto connect = [this] { link().connect(); };
+  const auto mode = [this](int number) { return [this, number] { proxy().mViewMode = number; }; };
+  const auto modes = [this](const Lines& names) { return [this, names] { setModes(names); }; };
   const Case cases[] = {
-      {Modes, 0, -1, 1, {"Start"}}, // a motion event serves
-      {Nothing, 0, -1, 0, {}},
-      {Mode2, 0, 0x20003, 1, {"Model"}}, // one that says nothing else, too
-      {Nothing, 0, kAnnounceModeEvent, 1, {"Model"}},
-      {Connect, 0, -1, 1, {"Model"}}, // perhaps to a new daemon
-      {Nothing, 0, -1, 0, {}},
+      {modes({"Start", "Layout", "Model"}), 0, -1, 1, {"Start"}}, // a motion event serves
+      {nothing, 0, -1, 0, {}},
+      {mode(2), 0, 0x20003, 1, {"Model"}}, // one that says nothing else, too
+      {nothing, 0, kAnnounceModeEvent, 1, {"Model"}},
+      {connect, 0, -1, 1, {"Model"}}, // it may be a new daemon
+      {nothing, 0, -1, 0, {}},
       // What failed is repeated, also what the daemon has asked for.
-      {Mode1, 2, -1, 1, {}},
-      {Nothing, 0, -1, 1, {}},
-      {Nothing, 0, -1, 1, {"Layout"}},
-      {Nothing, 1, kAnnounceModeEvent, 1, {}},
-      {Nothing, 0, -1, 1, {"Layout"}},
-      // Behind a new connection it is tried once, if the name is the one told before.
-      {Connect, 1, -1, 1, {}},
-      {Nothing, 0, -1, 0, {}},
-      {NoModes, 0, -1, 1, {"Unknown"}},
+      {mode(1), 2, -1, 1, {}},
+      {nothing, 0, -1, 1, {}},
+      {nothing, 0, -1, 1, {"Layout"}},
+      {nothing, 1, kAnnounceModeEvent, 1, {}},
+      {nothing, 0, -1, 1, {"Layout"}},
+      // After a new connection a name that was told before is tried once.
+      {connect, 1, -1, 1, {}},
+      {nothing, 0, -1, 0, {}},
+      {modes({"Start"}), 0, -1, 1, {"Unknown"}},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(testing::Message() << "case " << &c - cases);
-    if (c.before == Modes || c.before == NoModes)
-      setModes(c.before == Modes ? Lines{"Start", "Layout", "Model"} : Lines{"Start"});
-    else if (c.before == Mode1 || c.before == Mode2)
-      proxy().mViewMode = c.before == Mode1 ? 1 : 2;
-    else if (c.before == Connect)
-      link().connect();
+    c.before();
     if (c.refusals > 0)
-      fake_devlink::fail("ovSetApplMode", c.refusals);
+      fake_devlink::fail("ovSetApplMode", {c.refusals});
     const int tries = announcements();
     event(c.event);
     EXPECT_EQ(announcements() - tries, c.tries);
     EXPECT_EQ(takeModes(), c.modes);
   }
   EXPECT_FALSE(link().mIsToSendMode);
-  EXPECT_EQ(fake_devlink::calls().back(), "ovSetApplMode AutoCAD Unknown");
 }
 
-TEST_F(DaemonLink, FetchThatFailsStillLetsTheModeThrough) {
+TEST_F(DaemonLink, FailedFetchStillSendsTheMode) {
   setModes({"Start"});
   setSample(1, 2, 3);
-  fake_devlink::fail("ovSetApplMode", 1);
-  fake_devlink::fail("ovFetchEvent", 1); // the one behind the event, which the thread doesn't wait in
+  takeModes();
+  fake_devlink::fail("ovSetApplMode");
+  fake_devlink::fail("ovFetchEvent"); // the call after the event's
   takeLinkRecords();
   event(0);
   EXPECT_EQ(takeModes(), Lines{"Start"});
@@ -249,24 +223,22 @@ TEST_F(DaemonLink, FetchThatFailsStillLetsTheModeThrough) {
   EXPECT_EQ(sample(), (std::array<int, 6>{1, 2, 3, 0, 0, 0}));
 }
 
-// ---- the watch, and the engine's coming and going ----
+// ---- the watch, and the engine's start and end ----
 
-/// The records of construction and destruction on the main thread, with the source file in front.
+/// Records of the main thread at the engine's start and end, with the source file in front.
 Lines lifeRecords(std::size_t from) {
-  Lines found;
   const std::vector<Record> all = rig::allRecords(from);
-  const auto isMain = [](const Record& record) { return record.file == " ov_auto_cad.cpp"; };
-  const auto main = std::find_if(all.begin(), all.end(), isMain);
-  for (const Record& record : all) {
-    const bool isLife = record.type == "CRT" || record.text == "Checking connection ..." ||
-                        record.text.compare(0, 6, "devIdx") == 0 || record.text == "Error in ovDisConnect()!";
-    if (isLife && main != all.end() && record.thread == main->thread)
+  const auto main = std::find_if(all.begin(), all.end(),
+                                 [](const Record& record) { return record.file == " ov_auto_cad.cpp"; });
+  Lines found;
+  for (const Record& record : all)
+    if (main != all.end() && record.thread == main->thread &&
+        (record.type == "CRT" || record.file == "daemon_proxy.cpp"))
       found.push_back(record.file + ": " + record.text);
-  }
   return found;
 }
 
-TEST_F(EngineTest, ComesUpAndGoesInOrder) {
+TEST_F(EngineTest, StartsAndStopsInOrder) {
   restart();
   std::size_t mark = rig::logSize();
   fake_devlink::fail("ovDisconnect");
@@ -276,7 +248,7 @@ TEST_F(EngineTest, ComesUpAndGoesInOrder) {
                    "daemon_proxy.cpp: Error in ovDisConnect()!", "daemon_proxy.cpp: Destructed.",
                    "*o_cad_proxy.cpp: Destructing ...", "*o_cad_proxy.cpp: Destructed.",
                    " ov_auto_cad.cpp: Destructed.", "    settings.cpp: Destructed."}));
-  EXPECT_EQ(linkCalls(0).back(), "ovDisconnect");
+  EXPECT_EQ(fake_devlink::state()->calls.back(), "ovDisconnect");
   EXPECT_EQ(gAutoCadProxyP, nullptr);
 #ifndef _WIN32
   EXPECT_TRUE(desktop::activeTimers().empty());
@@ -296,7 +268,8 @@ TEST_F(EngineTest, ComesUpAndGoesInOrder) {
                    "daemon_proxy.cpp: Constructing ...", "daemon_proxy.cpp: Checking connection ...",
                    "daemon_proxy.cpp: devIdx: 0:Orvaner fake", "daemon_proxy.cpp: Constructed.",
                    " ov_auto_cad.cpp: Constructed."}));
-  EXPECT_EQ(linkCalls(0), (Lines{"ovConnect acad", "ovGetDevInfo 0", "ovGetAdvancedSettings 0"}));
+  EXPECT_EQ(fake_devlink::state()->calls,
+            (Lines{"ovConnect acad", "ovGetDevInfo 0", "ovGetAdvancedSettings 0"}));
 #ifndef _WIN32
   ASSERT_EQ(desktop::activeTimers().size(), 1u);
   EXPECT_EQ(desktop::activeTimers()[0].interval, 100u);
@@ -307,7 +280,7 @@ TEST_F(EngineTest, ComesUpAndGoesInOrder) {
 #endif
 }
 
-TEST_F(EngineTest, LogRunsOnTheUsersParameters) {
+TEST_F(EngineTest, LogUsesTheUsersParameters) {
   const char* const keys[] = {"logToFile", "logToCnsl", "warning", "creation", "trace",
                               "devcom",    "intcom",    "info",    "debug",    "tmp"};
   for (unsigned bit = 1; bit < 16; bit *= 2) { // no two keys have the same value each time

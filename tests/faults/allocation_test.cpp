@@ -79,14 +79,14 @@ void playLink(Session& session) {
     fake_devlink::pushEvent(code);
   EXPECT_TRUE(fake_devlink::waitUntilTaken());
   for (const bool isPresent : {false, true}) {
-    fake_devlink::setPresent(isPresent);
+    fake_devlink::state()->isPresent = isPresent;
     waitUntil("the watch finds the daemon",
               [&] { return session.mApp.mOvAutoCadP->mDaemonProxyP->mIsConnected == isPresent; });
   }
   const std::int64_t nth = gNth.exchange(0); // memory is back for a moment
-  const std::size_t modes = fake_devlink::modes().size();
+  const std::size_t modes = fake_devlink::state()->modes.size();
   fake_devlink::pushEvent(kAnnounceModeEvent);
-  waitUntil("the mode is announced", [modes] { return fake_devlink::modes().size() > modes; });
+  waitUntil("the mode is announced", [modes] { return fake_devlink::state()->modes.size() > modes; });
   gNth = nth;
 }
 

@@ -104,7 +104,7 @@ TEST_F(Faults, EveryCallOfTheDeviceLibraryFailingThenThrowing) {
       SCOPED_TRACE(testing::Message()
                    << function << (isThrow ? " throws" : " fails") << " after " << call / 2);
       fake_devlink::reset();
-      fake_devlink::fail(function, 1, call / 2, isThrow);
+      fake_devlink::fail(function, {1, call / 2, isThrow});
       fake_devlink::pushMotion({5, 0, 0, 0, 0, 0});
       fake_devlink::pushEvent(kRotationSettingsEvent1);
       fake_devlink::pushEvent(kAnnounceModeEvent);

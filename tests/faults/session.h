@@ -2,6 +2,7 @@
 #define SESSION_H
 
 #include <algorithm>
+#include <iomanip>
 #include <set>
 #include <sstream>
 #include <string>
@@ -51,7 +52,7 @@ public:
     rig::home().write(rig::kSettingsFile, rig::settingsText(settings));
     gLogging.mFileStream.reset(); // of the last session; Windows removes no file that is open
     rig::home().remove("Orvaner/faults.txt");
-    rig::forgetSelection();
+    rig::forgetMovement();
     host::add(rig::line({1, 2, 3}, {4, 6, 3}));
     host::add(std::make_unique<AcDbCircle>(AcGePoint3d(5, 5, 0), AcGeVector3d(0, 0, 1), 2.0));
   }
@@ -95,18 +96,23 @@ public:
 #endif
   }
 
-  /// What the session left behind, as text.
+  static std::string text(const AcGePoint3d& p) {
+    std::ostringstream os;
+    os << std::setprecision(9) << p.x << ' ' << p.y << ' ' << p.z;
+    return os.str();
+  }
+  /// Returns what the session left, as text.
   static std::string outcome() {
     std::ostringstream os;
 #ifndef _WIN32 // there the real clock decides how far things move
-    os << rig::text(host::view().position, 9) << '|' << rig::text(host::view().target, 9) << '|'
-       << rig::text(host::view().up, 9) << '|' << host::view().fieldWidth << '|'
-       << rig::text(host::storedView().position, 9) << '|' << host::layout().viewHeight << '|'
+    os << text(host::view().position) << '|' << text(host::view().target) << '|'
+       << text(AcGePoint3d::kOrigin + host::view().up) << '|' << host::view().fieldWidth << '|'
+       << text(host::storedView().position) << '|' << host::layout().viewHeight << '|'
        << host::layout().centre.x << '|' << host::layout().centre.y << '|';
     for (int i = 1; i <= host::entityCount(); ++i) {
       AcDbExtents extents;
       if (host::entity(i)->getGeomExtents(extents) == Acad::eOk)
-        os << rig::text(extents.minPoint(), 9) << '|';
+        os << text(extents.minPoint()) << '|';
     }
 #endif
     os << host::historyText();

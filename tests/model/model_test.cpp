@@ -6,18 +6,15 @@
 #include <cmath>
 #include <random>
 
-#include "call_log.h"
+#include "comparison.h"
 #include "desktop.h"
-#include "engine.h"
-#include "engine_rig.h"
 #include "engine_state.h"
-#include "model_call.h"
 
 namespace {
 
 constexpr int kSequences = 700;
 constexpr int kTicks = 40; // of a sequence
-constexpr int kEntities = 6;
+constexpr int kEntities = 8;
 
 /// Random numbers that are the same with every compiler.
 class Dice {
@@ -29,97 +26,70 @@ public:
     return choices.begin()[below(static_cast<int>(choices.size()))];
   }
   double real() { return oneIn(3) ? below(2001) * 0.01 - 10 : of({0.0, 0.0, 1.0, -1.0, 100.0, 1e6, 1e-11}); }
+  /// One of the choices, once in a while NaN or infinity.
+  double size(std::initializer_list<double> choices) {
+    const double none =
+        oneIn(2) ? std::numeric_limits<double>::quiet_NaN() : std::numeric_limits<double>::infinity();
+    return oneIn(40) ? none : of(choices);
+  }
   AcGePoint3d point() { return {real(), real(), real()}; }
 
 private:
   std::mt19937 mNumbers;
 };
 
-/// One sequence: a plug-in of its own, loaded on random settings. The model reads what the engine never
-/// writes from the plug-in itself.
-class Sequence : private model::Inputs {
+/// One sequence: a plug-in of its own, loaded on random settings.
+class Sequence : private rig::ModelInputs {
 public:
   explicit Sequence(int seed) : mDice(seed), mIsToFail(!mDice.oneIn(3)) {
-    call_log::clear();
-    host::reset();
-    desktop::reset();
-    desktop::holdClock();
+    rig::freshSurroundings();
     fake_devlink::reset();
     rig::useOwnHome();
     rig::home().remove(rig::kMenuFile);
     rig::home().remove("Orvaner/autocad_addin_log.txt");
-    rig::forgetSelection();
-    motion::viewP = nullptr;
-    motion::cvportNumber = 0;
+    rig::forgetMovement();
     loadPlugin();
     host::add(rig::line(mDice.point(), mDice.point()));
     host::add(rig::line({1, 2, 3}, {1, 2, 3}));
+    host::add(rig::line({1.5e308, 0, 0}, {1.5e308, 1, 0}));
+    host::add(rig::line({1.5e308, 0, 0}, {1.5e308, 1, 0}));
     host::add(rig::line({1, 2, 3}, {4, 6, 3}));
     host::add(std::make_unique<AcDbCircle>(mDice.point(), AcGeVector3d(0, 0, 1), 2.0));
     host::add(std::make_unique<AcDbCircle>(mDice.point(), AcGeVector3d(1, 0, 0), 0.5));
     host::add(std::make_unique<AcDbPoint>(mDice.point()));
-    call_log::startTrace([this](call_log::Record&& record) {
-      if (record.isBracketed)
-        mCalls.push_back(program::modelCall(record));
-    });
   }
-  ~Sequence() override { call_log::stopTrace(); }
 
   /// Returns what differed first; empty: nothing.
   std::string play() {
     model::Engine expected(*this);
-    expected.timerId = static_cast<double>(engine().mTimerId);
+    expected.timerId = static_cast<double>(proxy().mTimerId);
     for (int tick = 1; tick <= kTicks; ++tick) {
       changeSurroundings();
-      expected.isPumpRunning = engine().mIsPumpRunning = !mDice.oneIn(50);
-      const std::vector<model::Record> records = recordTick();
-      model::Replay replay(mCalls, records, [](const std::string&) { return true; });
-      std::string found;
-      try {
-        expected.timerProc(replay);
-        replay.end();
+      expected.isPumpRunning = proxy().mIsPumpRunning = !mDice.oneIn(50);
+      orderFaults();
+      std::string found = rig::contradiction(
+          mCalls, [] { TimerProc(nullptr, WM_TIMER, 0, 0); },
+          [&expected](model::Replay& replay) { expected.timerProc(replay); });
+      call_log::clear();
+      for (const model::Call& call : mCalls)
+        if (std::find(mNames.begin(), mNames.end(), call.name) == mNames.end())
+          mNames.push_back(call.name);
+      if (found.empty())
         found = difference(expected);
-      } catch (const model::Contradiction& contradiction) {
-        found = contradiction.what();
-      }
       if (!found.empty())
         return "tick " + std::to_string(tick) + ": " + found;
     }
-    mPluginP.reset();
+    mOwnPluginP.reset();
     const host::Held held = host::held();
+    if (host::viewCounts().nonFiniteCalls > 0)
+      return "a view has got NaN or infinity";
     const bool isAllGiven = held.selectionSets + held.openForRead + held.openForWrite == 0 &&
                             (held.locks == 0 || mHasLostDocument) && desktop::activeTimers().empty();
     return mIsToFail || isAllGiven ? "" : "a set, an object, the lock or the timer is left at the end";
   }
 
 private:
-  int traSensBase() const override { return mPluginP->mTraSensBase; }
-  int rotSensBase() const override { return mPluginP->mRotSensBase; }
-  unsigned maxContMoveTime() const override { return static_cast<unsigned>(mPluginP->mMaxContMoveTime); }
-  bool useInt3dIntrfce() const override { return mPluginP->mUseInt3dIntrfce; }
-  int minThreshold() const override { return mPluginP->mMinThreshold; }
-  bool toggleRotationCenter() const override { return mPluginP->mToggleRotationCenter; }
-  bool toggleRotationAxis() const override { return mPluginP->mToggleRotationAxis; }
-  bool scrollTreeAndList() const override { return mPluginP->mScrollTreeAndList; }
-  bool objectMoveMode() const override { return mPluginP->mAutoCadProxyP->mObjectMoveMode; }
-  short axis(int index) override { return mSample.at(static_cast<std::size_t>(index)); }
-  int pendingKey() override { return mKey; }
-  int pendingSpecial() override { return mSpecial; }
-  int rotMode() override { return mRotation; }
-  bool keepHorizon() override { return mIsHorizonKept; }
-  bool hoverMode() override { return mIsHovering; }
-  bool zoomAllAfterView() override { return mIsZoomingAll; }
-  void keyServed() override { mKey = -1; }
-  void specialServed() override { mSpecial = 0; }
-  bool menuFile(std::string& path, std::vector<std::string>& modes,
-                std::vector<std::string>& values) override {
-    path = rig::home().native() + "\\Orvaner\\Applications\\autocad.mnu";
-    modes = mModes;
-    values = mMenuValues;
-    return mIsMenuThere;
-  }
-
-  AutoCadProxy& engine() { return *mPluginP->mAutoCadProxyP; }
+  AutoCadProxy& proxy() { return *mPluginP->mAutoCadProxyP; }
 
   void loadPlugin() {
     const int time = mDice.of({0, 1, 100, 100, 100, 500, 500, 500, 500, 500});
@@ -132,7 +102,9 @@ private:
                                          {"rotSensBase", rotBase},
                                          {"maxContMoveTime", std::to_string(time)},
                                          {"useInt3dIntrfce", mDice.oneIn(12) ? "on" : "off"}}));
-    mPluginP = std::make_unique<OvAutoCad>();
+    fake_devlink::state()->isPresent = mDice.oneIn(2);
+    mOwnPluginP = std::make_unique<OvAutoCad>();
+    mPluginP = mOwnPluginP.get();
     mPluginP->mIsToWatchConnection = false;
   }
 
@@ -147,7 +119,7 @@ private:
   }
 
   void changeKeys() {
-    mPluginP->mPendingKey = mKey = mDice.below(6) - 1;
+    mPluginP->mPendingKey = mKey = mDice.of({-2, -1, 0, 1, 2, 3, 4, 0x7FFFFFFF});
     mPluginP->mPendingSpecial = mSpecial =
         mDice.of({0, 0, -1, 0x20009, 0x2000A, 0x2000B, 0x2000C, 0x2000C, 0x2000D, 0x20016, 0x20017, 0x20018});
   }
@@ -157,15 +129,13 @@ private:
     mPluginP->mToggleRotationCenter = mDice.oneIn(2);
     mPluginP->mToggleRotationAxis = mDice.oneIn(2);
     mPluginP->mScrollTreeAndList = mDice.oneIn(3);
-    engine().mObjectMoveMode = mDice.oneIn(2);
-    engine().mZoomAllAfterView = mIsZoomingAll = mDice.oneIn(2);
-    const int digit = mDice.below(10);
-    const int tens = mDice.of({0, 0, 1, 2});
-    const int hundreds = mDice.of({0, 0, 1, 7});
-    engine().setRotMode(100 * hundreds + 10 * tens + digit);
-    mRotation = digit == 4 ? 2 : digit > 4 ? 0 : digit;
-    mIsHorizonKept = tens > 0;
-    mIsHovering = hundreds > 0 || digit == 4;
+    proxy().mObjectMoveMode = mDice.oneIn(2);
+    const int code = mDice.oneIn(9)
+                         ? mDice.of({-1, std::numeric_limits<int>::min(), 93, 1203})
+                         : 100 * mDice.of({0, 0, 1, 7}) + 10 * mDice.of({0, 0, 1, 2}) + mDice.below(10);
+    proxy().setRotMode(code);
+    proxy().mZoomAllAfterView = mDice.oneIn(2);
+    mRotation = model::rotationSettings(code, proxy().mZoomAllAfterView);
   }
 
   void changeSample() {
@@ -193,9 +163,9 @@ private:
       host::removeVariable(mDice.of({"tilemode", "cvport"}));
     else if (mDice.oneIn(4))
       host::setVariable("cvport", mDice.of<short>({1, 3, -1}));
-    const double width = mDice.of({300.0, 300.0, 0.0, 1e200});
-    const double height = mDice.of({200.0, 200.0, 0.0, 50.0});
-    const double viewHeight = mDice.of({100.0, 100.0, 0.0, -5.0, 1.7e308, 5e-324});
+    const double width = mDice.size({300.0, 300.0, 0.0, 1e200});
+    const double height = mDice.size({200.0, 200.0, 0.0, 50.0});
+    const double viewHeight = mDice.size({100.0, 100.0, 0.0, -5.0, 1.7e308, 5e-324});
     host::setLayoutState({width, height, viewHeight, {mDice.real(), mDice.real()}});
   }
 
@@ -213,10 +183,11 @@ private:
     host::ViewState view;
     view.perspective = mDice.oneIn(2);
     view.position = mDice.point();
+    view.position.x = mDice.size({view.position.x});
     view.target = mDice.oneIn(12) ? view.position : mDice.point();
     view.up = mDice.oneIn(8) ? view.position - view.target : mDice.point().asVector();
-    view.fieldWidth = mDice.of({40.0, 0.0, 1e-3, 1e308, -1.0, 7.0});
-    view.fieldHeight = mDice.of({10.0, 0.0, 1e-3, 1e150, 3.0});
+    view.fieldWidth = mDice.size({40.0, 0.0, 1e-3, 1e308, -1.0, 7.0});
+    view.fieldHeight = mDice.size({10.0, 0.0, 1e-3, 1e150, 3.0});
     host::setView(view);
   }
 
@@ -253,7 +224,7 @@ private:
     text += "\n[MenuBar]\n";
     for (std::string& value : mMenuValues) {
       value = mDice.of({"x}LINE", "x}A;;M=B;C", "a}b}c|d|e", "a|b}c", "x}", "plain", "x}|B", "x};", "x};A",
-                        "x}M=;m=1;M; M=2", "x}A;B;"});
+                        "x}M=;m=1;M; M=2", "x}A;B;", "x}A;;", "x} A ;\tB", "x}\xF6;M=\xF6"});
       text += "item = " + value + "\n";
     }
     rig::home().write(rig::kMenuFile, text);
@@ -261,41 +232,27 @@ private:
       rig::home().remove(rig::kMenuFile);
   }
 
+  void orderFaults() {
+    for (int faults = mIsToFail ? mDice.of({0, 1, 1, 2}) : 0; faults > 0; --faults)
+      orderFault();
+  }
+
   /// Orders a fault of an operation that the last tick called, or that any tick did.
   void orderFault() {
     const bool isOld = mCalls.empty() || mDice.oneIn(2);
     const auto size = static_cast<int>(isOld ? mNames.size() : mCalls.size());
     const auto at = static_cast<std::size_t>(mDice.below(size));
-    const std::string& name = isOld ? mNames[at] : mCalls[at].name;
+    const std::string name = mDice.oneIn(8) ? "acedSSFree"
+                             : isOld        ? mNames[at]
+                                            : mCalls[at].name; // it is rare
     const int nth = mDice.of({1, 1, 1, 2, 4});
     (mDice.oneIn(2) ? call_log::throwAt : call_log::failAt)(name, nth, mDice.of({1, 1, 2, 9}));
-  }
-
-  /// Lets the timer tick once, takes its calls, and returns its records.
-  std::vector<model::Record> recordTick() {
-    for (int faults = mIsToFail ? mDice.of({0, 1, 1, 2}) : 0; faults > 0; --faults)
-      orderFault();
-    mCalls.clear();
-    const std::size_t logStart = rig::logSize();
-    {
-      const call_log::Bracket bracket("TimerProc");
-      TimerProc(nullptr, WM_TIMER, 0, 0);
-    }
-    call_log::flushTrace();
-    call_log::clear();
-    for (const model::Call& call : mCalls)
-      if (std::find(mNames.begin(), mNames.end(), call.name) == mNames.end())
-        mNames.push_back(call.name);
-    std::vector<model::Record> records;
-    for (const std::string& record : rig::records(logStart))
-      records.push_back({record.substr(0, 3), record.substr(4)});
-    return records;
   }
 
   /// Returns how the engine's state differs from the expected one; empty: it doesn't.
   std::string difference(const model::Engine& m) {
     using State = std::tuple<int, int, int, bool, bool, bool, double, double, int, bool, bool>;
-    const AutoCadProxy& e = engine();
+    const AutoCadProxy& e = proxy();
     const motion::Movement& kept = motion::movement;
     const State expected(mKey, mSpecial, m.viewMode, m.capIsMoving, m.isDocLocked, m.menuIsLoaded, m.timerId,
                          m.view, m.cvportNumber, m.selCenterValid, m.selAxisValid);
@@ -309,20 +266,22 @@ private:
              testing::PrintToString(expected) + ", found " + testing::PrintToString(found);
     const AcGePoint3d c = kept.selCenterPoint;
     const AcGeVector3d a = kept.selAxisVector;
-    if (!(length(m.selCenterPoint - model::Vec3{c.x, c.y, c.z}) <= 1e-12 * m.selCenterPoint.scale) ||
-        !(length(m.selAxisVector - model::Vec3{a.x, a.y, a.z}) <= 1e-12))
-      return "the selection's centre or axis";
+    const std::tuple<double, double, double> numbers[] = {{m.selCenterPoint.x, c.x, m.selCenterPoint.scale},
+                                                          {m.selCenterPoint.y, c.y, m.selCenterPoint.scale},
+                                                          {m.selCenterPoint.z, c.z, m.selCenterPoint.scale},
+                                                          {m.selAxisVector.x, a.x, 1},
+                                                          {m.selAxisVector.y, a.y, 1},
+                                                          {m.selAxisVector.z, a.z, 1}};
+    for (const auto& [wanted, got, scale] : numbers)
+      if (wanted != got && !(std::abs(wanted - got) <= 1e-12 * scale))
+        return "the selection's centre or axis";
     return m.modes == e.mModes && m.menuEntries == e.mMenuEntries ? "" : "modes or menu entries";
   }
 
   Dice mDice;
   bool mIsToFail;
-  std::unique_ptr<OvAutoCad> mPluginP;
-  std::array<short, 6> mSample{};
-  int mKey = -1, mSpecial = 0, mRotation = 0;
-  bool mIsHorizonKept = false, mIsHovering = false, mIsZoomingAll = false;
-  bool mIsMenuThere = false, mHasLostDocument = false;
-  std::vector<std::string> mModes, mMenuValues;
+  std::unique_ptr<OvAutoCad> mOwnPluginP;
+  bool mHasLostDocument = false;
   std::vector<HWND> mWindows;
   std::vector<model::Call> mCalls;              // of the tick
   std::vector<std::string> mNames{"KillTimer"}; // of the operations called up to now

@@ -1,12 +1,9 @@
 #include "engine_rig.h"
 
-#include <algorithm>
-#include <cstdio>
 #include <iomanip>
 #include <sstream>
 
 #include "call_log.h"
-#include "engine_state.h"
 #include "environment.h"
 #include "logging.h"
 #include "util.h"
@@ -55,26 +52,20 @@ std::string settingsText(const std::vector<std::pair<std::string, std::string>>&
 }
 
 std::size_t logSize() {
-  std::error_code error;
-  const auto size = std::filesystem::file_size(home().native(kLogFile), error);
-  return error ? 0 : static_cast<std::size_t>(size);
-}
-
-std::string logText(std::size_t from) {
-  std::ifstream file(home().native(kLogFile), std::ios::binary);
-  file.seekg(static_cast<std::streamoff>(from));
-  return std::string(std::istreambuf_iterator<char>(file), {});
+  return home().exists(kLogFile)
+             ? static_cast<std::size_t>(std::filesystem::file_size(home().native(kLogFile)))
+             : 0;
 }
 
 std::vector<Record> allRecords(std::size_t from) {
   constexpr std::size_t kTextColumn = 82;
   std::vector<Record> found;
-  std::istringstream lines(logText(from));
-  for (std::string line; std::getline(lines, line);) {
+  std::ifstream lines(home().native(kLogFile), std::ios::binary);
+  lines.seekg(static_cast<std::streamoff>(from));
+  for (std::string line; std::getline(lines, line);)
     if (line.size() >= kTextColumn && line[12] == '|')
       found.push_back(
           {line.substr(13, 3), line.substr(17, 6), line.substr(24, 16), line.substr(kTextColumn)});
-  }
   return found;
 }
 
@@ -82,38 +73,10 @@ std::vector<std::string> records(std::size_t from) {
   std::ostringstream thread;
   thread << std::setw(6) << Util::getThreadId();
   std::vector<std::string> found;
-  for (const Record& record : allRecords(from)) {
+  for (const Record& record : allRecords(from))
     if (record.thread == thread.str() && record.file != "daemon_proxy.cpp")
       found.push_back(record.type + " " + record.text);
-  }
   return found;
-}
-
-host::ViewState viewFrom(AcGePoint3d eye, AcGePoint3d target, AcGeVector3d up, double width, double height,
-                         bool perspective) {
-  host::ViewState state;
-  state.position = eye;
-  state.target = target;
-  state.up = up;
-  state.fieldWidth = width;
-  state.fieldHeight = height;
-  state.perspective = perspective;
-  return state;
-}
-
-std::string text(const AcGePoint3d& p, int digits) {
-  std::string all;
-  for (const double value : {p.x, p.y, p.z}) {
-    char number[64];
-    std::snprintf(number, sizeof number, "%.*f", digits, value);
-    const bool isZero = std::string(number).find_first_not_of("-0.") == std::string::npos;
-    all += (all.empty() ? "" : " ") + std::string(isZero && number[0] == '-' ? number + 1 : number);
-  }
-  return all;
-}
-
-std::string text(const AcGeVector3d& v, int digits) {
-  return text(AcGePoint3d::kOrigin + v, digits);
 }
 
 std::unique_ptr<AcDbLine> line(AcGePoint3d start, AcGePoint3d end) {
@@ -122,38 +85,19 @@ std::unique_ptr<AcDbLine> line(AcGePoint3d start, AcGePoint3d end) {
 
 } // namespace rig
 
-namespace {
-
-std::unique_ptr<OvAutoCad> gPluginP;
-bool gHasOwnSettings = false;
-
-/// Ends the engine before the home folder goes with the program.
-class StopAtEnd : public ::testing::Environment {
-public:
-  void TearDown() override { gPluginP.reset(); }
-};
-
-const ::testing::Environment* const gStopAtEnd = ::testing::AddGlobalTestEnvironment(new StopAtEnd);
-
-} // namespace
-
 void EngineTest::restart(const std::vector<std::pair<std::string, std::string>>& settingsChanges) {
-  gPluginP.reset();
+  mPluginP.reset();
   rig::useOwnHome();
   rig::home().remove(rig::kMenuFile);
   rig::home().write(rig::kSettingsFile, rig::settingsText(settingsChanges));
   fake_devlink::reset();
-  gPluginP = std::make_unique<OvAutoCad>();
-  gHasOwnSettings = !settingsChanges.empty();
-}
-
-void EngineTest::stop() {
-  gPluginP.reset();
+  mPluginP = std::make_unique<OvAutoCad>();
+  mHasOwnSettings = !settingsChanges.empty();
 }
 
 void EngineTest::SetUp() {
   rig::freshSurroundings();
-  if (!gPluginP || gHasOwnSettings) {
+  if (!mPluginP || mHasOwnSettings) {
     restart();
     rig::freshSurroundings();
   }
@@ -164,31 +108,8 @@ void EngineTest::SetUp() {
 void EngineTest::TearDown() {
   call_log::clear();
   const host::Held held = host::held();
-  EXPECT_EQ(held.selectionSets, 0);
-  EXPECT_EQ(held.openForRead, 0);
-  EXPECT_EQ(held.openForWrite, 0);
+  EXPECT_EQ(held.selectionSets + held.openForRead + held.openForWrite, 0);
   EXPECT_EQ(host::viewCounts().nonFiniteCalls, 0);
-}
-
-OvAutoCad& EngineTest::plugin() {
-  return *gPluginP;
-}
-
-AutoCadProxy& EngineTest::proxy() {
-  return *gPluginP->mAutoCadProxyP;
-}
-
-void EngineTest::setSample(int x, int y, int z, int a, int b, int c) {
-  rig::setSample(plugin(), x, y, z, a, b, c);
-}
-
-bool EngineTest::pass(int x, int y, int z, int a, int b, int c) {
-  setSample(x, y, z, a, b, c);
-  return proxy().handleDeviceCap();
-}
-
-void EngineTest::release() {
-  pass(0, 0, 0);
 }
 
 std::vector<std::string> EngineTest::takeRecords() {

@@ -11,78 +11,76 @@
 #include "host.h"
 #include "ov_auto_cad.h"
 
+#include "engine_state.h"
 #include "fake_devlink.h"
 #include "temp_folder.h"
 
-/// What tests of the whole engine stand on: a home folder of their own, a fresh host, the fake of the device
+/// What tests of the whole engine need: a home folder of their own, a fresh host, the fake of the device
 /// library, and where Windows is a stand-in a fresh desktop with the clock in hand.
 namespace rig {
 
+/// Takes back orders, and resets the host and, where Windows is a stand-in, the desktop with the clock held.
+void freshSurroundings();
 /// Makes the home folder of this test program and points USERPROFILE there. Idempotent.
 void useOwnHome();
-/// The home folder; it lives as long as the program.
+/// Returns the home folder; it lives as long as the program.
 TempFolder& home();
 constexpr char kMenuFile[] = "Orvaner/Applications/autocad.mnu";
+constexpr char kMenuReader[] = "OvScribe2018.dll";
 constexpr char kSettingsFile[] = "Orvaner/Applications/autocad_addin.ini";
 
-/// No faults ordered, a fresh host, and where Windows is a stand-in a fresh desktop, whose clock moves a
-/// millisecond at each look.
-void freshSurroundings();
-
-/// Text of a settings file with all values at their defaults, all log types on, and the given keys changed:
-/// {"transSensBase", "0"}.
+/// Returns the text of a settings file with all values at their defaults, all log types on, and the given
+/// keys changed: {"transSensBase", "0"}.
 std::string settingsText(const std::vector<std::pair<std::string, std::string>>& changes = {});
 
 /// A record of any thread; a file name that is too long for its column shows with its end.
 struct Record {
   std::string type, thread, file, text;
 };
-/// The records in the log file from a position on, in order.
+/// Returns the records in the log file from a position on, in order.
 std::vector<Record> allRecords(std::size_t from);
-/// This thread's, each as "ERR text". Those of the device link are left out.
+/// Returns this thread's, each as "ERR text", without those of the device link.
 std::vector<std::string> records(std::size_t from);
 std::size_t logSize();
-/// The log file from a position on, as it stands.
-std::string logText(std::size_t from);
-
-/// A view that looks from the given eye to the target.
-host::ViewState viewFrom(AcGePoint3d eye, AcGePoint3d target, AcGeVector3d up, double width = 40,
-                         double height = 10, bool perspective = false);
-
-/// "x y z" with the given number of digits behind the point, without negative zeros.
-std::string text(const AcGePoint3d& p, int digits = 5);
-std::string text(const AcGeVector3d& v, int digits = 5);
 
 /// A line entity for host::add.
 std::unique_ptr<AcDbLine> line(AcGePoint3d start, AcGePoint3d end);
 
 } // namespace rig
 
-/// A test with a running engine. The engine is made once for the program, since each unload waits for the
+/// A test with a running engine. The engine is made once for a suite, since each unload waits for the
 /// connection watch, and is set back between tests; restart() makes a new one on other settings.
 class EngineTest : public ::testing::Test {
 protected:
+  static void TearDownTestSuite() { stop(); }
   void SetUp() override;
-  /// Everything borrowed from the host has been given back, and the view never got NaN or infinity.
+  /// Expects that everything borrowed from the host has been given back, and that no view got NaN or
+  /// infinity.
   void TearDown() override;
 
   static void restart(const std::vector<std::pair<std::string, std::string>>& settingsChanges = {});
-  static void stop();
+  static void stop() { mPluginP.reset(); }
 
-  OvAutoCad& plugin();
-  AutoCadProxy& proxy();
+  static OvAutoCad& plugin() { return *mPluginP; }
+  static AutoCadProxy& proxy() { return *mPluginP->mAutoCadProxyP; }
 
   /// Leaves a sample for the pump.
-  void setSample(int x, int y, int z, int a = 0, int b = 0, int c = 0);
-  /// setSample and one pass of handleDeviceCap.
-  bool pass(int x, int y, int z, int a = 0, int b = 0, int c = 0);
-  /// A pass with all axes at zero.
-  void release();
+  static void setSample(int x, int y, int z, int a = 0, int b = 0, int c = 0) {
+    rig::setSample(plugin(), x, y, z, a, b, c);
+  }
+  /// Leaves a sample and plays a pass.
+  static bool pass(int x, int y, int z, int a = 0, int b = 0, int c = 0) {
+    setSample(x, y, z, a, b, c);
+    return proxy().handleDeviceCap();
+  }
+  static void release() { pass(0, 0, 0); }
 
-  /// Records since the test's start or the last call.
+  /// Returns the records since the test's start or the last call.
   std::vector<std::string> takeRecords();
 
 private:
+  static inline std::unique_ptr<OvAutoCad> mPluginP;
+  static inline bool mHasOwnSettings = false;
   std::size_t mLogStart = 0;
 };
 

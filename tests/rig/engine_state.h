@@ -18,11 +18,11 @@ inline void setSample(OvAutoCad& plugin, int x, int y, int z, int a = 0, int b =
   plugin.mCapC = static_cast<std::int16_t>(c);
 }
 
-/// What earlier movements have kept of the selection.
-inline void forgetSelection() {
-  motion::movement.selCenterPoint = AcGePoint3d(0, 0, 0);
-  motion::movement.selAxisVector = AcGeVector3d(0, 0, 0);
-  motion::movement.selCenterValid = motion::movement.selAxisValid = false;
+/// Forgets what earlier movements have kept of the view and of the selection.
+inline void forgetMovement() {
+  motion::movement = motion::Movement();
+  motion::viewP = nullptr;
+  motion::cvportNumber = 0;
 }
 
 /// Sets a running engine back to how it starts on the default settings, with its cap at rest and no menu.
@@ -30,21 +30,20 @@ inline void resetEngine(OvAutoCad& plugin) {
   setSample(plugin, 0, 0, 0);
   plugin.mPendingKey = -1;
   plugin.mPendingSpecial = 0;
-  plugin.mToggleRotationCenter = true;
-  plugin.mToggleRotationAxis = false;
-  plugin.mScrollTreeAndList = true;
-  plugin.mMinThreshold = 0;
+  plugin.setDefaults();
+  plugin.mApplicationsDirPath = plugin.mHomeDir + "\\Orvaner\\Applications";
   AutoCadProxy& proxy = *plugin.mAutoCadProxyP;
+  proxy.mTraSensBase = plugin.mTraSensBase;
+  proxy.mRotSensBase = plugin.mRotSensBase;
+  proxy.mMaxContMoveTime = 500;
+  proxy.mUseInt3dIntrfce = false;
   proxy.mViewMode = 0;
-  proxy.mCapIsMoving = false;
-  proxy.mIsDocLocked = false;
-  proxy.mObjectMoveMode = false;
-  proxy.mMenuIsLoaded = false;
+  proxy.mCapIsMoving = proxy.mIsDocLocked = proxy.mObjectMoveMode = proxy.mMenuIsLoaded = false;
   proxy.setRotMode(0);
   proxy.mZoomAllAfterView = false;
   proxy.mModes.clear();
   proxy.mMenuEntries.clear();
-  forgetSelection();
+  forgetMovement();
 }
 
 } // namespace rig

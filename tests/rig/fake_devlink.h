@@ -2,36 +2,76 @@
 #define FAKE_DEVLINK_H
 
 #include <array>
+#include <condition_variable>
 #include <cstdint>
+#include <deque>
+#include <map>
+#include <mutex>
 #include <string>
 #include <vector>
+
+#include "call_log.h"
 
 /// The device library in memory: the same seven functions, with a daemon that tests script. Linked in the
 /// real library's place. Everything may be called on any thread.
 namespace fake_devlink {
 
+struct Event {
+  std::array<short, 6> axes{};
+  std::int32_t code = 0;
+};
+
+/// After `skip` more calls the next `count` fail or throw.
+struct Failure {
+  int count = 1, skip = 0;
+  bool isThrow = false;
+};
+
+/// What the daemon is like, what it has to say, and what it was asked.
+struct State {
+  bool isPresent = true; // if not, all but ovDisconnect fail
+  bool isLinkUp = false;
+  int deviceCount = 1;
+  std::int32_t rotation = 0;
+  bool zoomAllAfterView = false;
+  std::deque<Event> events; // for ovFetchEvent
+  std::map<std::string, Failure> failures;
+  /// As in "ovConnect acad", without ovFetchEvent, ovGetDevNum and ovSetApplMode, which come at any time.
+  std::vector<std::string> calls;
+  std::map<std::string, int> counts; // of the calls of each function
+  std::vector<std::string> modes;    // announced with success
+};
+
+struct Fake : State {
+  std::mutex mutex;
+  std::condition_variable changed;
+  bool isFetchWaiting = false;
+};
+Fake& fake();
+
+/// The fake's state, locked until the statement's end. Whoever waits for a change is then woken.
+struct Locked {
+  ~Locked() { fake().changed.notify_all(); }
+  State* operator->() const { return &fake(); }
+  State& operator*() const { return fake(); }
+  const call_log::Entered mEntered{call_log::Code::StandIn};
+  const std::lock_guard<std::mutex> mLock{fake().mutex};
+};
+inline Locked state() {
+  return {};
+}
+
+inline void fail(const std::string& function, const Failure& failure = {}) {
+  state()->failures[function] = failure;
+}
+
 /// A daemon that is there, with one device, rotation code 0 and no event; all records empty.
 void reset();
-
-/// The daemon goes away or comes back. While it is away, all but ovDisconnect fail.
-void setPresent(bool isPresent);
-void setDeviceCount(int count);
-void setRotation(std::int32_t code, bool zoomAllAfterView);
-
 /// Queues an event for ovFetchEvent.
 void pushMotion(const std::array<short, 6>& axes, std::int32_t code = -1);
 void pushEvent(std::int32_t code);
-/// Waits until the reading loop has come back for more after taking all events. False after some seconds.
+/// Waits until the reading loop has taken all events and asks for more. False after some seconds.
 bool waitUntilTaken();
-
-/// The next count calls of that function fail, or throw, after letting skip calls pass.
-void fail(const std::string& function, int count = 1, int skip = 0, bool isThrow = false);
-
-/// The calls up to now, as in "ovConnect acad", without ovFetchEvent and ovGetDevNum, which come at any time.
-std::vector<std::string> calls();
-int callCount(const std::string& function);
-/// The mode names announced with success.
-std::vector<std::string> modes();
 
 } // namespace fake_devlink
 

@@ -5,24 +5,21 @@
 
 #include <sys/resource.h>
 
-/// The largest file that this process may write, as a disk that fills up and gets room again.
+/// The largest file that this process may write while the object lives, as on a disk that is full.
 class FileLimit {
 public:
-  explicit FileLimit(rlim_t bytes) : mHandler(std::signal(SIGXFSZ, SIG_IGN)) {
+  explicit FileLimit(rlim_t bytes) {
+    std::signal(SIGXFSZ, SIG_IGN);
     getrlimit(RLIMIT_FSIZE, &mBefore);
     const rlimit limit = {bytes, mBefore.rlim_max};
     setrlimit(RLIMIT_FSIZE, &limit);
   }
-  ~FileLimit() {
-    setrlimit(RLIMIT_FSIZE, &mBefore);
-    std::signal(SIGXFSZ, mHandler);
-  }
+  ~FileLimit() { setrlimit(RLIMIT_FSIZE, &mBefore); }
   FileLimit(const FileLimit&) = delete;
   FileLimit& operator=(const FileLimit&) = delete;
 
 private:
   rlimit mBefore{};
-  void (*mHandler)(int);
 };
 
 #endif

@@ -17,8 +17,8 @@
 
 namespace rig {
 
-/// A plug-in as its host has it: the library's handle, and the function that takes messages. A host that
-/// frees the library keeps the pointer, and it works for as long as the library is mapped.
+/// A plug-in as its host has it: the library's handle, and the function that takes messages. The host may
+/// free the library and call the function as long as the library is mapped.
 struct HostedModule {
   void load(const std::string& path) {
     mHandle = LoadLibraryA(path.c_str());
@@ -43,7 +43,7 @@ inline bool isMapped(const char* path) {
   return GetModuleHandleA(path) != nullptr;
 }
 
-/// How much the process holds: handles, of which each thread has some.
+/// Returns how much the process holds: handles, of which each thread has some.
 inline long holdings() {
   DWORD handles = 0;
   GetProcessHandleCount(GetCurrentProcess(), &handles);
@@ -59,7 +59,7 @@ inline bool isMapped(const char* path) {
   return library;
 }
 
-/// How much the process holds: threads, open files, armed timers.
+/// Returns how much the process holds: threads, open files, armed timers.
 inline long holdings() {
   long count = static_cast<long>(desktop::activeTimers().size());
   for (const char* const folder : {"/proc/self/task", "/proc/self/fd"})

@@ -17,23 +17,21 @@ inline double secondsSince(std::chrono::steady_clock::time_point start) {
 
 inline bool gIsLoopOver = false;
 
-inline void CALLBACK endLoop(HWND, UINT, UINT_PTR id, DWORD) {
-  KillTimer(nullptr, id);
-  gIsLoopOver = true;
-}
-
-/// The host's message loop for some milliseconds, asleep while there is nothing to do, and then what was
+/// Runs the host's message loop for some milliseconds, asleep while there is nothing to do, and then what was
 /// typed meanwhile. On the main thread.
 inline void runLoop(UINT milliseconds) {
   gIsLoopOver = false;
-  SetTimer(nullptr, 0, milliseconds, endLoop);
+  SetTimer(nullptr, 0, milliseconds, [](HWND, UINT, UINT_PTR id, DWORD) {
+    KillTimer(nullptr, id);
+    gIsLoopOver = true;
+  });
   MSG message;
   while (!gIsLoopOver && GetMessageW(&message, nullptr, 0, 0) > 0)
     DispatchMessageW(&message);
   host::runQueue();
 }
 
-/// Runs the loop until something holds; gives the seconds it took, or -1 after the longest time.
+/// Runs the loop until something holds. Returns the seconds it took, or -1 after the longest time.
 inline double loopUntil(double longest, const std::function<bool()>& holds) {
   const auto start = std::chrono::steady_clock::now();
   while (secondsSince(start) < longest) {

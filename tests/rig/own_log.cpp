@@ -2,10 +2,6 @@
 
 #include "logging.h"
 
-namespace {
-
-Logging gLog;
-
-} // namespace
+static Logging gLog;
 
 Logging& gLogging = gLog;

@@ -7,7 +7,7 @@
 
 namespace rig {
 
-/// Holds back what is written to a stream while the object lives, and shows it to the test.
+/// Keeps what is written to a stream while the object lives.
 class StreamCapture {
 public:
   explicit StreamCapture(std::ostream& stream) : mStream(stream), mBefore(stream.rdbuf(mText.rdbuf())) {}
@@ -15,7 +15,7 @@ public:
   StreamCapture(const StreamCapture&) = delete;
   StreamCapture& operator=(const StreamCapture&) = delete;
 
-  /// What has come since the last call.
+  /// Returns what has come since the last call.
   std::string take() {
     const std::string text = mText.str();
     mText.str({});

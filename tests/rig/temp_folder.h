@@ -2,30 +2,26 @@
 #define TEMP_FOLDER_H
 
 #include <algorithm>
-#include <atomic>
-#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
+#include <random>
 #include <string>
 
 namespace rig {
 
-/// A new, empty folder of a test's own, with blanks in its name as users have them; it goes with all that is
-/// in it when the object goes.
+/// A new, empty folder with blanks in its name, as users have them; it goes with all that is in it when the
+/// object goes.
 ///
-/// Names below the folder may hold backslashes on every system; an empty name stands for the folder itself.
+/// Names below the folder may hold backslashes on every system; an empty name is the folder itself.
 class TempFolder {
 public:
   TempFolder() {
-    static std::atomic<unsigned> count{0};
-    const auto base = std::filesystem::temp_directory_path();
-    // Two test programs may start in the same moment: only the one that makes the folder has it.
-    do {
-      const auto stamp = std::chrono::steady_clock::now().time_since_epoch().count();
-      mRoot = base / ("ov test " + std::to_string(stamp) + " " + std::to_string(++count));
-    } while (!std::filesystem::create_directory(mRoot));
+    std::random_device number;
+    do
+      mRoot = std::filesystem::temp_directory_path() /
+              ("ov test " + std::to_string(number()) + " " + std::to_string(number()));
+    while (!std::filesystem::create_directory(mRoot)); // it is another program's
   }
   ~TempFolder() {
     std::error_code ignored;
@@ -51,27 +47,24 @@ public:
 
   /// Writes a file, byte for byte.
   void write(const std::string& name, const std::string& bytes) const {
-    std::ofstream file(below(name), std::ios::binary | std::ios::trunc);
-    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    std::ofstream file;
+    file.exceptions(std::ios::failbit | std::ios::badbit);
+    file.open(below(name), std::ios::binary);
+    file << bytes;
     file.close();
-    if (!file)
-      throw std::runtime_error("can't write " + native(name));
   }
-  /// The bytes of a file, which has to be there.
+  /// Returns the bytes of a file, which has to be there.
   std::string read(const std::string& name) const {
-    std::ifstream file(below(name), std::ios::binary);
-    if (!file)
-      throw std::runtime_error("can't read " + native(name));
-    return std::string(std::istreambuf_iterator<char>(file), {});
+    std::ifstream file;
+    file.exceptions(std::ios::failbit | std::ios::badbit);
+    file.open(below(name), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
   }
 
 private:
-  std::filesystem::path below(const std::string& name) const {
-    if (name.empty())
-      return mRoot;
-    std::string generic = name;
-    std::replace(generic.begin(), generic.end(), '\\', '/');
-    return (mRoot / generic).make_preferred();
+  std::filesystem::path below(std::string name) const {
+    std::replace(name.begin(), name.end(), '\\', '/');
+    return name.empty() ? mRoot : (mRoot / name).make_preferred();
   }
 
   std::filesystem::path mRoot;

@@ -8,7 +8,6 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <utility>
 
 #include <unistd.h>
 
@@ -26,7 +25,7 @@ inline void alarm(unsigned) {} // there the round's own time limit is the only o
 class Trial {
 public:
   /// what  one plain sentence; the table of all trials knows the trial by it
-  explicit Trial(std::string what) : mWhat(std::move(what)) {
+  explicit Trial(const std::string& what) : mLine{{"what", what}, {"detail", ""}} {
     const auto* const infoP = testing::UnitTest::GetInstance()->current_test_info();
     const char* const wishP = std::getenv("OV_RESULTS");
     const std::filesystem::path folder = wishP && *wishP ? wishP : OV_RESULTS_FOLDER;
@@ -40,53 +39,47 @@ public:
     if (mSurvived == mTried && (std::uncaught_exceptions() > 0 || testing::Test::HasFailure()))
       count("the trial itself", false);
     alarm(0);
-    EXPECT_GT(mTried, 0) << mWhat;
-    EXPECT_EQ(mSurvived, mTried) << mWhat << "\nNot survived: " << mFailures;
-    nlohmann::json line{{"what", mWhat}, {"tried", mTried}, {"survived", mSurvived}, {"detail", mDetail}};
-    if (mHasKept)
-      line["kept"] = mKept;
-    std::ofstream(mFile) << line << '\n';
+    EXPECT_GT(mTried, 0) << mLine["what"];
+    EXPECT_EQ(mSurvived, mTried) << mLine["what"] << "\nNot survived: " << mFailures;
+    mLine["tried"] = mTried;
+    mLine["survived"] = mSurvived;
+    std::ofstream(mFile) << mLine << '\n';
   }
   Trial(const Trial&) = delete;
   Trial& operator=(const Trial&) = delete;
 
-  /// Counts so many cases, survived or not.
+  /// Counts some cases, survived or not.
   void count(const std::string& name, bool isSurvived, std::int64_t cases = 1) {
     alarm(kLongestCase);
     mTried += cases;
-    if (isSurvived)
-      mSurvived += cases;
-    else if (mFailures.size() < kFailureRoom)
+    mSurvived += isSurvived ? cases : 0;
+    if (!isSurvived && mFailures.size() < kFailureRoom)
       mFailures += name + "; ";
   }
   /// Counts one case of a trial in which the user's settings can be lost.
-  void keep(bool isKept) {
-    mHasKept = true;
-    mKept += isKept ? 1 : 0;
+  void keep(bool isKept) { mLine["kept"] = mLine.value("kept", 0) + (isKept ? 1 : 0); }
+  /// Adds what was seen meanwhile, for the table.
+  void detail(const std::string& text) {
+    auto& all = mLine["detail"].get_ref<std::string&>();
+    all += (all.empty() ? "" : ", ") + text;
   }
-  /// What was seen on the way, for the table.
-  void detail(const std::string& text) { mDetail += (mDetail.empty() ? "" : ", ") + text; }
 
 private:
   static constexpr unsigned kLongestCase = 300; // seconds
   static constexpr std::size_t kFailureRoom = 2000;
 
-  std::string mWhat;
-  std::string mDetail;
+  nlohmann::json mLine;
   std::string mFailures;
   std::filesystem::path mFile;
-  std::int64_t mTried = 0;
-  std::int64_t mSurvived = 0;
-  std::int64_t mKept = 0; // cases with the user's settings kept
-  bool mHasKept = false;
+  std::int64_t mTried = 0, mSurvived = 0;
 };
 
-/// A trial's size: the short one by itself, times $OV_ENDURANCE if that is set, up to the full one.
+/// Returns a trial's size: the short one by itself, times $OV_ENDURANCE if that is set, up to the full one.
 inline std::int64_t scaled(std::int64_t shortSize, std::int64_t fullSize) {
   const char* const factorP = std::getenv("OV_ENDURANCE");
   const double factor = factorP && *factorP ? std::max(std::atof(factorP), 0.0) : 1.0;
-  const double size = static_cast<double>(shortSize) * factor;
-  return std::clamp<std::int64_t>(static_cast<std::int64_t>(std::min(size, 1e18)), 1, fullSize);
+  const double size = std::min(static_cast<double>(shortSize) * factor, static_cast<double>(fullSize));
+  return std::max<std::int64_t>(static_cast<std::int64_t>(size), 1);
 }
 
 #endif

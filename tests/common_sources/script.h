@@ -1,0 +1,57 @@
+#ifndef SCRIPT_H
+#define SCRIPT_H
+
+#include "comparison.h"
+
+/// Scripts of the engine in tests/fixtures: cases, each a list of lines. The heads of the files say what the
+/// words mean.
+
+struct ScriptLine {
+  int number = 0; // in its file
+  std::string text;
+  std::string word() const { return text.substr(0, text.find(' ')); }
+};
+
+struct ScriptCase {
+  std::string file, name;
+  std::vector<ScriptLine> lines;
+};
+
+/// Texts with the names that a trace has for them.
+using Values = std::vector<std::pair<std::string, std::string>>;
+
+#ifndef _WIN32
+constexpr bool kHasDesktop = true;
+#else
+constexpr bool kHasDesktop =
+    false; // the windows are their owners' affair, and calls of Windows leave no record
+#endif
+
+/// Full path of a script.
+std::string scriptPath(const std::string& file);
+/// The cases of some files that can be played on this system, without comments and empty lines.
+std::vector<ScriptCase> playableCases(std::initializer_list<const char*> files);
+void PrintTo(const ScriptCase& scriptCase, std::ostream* os);
+
+/// An engine that is set up by lines of a script. Scrolling is off until a line turns it on.
+class Script : public EngineTest, public testing::WithParamInterface<ScriptCase> {
+protected:
+  void SetUp() override;
+
+  /// Does what a line says. Fails the test if it isn't understood.
+  void play(const std::string& text);
+  /// The positions of all scroll bars.
+  Values barPositions() const;
+
+  rig::ModelInputs mInputs;
+  bool mIsHandled = false; // by the last pass
+
+private:
+  void addWindow(const std::string& text);
+  void setBar(const std::string& text);
+  static void setReader(const std::string& place);
+
+  std::vector<HWND> mWindows;
+};
+
+#endif

@@ -1,0 +1,183 @@
+// The settings, and the file that keeps them.
+
+#include <iostream>
+#include <regex>
+
+#include <gtest/gtest.h>
+
+#include "environment.h"
+#include "logging.h"
+#include "settings.h"
+#include "stream_capture.h"
+#include "temp_folder.h"
+
+namespace {
+
+using Texts = std::vector<std::string>;
+constexpr char kFile[] = "Orvaner/Applications/autocad_addin.ini";
+
+/// A user's home folder with the folders in it that the device's driver makes. The log goes to a captured
+/// console when a test turns it on.
+class SettingsTest : public testing::Test {
+protected:
+  SettingsTest() : mOut(std::cout) {
+    mHome.makeFolder("Orvaner/Applications");
+    rig::setEnvironment("USERPROFILE", mHome.backslashed());
+    std::ifstream file(DEFAULT_SETTINGS, std::ios::binary);
+    mDefaults.assign(std::istreambuf_iterator<char>(file), {});
+    const std::regex line("\t(\\w+) ");
+    for (std::sregex_iterator i(mDefaults.begin(), mDefaults.end(), line), end; i != end; ++i)
+      mKeys.push_back((*i)[1]);
+    EXPECT_EQ(mKeys.size(), 23u);
+  }
+  ~SettingsTest() override { gLogging.mIsLogToCnsl = false; }
+
+  /// Returns the default text with another value of a key, in the columns of the others.
+  std::string textWith(const std::string& key, const std::string& value) const {
+    const std::size_t start = mDefaults.find("= ", mDefaults.find("\t" + key + " ")) + 2;
+    return std::string(mDefaults).replace(start, 50, value + std::string(50 - value.size(), ' '));
+  }
+  std::string textWithout(const std::string& key) const {
+    return std::regex_replace(mDefaults, std::regex("\t" + key + " .*\n"), "");
+  }
+  void write(const std::string& text) const { mHome.write(kFile, text); }
+  std::string read() const { return mHome.read(kFile); }
+  /// Reads the file into the settings and returns the result with the records that were left.
+  std::string readInto(Settings& settings) {
+    gLogging.mIsLogToCnsl = true;
+    const int code = settings.readSettingsFile(mHome.backslashed(kFile));
+    gLogging.mIsLogToCnsl = false;
+    return std::to_string(code) + std::regex_replace(mOut.take(), std::regex(".*?\\|(ERR)\\|.*\\| "), " ");
+  }
+
+  rig::TempFolder mHome;
+  rig::StreamCapture mOut;
+  std::string mDefaults; // the file's text
+  Texts mKeys;           // of the file, in order
+};
+
+TEST_F(SettingsTest, FirstRunWritesDefaults) {
+  for (int run = 0; run < 3; ++run) {
+    {
+      const Settings settings;
+      EXPECT_EQ(read(), mDefaults) << run;
+      if (run < 2)
+        mHome.remove(kFile);
+    }
+    EXPECT_EQ(read(), mDefaults) << run; // written again at the end
+  }
+}
+
+TEST_F(SettingsTest, MissingKeyRestoresAllDefaults) {
+  for (const std::string& key : mKeys) {
+    std::string text = textWithout(key);
+    for (const auto& [value, other] :
+         {std::pair("= on ", "= no "), {"= off", "= on "}, {"= [A-Za-z]*[0-9]+", "= 33"}})
+      text = std::regex_replace(text, std::regex(value), other);
+    write(text);
+    const Settings settings;
+    EXPECT_EQ(settings.mTraSensBase, 20000) << key;
+    EXPECT_EQ(read(), mDefaults) << key;
+  }
+  EXPECT_EQ(mOut.take(), "") << "the log isn't set up so early";
+}
+
+TEST_F(SettingsTest, MissingKeyIsReportedByName) {
+  Settings settings;
+  const std::string file = " (" + mHome.backslashed(kFile) + ")\n Error reading settings file!\n";
+  write(textWithout("rotSensBase"));
+  EXPECT_EQ(readInto(settings), "-2 Parameter 'rotSensBase' in section 'PROGRAM' not found!" + file);
+  write(textWithout("tmp"));
+  EXPECT_EQ(readInto(settings), "-2 Parameter 'tmp' in section 'LOGGING' not found!" + file);
+  write(mDefaults.substr(0, mDefaults.find("[LOGGING]"))); // each key of the section is missing
+  const std::string all = readInto(settings);
+  EXPECT_EQ(all.find("-2 Section 'LOGGING' not found!\n"), 0u);
+  EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 14);
+  settings.mTraSensBase = 77;
+  mHome.remove(kFile);
+  EXPECT_EQ(readInto(settings), "-1") << "a missing file is no error";
+  EXPECT_EQ(settings.mTraSensBase, 77);
+}
+
+TEST_F(SettingsTest, HandEditedValuesSurviveTheLayout) {
+  const std::string text =
+      "# mine\r\n[LOGGING]\r\ntmp=on\r\nlogFile=c:\\log files\\x.txt # here\r\nmaxSize=7\r\n"
+      "logToFile=on\r\nlogToCnsl=off\r\nwarning=off\r\ncreation=on\r\ntrace=off\r\ndevcom=off\r\n"
+      "intcom=off\r\ninfo=on\r\ndebug=off\r\nfileToLog=\r\nunknown=key\r\n\r\n[PROGRAM]\r\n"
+      "useInt3dIntrfce=on\r\nscrollTreeAndList=off\r\ntoggleRotationAxis=none\r\n"
+      "toggleRotationCenter=ON\r\nmaxContMoveTime=100\r\nminThreshold=-5\r\nrotSensBase=8\r\n"
+      "transSensBase=9\r\nversion=1.0\r\nname=My Plug-in";
+  write(text);
+  {
+    const Settings settings;
+    EXPECT_EQ(read(), text) << "a file that was read isn't written before the end";
+  }
+  using Change = std::pair<const char*, const char*>;
+  for (const auto& [key, value] : // nothing brings the version up to date
+       {Change{"name", "My Plug-in"}, Change{"version", "1.0"}, Change{"transSensBase", "9"},
+        Change{"rotSensBase", "8"}, Change{"minThreshold", "-5"}, Change{"maxContMoveTime", "100"},
+        Change{"toggleRotationCenter", "off"}, Change{"toggleRotationAxis", "on"},
+        Change{"scrollTreeAndList", "off"}, Change{"useInt3dIntrfce", "on"},
+        Change{"logFile", "c:\\log files\\x.txt"}, Change{"maxSize", "7"}, Change{"tmp", "on"}})
+    mDefaults = textWith(key, value);
+  EXPECT_EQ(read(), mDefaults);
+}
+
+TEST_F(SettingsTest, LongValuesAreReadBack) {
+  const std::string name(50, 'n'), logFile = "c:\\" + std::string(60, 'l');
+  {
+    Settings settings;
+    settings.mName = name;
+    settings.mLogPars.mLogFile = logFile;
+  }
+  EXPECT_NE(read().find("= " + name + "# program's name\n"), std::string::npos);
+  const Settings settings;
+  EXPECT_EQ(settings.mName, name);
+  EXPECT_EQ(settings.mLogPars.mLogFile, logFile);
+}
+
+TEST_F(SettingsTest, PathsAreBelowTheHomeFolder) {
+  write(mDefaults);
+  const Settings settings;
+  const std::string home = mHome.backslashed();
+  EXPECT_EQ(settings.mHomeDir, home);
+  EXPECT_EQ(settings.mApplicationsDirPath, home + "\\Orvaner\\Applications");
+  EXPECT_EQ(settings.mSettingsFilePath, home + "\\Orvaner\\Applications\\autocad_addin.ini");
+  EXPECT_EQ(gLogging.mSettingsDirPath, home + "\\Orvaner"); // the log isn't in the folder of the settings
+  EXPECT_EQ(settings.mLogPars.mSettingsDirPath, home + "\\Orvaner");
+}
+
+TEST_F(SettingsTest, NumbersAreReadAsFarAsTheyGo) {
+  using Number = std::pair<const char*, std::int32_t>;
+  for (const auto& [text, number] :
+       {Number{"none", 0}, Number{"", 0}, Number{"12 mm", 12}, Number{"7.9", 7}, Number{"-3", -3},
+        Number{"+4", 4}, Number{"0x10", 0}, Number{"99999999999999999999", 2147483647},
+        Number{"-4294967296", -2147483647 - 1}}) {
+    write(textWith("transSensBase", text));
+    EXPECT_EQ(Settings().mTraSensBase, number) << text;
+    EXPECT_EQ(read(), textWith("transSensBase", std::to_string(number))) << text;
+  }
+}
+
+TEST_F(SettingsTest, EachKeyHasItsOwnField) {
+  const auto fields = [] {
+    const std::string dump = Settings().dump();
+    const std::regex value(": (.*)");
+    Texts found;
+    for (std::sregex_iterator i(dump.begin(), dump.end(), value), end; i != end; ++i)
+      found.push_back((*i)[1]);
+    return found;
+  };
+  write(mDefaults);
+  const Texts before = fields();
+  for (std::size_t i = 0; i < mKeys.size(); ++i) {
+    const bool isOn = textWith(mKeys[i], "on") == mDefaults, isOff = textWith(mKeys[i], "off") == mDefaults;
+    write(textWith(mKeys[i], isOn ? "off" : isOff ? "on" : "7"));
+    Texts expected = before;
+    expected.at(i < 10 ? i : i + 2) = isOn ? "0" : isOff ? "1" : "7"; // two fields between have no key
+    EXPECT_EQ(fields(), expected) << mKeys[i];
+    EXPECT_EQ(read(), textWith(mKeys[i], isOn ? "off" : isOff ? "on" : "7")) << mKeys[i];
+  }
+}
+
+} // namespace
