@@ -9,7 +9,7 @@
 #include "cnfg.h"
 #include "engine_home.h"
 #include "input.h"
-#include "parameter_text.h"
+#include "parameter.h"
 #include "settings.h"
 
 using fuzz::require;

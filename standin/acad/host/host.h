@@ -17,7 +17,7 @@ namespace host {
 /// A fresh document: no entities, one layout with its viewport (paper 300 x 200, view height 100, centre (0,
 /// 0)), model tab (tilemode 1, cvport 2), the default view below in memory and in the drawing, nothing
 /// selected, no locks, nothing open, queue, history, counters and marks empty. Registered commands, the frame
-/// sink, the refresh rate and the clock go back to their defaults too. What the document manager's reactors
+/// sink, the refresh rate, the clock and the menu go back to their defaults too. What the document manager's reactors
 /// are stays.
 void reset();
 
@@ -178,6 +178,10 @@ void setFrameSink(std::function<void(const Frame&)> sink);
 void setRefreshRate(double hz);
 /// Shows a frame if entities were drawn anew with acedRedraw since the last one. Message loops call it.
 void showPending();
+
+/// Sets the menu that the menu reader writes into the menu file. An empty text means the host's own menu.
+void setMenuText(const std::string& text);
+std::string menuText();
 
 } // namespace host
 

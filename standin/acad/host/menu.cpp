@@ -34,6 +34,14 @@ constexpr char kMenu[] =
 
 } // namespace
 
+void setMenuText(const std::string& text) {
+  state().menuText = text;
+}
+
+std::string menuText() {
+  return state().menuText.empty() ? kMenu : state().menuText;
+}
+
 std::string writeMenuFile() {
   const char* const profile = std::getenv("USERPROFILE");
   if (!profile || !*profile)
@@ -41,7 +49,7 @@ std::string writeMenuFile() {
   const std::filesystem::path path =
       std::filesystem::path(profile) / "Orvaner" / "Applications" / "autocad.mnu";
   std::ofstream out(path, std::ios::binary);
-  out << kMenu;
+  out << menuText();
   out.close();
   if (!out)
     return "Menu reader: cannot write \"" + path.string() + "\".";

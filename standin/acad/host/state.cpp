@@ -35,6 +35,7 @@ void reset() {
   s.clock = nullptr;
   s.frameSink = nullptr;
   s.refreshRate = 0;
+  s.menuText.clear();
   clearCommands();
   clearQueue();
 }

@@ -46,6 +46,7 @@ struct State {
   std::function<double()> clock;
   std::function<void(const Frame&)> frameSink;
   double refreshRate = 0;
+  std::string menuText; // empty: the host's own menu
 };
 
 /// Made at the first call, never destroyed: modules and static objects call the host while the process ends.
