@@ -81,8 +81,9 @@ TEST_F(LinkTest, NoKeyIsLostOrDoubled) {
   };
   std::thread fetchers[] = {std::thread(fetchAll), std::thread(fetchAll)};
   std::thread asker([&] {
-    while (total < kKeys && isConnected())
-      ;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(2);
+    while (total < kKeys && std::chrono::steady_clock::now() < end)
+      isConnected();
     EXPECT_EQ(ovDisconnect(), 0);
   });
   for (int key = 0; key < kKeys; ++key) {
@@ -123,20 +124,6 @@ TEST_F(LinkTest, EndOfLinkReleasesCap) {
   }
 }
 
-TEST_F(LinkTest, DisconnectFreesBlockedFetches) {
-  RunningDaemon daemon;
-  for (int round = 0; round < 20; ++round) {
-    ASSERT_EQ(ovConnect(0, "acad"), 0);
-    const auto wait = [] { EXPECT_EQ(fetched(), "failure"); };
-    std::thread fetchers[] = {std::thread(wait), std::thread(wait)};
-    std::this_thread::sleep_for(milliseconds(round % 3)); // before, while, and after they begin to wait
-    EXPECT_EQ(ovDisconnect(), 0);
-    for (std::thread& thread : fetchers)
-      thread.join();
-    EXPECT_NE(ovDisconnect(), 0);
-  }
-}
-
 TEST_F(LinkTest, AllFunctionsRunAtOnce) {
   RunningDaemon daemon;
   std::atomic<bool> isOver{false};
@@ -165,7 +152,7 @@ TEST_F(LinkTest, AllFunctionsRunAtOnce) {
   isOver = true;
   for (std::size_t i = 0; i < threads.size(); ++i) {
     if (i == 2)
-      ovDisconnect(); // nobody connects any more, and somebody fetches
+      ovDisconnect(); // nobody connects any more, and somebody waits for an event
     threads[i].join();
   }
 }
