@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <mutex>
 #include <thread>
@@ -46,14 +47,13 @@ public:
     ASSERT_TRUE(session::parseDeviceLine(line, action, reason)) << reason;
     ASSERT_TRUE(mDaemon->play(action));
   }
-  /// Lines without their time.
-  std::vector<std::string> record() {
+  /// Whether a line, without its time, has been recorded.
+  bool hasRecorded(const std::string& line) {
     const std::lock_guard<std::mutex> lock(mMutex);
-    return mRecord;
+    return std::find(mRecord.begin(), mRecord.end(), line) != mRecord.end();
   }
-  /// Waits until a line has been recorded.
   void waitFor(const std::string& line) {
-    while (!testing::Value(record(), testing::Contains(line)))
+    while (!hasRecorded(line))
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
 

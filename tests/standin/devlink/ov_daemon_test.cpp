@@ -93,15 +93,6 @@ TEST_F(OvDaemonTest, SignalsEndIt) {
   }
 }
 
-TEST_F(OvDaemonTest, StoppedDaemonFailsRequests) {
-  startListening("");
-  kill(id(), SIGSTOP);
-  EXPECT_FALSE(isConnected());
-  EXPECT_NE(ovConnect(0, "acad"), 0) << "the system still takes connections for it";
-  kill(id(), SIGCONT);
-  EXPECT_EQ(ovConnect(0, "acad"), 0);
-}
-
 TEST_F(OvDaemonTest, BadArgumentsAreNamed) {
   mFolder.write("bad", "0 device key 1\n1 device wobble\n");
   const RunningDaemon other;
