@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include <windows.h>
+#include <arxHeaders.h>
 
 #include "ov_auto_cad.h"
 
@@ -17,10 +17,35 @@ int area(const RECT& r) {
   return (r.right - r.left) * (r.bottom - r.top);
 }
 
+HWND windowUnderPoint(POINT point) {
+  HWND best = WindowFromPoint(point);
+  if (!best)
+    return nullptr;
+  RECT rect = {};
+  GetWindowRect(best, &rect);
+  HWND parent = GetParent(best);
+  if (!parent)
+    return best;
+  for (HWND next = GetWindow(best, GW_HWNDNEXT);;) {
+    const HWND before = best;
+    for (; next; next = GetWindow(next, GW_HWNDNEXT)) {
+      RECT r = {};
+      GetWindowRect(next, &r);
+      if (PtInRect(&r, point) && GetParent(next) == parent && IsWindowVisible(next) && area(r) < area(rect)) {
+        best = next;
+        rect = r;
+      }
+    }
+    if (best == before || !(next = GetWindow(best, GW_CHILD)))
+      return best;
+    parent = best;
+  }
+}
+
 bool isControlUnderPointer() {
   POINT pointer = {};
   GetCursorPos(&pointer);
-  const HWND window = bareWindowUnderPoint(pointer);
+  const HWND window = windowUnderPoint(pointer);
   if (!window)
     return false;
   wchar_t wide[256] = {};
@@ -54,32 +79,7 @@ void turn(AcGsView& view, double angle, const AcGeVector3d& axis, const AcGePoin
 
 } // namespace
 
-HWND bareWindowUnderPoint(POINT point) {
-  HWND best = WindowFromPoint(point);
-  if (!best)
-    return nullptr;
-  RECT rect = {};
-  GetWindowRect(best, &rect);
-  HWND parent = GetParent(best);
-  if (!parent)
-    return best;
-  for (HWND next = GetWindow(best, GW_HWNDNEXT);;) {
-    const HWND before = best;
-    for (; next; next = GetWindow(next, GW_HWNDNEXT)) {
-      RECT r = {};
-      GetWindowRect(next, &r);
-      if (PtInRect(&r, point) && GetParent(next) == parent && IsWindowVisible(next) && area(r) < area(rect)) {
-        best = next;
-        rect = r;
-      }
-    }
-    if (best == before || !(next = GetWindow(best, GW_CHILD)))
-      return best;
-    parent = best;
-  }
-}
-
-void barePass(const OvAutoCad& plugin, StepHook hook) {
+void barePass(const OvAutoCad& plugin) {
   resbuf variable = {};
   acedGetVar(L"tilemode", &variable);
   const short tilemode = variable.resval.rint;
@@ -110,14 +110,8 @@ void barePass(const OvAutoCad& plugin, StepHook hook) {
     return;
 
   const double x = sample[0] / 20000.0, y = sample[1] / 20000.0, z = sample[2] / 20000.0;
-  if (hook)
-    hook(0, x);
   shift(*viewP, 5 * x, xAxis);
-  if (hook)
-    hook(1, y);
   shift(*viewP, -5 * y, yAxis);
-  if (hook)
-    hook(2, z);
   viewP->zoom(std::clamp(1 + z, 0.8, 1.2));
   const AcGePoint3d centre = viewP->target();
   turn(*viewP, sample[3] / 10000.0, xAxis, centre);

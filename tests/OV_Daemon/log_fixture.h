@@ -51,7 +51,8 @@ protected:
   /// Returns the texts of the records after the first header.
   Texts texts(const std::string& name = "log.txt") const {
     Texts all = lines(name);
-    EXPECT_GE(all.size(), kHeaderLines);
+    if (all.size() < kHeaderLines)
+      return {"no header"};
     all.erase(all.begin(), all.begin() + kHeaderLines);
     for (std::string& line : all)
       line = textOf(line);

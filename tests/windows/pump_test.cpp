@@ -6,19 +6,15 @@
 
 namespace {
 
-int gTicks = 0; // of the pump's timer, dispatched so far
-
-/// Dispatches messages until something holds; gives the milliseconds it took, or -1.
+/// Dispatches messages until something holds. Returns the milliseconds it took, or -1.
 int dispatchUntil(int longest, const std::function<bool()>& holds) {
   const DWORD start = GetTickCount();
   while (!holds()) {
     if (GetTickCount() - start > static_cast<DWORD>(longest))
       return -1;
     MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-      gTicks += message.message == WM_TIMER;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
       DispatchMessageW(&message);
-    }
     Sleep(1);
   }
   return static_cast<int>(GetTickCount() - start);
@@ -28,51 +24,34 @@ class RealTimers : public EngineTest {
 protected:
   void SetUp() override {
     EngineTest::SetUp();
-    SetCursorPos(2, 2); // on no control
+    restart({{"maxContMoveTime", "1"}}); // a tick takes next to no time
+    SetCursorPos(2, 2);                  // on no control
     plugin().mScrollTreeAndList = false;
+  }
+  /// Returns the milliseconds until the view has moved that often.
+  int timeOfFrames(int count) {
+    int frames = 0;
+    host::setFrameSink([&](const host::Frame&) { ++frames; });
+    setSample(1, 0, 0);
+    const int took = dispatchUntil(20000, [&] { return frames >= count; });
+    host::setFrameSink(nullptr);
+    return took;
   }
 };
 
-TEST_F(RealTimers, FirstTickComesAfterATenthOfASecond) {
-  restart({{"maxContMoveTime", "1"}}); // the tick itself takes next to no time
-  plugin().mScrollTreeAndList = false;
-  setSample(100, 0, 0);
-  const int took = dispatchUntil(3000, [] { return host::view().target.x != 0; });
-  EXPECT_GE(took, 80);
+TEST_F(RealTimers, KeepTheirIntervals) {
+  EXPECT_GE(timeOfFrames(1), 80) << "a tenth of a second at rest";
+  const int moving = timeOfFrames(20);
+  EXPECT_GE(moving, 10 * 19);
+  EXPECT_LT(moving, 90 * 19);
   release();
 }
 
-TEST_F(RealTimers, TicksComeOnAndOnWhileTheCapMovesAndAtRest) {
-  restart({{"maxContMoveTime", "1"}});
-  plugin().mScrollTreeAndList = false;
-  host::setFrameSink([](const host::Frame&) {});
-  constexpr int kTicks = 20;
-  setSample(1, 0, 0);
-  const auto timeOfTicks = [] {
-    gTicks = 0;
-    return dispatchUntil(20000, [] { return gTicks >= kTicks; });
-  };
-  EXPECT_GE(dispatchUntil(3000, [this] { return proxy().mCapIsMoving; }), 0);
-  const int moving = timeOfTicks();
-  EXPECT_GE(moving, 10 * (kTicks - 1)) << "the pump has stopped, or never rests";
-  setSample(0, 0, 0);
-  EXPECT_GE(dispatchUntil(3000, [this] { return !proxy().mCapIsMoving; }), 0);
-  const int atRest = timeOfTicks();
-  EXPECT_GT(atRest, 90 * (kTicks - 1));
-  EXPECT_LT(3 * moving, atRest);
-  plugin().mPendingSpecial = 0x2000C;
-  EXPECT_GE(dispatchUntil(3000, [this] { return plugin().mPendingSpecial == 0; }), 0)
-      << "at rest keys are served";
-}
-
-TEST_F(RealTimers, TickThatRunsLongIsNotEnteredAgain) {
-  int depth = 0;
-  int deepest = 0;
-  int frames = 0;
+TEST_F(RealTimers, LongTickIsNotReentered) {
+  int depth = 0, deepest = 0, frames = 0;
   host::setFrameSink([&](const host::Frame&) {
-    ++frames;
     deepest = std::max(deepest, ++depth);
-    if (frames == 1) // a dialog of the host's, say, with a message loop of its own
+    if (++frames == 1) // a dialog of the host's, say, with a message loop of its own
       dispatchUntil(400, [] { return false; });
     --depth;
   });
@@ -83,11 +62,11 @@ TEST_F(RealTimers, TickThatRunsLongIsNotEnteredAgain) {
   release();
 }
 
-TEST_F(RealTimers, NoneIsLeftAfterUnload) {
+TEST_F(RealTimers, UnloadStopsThem) {
   stop();
-  gTicks = 0;
-  dispatchUntil(400, [] { return false; });
-  EXPECT_EQ(gTicks, 0);
+  MSG message;
+  Sleep(400);
+  EXPECT_FALSE(PeekMessageW(&message, nullptr, WM_TIMER, WM_TIMER, PM_REMOVE));
 }
 
 } // namespace
