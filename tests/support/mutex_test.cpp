@@ -47,10 +47,10 @@ namespace {
 template <class Lock> void expectExclusive(Lock& lock) {
   std::atomic<int> arrived{0}, inside{0}, collisions{0};
   const auto race = [&] {
-    for (int round = 1; round <= 200; ++round) {
+    for (int round = 1; round <= 500; ++round) {
       ++arrived;
       while (arrived < 2 * round) // both try at the same time
-        std::this_thread::yield();
+        ;
       EXPECT_EQ(0, lock.lock());
       collisions += inside++;
       std::this_thread::yield();
