@@ -61,13 +61,14 @@ TEST_F(RealControls, ScrollByTheirBatches) {
   const HWND list = add(WC_LISTVIEWW, LVS_REPORT, 240, 20, 200, 200);
   const HWND edit = add(L"Edit", ES_MULTILINE | WS_VSCROLL | WS_HSCROLL | ES_AUTOHSCROLL, 20, 240, 200, 150);
   const HWND box = add(L"ListBox", WS_VSCROLL | LBS_NOINTEGRALHEIGHT, 240, 240, 200, 200);
+  ShowWindow(mParent, SW_HIDE); // drawing takes long
   LVCOLUMNW column = {};
   column.mask = LVCF_WIDTH;
   column.cx = 500;
   SendMessageW(list, LVM_INSERTCOLUMNW, 0, reinterpret_cast<LPARAM>(&column));
   wchar_t text[] = L"entry";
   std::wstring lines;
-  for (int i = 0; i < 450; ++i) {
+  for (int i = 0; i < 250; ++i) {
     TVINSERTSTRUCTW node = {};
     node.hInsertAfter = TVI_LAST;
     node.item.mask = TVIF_TEXT;
@@ -81,6 +82,7 @@ TEST_F(RealControls, ScrollByTheirBatches) {
     lines += std::wstring(90, L'x') + L"\r\n"; // wider than the field
   }
   SetWindowTextW(edit, lines.c_str());
+  ShowWindow(mParent, SW_SHOW);
 
   for (const HWND window : {tree, list, edit, box}) {
     const int batch = std::min(10, std::max(1, scrollInfo(window, SB_VERT).nMax / 100));
@@ -106,12 +108,10 @@ TEST_F(RealControls, ScrollByTheirBatches) {
 
 TEST_F(RealControls, WheelTurnsOneNotch) {
   const HWND wheel = add(L"QWidget", 0, 20, 20, 200, 200);
-  for (const int notches : {-1, -2}) {
-    EXPECT_TRUE(scroll(wheel, 0, 0, kFast));
-    EXPECT_EQ(gNotches, notches);
-  }
-  EXPECT_TRUE(scroll(wheel, 0, kFast, 0));
+  EXPECT_TRUE(scroll(wheel, 0, 0, kFast));
   EXPECT_EQ(gNotches, -1);
+  EXPECT_TRUE(scroll(wheel, 0, kFast, 0));
+  EXPECT_EQ(gNotches, 0);
 }
 
 TEST_F(RealControls, SmallestVisibleWindowIsFound) {
