@@ -47,7 +47,7 @@ namespace {
 template <class Lock> void expectExclusive(Lock& lock) {
   std::atomic<int> arrived{0}, inside{0}, collisions{0};
   const auto race = [&] {
-    for (int round = 1; round <= 500; ++round) {
+    for (int round = 1; round <= 200; ++round) {
       ++arrived;
       while (arrived < 2 * round) // both try at the same time
         ;
