@@ -18,10 +18,6 @@ protected:
     mFolder.write(kName, bytes);
     ASSERT_EQ(Cnfg::kOk, mCnfg.open(mFolder.backslashed(kName)));
   }
-  std::string saved() {
-    EXPECT_EQ(Cnfg::kOk, mCnfg.save());
-    return mFolder.read(kName);
-  }
   /// Returns the parameters from the read position to the first line without one, as in "a=1;b=2;".
   std::string rest() {
     std::string all, name, value;
@@ -152,7 +148,8 @@ TEST_F(CnfgTest, WritesParametersInColumns) {
                                      : mCnfg.writeParameterAt(w.name, w.value, w.section, unsigned(w.offset)))
           << w.name;
     EXPECT_EQ(file.text, mFolder.read(kName)) << "before save()";
-    EXPECT_EQ(file.saved, saved());
+    EXPECT_EQ(Cnfg::kOk, mCnfg.save());
+    EXPECT_EQ(file.saved, mFolder.read(kName));
     EXPECT_EQ(Cnfg::kOk, mCnfg.selectSection("S")) << "the saved file can be read on";
   }
 }
