@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include <windows.h>
+#include <arxHeaders.h>
 
 #include "ov_auto_cad.h"
 
@@ -17,7 +17,6 @@ int area(const RECT& r) {
   return (r.right - r.left) * (r.bottom - r.top);
 }
 
-/// The engine's windowUnderPoint.
 HWND windowUnderPoint(POINT point) {
   HWND best = WindowFromPoint(point);
   if (!best)
@@ -80,7 +79,7 @@ void turn(AcGsView& view, double angle, const AcGeVector3d& axis, const AcGePoin
 
 } // namespace
 
-void barePass(const OvAutoCad& plugin, StepHook hook) {
+void barePass(const OvAutoCad& plugin) {
   resbuf variable = {};
   acedGetVar(L"tilemode", &variable);
   const short tilemode = variable.resval.rint;
@@ -111,14 +110,8 @@ void barePass(const OvAutoCad& plugin, StepHook hook) {
     return;
 
   const double x = sample[0] / 20000.0, y = sample[1] / 20000.0, z = sample[2] / 20000.0;
-  if (hook)
-    hook(0, x);
   shift(*viewP, 5 * x, xAxis);
-  if (hook)
-    hook(1, y);
   shift(*viewP, -5 * y, yAxis);
-  if (hook)
-    hook(2, z);
   viewP->zoom(std::clamp(1 + z, 0.8, 1.2));
   const AcGePoint3d centre = viewP->target();
   turn(*viewP, sample[3] / 10000.0, xAxis, centre);

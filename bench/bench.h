@@ -9,7 +9,7 @@
 /// taken from a shelf instead.
 namespace bench {
 
-/// Does the same thing so many times in a row.
+/// Does the same thing that many times in a row.
 using Work = std::function<void(int count)>;
 
 /// What is measured, and how.
@@ -19,7 +19,7 @@ struct Row {
   double goal = 1;  // ours / reference, at most
   int batch = 100;  // operations in one go
   int pairs = 300;  // goes of each side
-  double share = 1; // operations that one go's operation counts for: objects in a sample, say
+  double share = 1; // parts of one operation: objects in a sample, say
   Work ours;
   Work theirs;
   std::function<void()> prepare;     // before each go of either side, not measured; may be null
@@ -45,7 +45,7 @@ void add(const Row& row);
 /// Registers a row that works its result out by itself.
 void add(const std::string& what, const std::function<Result()>& measure);
 
-/// The results in the order of the rows, once they have run.
+/// Returns the results in the order of the rows, once they have run.
 const std::vector<Result>& results();
 
 double median(std::vector<double> values);
@@ -54,7 +54,6 @@ double median(std::vector<double> values);
 void addLogRows();
 void addFileRows();
 void addMotionRows();
-void addInstructionRow();
 void addObjectRows();
 void addRestRow();
 

@@ -1,16 +1,10 @@
-// The two files that the plug-in keeps: settings and menu.
+// The menu file, the largest that the plug-in reads.
 
 #include "bench.h"
 
-#include <algorithm>
-#include <cstdio>
 #include <cstdlib>
-#include <map>
-#include <string>
 #include <utility>
-#include <vector>
 
-#include <benchmark/benchmark.h>
 #include <ini.h>
 
 #include "surroundings.h"
@@ -19,68 +13,29 @@ namespace bench {
 
 namespace {
 
-constexpr char kSettingsFile[] = "Orvaner/Applications/autocad_addin.ini";
 constexpr char kMenuFile[] = "Orvaner/Applications/autocad.mnu";
-constexpr char kBareSettingsFile[] = "Orvaner/Applications/bare.ini";
-constexpr int kMenuEntries = 100000;
+constexpr int kEntries = 100000;
 
-std::string gSettingsText; // with no line indented, which inih would take for the line before going on
-std::string gPath;
+using Entries = std::vector<std::pair<std::string, std::string>>;
 
-void readAndWriteSettings(int count) {
-  const std::string path = home().backslashed(kSettingsFile);
-  for (int i = 0; i < count; ++i) {
-    if (plugin().readSettingsFile(path) != 0 || plugin().writeSettingsFile(path) != 0)
-      std::abort();
-  }
-}
-
-/// The values as someone keeps them who looks them up by name.
-struct Values {
-  std::map<std::string, std::string> byName;
-};
-
-int keepValue(void* user, const char* section, const char* name, const char* value) {
-  static_cast<Values*>(user)->byName[std::string(section) + "." + name] = value;
-  return 1;
-}
-
-void readAndWriteBare(int count) {
-  for (int i = 0; i < count; ++i) {
-    Values values;
-    if (ini_parse(gPath.c_str(), keepValue, &values) != 0 || values.byName.size() != 23)
-      std::abort();
-    std::FILE* const fileP = std::fopen(gPath.c_str(), "wb");
-    std::fwrite(gSettingsText.data(), 1, gSettingsText.size(), fileP);
-    std::fclose(fileP);
-  }
-}
-
-void writeMenu() {
-  std::string text = "# menu\n[Modes]\n2D = 0\n3D = 1\nModel = 2\n\n[MenuBar]\n";
-  for (int i = 0; i < kMenuEntries; ++i)
-    text += "ID_Entry" + std::to_string(i) + " = Draw, Entry " + std::to_string(i) + "}^C^C_entry" +
-            std::to_string(i) + " |icon\n";
-  home().write(kMenuFile, text);
-}
-
-void loadMenu(int count) {
+void load(int count) {
   for (int i = 0; i < count; ++i) {
     engine().loadMenufile();
-    if (engine().mMenuEntries.size() != kMenuEntries)
+    if (engine().mMenuEntries.size() != kEntries)
       std::abort();
   }
 }
 
-int keepEntry(void* user, const char*, const char* name, const char* value) {
-  static_cast<std::vector<std::pair<std::string, std::string>>*>(user)->emplace_back(name, value);
+int keep(void* user, const char*, const char* name, const char* value) {
+  static_cast<Entries*>(user)->emplace_back(name, value);
   return 1;
 }
 
-void loadMenuBare(int count) {
+void loadBare(int count) {
+  const std::string path = home().native(kMenuFile);
   for (int i = 0; i < count; ++i) {
-    std::vector<std::pair<std::string, std::string>> entries;
-    if (ini_parse(gPath.c_str(), keepEntry, &entries) != 0 || entries.size() != kMenuEntries + 3)
+    Entries entries;
+    if (ini_parse(path.c_str(), keep, &entries) != 0 || entries.size() != kEntries + 3)
       std::abort();
   }
 }
@@ -88,45 +43,29 @@ void loadMenuBare(int count) {
 } // namespace
 
 void addFileRows() {
-  Row settings;
-  settings.what = "settings file read and written";
-  settings.reference = "inih for the reading, fwrite of the same text";
-  settings.goal = 1.5;
-  settings.batch = 10;
-  settings.start = [] {
+  Row row;
+  row.what = "menu file of 100,000 entries read";
+  row.reference = "inih, names and values stored";
+  row.goal = 1.2;
+  row.batch = 1;
+  row.pairs = 41;
+  row.start = [] {
     setQuietLog();
-    plugin().setDefaults();
-    plugin().writeSettingsFile(home().backslashed(kSettingsFile));
-    gSettingsText = home().read(kSettingsFile);
-    gSettingsText.erase(std::remove(gSettingsText.begin(), gSettingsText.end(), '\t'), gSettingsText.end());
-    home().write(kBareSettingsFile, gSettingsText);
-    gPath = home().native(kBareSettingsFile);
+    std::string text = "# menu\n[Modes]\n2D = 0\n3D = 1\nModel = 2\n\n[MenuBar]\n";
+    for (int i = 0; i < kEntries; ++i) {
+      const std::string number = std::to_string(i);
+      text += "ID_Entry" + number + " = Draw, Entry " + number + "}^C^C_entry" + number + " |icon\n";
+    }
+    home().write(kMenuFile, text);
   };
-  settings.stop = [] { plugin().setDefaults(); };
-  settings.ours = readAndWriteSettings;
-  settings.theirs = readAndWriteBare;
-  add(settings);
-
-  Row menu;
-  menu.what = "menu file of 100,000 entries read";
-  menu.reference = "inih, names and values stored";
-  menu.goal = 1.2;
-  menu.batch = 1;
-  menu.pairs = 41;
-  menu.start = [] {
-    setQuietLog();
-    plugin();
-    writeMenu();
-    gPath = home().native(kMenuFile);
-  };
-  menu.stop = [] {
+  row.stop = [] {
     home().remove(kMenuFile);
     engine().loadMenufile();
     engine().mMenuIsLoaded = false;
   };
-  menu.ours = loadMenu;
-  menu.theirs = loadMenuBare;
-  add(menu);
+  row.ours = load;
+  row.theirs = loadBare;
+  add(row);
 }
 
 } // namespace bench

@@ -1,10 +1,8 @@
-// Runs the rows and prints one table; with a folder as its argument, writes it there as JSON and Markdown
-// too.
+// Runs the rows and prints one table; with a folder as its argument, writes them there as JSON too.
 
 #include <cstdio>
 #include <fstream>
 #include <iostream>
-#include <sstream>
 
 #include <benchmark/benchmark.h>
 #include <nlohmann/json.hpp>
@@ -14,7 +12,7 @@
 
 namespace {
 
-/// Tells which row is under way; the table comes at the end.
+/// Reports progress; the table comes at the end.
 class Progress : public benchmark::BenchmarkReporter {
 public:
   bool ReportContext(const Context&) override { return true; }
@@ -24,28 +22,7 @@ public:
   }
 };
 
-bool isMet(const bench::Result& result) {
-  return result.ratio <= result.goal;
-}
-
-std::string number(double value) {
-  char text[32];
-  std::snprintf(text, sizeof text, value < 10 ? "%.3f" : value < 1000 ? "%.1f" : "%.0f", value);
-  return text;
-}
-
-std::string markdown() {
-  std::ostringstream os;
-  os << "| What | Ours | Reference | Ratio | Goal | Met |\n|---|---|---|---|---|---|\n";
-  for (const bench::Result& r : bench::results()) {
-    os << "| " << r.what << " | " << number(r.ours) << ' ' << r.unit << " | " << number(r.theirs) << ' '
-       << r.unit << ", " << r.reference << " | " << (r.isDifference ? "+" : "") << number(r.ratio) << " | "
-       << (r.isDifference ? "+" : "") << r.goal << " | " << (isMet(r) ? "yes" : "no") << " |\n";
-  }
-  return os.str();
-}
-
-std::string json() {
+nlohmann::ordered_json json() {
   nlohmann::ordered_json rows = nlohmann::ordered_json::array();
   for (const bench::Result& r : bench::results())
     rows.push_back({{"what", r.what},
@@ -56,25 +33,15 @@ std::string json() {
                     {"unit", r.unit},
                     {"against", r.reference},
                     {"difference", r.isDifference},
-                    {"met", isMet(r)}});
-  return nlohmann::ordered_json{{"rows", rows}}.dump(2) + "\n";
+                    {"met", r.ratio <= r.goal}});
+  return {{"rows", rows}};
 }
 
 void printTable() {
-  std::printf("%-58s %12s %12s %8s %8s\n", "what", "ours", "reference", "ratio", "goal");
+  std::printf("%-52s %12s %12s    %8s %8s\n", "what", "ours", "reference", "ratio", "goal");
   for (const bench::Result& r : bench::results())
-    std::printf("%-58s %9s %-2s %9s %-2s %8.3f %8g %s\n", r.what.c_str(), number(r.ours).c_str(),
-                r.unit.c_str(), number(r.theirs).c_str(), r.unit.c_str(), r.ratio, r.goal,
-                isMet(r) ? "" : "  not met");
-}
-
-bool write(const std::string& path, const std::string& text) {
-  std::ofstream file(path, std::ios::trunc);
-  file << text;
-  file.close();
-  if (!file)
-    std::cerr << "can't write " << path << '\n';
-  return static_cast<bool>(file);
+    std::printf("%-52s %12.5g %12.5g %-2s %8.3f %8g %s\n", r.what.c_str(), r.ours, r.theirs, r.unit.c_str(),
+                r.ratio, r.goal, r.ratio <= r.goal ? "" : "  not met");
 }
 
 } // namespace
@@ -84,7 +51,6 @@ int main(int argc, char** argv) {
   bench::addLogRows();
   bench::addFileRows();
   bench::addMotionRows();
-  bench::addInstructionRow();
   bench::addObjectRows();
   bench::addRestRow();
   Progress progress;
@@ -93,6 +59,7 @@ int main(int argc, char** argv) {
   printTable();
   if (argc < 2)
     return 0;
-  const std::string folder = argv[1];
-  return write(folder + "/bench.json", json()) && write(folder + "/bench.md", markdown()) ? 0 : 1;
+  std::ofstream file(std::string(argv[1]) + "/bench.json");
+  file << json().dump(2) << std::endl;
+  return file ? 0 : 1;
 }

@@ -2,39 +2,24 @@
 
 #include "bench.h"
 
-#include <chrono>
 #include <ctime>
 
-#include <windows.h>
-
+#include "message_loop.h"
 #include "surroundings.h"
 
 namespace bench {
 
 namespace {
 
+constexpr char kWhat[] = "CPU at rest, plug-in loaded";
 constexpr UINT kSpan = 5000;       // milliseconds of rest that are measured
 constexpr double kMostShare = 0.3; // percent of a core
 
-double processSeconds() {
-  timespec used = {};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
-  return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) * 1e-9;
-}
-
-void CALLBACK endSpan(HWND, UINT, UINT_PTR id, DWORD) {
-  KillTimer(nullptr, id);
-  PostQuitMessage(0);
-}
-
-/// Percent of a core that this process takes in a span of its message loop.
+/// Returns the percentage of a core that this process takes in a span of its message loop.
 double shareAtRest() {
-  SetTimer(nullptr, 0, kSpan, endSpan);
-  const double start = processSeconds();
-  MSG message;
-  while (GetMessageW(&message, nullptr, 0, 0) > 0)
-    DispatchMessageW(&message);
-  return (processSeconds() - start) / (kSpan * 1e-3) * 100;
+  const std::clock_t start = std::clock();
+  rig::runLoop(kSpan);
+  return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC / (kSpan * 1e-3) * 100;
 }
 
 Result rest() {
@@ -43,22 +28,15 @@ Result rest() {
   const double without = shareAtRest();
   plugin();
   setSample(0, 0, 0, 0, 0, 0);
-  TimerProc(nullptr, 0, 0, 0); // arms the engine's timer again: the desktop was made anew behind it
+  TimerProc(nullptr, 0, 0, 0); // arms the engine's timer again: showHost() has dropped it
   const double with = shareAtRest();
-  return {"CPU at rest, plug-in loaded",
-          "the same process without it",
-          "%",
-          with,
-          without,
-          with - without,
-          kMostShare,
-          true};
+  return {kWhat, "the same process without it", "%", with, without, with - without, kMostShare, true};
 }
 
 } // namespace
 
 void addRestRow() {
-  add("CPU at rest, plug-in loaded", rest);
+  add(kWhat, rest);
 }
 
 } // namespace bench

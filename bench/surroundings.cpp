@@ -20,12 +20,6 @@ std::unique_ptr<OvAutoCad>& pluginSlot() {
   return sPluginP;
 }
 
-void useOwnHome() {
-  home().makeFolder("Orvaner/Applications");
-  setenv("USERPROFILE", home().native().c_str(), 1);
-  setenv("OV_DEVLINK_PORT", "1", 0);
-}
-
 } // namespace
 
 rig::TempFolder& home() {
@@ -35,7 +29,9 @@ rig::TempFolder& home() {
 
 OvAutoCad& plugin() {
   if (!pluginSlot()) {
-    useOwnHome();
+    home().makeFolder("Orvaner/Applications");
+    setenv("USERPROFILE", home().native().c_str(), 1);
+    setenv("OV_DEVLINK_PORT", kNoDaemon, 0);
     host::reset();
     pluginSlot() = std::make_unique<OvAutoCad>();
     pluginSlot()->mPendingKey = -1;
@@ -80,6 +76,11 @@ void resetView() {
 
 void setSample(int x, int y, int z, int a, int b, int c) {
   rig::setSample(plugin(), x, y, z, a, b, c);
+}
+
+void turnSample(int i) {
+  const int sign = i % 2 == 0 ? 1 : -1;
+  setSample(30 * sign, -20 * sign, 10 * sign, 40 * sign, -50 * sign, 60 * sign);
 }
 
 void setDefaultLog() {

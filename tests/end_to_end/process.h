@@ -1,29 +1,25 @@
 #ifndef PROCESS_H
 #define PROCESS_H
 
-#include <map>
 #include <string>
 #include <vector>
 
-/// A program run by a test. It is ended with the object if it still runs then, so that no test leaves one
-/// behind.
+/// A program run by a test. It is ended with the object if it still runs then.
 class Process {
 public:
-  /// Starts the program. What it prints goes to the file. The variables are set for it alone.
+  /// Starts the program. What it prints goes to the file.
   Process(const std::string& program, const std::vector<std::string>& arguments,
-          const std::string& outputFile, const std::map<std::string, std::string>& variables = {});
+          const std::string& outputFile);
   ~Process();
   Process(const Process&) = delete;
   Process& operator=(const Process&) = delete;
 
   bool isRunning();
-  /// Waits for the end, so many seconds at most. Gives the exit status; -1 if the program still runs, or was
-  /// ended by a signal.
+  /// Waits for the end. Returns the exit status; -1 if the program still runs after that time, or was ended by
+  /// a signal.
   int wait(double seconds);
 
 private:
-  void end();
-
 #ifdef _WIN32
   void* mHandle = nullptr;
 #else

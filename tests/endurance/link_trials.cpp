@@ -1,201 +1,289 @@
-// The device link in trouble, with the plug-in itself at its end: whatever stands at the daemon's port, the
-// host's pump goes on meanwhile, and a good daemon is found afterwards.
+// The plug-in and its daemon: bad peers at the daemon's port, restarts, floods of samples, keys, and rest.
 
 #include <atomic>
+#include <ctime>
+#include <memory>
 #include <random>
 
+#include "auto_cad_proxy.h"
+#include "autocad_app.h"
+#include "command_table.h"
 #include "fixture.h"
 #include "host.h"
-#include "plugged_in.h"
+#include "message_loop.h"
+#include "ov_auto_cad.h"
+#include "temp_folder.h"
 #include "trial.h"
+#include "usage.h"
 
 namespace {
 
-using devlink::Bytes;
-using devlink::Kind;
+using rig::secondsSince;
 using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
 
-using Script = std::function<void(RawEnd&)>;
+constexpr int kKeys = 20;
 
-/// Answers one message as a daemon with one device does. False if the client has gone.
-bool answer(RawEnd& end) {
-  const auto question = end.receive();
-  if (!question)
-    return false;
-  const auto& [kind, payload] = *question;
-  if (kind == Kind::hello)
-    return end.send(kWelcome);
-  const std::uint32_t number = payload[0] | payload[1] << 8 | payload[2] << 16;
-  const Kind reply = devlink::answerTo(kind);
-  return end.send(frame(reply, number, kind == Kind::askDevices ? 1 : 0, Bytes(devlink::recordBytes(reply))));
-}
+/// The plug-in with the real client library, a port of its own and a menu of keys that type KEY0, KEY1, ...
+///
+/// The test holds the clock: the connection watch, which looks every two seconds, looks every real
+/// millisecond then.
+class Link : public testing::Test {
+protected:
+  Link() {
+    host::reset();
+    desktop::reset();
+    desktop::holdClock();
+    desktop::setTickStep(1);
+    usePort(std::to_string(mPort));
+    setenv("USERPROFILE", mHome.native().c_str(), 1);
+    mHome.makeFolder("Orvaner/Applications");
+    std::string menu = "[Modes]\nStart\nLayout\nModel\n\n[MenuBar]\n";
+    for (int key = 0; key < kKeys; ++key)
+      menu += "Key" + std::to_string(key) + " = Keys}KEY" + std::to_string(key) + "|\n";
+    mHome.write("Orvaner/Applications/autocad.mnu", menu);
+    EXPECT_EQ(mApp.On_kInitAppMsg(nullptr), AcRx::kRetOK);
+    EXPECT_TRUE(pumpUntil([this] { return plugin().mAutoCadProxyP->mMenuIsLoaded.load(); }));
+  }
+  ~Link() override {
+    mApp.On_kUnloadAppMsg(nullptr);
+    EXPECT_TRUE(desktop::activeTimers().empty());
+  }
 
-struct Peer {
-  const char* name;
-  Script script;
+  OvAutoCad& plugin() { return *mApp.mOvAutoCadP; }
+  std::unique_ptr<RunningDaemon> daemon(const std::string& line = "motion 0 0 0 0 0 0") {
+    auto daemonP = std::make_unique<RunningDaemon>(devlink::DaemonOptions(), mPort);
+    daemonP->play(line);
+    return daemonP;
+  }
+  /// Lets the timer fall due.
+  static void tick() {
+    desktop::advanceClock(100);
+    desktop::runMessages();
+    host::runQueue();
+  }
+  /// Returns false if that doesn't happen within half a minute.
+  bool pumpUntil(const std::function<bool()>& holds) {
+    for (const auto start = Clock::now(); !holds(); std::this_thread::yield()) {
+      if (secondsSince(start) > 30)
+        return false;
+      tick();
+    }
+    return true;
+  }
+  bool pumpUntilSample(short x) {
+    return pumpUntil([this, x] { return plugin().mCapX == x; });
+  }
+  /// Returns whether nothing is held and no more is used than before; threads may take a moment to end.
+  bool isBackTo(const Usage& before) {
+    const host::Held held = host::held();
+    forget();
+    return pumpUntil([&] { return Usage().isBackTo(before); }) && held.selectionSets == 0 &&
+           held.openForRead == 0 && held.openForWrite == 0 && host::viewCounts().nonFiniteCalls == 0;
+  }
+  /// Drops the stand-ins' records, which grow with time.
+  void forget() {
+    host::reset();
+    addCommands(nullptr);
+    desktop::holdClock();
+    mHistoryRead = 0;
+  }
+  /// Returns what the keys have typed since the last call, as in "KEY3 KEY4 ".
+  std::string typedKeys() {
+    std::string keys;
+    for (; mHistoryRead < host::history().size(); ++mHistoryRead) {
+      const host::HistoryLine& line = host::history()[mHistoryRead];
+      if (line.isTyped && line.text.compare(0, 3, L"KEY") == 0)
+        keys += std::string(line.text.begin(), line.text.end() - 1) + ' '; // without Enter
+    }
+    return keys;
+  }
+
+  rig::TempFolder mHome;
+  const std::uint16_t mPort = rig::quietPort();
+  CAutoCAD2011App mApp;
+  std::size_t mHistoryRead = 0;
 };
 
-void sayAndListen(RawEnd& end, const Bytes& text) {
-  end.send(text);
-  end.drain();
+/// A peer at the daemon's port that says its text to each client and hangs up, or listens.
+class Impostor {
+public:
+  Impostor(std::uint16_t port, const devlink::Bytes& text, bool isListening)
+      : mAcceptor(mIo, asio::ip::tcp::endpoint(asio::ip::address_v4::loopback(), port)),
+        mThread([this, text, isListening] {
+          for (;;) {
+            RawEnd end(mAcceptor.accept());
+            if (mIsOver)
+              return;
+            end.send(text);
+            if (isListening)
+              end.drain();
+            ++mVisits;
+          }
+        }) {}
+  ~Impostor() {
+    mIsOver = true;
+    asio::io_context io;
+    asio::ip::tcp::socket(io).connect(mAcceptor.local_endpoint()); // lets accept() return
+    mThread.join();
+  }
+
+  std::atomic<int> mVisits{0};
+
+private:
+  asio::io_context mIo;
+  asio::ip::tcp::acceptor mAcceptor;
+  std::atomic<bool> mIsOver{false};
+  std::thread mThread;
+};
+
+devlink::Bytes half(devlink::Bytes whole) {
+  whole.resize(whole.size() / 2);
+  return whole;
 }
 
-/// Greets, answers so many questions, then does what it does.
-Script afterAnswers(int count, std::function<void(RawEnd&)> then) {
-  return [count, then](RawEnd& end) {
-    for (int i = 0; i <= count; ++i) {
-      if (!answer(end))
-        return;
-    }
-    then(end);
-  };
-}
-
-Bytes noise() {
-  static std::mt19937 random(3);
-  Bytes bytes(4096);
+devlink::Bytes noise() {
+  std::mt19937 random(3);
+  devlink::Bytes bytes(4096);
   for (auto& byte : bytes)
     byte = static_cast<std::uint8_t>(random());
   return bytes;
 }
 
-const Peer kPeers[] = {
-    {"hangs up", [](RawEnd&) {}},
-    {"silent", [](RawEnd& end) { end.drain(); }},
-    {"greets too late",
-     [](RawEnd& end) {
-       std::this_thread::sleep_for(milliseconds(1200));
-       sayAndListen(end, kWelcome);
-     }},
-    {"another program", [](RawEnd& end) { sayAndListen(end, bytes("HTTP/1.1 400 Bad Request\r\n\r\n")); }},
-    {"older version",
-     [](RawEnd& end) { sayAndListen(end, frame(Kind::welcome, devlink::kMagic, std::uint16_t{1})); }},
-    {"noise", [](RawEnd& end) { sayAndListen(end, noise()); }},
-    {"dies in its greeting", [](RawEnd& end) { end.send(half(kWelcome)); }},
-    {"dies in a sample", afterAnswers(4,
-                                      [](RawEnd& end) {
-                                        end.send(half(motionFrame({1, 2, 3, 4, 5, 6})));
-                                      })},
-    {"dies in an answer", afterAnswers(2, [](RawEnd& end) { end.send(half(frame(Kind::devices, 3, 1))); })},
-    {"noise later on", afterAnswers(6, [](RawEnd& end) { sayAndListen(end, noise()); })},
-    {"silent later on", afterAnswers(6, [](RawEnd& end) { end.drain(); })},
-    {"answers too late", [](RawEnd& end) {
-       while (answer(end))
-         std::this_thread::sleep_for(milliseconds(700));
-     }}};
-
-class Link : public PluggedIn {};
-
 TEST_F(Link, BadPeers) {
-  Trial trial("Something that is no good daemon stands at the daemon's port: slow, silent, older, dying, "
-              "another program");
-  load();
-  std::unique_ptr<DaemonProcess> daemon = std::make_unique<DaemonProcess>(mHome, mPort);
-  daemon->tell("motion 1 0 0 0 0 0");
+  Trial trial("Something that is no good daemon stands at the daemon's port: silent, older, dying, another "
+              "program");
+  const struct {
+    const char* name;
+    devlink::Bytes text;
+    bool isListening;
+  } kPeers[] = {{"hangs up", {}, false},
+                {"silent", {}, true},
+                {"another program", bytes("HTTP/1.1 400 Bad Request\r\n\r\n"), true},
+                {"older version", welcome(devlink::kMagic, 1), true},
+                {"noise", noise(), true},
+                {"dies in its greeting", half(welcome()), false},
+                {"dies in a sample", welcome() + half(motionFrame({1, 2, 3, 4, 5, 6})), false},
+                {"noise later on", welcome() + noise(), true},
+                {"silent later on", welcome(), true}};
+  auto good = daemon("motion 1 0 0 0 0 0");
   ASSERT_TRUE(pumpUntilSample(1));
-  const Usage before = usage();
+  const Usage before;
   short sample = 1;
   const std::int64_t rounds = scaled(1, 25);
   for (std::int64_t round = 0; round < rounds; ++round) {
-    for (const Peer& peer : kPeers) {
-      daemon.reset();
+    for (const auto& peer : kPeers) {
+      good.reset();
       bool isVisited = false;
       {
-        const FakeDaemon impostor(peer.script, mPort);
+        const Impostor impostor(mPort, peer.text, peer.isListening);
         isVisited = pumpUntil([&] { return impostor.mVisits >= 2; });
       }
-      daemon = std::make_unique<DaemonProcess>(mHome, mPort);
-      daemon->tell("motion " + std::to_string(++sample) + " 0 0 0 0 0");
-      trial.count(peer.name, isVisited && pumpUntilSample(sample) && isBackTo(before) && isBalanced());
+      good = daemon("motion " + std::to_string(++sample) + " 0 0 0 0 0");
+      trial.count(peer.name, isVisited && pumpUntilSample(sample) && isBackTo(before));
     }
   }
 }
 
 TEST_F(Link, Restarts) {
-  Trial trial("The daemon's process is killed under motion and started again");
-  load();
-  Usage before;
+  Trial trial("The daemon ends under motion and is started again");
+  std::unique_ptr<Usage> beforeP;
   const std::int64_t rounds = scaled(20, 500);
   for (std::int64_t round = 1; round <= rounds; ++round) {
-    const DaemonProcess daemon(mHome, mPort);
-    daemon.tell("motion " + std::to_string(round) + " 0 0 0 0 0");
+    const auto running = daemon("motion " + std::to_string(round) + " 0 0 0 0 0");
     const bool isFound = pumpUntilSample(static_cast<short>(round));
-    if (round == 2)
-      before = usage();
-    trial.count("restart " + std::to_string(round),
-                isFound && (round < 3 || isBackTo(before)) && isBalanced());
+    if (!beforeP)
+      beforeP = std::make_unique<Usage>();
+    trial.count("restart " + std::to_string(round), isFound && isBackTo(*beforeP));
   }
 }
 
 TEST_F(Link, Flood) {
-  Trial trial("The daemon sends 100,000 samples a second, and a key whenever the last one has been typed");
-  constexpr int kBatch = 100; // samples each millisecond
-  constexpr short kLast = 12345;
-  std::atomic<int> taken{0}, sent{0};
-  std::atomic<bool> isEnough{false};
-  std::atomic<std::int64_t> samples{0};
-  load();
-  const Script flood = [&](RawEnd& end) {
-    if (!answer(end)) // the greeting
-      return;
-    auto next = std::chrono::steady_clock::now();
-    while (!isEnough) {
-      while (end.socket().available() > 0) {
-        if (!answer(end))
-          return;
-      }
-      Bytes batch;
-      for (int i = 0; i < kBatch; ++i)
-        batch = batch + motionFrame({static_cast<std::int16_t>(i), 1, -1, 2, -2, 3});
-      if (sent == taken)
-        batch = batch + frame(Kind::event, 0x20020 + sent++ % kKeys);
-      if (!end.send(batch))
-        return;
-      samples += kBatch;
-      next += milliseconds(1);
-      std::this_thread::sleep_until(next);
+  Trial trial("The daemon sends 20,000 samples a second, and a key whenever the last one has been typed");
+  std::int64_t samples = 0;
+  int pressed = 0;
+  const auto flood = daemon("motion 1 0 0 0 0 0");
+  ASSERT_TRUE(pumpUntilSample(1));
+  session::Action motion;
+  std::string reason;
+  ASSERT_TRUE(session::parseDeviceLine("motion 5 1 -1 2 -2 3", motion, reason)) << reason;
+  std::unique_ptr<Usage> beforeP;
+  const double length = static_cast<double>(scaled(2, 20)); // seconds
+  auto forgotten = Clock::now();
+  for (const auto start = forgotten; secondsSince(start) < length;) {
+    for (; samples < secondsSince(start) * 2e4; ++samples)
+      (**flood).enqueue(motion);
+    if (plugin().mPendingKey < 0) {
+      const std::string key = std::to_string(pressed++ % kKeys);
+      flood->play("key " + key);
+      std::string typed;
+      trial.count("key " + key,
+                  pumpUntil([&] { return !(typed += typedKeys()).empty(); }) && typed == "KEY" + key + " ");
     }
-    end.send(motionFrame({kLast, 0, 0, 0, 0, 0}));
-    while (answer(end))
-      ;
-  };
-  const FakeDaemon impostor(flood, mPort);
-  const std::int64_t length = scaled(2000, 20000); // milliseconds
-  const auto start = std::chrono::steady_clock::now();
-  const auto passed = [start] {
-    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start)
-        .count();
-  };
-  Usage before;
-  int expected = 0;
-  const auto takeKeys = [&] {
-    for (std::string keys = typedKeys(); !keys.empty(); keys.erase(0, keys.find(' ') + 1)) {
-      const std::string key = "KEY" + std::to_string(expected++ % kKeys);
-      trial.count("key " + std::to_string(expected), keys.substr(0, keys.find(' ')) == key);
-      taken = expected;
-    }
-    return expected;
-  };
-  for (auto forgotten = passed(); passed() < length;) {
     tick();
-    takeKeys();
-    if (passed() - forgotten > 500) {
-      newDocument();
-      forgotten = passed();
+    if (secondsSince(forgotten) > 0.5) {
+      forget();
+      flood->mRecorded.clear();
+      forgotten = Clock::now();
+      if (!beforeP)
+        beforeP = std::make_unique<Usage>();
     }
-    if (before.threads == 0 && passed() > length / 10)
-      before = usage();
   }
-  const double rate = static_cast<double>(samples) * 1e-3 / static_cast<double>(passed()) * 1000;
-  isEnough = true;
-  trial.count("newest sample", pumpUntilSample(kLast));
-  trial.count("all keys", expected > 1 && pumpUntil([&] { return takeKeys() == sent; }));
-  newDocument();
-  const std::int64_t growth = (usage().heap - before.heap) / 1024;
-  trial.count("usage", isBackTo(before) && isBalanced());
-  trial.detail(std::to_string(samples) + " samples, " + std::to_string(static_cast<int>(rate)) +
-               ",000 a second, " + std::to_string(expected) + " keys, heap " + std::to_string(growth) +
-               " kB more");
+  flood->play("motion 12345 0 0 0 0 0");
+  trial.count("newest sample", pumpUntilSample(12345));
+  flood->mRecorded.clear();
+  trial.count("usage", isBackTo(*beforeP));
+  trial.detail(std::to_string(samples) + " samples, " + std::to_string(pressed) + " keys");
+}
+
+TEST_F(Link, Keys) {
+  Trial trial("Keys pressed at the device one after the other, at any moment of the pump's passes");
+  const auto device = daemon("motion 1 0 0 0 0 0");
+  ASSERT_TRUE(pumpUntilSample(1));
+  device->play("motion 0 0 0 0 0 0");
+  desktop::releaseClock();
+  std::mt19937 random(4);
+  const std::int64_t presses = scaled(500, 10000);
+  for (std::int64_t press = 0; press < presses; ++press) {
+    const std::string key = std::to_string(random() % kKeys);
+    device->play("key " + key);
+    std::string typed;
+    // Until it has been typed, and some passes more in which nothing may come.
+    auto more = static_cast<int>(1 + random() % 50);
+    for (const auto pressed = Clock::now(); more > 0 && secondsSince(pressed) < 10;) {
+      plugin().mAutoCadProxyP->doTransform();
+      host::runQueue();
+      typed += typedKeys();
+      more -= typed.empty() ? 0 : 1;
+    }
+    trial.count("press " + std::to_string(press) + " typed '" + typed + "'", typed == "KEY" + key + ' ');
+  }
+}
+
+TEST_F(Link, Rest) {
+  Trial trial("Half seconds of rest in real time, with a daemon and without one");
+  const std::int64_t halves = scaled(10, 14400);
+  for (const bool hasDaemon : {true, false}) {
+    const auto running = hasDaemon ? daemon() : nullptr;
+    desktop::releaseClock();
+    rig::runLoop(2500); // the connection watch has seen it
+    const Usage before;
+    const std::clock_t busy = std::clock();
+    const auto start = Clock::now();
+    for (std::int64_t i = 0; i < halves / 2; ++i) {
+      rig::runLoop(500);
+      trial.count("half second " + std::to_string(i), Usage().timers == before.timers);
+    }
+    const double share = static_cast<double>(std::clock() - busy) / CLOCKS_PER_SEC / secondsSince(start);
+    // Natively it is a tenth of that; sanitizers and other programs add theirs.
+    trial.count("share of a core", share < 0.03);
+    desktop::holdClock();
+    trial.count("usage", isBackTo(before));
+    char text[80];
+    std::snprintf(text, sizeof text, "%s daemon %.2f %% of a core", hasDaemon ? "with a" : "without",
+                  100 * share);
+    trial.detail(text);
+  }
 }
 
 } // namespace

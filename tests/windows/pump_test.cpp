@@ -8,7 +8,7 @@ namespace {
 
 int gTicks = 0; // of the pump's timer, dispatched so far
 
-/// Dispatches messages until something holds; gives the milliseconds it took, or -1.
+/// Dispatches messages until something holds. Returns the milliseconds it took, or -1.
 int dispatchUntil(int longest, const std::function<bool()>& holds) {
   const DWORD start = GetTickCount();
   while (!holds()) {
@@ -31,48 +31,33 @@ protected:
     SetCursorPos(2, 2); // on no control
     plugin().mScrollTreeAndList = false;
   }
+  /// Returns the milliseconds of that many ticks.
+  static int timeOfTicks(int count) {
+    gTicks = 0;
+    return dispatchUntil(20000, [count] { return gTicks >= count; });
+  }
 };
 
-TEST_F(RealTimers, FirstTickComesAfterATenthOfASecond) {
-  restart({{"maxContMoveTime", "1"}}); // the tick itself takes next to no time
+TEST_F(RealTimers, KeepTheirIntervals) {
+  restart({{"maxContMoveTime", "1"}}); // a tick takes next to no time
   plugin().mScrollTreeAndList = false;
-  setSample(100, 0, 0);
-  const int took = dispatchUntil(3000, [] { return host::view().target.x != 0; });
-  EXPECT_GE(took, 80);
-  release();
-}
-
-TEST_F(RealTimers, TicksComeOnAndOnWhileTheCapMovesAndAtRest) {
-  restart({{"maxContMoveTime", "1"}});
-  plugin().mScrollTreeAndList = false;
-  host::setFrameSink([](const host::Frame&) {});
-  constexpr int kTicks = 20;
+  EXPECT_GE(timeOfTicks(1), 80) << "a tenth of a second at rest";
   setSample(1, 0, 0);
-  const auto timeOfTicks = [] {
-    gTicks = 0;
-    return dispatchUntil(20000, [] { return gTicks >= kTicks; });
-  };
-  EXPECT_GE(dispatchUntil(3000, [this] { return proxy().mCapIsMoving; }), 0);
-  const int moving = timeOfTicks();
-  EXPECT_GE(moving, 10 * (kTicks - 1)) << "the pump has stopped, or never rests";
+  timeOfTicks(1);
+  const int moving = timeOfTicks(20);
+  EXPECT_GE(moving, 10 * 19) << "never rests";
   setSample(0, 0, 0);
-  EXPECT_GE(dispatchUntil(3000, [this] { return !proxy().mCapIsMoving; }), 0);
-  const int atRest = timeOfTicks();
-  EXPECT_GT(atRest, 90 * (kTicks - 1));
+  timeOfTicks(1);
+  const int atRest = timeOfTicks(20);
+  EXPECT_GT(atRest, 90 * 19);
   EXPECT_LT(3 * moving, atRest);
-  plugin().mPendingSpecial = 0x2000C;
-  EXPECT_GE(dispatchUntil(3000, [this] { return plugin().mPendingSpecial == 0; }), 0)
-      << "at rest keys are served";
 }
 
-TEST_F(RealTimers, TickThatRunsLongIsNotEnteredAgain) {
-  int depth = 0;
-  int deepest = 0;
-  int frames = 0;
+TEST_F(RealTimers, LongTickIsNotReentered) {
+  int depth = 0, deepest = 0, frames = 0;
   host::setFrameSink([&](const host::Frame&) {
-    ++frames;
     deepest = std::max(deepest, ++depth);
-    if (frames == 1) // a dialog of the host's, say, with a message loop of its own
+    if (++frames == 1) // a dialog of the host's, say, with a message loop of its own
       dispatchUntil(400, [] { return false; });
     --depth;
   });
@@ -81,13 +66,6 @@ TEST_F(RealTimers, TickThatRunsLongIsNotEnteredAgain) {
   EXPECT_EQ(deepest, 1);
   host::setFrameSink(nullptr);
   release();
-}
-
-TEST_F(RealTimers, NoneIsLeftAfterUnload) {
-  stop();
-  gTicks = 0;
-  dispatchUntil(400, [] { return false; });
-  EXPECT_EQ(gTicks, 0);
 }
 
 } // namespace

@@ -1,0 +1,51 @@
+#ifndef DAEMON_PROCESS_H
+#define DAEMON_PROCESS_H
+
+#include <chrono>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+#include "process.h"
+#include "temp_folder.h"
+
+/// The daemon's program. Plays a session to its first client; killed with the object.
+class DaemonProcess : public Process {
+public:
+  /// port  0 takes any free one
+  DaemonProcess(const rig::TempFolder& folder, const std::string& session, const std::string& port = "0")
+      : Process(OV_DAEMON,
+                {write(folder, session), "--port", port, "--port-file", folder.native("port"), "--record",
+                 folder.native("record")},
+                folder.native("daemon.txt")),
+        mFolder(folder) {
+    for (int i = 0; written("port").find('\n') == std::string::npos; ++i) {
+      if (i == 2000)
+        throw std::runtime_error("the daemon didn't start: " + written("daemon.txt"));
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+  }
+
+  std::string port() const { return std::to_string(std::stoi(written("port"))); }
+  bool isRecorded(const std::string& text) const { return written("record").find(text) != std::string::npos; }
+
+private:
+  static std::string write(const rig::TempFolder& folder, const std::string& session) {
+    folder.write("a.session", session);
+    folder.remove("port");
+    folder.remove("record");
+    return folder.native("a.session");
+  }
+  /// Returns what the daemon has written to a file so far. Windows may refuse to open a file that is being made.
+  std::string written(const std::string& name) const {
+    try {
+      return mFolder.read(name);
+    } catch (const std::runtime_error&) {
+      return {};
+    }
+  }
+
+  const rig::TempFolder& mFolder;
+};
+
+#endif

@@ -1,0 +1,32 @@
+// Whole sessions, from load to unload, for as long as wished.
+
+#include "session.h"
+#include "trial.h"
+#include "usage.h"
+
+namespace {
+
+using Sessions = SessionTest;
+
+TEST_F(Sessions, KeepNothing) {
+  Trial trial("Sessions through all paths, each from load to unload, while the log rotates");
+  const std::int64_t sessions = scaled(200, 10000);
+  std::unique_ptr<Usage> beforeP;
+  for (std::int64_t i = 0; i < sessions && !HasFailure(); ++i) {
+    {
+      Session session(true);
+      session.play();
+      session.unload();
+    }
+    const bool isSame = Session::outcome() == mClean;
+    expectBalance("");
+    if (i == sessions / 10)
+      beforeP = std::make_unique<Usage>();
+    trial.count("session " + std::to_string(i), isSame && !HasFailure());
+  }
+  const Usage after;
+  trial.count("usage", after.isBackTo(*beforeP));
+  trial.detail("from the first tenth to the end " + after.since(*beforeP));
+}
+
+} // namespace

@@ -1,0 +1,40 @@
+#ifndef USAGE_H
+#define USAGE_H
+
+#include <cstdint>
+#include <filesystem>
+#include <iterator>
+#include <string>
+
+#include <malloc.h>
+
+#include "desktop.h"
+
+/// What this process uses.
+struct Usage {
+  std::ptrdiff_t threads = count("/proc/self/task");
+  std::ptrdiff_t descriptors = count("/proc/self/fd");
+  std::ptrdiff_t timers = static_cast<std::ptrdiff_t>(desktop::activeTimers().size());
+  std::int64_t heap = static_cast<std::int64_t>(mallinfo2().uordblks + mallinfo2().hblkhd); // bytes
+
+  /// Returns whether this is no more than before, but for what queues and buffers keep.
+  bool isBackTo(const Usage& before) const {
+    constexpr std::int64_t kHeapRoom = 256 * 1024;
+    return threads == before.threads && descriptors <= before.descriptors && timers == before.timers &&
+           heap <= before.heap + kHeapRoom;
+  }
+  /// Returns the growth since then, for a trial's details.
+  std::string since(const Usage& before) const {
+    return "threads " + std::to_string(threads - before.threads) + ", descriptors " +
+           std::to_string(descriptors - before.descriptors) + ", timers " +
+           std::to_string(timers - before.timers) + ", heap " + std::to_string((heap - before.heap) / 1024) +
+           " kB more";
+  }
+
+private:
+  static std::ptrdiff_t count(const char* folder) {
+    return std::distance(std::filesystem::directory_iterator(folder), {});
+  }
+};
+
+#endif
