@@ -52,7 +52,7 @@ protected:
 
   OvAutoCad& plugin() { return *mApp.mOvAutoCadP; }
   std::unique_ptr<RunningDaemon> daemon(const std::string& line = "motion 0 0 0 0 0 0") {
-    auto daemonP = std::make_unique<RunningDaemon>(devlink::DaemonOptions(), mPort);
+    auto daemonP = std::make_unique<RunningDaemon>(mPort);
     daemonP->play(line);
     return daemonP;
   }
@@ -137,11 +137,6 @@ private:
   std::thread mThread;
 };
 
-devlink::Bytes half(devlink::Bytes whole) {
-  whole.resize(whole.size() / 2);
-  return whole;
-}
-
 devlink::Bytes noise() {
   std::mt19937 random(3);
   devlink::Bytes bytes(4096);
@@ -160,12 +155,12 @@ TEST_F(Link, BadPeers) {
   } kPeers[] = {{"hangs up", {}, false},
                 {"silent", {}, true},
                 {"another program", bytes("HTTP/1.1 400 Bad Request\r\n\r\n"), true},
-                {"older version", welcome(devlink::kMagic, 1), true},
+                {"older version", frame(devlink::Kind::welcome, devlink::kMagic, std::uint16_t{1}), true},
                 {"noise", noise(), true},
-                {"dies in its greeting", half(welcome()), false},
-                {"dies in a sample", welcome() + half(motionFrame({1, 2, 3, 4, 5, 6})), false},
-                {"noise later on", welcome() + noise(), true},
-                {"silent later on", welcome(), true}};
+                {"dies in its greeting", half(kWelcome), false},
+                {"dies in a sample", kWelcome + half(motionFrame({1, 2, 3, 4, 5, 6})), false},
+                {"noise later on", kWelcome + noise(), true},
+                {"silent later on", kWelcome, true}};
   auto good = daemon("motion 1 0 0 0 0 0");
   ASSERT_TRUE(pumpUntilSample(1));
   const Usage before;
@@ -212,7 +207,7 @@ TEST_F(Link, Flood) {
   auto forgotten = Clock::now();
   for (const auto start = forgotten; secondsSince(start) < length;) {
     for (; samples < secondsSince(start) * 2e4; ++samples)
-      (**flood).enqueue(motion);
+      (**flood).play(motion);
     if (plugin().mPendingKey < 0) {
       const std::string key = std::to_string(pressed++ % kKeys);
       flood->play("key " + key);
@@ -223,7 +218,7 @@ TEST_F(Link, Flood) {
     tick();
     if (secondsSince(forgotten) > 0.5) {
       forget();
-      flood->mRecorded.clear();
+      flood->forgetRecord();
       forgotten = Clock::now();
       if (!beforeP)
         beforeP = std::make_unique<Usage>();
@@ -231,7 +226,7 @@ TEST_F(Link, Flood) {
   }
   flood->play("motion 12345 0 0 0 0 0");
   trial.count("newest sample", pumpUntilSample(12345));
-  flood->mRecorded.clear();
+  flood->forgetRecord();
   trial.count("usage", isBackTo(*beforeP));
   trial.detail(std::to_string(samples) + " samples, " + std::to_string(pressed) + " keys");
 }

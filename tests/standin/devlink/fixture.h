@@ -40,6 +40,7 @@ public:
     mThread.join();
   }
   std::uint16_t port() const { return mDaemon->port(); }
+  devlink::Daemon& operator*() { return *mDaemon; }
   /// Plays a line as the device's verbs write it.
   void play(const std::string& line) {
     session::Action action;
@@ -51,6 +52,10 @@ public:
   bool hasRecorded(const std::string& line) {
     const std::lock_guard<std::mutex> lock(mMutex);
     return std::find(mRecord.begin(), mRecord.end(), line) != mRecord.end();
+  }
+  void forgetRecord() {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    mRecord.clear();
   }
   void waitFor(const std::string& line) {
     while (!hasRecorded(line))
