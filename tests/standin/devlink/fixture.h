@@ -55,7 +55,7 @@ public:
   }
   void forgetRecord() {
     const std::lock_guard<std::mutex> lock(mMutex);
-    mRecord.clear();
+    std::vector<std::string>().swap(mRecord); // its memory goes, too
   }
   void waitFor(const std::string& line) {
     while (!hasRecorded(line))
