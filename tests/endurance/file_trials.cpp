@@ -172,7 +172,7 @@ TEST_F(SettingsFile, FullDisk) {
 }
 
 TEST_F(SettingsFile, CantBeWritten) {
-  Trial trial("A folder stands in the settings file's place, or its own folder is gone");
+  Trial trial("A folder has the settings file's name, or the file's folder is gone");
   mHome.remove(kFile);
   mHome.makeFolder(kFile);
   save(true);

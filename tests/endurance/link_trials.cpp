@@ -146,7 +146,7 @@ devlink::Bytes noise() {
 }
 
 TEST_F(Link, BadPeers) {
-  Trial trial("Something that is no good daemon stands at the daemon's port: silent, older, dying, another "
+  Trial trial("Bad peers at the daemon's port: silent, older, dying, another "
               "program");
   const struct {
     const char* name;
