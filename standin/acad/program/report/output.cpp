@@ -133,8 +133,7 @@ void printSummary(std::ostream& out, const Folders& folders, const Recorder& rec
       << "Frames         " << recorder.shownFrames() << ", " << std::fixed << std::setprecision(1)
       << recorder.framesPerSecond() << " a second while the cap moved\n"
       << std::setprecision(3) << "Plug-in's part " << shareOf(recorder.plugInTimes(), 0.5) * 1000
-      << " ms of a frame (median), in all but one of a hundred below "
-      << shareOf(recorder.plugInTimes(), 0.99) * 1000 << " ms\n"
+      << " ms of a frame (median), p99 below " << shareOf(recorder.plugInTimes(), 0.99) * 1000 << " ms\n"
       << std::defaultfloat;
   printTyped(out, input.mHistory);
   printView(out, "First view     ", recorder.frames().front());
