@@ -33,7 +33,7 @@ std::wstring findMenuReader() {
     OV_LOG(ERR, "AutoCadProxy", "AutoCadProxy::StartDotNETPlugin", "Error: Invalid path " << charPath);
     return {};
   }
-  const std::wstring readerPath = path.substr(0, backslash) + kMenuReaderName;
+  std::wstring readerPath = path.substr(0, backslash) + kMenuReaderName;
   const std::string dllPath = Util::toNarrow(readerPath.c_str());
   OV_LOG(TRC, "AutoCadProxy", "AutoCadProxy::StartDotNETPlugin", "dllPath: '" << dllPath << "'");
   if (!Util::fileExists(dllPath)) {
