@@ -41,6 +41,7 @@ std::atomic<int> gThreads{0};
 struct ThreadState {
   const int number = ++gThreads;
   int depth = 0;
+  int exceptions = 0; // of this library, at the call's entry
   bool isBracketOpen = false; // the outermost one is a bracket
   Record call;
   Record bracket;
@@ -106,6 +107,7 @@ Record* beginCall(const char* name, bool& isEntered) {
   isEntered = true;
   if (++t.depth > (t.isBracketOpen ? 2 : 1))
     return nullptr;
+  t.exceptions = std::uncaught_exceptions(); // of this library: it throws what tests order
   t.call = beginRecord(name);
   t.call.isBracketed = t.isBracketOpen;
   return &t.call;
@@ -121,7 +123,7 @@ void endCall(Record* record, bool threw) {
   --t.depth;
   if (!record)
     return;
-  if (threw) {
+  if (threw || std::uncaught_exceptions() > t.exceptions) {
     record->threw = true;
     record->out.clear();
     record->outText.clear();

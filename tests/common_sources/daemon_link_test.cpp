@@ -37,7 +37,7 @@ protected:
   void SetUp() override {
     EngineTest::SetUp();
     plugin().mIsToWatchConnection = false;
-    ASSERT_TRUE(waitFor([this] { return !plugin().mIsConnWatchRunning; }));
+    ASSERT_TRUE(waitFor([] { return !plugin().mIsConnWatchRunning; }));
     fake_devlink::reset();
     ASSERT_TRUE(link().connect());
     event(kAnnounceModeEvent);
@@ -177,7 +177,7 @@ TEST_F(DaemonLink, DaemonHearsEachNewMode) {
   };
   const auto nothing = [] {};
   const auto connect = [this] { link().connect(); };
-  const auto mode = [this](int number) { return [this, number] { proxy().mViewMode = number; }; };
+  const auto mode = [](int number) { return [number] { proxy().mViewMode = number; }; };
   const auto modes = [this](const Lines& names) { return [this, names] { setModes(names); }; };
   const Case cases[] = {
       {modes({"Start", "Layout", "Model"}), 0, -1, 1, {"Start"}}, // a motion event serves
@@ -260,7 +260,7 @@ TEST_F(EngineTest, StartsAndStopsInOrder) {
   EXPECT_EQ(plugin().mPendingSpecial, 0);
   EXPECT_EQ(proxy().mViewMode, 0);
   EXPECT_EQ(gAutoCadProxyP, &proxy());
-  ASSERT_TRUE(waitFor([this] { return plugin().mDaemonProxyP->mIsReading && plugin().mIsConnWatchRunning; }));
+  ASSERT_TRUE(waitFor([] { return plugin().mDaemonProxyP->mIsReading && plugin().mIsConnWatchRunning; }));
   EXPECT_TRUE(plugin().mDaemonProxyP->mIsConnected);
   EXPECT_EQ(lifeRecords(mark),
             (Lines{"    settings.cpp: Constructing ...", "    settings.cpp: Constructed.",
