@@ -41,7 +41,7 @@ std::atomic<int> gThreads{0};
 struct ThreadState {
   const int number = ++gThreads;
   int depth = 0;
-  int exceptions = 0; // of this library, at the call's entry
+  int exceptions = 0;         // of this library, at the call's entry
   bool isBracketOpen = false; // the outermost one is a bracket
   Record call;
   Record bracket;
