@@ -9,20 +9,12 @@
 #include <string>
 #include <vector>
 
+#include "recorded_call.h"
+
 namespace model {
 
 /// One recorded call of the plug-in into the host or into Windows.
-/// in    arguments, out the result and what the call wrote, both as calls.md lists them; handles are
-///       identities, 0 for null
-/// threw true: the call ended in an exception; out is empty then
-struct Call {
-  std::string name;
-  std::vector<double> in;
-  std::wstring text;
-  std::vector<double> out;
-  std::wstring outText;
-  bool threw = false;
-};
+using Call = call_log::RecordedCall;
 
 /// Joins the parts, with numbers as a fresh stream of the "C" locale writes them.
 template <typename... Parts> std::string text(const Parts&... parts) {

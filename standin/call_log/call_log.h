@@ -12,6 +12,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "recorded_call.h"
+
 /// What is called in the stand-ins: a journal in text, a trace with all numbers, and the faults that tests
 /// order.
 ///
@@ -31,19 +33,9 @@ enum class Code { PlugIn, StandIn };
 Code currentCode();
 
 /// One call of the trace, or the entry into one.
-/// in    the arguments, out the result and what the call wrote; pointers and handles by their address
-/// threw true: the call ended in an exception; out is empty then
 /// order counts entries and ends of all threads: a record's own place, and in `entered` that of the call's
-/// entry.
-///       Equal for the record of an entry, which calls make that no bracket encloses.
-struct Record {
-  std::string name;
-  std::vector<double> in;
-  std::wstring text;
-  std::vector<double> out;
-  std::wstring outText;
-  bool threw = false;
-
+///       entry. Equal for the record of an entry, which calls make that no bracket encloses.
+struct Record : RecordedCall {
   int thread = 0; // counted from 1
   std::int64_t entered = 0;
   std::int64_t order = 0;
@@ -92,7 +84,7 @@ template <class Value> struct Shown { Value value; };
 template <class Value> Shown<Value> shown(Value value) {
   return {value};
 }
-/// A number that the journal shows in hexadecimal, with at least so many digits.
+/// A number that the journal shows in hexadecimal, with at least that number of digits.
 struct Hex {
   std::uint64_t value;
   int digits = 1;

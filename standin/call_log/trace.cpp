@@ -79,9 +79,11 @@ void push(Record record, bool isEntry) {
 void work() {
   Waiting& w = waiting();
   std::unique_lock<std::mutex> lock(w.mutex);
+  w.isToEndNow.wait_for(lock, std::chrono::milliseconds(0));
+  w.isWarm = true;
+  w.isEmptied.notify_all();
   while (!w.isToEnd || !w.records.empty()) {
     w.isToEndNow.wait_for(lock, kWorkerNap, [&w] { return w.isToEnd; });
-    w.isWarm = true;
     std::vector<Record> taken;
     taken.swap(w.records);
     w.isWorking = true;

@@ -8,7 +8,6 @@
 #include "call_log.h"
 #include "check.h"
 #include "engine_rig.h"
-#include "model_call.h"
 
 namespace rig {
 
@@ -56,7 +55,7 @@ std::string contradiction(std::vector<model::Call>& calls, const Action& action,
   calls.clear();
   call_log::startTrace([&calls](call_log::Record&& record) {
     if (record.isBracketed)
-      calls.push_back(program::modelCall(record));
+      calls.push_back(record);
   });
   const std::size_t logStart = logSize();
   {

@@ -1,6 +1,5 @@
 #include "pass_check.h"
 
-#include "model_call.h"
 #include "recorder.h"
 
 #include <windows.h>
@@ -87,7 +86,7 @@ void PassCheck::take(const call_log::Record& record) {
       mTick.seconds = record.seconds - mStart;
     }
   } else if (record.isBracketed) {
-    mTick.calls.push_back(modelCall(record));
+    mTick.calls.push_back(record);
     mTick.spans.push_back({record.entered, record.order});
   } else if (record.isBracket) {
     endTick(record);
