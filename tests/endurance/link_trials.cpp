@@ -206,7 +206,9 @@ TEST_F(Link, Flood) {
   const double length = static_cast<double>(scaled(2, 20)); // seconds
   auto forgotten = Clock::now();
   for (const auto start = forgotten; secondsSince(start) < length;) {
-    for (; samples < secondsSince(start) * 2e4; ++samples)
+    // A machine that can't send that many loses some, and still ticks.
+    const auto due = static_cast<std::int64_t>(std::min(secondsSince(start) * 2e4, samples + 1e3));
+    for (; samples < due; ++samples)
       (**flood).play(motion);
     if (plugin().mPendingKey < 0) {
       const std::string key = std::to_string(pressed++ % kKeys);
