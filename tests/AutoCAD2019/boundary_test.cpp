@@ -10,11 +10,11 @@
 
 #include <arxHeaders.h>
 
+#include "daemon_process.h"
 #include "environment.h"
 #include "host.h"
 #include "hosted_module.h"
 #include "message_loop.h"
-#include "process.h"
 #include "temp_folder.h"
 
 namespace {
@@ -55,12 +55,7 @@ std::wstring toggle() {
 class Boundary : public testing::Test, protected rig::HostedModule {
 protected:
   void SetUp() override {
-    host::reset();
-#ifndef _WIN32
-    desktop::reset();
-#endif
-    mHome.makeFolder("Orvaner/Applications");
-    rig::setEnvironment("USERPROFILE", mHome.native());
+    rig::freshHost(mHome);
     rig::setEnvironment("OV_DEVLINK_PORT", "1"); // nobody listens there
     live();                                      // what the process keeps for good, it now has
     mHoldings = rig::holdings();
@@ -87,15 +82,9 @@ protected:
     unload();
   }
   void startDaemon(const std::string& session) {
-    mHome.write("a.session", session);
-    mHome.remove("port");
-    const std::vector<std::string> arguments = {mHome.native("a.session"), "--port",  "0", "--port-file",
-                                                mHome.native("port"),      "--linger"};
-    mDaemon = std::make_unique<Process>(OV_DAEMON, arguments, mHome.native("daemon.txt"));
-    int port = 0;
-    const auto isRead = [&] { return (std::ifstream(mHome.native("port")) >> port).peek() == '\n'; };
-    ASSERT_GE(rig::loopUntil(20, isRead), 0);
-    rig::setEnvironment("OV_DEVLINK_PORT", std::to_string(port));
+    mDaemon.reset(); // its files are written again
+    mDaemon = std::make_unique<DaemonProcess>(mHome, session, "0", std::vector<std::string>{"--linger"});
+    rig::setEnvironment("OV_DEVLINK_PORT", mDaemon->port());
   }
   static bool doesViewMove() {
     const double x = host::view().target.x;
@@ -130,7 +119,7 @@ protected:
   }
 
   rig::TempFolder mHome;
-  std::unique_ptr<Process> mDaemon;
+  std::unique_ptr<DaemonProcess> mDaemon;
   long mHoldings = 0;
   int mMoments = 0;
   std::string mSetting; // what the last command made of it

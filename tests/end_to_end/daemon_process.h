@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "process.h"
 #include "temp_folder.h"
@@ -13,10 +14,10 @@
 class DaemonProcess : public Process {
 public:
   /// port  0 takes any free one
-  DaemonProcess(const rig::TempFolder& folder, const std::string& session, const std::string& port = "0")
-      : Process(OV_DAEMON,
-                {write(folder, session), "--port", port, "--port-file", folder.native("port"), "--record",
-                 folder.native("record")},
+  /// more  options beyond those that every test needs
+  DaemonProcess(const rig::TempFolder& folder, const std::string& session, const std::string& port = "0",
+                const std::vector<std::string>& more = {})
+      : Process(OV_DAEMON, arguments(folder, write(folder, session), port, more),
                 folder.native("daemon.txt")),
         mFolder(folder) {
     for (int i = 0; written("port").find('\n') == std::string::npos; ++i) {
@@ -30,6 +31,13 @@ public:
   bool isRecorded(const std::string& text) const { return written("record").find(text) != std::string::npos; }
 
 private:
+  static std::vector<std::string> arguments(const rig::TempFolder& folder, const std::string& session,
+                                            const std::string& port, const std::vector<std::string>& more) {
+    std::vector<std::string> out = {
+        session, "--port", port, "--port-file", folder.native("port"), "--record", folder.native("record")};
+    out.insert(out.end(), more.begin(), more.end());
+    return out;
+  }
   static std::string write(const rig::TempFolder& folder, const std::string& session) {
     folder.write("a.session", session);
     folder.remove("port");

@@ -24,12 +24,7 @@ protected:
   static constexpr double kLongestUnload = 10;
 
   LinkLife() {
-    host::reset();
-#ifndef _WIN32
-    desktop::reset();
-#endif
-    mHome.makeFolder("Orvaner/Applications");
-    rig::setEnvironment("USERPROFILE", mHome.native());
+    rig::freshHost(mHome);
     rig::setEnvironment("OV_DEVLINK_PORT", mPort);
     mModule.load(OV_MODULE);
     EXPECT_EQ(mModule.tell(1, nullptr), 0);

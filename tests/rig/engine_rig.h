@@ -16,7 +16,7 @@
 #include "temp_folder.h"
 
 /// What tests of the whole engine need: a home folder of their own, a fresh host, the fake of the device
-/// library, and where Windows is a stand-in a fresh desktop with the clock in hand.
+/// library, and where Windows is a stand-in a fresh desktop with the manual clock.
 namespace rig {
 
 /// Takes back orders, and resets the host and, where Windows is a stand-in, the desktop with the clock held.

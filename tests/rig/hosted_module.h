@@ -9,6 +9,10 @@
 
 #include <arxHeaders.h>
 
+#include "environment.h"
+#include "host.h"
+#include "temp_folder.h"
+
 #ifndef _WIN32
 #include <dlfcn.h>
 
@@ -16,6 +20,16 @@
 #endif
 
 namespace rig {
+
+/// Resets the host and its desktop, and makes a folder the user's profile.
+inline void freshHost(const TempFolder& home) {
+  host::reset();
+#ifndef _WIN32
+  desktop::reset();
+#endif
+  home.makeFolder("Orvaner/Applications");
+  setEnvironment("USERPROFILE", home.native());
+}
 
 /// A plug-in as its host has it: the library's handle, and the function that takes messages. The host may
 /// free the library and call the function as long as the library is mapped.
