@@ -99,11 +99,11 @@ void CAutoCAD2011App::freeLibrary() {
   mIsFreeing = true;
   const HANDLE thread = CreateThread(nullptr, 0, freeThreadEntry, mModuleInstance, 0, nullptr);
   mModuleInstance = nullptr;
-  if (!thread) // the library stays for good, which is safe
-    return;
-  while (WaitForSingleObject(thread, kFreePollInterval) == WAIT_TIMEOUT && !mIsLastReference) {
+  if (thread) { // without one the library stays for good, which is safe
+    while (WaitForSingleObject(thread, kFreePollInterval) == WAIT_TIMEOUT && !mIsLastReference) {
+    }
+    CloseHandle(thread);
   }
-  CloseHandle(thread);
   mIsFreeing = false;
 }
 

@@ -7,45 +7,18 @@
 
 #include <arxHeaders.h>
 
+#include "auto_cad_proxy.h"
 #include "ov_auto_cad.h"
 
 namespace bench {
 
 namespace {
 
-int area(const RECT& r) {
-  return (r.right - r.left) * (r.bottom - r.top);
-}
-
-HWND windowUnderPoint(POINT point) {
-  HWND best = WindowFromPoint(point);
-  if (!best)
-    return nullptr;
-  RECT rect = {};
-  GetWindowRect(best, &rect);
-  HWND parent = GetParent(best);
-  if (!parent)
-    return best;
-  for (HWND next = GetWindow(best, GW_HWNDNEXT);;) {
-    const HWND before = best;
-    for (; next; next = GetWindow(next, GW_HWNDNEXT)) {
-      RECT r = {};
-      GetWindowRect(next, &r);
-      if (PtInRect(&r, point) && GetParent(next) == parent && IsWindowVisible(next) && area(r) < area(rect)) {
-        best = next;
-        rect = r;
-      }
-    }
-    if (best == before || !(next = GetWindow(best, GW_CHILD)))
-      return best;
-    parent = best;
-  }
-}
-
-bool isControlUnderPointer() {
+/// The walk over the windows is the engine's own.
+bool isControlUnderPointer(AutoCadProxy& engine) {
   POINT pointer = {};
   GetCursorPos(&pointer);
-  const HWND window = windowUnderPoint(pointer);
+  const HWND window = engine.windowUnderPoint(pointer);
   if (!window)
     return false;
   wchar_t wide[256] = {};
@@ -89,7 +62,7 @@ void barePass(const OvAutoCad& plugin) {
   bool isDeflected = false;
   for (const short value : sample)
     isDeflected |= std::abs(value) > 0;
-  if (!isDeflected || (tilemode == 0 && cvport == 1) || isControlUnderPointer())
+  if (!isDeflected || (tilemode == 0 && cvport == 1) || isControlUnderPointer(*plugin.mAutoCadProxyP))
     return;
 
   acedGetVar(L"CVPORT", &variable);

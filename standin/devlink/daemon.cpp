@@ -48,7 +48,7 @@ std::string motionText(const Axes& axes) {
   return text;
 }
 
-/// Calls the action after a while, unless the timer is set anew before.
+/// Calls the action after a time, unless the timer is set again before.
 template <class After> void wait(asio::steady_timer& timer, std::chrono::nanoseconds length, After action) {
   timer.expires_after(length);
   timer.async_wait([action](const asio::error_code& cancelled) {

@@ -114,7 +114,7 @@ public:
   /// Where the next bytes go, and how many fit: never 0 after next() has given Next::incomplete.
   /// Payloads given before are void from here on.
   std::uint8_t* room(std::size_t& size);
-  /// So many bytes were put there.
+  /// Notes that this number of bytes was put there.
   void added(std::size_t size) { mEnd += size; }
 
   enum class Next { frame, incomplete, bad };

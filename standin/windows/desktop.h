@@ -62,12 +62,12 @@ RECT rectangle(int left, int top, int width, int height);
 
 // ---- Clock ------------------------------------------------------------------------------------------------
 
-/// Takes the clock in hand and watches this thread, whose sleeps are reported to call_log.h from now on: time
-/// stands still, apart from advanceClock(), the tick step and the sleeps of the watched thread, which pass at
-/// once and move the clock. Sleeps of other threads last one real millisecond, however long they were meant
+/// Stops the clock and watches this thread, whose sleeps are reported to call_log.h from now on: time changes
+/// only by advanceClock(), the tick step and the sleeps of the watched thread, which return at
+/// once and advance the clock. Sleeps of other threads last one real millisecond, however long they were meant
 /// to be, and leave the clock alone. All are noted in sleeps().
 void holdClock();
-/// Lets the clock run again from where it stands.
+/// Lets the clock run again from its present time.
 void releaseClock();
 /// Moves the held clock on. Timers fall due, and threads that wait in GetMessageW get them.
 void advanceClock(DWORD milliseconds);

@@ -80,7 +80,7 @@ TEST_F(Pump, TickNeedsAnEngine) {
   EXPECT_EQ(call_log::stopRecording(), Lines{});
 }
 
-#ifndef _WIN32 // the clock in hand
+#ifndef _WIN32 // needs the manual clock
 
 TEST_F(Pump, TicksFasterWhileTheCapMoves) {
   desktop::setTickStep(60);

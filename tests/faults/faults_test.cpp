@@ -39,7 +39,7 @@ const std::set<std::string> kKnownErrors = {"Error AutoCadProxy()",
 
 using Faults = SessionTest;
 
-TEST_F(Faults, EveryCallFailingThenThrowing) {
+TEST_F(Faults, SurvivesEachHostFailure) {
   std::int64_t reached = 0;
   call_log::startCounting();
   {
@@ -94,7 +94,7 @@ TEST_F(Faults, EveryCallFailingThenThrowing) {
     EXPECT_EQ(struck.count(operation), 1u) << "the session no longer reaches " << operation;
 }
 
-TEST_F(Faults, EveryCallOfTheDeviceLibraryFailingThenThrowing) {
+TEST_F(Faults, SurvivesEachDeviceFailure) {
   const char* const functions[] = {"ovConnect",    "ovDisconnect",          "ovGetDevNum",  "ovGetDevInfo",
                                    "ovFetchEvent", "ovGetAdvancedSettings", "ovSetApplMode"};
   Trial trial("Each function of the device library fails, then throws, at its first calls");

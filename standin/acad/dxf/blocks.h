@@ -18,7 +18,7 @@ public:
   /// skipped  gets what is left out, and how often; must outlive this
   explicit Blocks(std::map<std::string, int>& skipped) : mSkipped(skipped) {}
 
-  /// Takes a record of the sections BLOCKS and ENTITIES. Throws BadFile for a number that is none.
+  /// Takes a record of the sections BLOCKS and ENTITIES. Throws BadFile for an invalid number.
   void add(const Record& record);
   /// Ends a block that the section left open.
   void endSection() { mBlockP = nullptr; }

@@ -44,14 +44,14 @@ bool isLayout();
 
 // ---- The drawing ----
 
-/// Adds an entity to model space and gives its id. Entities count from 1 in the order of adding.
+/// Adds an entity to model space and returns its id. Entities count from 1 in the order of adding.
 AcDbObjectId add(std::unique_ptr<AcDbEntity> entity);
 int entityCount();
-/// Null for a number that is none.
+/// Returns null for an invalid number.
 AcDbObjectId entityId(int number);
 /// Number of an entity, 0 if it isn't in model space.
 int entityNumber(AcDbObjectId id);
-/// Looks at an entity without opening it; null for a number that is none. Owned by the drawing.
+/// Returns an entity without opening it, null for an invalid number. Owned by the drawing.
 const AcDbEntity* entity(int number);
 /// Number of the first AcDbLine; 0 if there is none.
 int firstLine();
@@ -88,7 +88,7 @@ struct ViewState {
   double fieldHeight = 10;
   bool perspective = false;
 };
-/// The view as it is in memory. Obtaining the view anew goes on from there.
+/// The view in memory. A view that is obtained again continues from there.
 ViewState view();
 void setView(const ViewState& state);
 /// The view as the drawing has it. Only acgsSetViewParameters and the view commands write it.
@@ -100,20 +100,20 @@ void setViewValid(bool isValid);
 /// without the command line. Changes the view in memory and in the drawing. An empty drawing changes nothing.
 void zoomExtents();
 
-/// What the view was told since reset().
+/// Calls of the view since reset().
 struct ViewCounts {
   std::int64_t setViews = 0;
   std::int64_t zooms = 0;
   std::int64_t updates = 0;
   std::int64_t storedViews = 0;    // calls of acgsSetViewParameters that wrote the drawing
   std::int64_t nonFiniteCalls = 0; // calls of setView, zoom, transformBy, setViewCenter and setViewHeight
-                                   // with a number that is infinite or none
+                                   // with NaN or infinity
 };
 ViewCounts viewCounts();
 
 // ---- Selection, locks, balance ----
 
-/// What the user has selected now, by id or by number; replaces what was selected. Numbers that are none are
+/// What the user has selected now, by id or by number; replaces what was selected. Invalid numbers are
 /// left out.
 void select(const std::vector<AcDbObjectId>& ids);
 void selectNumbers(const std::vector<int>& numbers);
@@ -176,7 +176,7 @@ struct Frame {
 void setFrameSink(std::function<void(const Frame&)> sink);
 /// How often the display shows a frame, in Hz: a frame waits for the next time. 0: no waiting (the default).
 void setRefreshRate(double hz);
-/// Shows a frame if entities were drawn anew with acedRedraw since the last one. Message loops call it.
+/// Shows a frame if acedRedraw has drawn entities since the last one. Message loops call it.
 void showPending();
 
 /// Sets the menu that the menu reader writes into the menu file. An empty text means the host's own menu.

@@ -147,7 +147,7 @@ TEST_F(SettingsTest, PathsAreBelowTheHomeFolder) {
   EXPECT_EQ(settings.mLogPars.mSettingsDirPath, home + "\\Orvaner");
 }
 
-TEST_F(SettingsTest, NumbersAreReadAsFarAsTheyGo) {
+TEST_F(SettingsTest, ReadsLeadingNumber) {
   using Number = std::pair<const char*, std::int32_t>;
   for (const auto& [text, number] :
        {Number{"none", 0}, Number{"", 0}, Number{"12 mm", 12}, Number{"7.9", 7}, Number{"-3", -3},

@@ -122,7 +122,7 @@ TEST_F(Dxf, ReadsSplinesAsLines) {
   expectBox({1, 0, 0}, {2, 3, 4});
 }
 
-TEST_F(Dxf, InsertsBlocksInBlocksWhateverTheirOrder) {
+TEST_F(Dxf, InsertsNestedBlocks) {
   const std::string blocks = "0 BLOCK 2 OUTER 10 0 20 0 30 0 0 INSERT 2 INNER 10 5 20 0 0 ENDBLK"
                              " 0 BLOCK 2 INNER 10 1 20 0 30 0 0 LINE 10 1 20 0 11 3 21 0 0 ENDBLK"
                              " 0 BLOCK 2 LOOP 0 INSERT 2 LOOP 0 LINE 10 0 20 0 11 1 21 1 0 ENDBLK"
@@ -153,7 +153,7 @@ TEST_F(Dxf, BoundsWhatInsertsStandFor) {
   }
 }
 
-TEST_F(Dxf, BoundsDepthOfBlocksInAnyOrder) {
+TEST_F(Dxf, BoundsBlockDepth) {
   constexpr int kLevels = 50000; // a stack holds fewer
   std::string blocks = "0 BLOCK 2 B0 0 POINT 10 1 0 ENDBLK";
   std::string upwards;
@@ -179,7 +179,7 @@ TEST_F(Dxf, CountsWhatItLeavesOut) {
   expectBox({1, 0, 0}, {1, 0, 0});
 }
 
-TEST_F(Dxf, TakesBothLineEndsBlanksAndComments) {
+TEST_F(Dxf, TakesLineEndsBlanksComments) {
   EXPECT_EQ(loadText("999\r\nmade by hand\r\n  0\r\nSECTION\r\n  2\r\nENTITIES\r\n 0 \r\nPOINT\r\n"
                      " 10\r\n 1.5e1\r\n  0\r\nENDSEC\r\n  0\r\nEOF\r\n\x1a")
                 .error,
@@ -187,7 +187,7 @@ TEST_F(Dxf, TakesBothLineEndsBlanksAndComments) {
   expectBox({15, 0, 0}, {15, 0, 0});
 }
 
-TEST_F(Dxf, SaysInOneLineWhatIsWrongAndAddsNothing) {
+TEST_F(Dxf, RejectsBadFilesInOneLine) {
   const std::string good = section("ENTITIES", "0 POINT 10 1 20 2 30 3");
   const std::pair<std::string, std::string> cases[] = {
       {"", ": the file is empty"},
