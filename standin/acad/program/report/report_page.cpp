@@ -13,7 +13,9 @@ namespace {
 
 using nlohmann::json;
 
-constexpr int kSignificantDigits = 7;
+/// Survey coordinates have seven digits before the point, and a line that a view turns about is worked out from the
+/// small differences of two views.
+constexpr int kSignificantDigits = 11;
 
 double rounded(double value) {
   if (value == 0 || !std::isfinite(value))
@@ -64,9 +66,14 @@ std::string reportPage(const json& session) {
     roundAll(data["frames"]);
   if (data.contains("drawing"))
     roundAll(data["drawing"]);
+  return pageWith(data);
+}
+
+std::string pageWith(const json& data) {
   std::string page = kPage;
   // The data goes in last, so that nothing in it is taken for a mark.
   replaceOnce(page, "@@STYLE@@", kPageStyle);
+  replaceOnce(page, "@@LIBRARIES@@", kPageLibraries);
   replaceOnce(page, "@@SCRIPT@@", kPageScript);
   replaceOnce(page, "@@SESSION@@", forScriptElement(data));
   return page;

@@ -1,0 +1,161 @@
+// The drawing: its objects, where each has got to, and the buffers that three.js draws from.
+// Edges, faces and points of all objects share three buffers, so that the picture is three draws whatever their number.
+
+const L = libraries;
+const kWidths = {edges: 2, faces: 3, points: 1}; // corners of one piece
+
+// Puts a point through twelve numbers, three rows of four.
+function through(m, x, y, z) {
+  return m ? [m[0] * x + m[1] * y + m[2] * z + m[3], m[4] * x + m[5] * y + m[6] * z + m[7],
+    m[8] * x + m[9] * y + m[10] * z + m[11]] : [x, y, z];
+}
+
+// times(m, n) applies n first.
+function times(m, n) {
+  const out = [];
+  for (let r = 0; r < 12; r += 4)
+    for (let c = 0; c < 4; ++c)
+      out.push(m[r] * n[c] + m[r + 1] * n[4 + c] + m[r + 2] * n[8 + c] + (c === 3 ? m[r + 3] : 0));
+  return out;
+}
+
+class Drawing {
+  constructor(data, lists) {
+    this.name = data.name || 'Drawing';
+    this.lists = lists || [];
+    this.byNumber = new Map();
+    this.moved = new Set(); // objects that have been moved at some time
+    this.buffers = {};
+    for (const name of Object.keys(kWidths)) this.buffers[name] = new L.BufferGeometry();
+    this.add(data.objects || []);
+    // Size and middle are those of what was there at the start.
+    const low = [Infinity, Infinity, Infinity], high = [-Infinity, -Infinity, -Infinity];
+    const first = this.objects.filter(o => !o.from);
+    for (const o of first.length ? first : this.objects)
+      o.points.forEach((v, i) => { low[i % 3] = Math.min(low[i % 3], v); high[i % 3] = Math.max(high[i % 3], v); });
+    this.middle = low.map((v, i) => Number.isFinite(v) ? (v + high[i]) / 2 : 0);
+    this.floor = Number.isFinite(low[2]) ? low[2] : 0;
+    this.reach = Math.max(Math.hypot(...high.map((v, i) => v - low[i])) / 2 || 0, 1e-9);
+    this.origin = this.middle;
+    this.layOut();
+  }
+
+  get objects() { return [...this.byNumber.values()]; }
+
+  // Takes new objects, or others in the place of those of the same number.
+  add(list) {
+    for (const {id, kind, t, lines} of list) {
+      const points = [], edges = [], faces = [], dots = [];
+      for (const line of lines) {
+        const start = points.length, end = start + line.length;
+        for (const v of line) points.push(v);
+        if (isFace(kind, line)) for (let i = start + 3; i + 6 < end; i += 3) faces.push(start, i, i + 3);
+        if (line.length === 6 && line[0] === line[3] && line[1] === line[4] && line[2] === line[5]) dots.push(start);
+        else for (let i = start; i + 3 < end; i += 3) edges.push(i, i + 3);
+      }
+      const known = this.byNumber.get(id);
+      this.byNumber.set(id, {id, kind, from: t || 0, points: Float64Array.from(points), edges, faces, dots, at: {},
+        steps: known ? known.steps : [], matrix: known ? known.matrix : null, movedAt: -Infinity, colour: ''});
+    }
+    if (this.origin) this.layOut();
+  }
+
+  // Follows the objects that frame n moved. Objects that have always moved together share their matrices.
+  follow(n, frame, keepsAll) {
+    for (const group of frame.moved || []) {
+      const known = new Map();
+      for (const id of group.objects || this.lists[group.list] || []) {
+        const o = this.byNumber.get(id);
+        if (!o) continue;
+        const before = o.steps.length ? o.steps[o.steps.length - 1].matrix : null;
+        if (!known.has(before)) known.set(before, before ? times(group.matrix, before) : group.matrix);
+        if (!keepsAll) o.steps.length = 0;
+        o.steps.push({n, t: frame.t, matrix: known.get(before)});
+        this.moved.add(o);
+      }
+    }
+  }
+
+  // Gives each object its place in the buffers, in the order of their numbers: what comes later stands behind.
+  layOut() {
+    const all = this.objects, sources = {edges: 'edges', faces: 'faces', points: 'dots'};
+    for (const [name, source] of Object.entries(sources)) {
+      let size = 0;
+      for (const o of all) { o.at[name] = size; size += o[source].length; }
+      const geometry = this.buffers[name];
+      geometry.dispose();
+      for (const attribute of ['position', 'color'])
+        geometry.setAttribute(attribute, new L.BufferAttribute(new Float32Array(size * 3), 3));
+      geometry.owners = all.filter(o => o[source].length);
+    }
+    for (const o of all) { this.place(o); o.colour = ''; }
+  }
+
+  pieces(o) { return [['edges', o.edges], ['faces', o.faces], ['points', o.dots]]; }
+
+  place(o) {
+    const [x, y, z] = this.origin;
+    for (const [name, corners] of this.pieces(o)) {
+      if (!corners.length) continue;
+      const {position} = this.buffers[name].attributes;
+      corners.forEach((c, i) => {
+        const p = through(o.matrix, o.points[c], o.points[c + 1], o.points[c + 2]);
+        position.setXYZ(o.at[name] + i, p[0] - x, p[1] - y, p[2] - z);
+      });
+      position.needsUpdate = true;
+      this.buffers[name].boundingSphere = null;
+    }
+  }
+
+  colour(o, key, line, face) {
+    if (o.colour === key) return false;
+    o.colour = key;
+    for (const [name, corners] of this.pieces(o)) {
+      if (!corners.length) continue;
+      const {color} = this.buffers[name].attributes, c = name === 'faces' ? face : line;
+      for (let i = 0; i < corners.length; ++i) color.setXYZ(o.at[name] + i, c.r, c.g, c.b);
+      color.needsUpdate = true;
+    }
+    return true;
+  }
+
+  // Moves each object to where it was at frame n. True if any changed its place.
+  moveTo(n) {
+    let hasChanged = false;
+    for (const o of this.moved) {
+      const step = o.steps[lastAt(o.steps, n, s => s.n)];
+      o.movedAt = step ? step.t : -Infinity;
+      if ((step ? step.matrix : null) === o.matrix) continue;
+      o.matrix = step ? step.matrix : null;
+      this.place(o);
+      hasChanged = true;
+    }
+    return hasChanged;
+  }
+
+  // Only what had been drawn at t is shown.
+  showUntil(t) {
+    const all = this.objects, next = all.find(o => o.from > t);
+    for (const name of Object.keys(kWidths))
+      this.buffers[name].setDrawRange(0, next ? next.at[name] : Infinity);
+  }
+
+  // Numbers near the eye are small, so that single precision suffices wherever the view is.
+  centre(point) {
+    this.origin = point;
+    for (const o of this.objects) this.place(o);
+  }
+
+  // The object that a corner of a buffer belongs to.
+  ownerOf(name, index) {
+    const {owners} = this.buffers[name];
+    return owners[lastAt(owners, index, o => o.at[name])];
+  }
+}
+
+// Faces are filled. Within an insert they have become outlines like any other: closed, with three or four corners.
+function isFace(kind, line) {
+  if (kind === 'face') return line.length >= 9;
+  if (kind !== 'block' && kind !== 'mesh' || line.length !== 12 && line.length !== 15) return false;
+  return [0, 1, 2].every(i => line[i] === line[line.length - 3 + i]);
+}

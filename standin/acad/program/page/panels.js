@@ -1,0 +1,139 @@
+// Everything beside the picture: figures, badges, the view in numbers, the controls, the lists.
+
+function addFact(value, text, isBad) {
+  const b = make('b', {}, value);
+  byId('facts').append(make('li', {class: isBad ? 'bad' : null}, b, make('span', {}, text)));
+  return b;
+}
+
+let shownBadges = '';
+function showBadges(names) {
+  if (shownBadges === names.join()) return;
+  shownBadges = names.join();
+  byId('badges').replaceChildren(...names.map(([name, isOn]) => make('span', {class: isOn ? 'on' : null}, name)));
+}
+const badgesOf = frame => frame.mode === 1 ? [['layout, flat', true]]
+  : [['model', false], [frame.perspective ? 'perspective' : 'parallel', !!frame.perspective]];
+
+const nowCells = new Map();
+function showNow(frame, selected, more = []) {
+  const chosen = selected.size ? selected.size > 8 ? count(selected.size) + ' objects' : [...selected].join(', ') : 'nothing';
+  const rows = frame.mode === 1
+    ? [['centre', frame.centre.map(v => number(v, 6)).join(', ')], ['height', number(frame.height, 6)]]
+    : [['eye', triple(frame.eye)], ['target', triple(frame.target)], ['up', triple(frame.up)],
+      ['field', frame.field.map(v => number(v, 6)).join(' × ')]];
+  rows.push(['selected', chosen], ...more);
+  const names = rows.map(r => r[0]).join();
+  if (nowCells.names !== names) {
+    nowCells.names = names;
+    byId('now').replaceChildren(...rows.flatMap(([name]) => {
+      nowCells.set(name, make('dd'));
+      return [make('dt', {}, name), nowCells.get(name)];
+    }));
+  }
+  for (const [name, value] of rows) if (nowCells.get(name).textContent !== value) nowCells.get(name).textContent = value;
+}
+
+// The controls as boxes with rows and scroll bars where they stood. In the live page the pointer rests on one while
+// the browser's pointer is over it or it has the focus; onPointer hears the name.
+class Controls {
+  constructor(list, onPointer) {
+    byId('controls_note').textContent = onPointer ? 'with the pointer over one, the cap scrolls it' : 'the pointer rests on the one with the dot';
+    this.boxes = new Map();
+    for (const c of list) {
+      const rows = make('div', {class: 'rows'}), value = make('span', {class: 'value'});
+      const bars = ['vertical', 'horizontal'].filter(way => c[way] && c[way].max > c[way].min)
+        .map(way => ({way, range: c[way], thumb: make('i')}));
+      for (let i = 0; i < 40; ++i) rows.append(make('i', {style: 'width:' + (20 + i * 13 % 7 * 10) + '%;margin-left:' + (c.name === 'tree' ? i * 7 % 3 * 8 : 0) + 'px'}));
+      const box = make('div', {class: 'control', 'data-name': c.name, tabindex: onPointer ? 0 : null,
+        role: 'group', 'aria-label': 'Control ' + c.name},
+      make('h3', {}, c.name), make('div', {class: 'inside'}, rows, ...bars.map(b => make('span', {class: 'scroll ' + b.way}, b.thumb)), value));
+      if (onPointer) {
+        for (const event of ['pointerenter', 'focus']) box.addEventListener(event, () => onPointer(c.name));
+        for (const event of ['pointerleave', 'blur']) box.addEventListener(event, () => onPointer('view'));
+      }
+      this.boxes.set(c.name, {box, rows, value, bars});
+      byId('controls').append(box);
+    }
+  }
+  show(name, vertical, horizontal, isMoving, hasPointer) {
+    const c = this.boxes.get(name);
+    if (!c) return;
+    const state = [vertical, horizontal, isMoving, hasPointer].join();
+    if (c.state === state) return;
+    c.state = state;
+    c.box.classList.toggle('moving', isMoving);
+    c.box.classList.toggle('pointed', hasPointer);
+    for (const {way, range, thumb} of c.bars) {
+      const all = range.max - range.min + 1, part = Math.max(0.12, Math.min(1, range.page / all));
+      const at = (1 - part) * Math.min(1, ((way === 'vertical' ? vertical : horizontal) - range.min) / Math.max(1, all - range.page));
+      thumb.style[way === 'vertical' ? 'height' : 'width'] = part * 100 + '%';
+      thumb.style[way === 'vertical' ? 'top' : 'left'] = at * 100 + '%';
+    }
+    c.rows.style.transform = 'translate(' + -horizontal / 5 + 'px,' + -(vertical % 14) * 10 + 'px)';
+    c.value.textContent = c.bars.some(b => b.way === 'vertical') ? vertical : vertical ? vertical + ' notches' : '';
+  }
+}
+
+// A list whose entries have a time: those to come are pale, the latest is marked and kept in sight.
+class TimedList {
+  constructor(id, fill, onTime) {
+    Object.assign(this, {element: byId(id), fill, onTime, entries: [], nodes: [], shown: null});
+  }
+  add(entries) {
+    const {element} = this, isAtEnd = element.scrollTop + element.clientHeight >= element.scrollHeight - 8;
+    for (const e of entries) {
+      const node = make('li', {class: e.kind || null});
+      this.fill(node, e);
+      if (this.onTime && e.t !== undefined) node.addEventListener('click', () => this.onTime(e.t));
+      this.entries.push(e);
+      this.nodes.push(node);
+      element.append(node);
+    }
+    if (!this.onTime) {
+      while (this.nodes.length > 1500) { this.nodes.shift().remove(); this.entries.shift(); }
+      if (isAtEnd) element.scrollTop = element.scrollHeight;
+    }
+  }
+  clear() { this.entries = []; this.nodes = []; this.shown = null; this.element.replaceChildren(); }
+  showAt(t) {
+    const at = lastAt(this.entries, t);
+    if (at === this.shown) return;
+    this.shown = at;
+    this.nodes.forEach((node, i) => { node.classList.toggle('future', i > at); node.classList.toggle('current', i === at); });
+    const {element} = this;
+    element.scrollTop = at >= 0 ? this.nodes[at].offsetTop - element.clientHeight / 2 : 0;
+  }
+}
+
+const fillWithTime = (node, e) => node.append(make('i', {}, e.t.toFixed(1)), visibleText(e.text));
+
+// The log, with those lines alone that hold the filter's text.
+class Log {
+  constructor(unixStart, onTime) {
+    this.start = unixStart % 86400;
+    this.lines = [];
+    this.time = 0;
+    this.list = new TimedList('log', (node, e) => { node.textContent = e.text; }, onTime);
+    byId('filter').addEventListener('input', () => { this.list.clear(); this.fill(this.lines); });
+  }
+  // The log's own times are those of a day; the session may reach into the next.
+  entry(text) {
+    const hit = /^(\d\d):(\d\d):(\d\d\.\d+)\|/.exec(text);
+    if (hit) {
+      const t = Number(hit[1]) * 3600 + Number(hit[2]) * 60 + Number(hit[3]) - this.start;
+      this.time = Math.max(0, t < -43200 ? t + 86400 : t);
+    }
+    return {t: this.time, text, kind: /\|ERR\|/.test(text) ? 'error' : ''};
+  }
+  add(lines) {
+    const entries = lines.map(text => this.entry(text));
+    this.lines.push(...entries);
+    this.fill(entries);
+  }
+  fill(entries) {
+    const wanted = byId('filter').value.toLowerCase(), fits = e => e.text.toLowerCase().includes(wanted);
+    this.list.add(entries.filter(fits).slice(-5000));
+    byId('log_count').textContent = (wanted ? count(this.lines.filter(fits).length) + ' of ' : '') + count(this.lines.length) + ' lines';
+  }
+}
