@@ -41,13 +41,6 @@ std::string unixSeconds() {
   return secondsText(Seconds(std::chrono::system_clock::now().time_since_epoch()).count());
 }
 
-std::string motionText(const Axes& axes) {
-  std::string text = "motion";
-  for (const std::int16_t axis : axes)
-    text += " " + std::to_string(axis);
-  return text;
-}
-
 /// Calls the action after a time, unless the timer is set again before.
 template <class After> void wait(asio::steady_timer& timer, std::chrono::nanoseconds length, After action) {
   timer.expires_after(length);
@@ -161,7 +154,8 @@ void Daemon::playNow(const Action& action) {
     mCap = action.mAxes;
   if (action.mVerb == Verb::rotation)
     mDevice = {action.mRotationCode, action.mIsOn};
-  const std::string text = isMotion ? motionText(action.mAxes) : "event " + std::to_string(action.mEventCode);
+  const std::string text =
+      isMotion ? session::deviceLine(action) : "event " + std::to_string(action.mEventCode);
   const auto peers = mPeers; // one that is dropped for its backlog leaves the list
   const auto isGreeted = [](const auto& peer) { return peer->isGreeted(); };
   report(mOptions.mIsVerbose ? text : "", std::any_of(peers.begin(), peers.end(), isGreeted) ? text : "");

@@ -18,18 +18,48 @@ namespace {
 constexpr std::size_t kMaxErrors = 20; ///< more would only hide the first
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-Action readLine(std::string_view line, double earliest) {
+/// above  the line before, null if there is none
+Action readLine(std::string_view line, const Action* above) {
   Words words(line);
   Action action;
-  action.mSeconds = words.number("time", 0, kMaxSeconds);
-  if (action.mSeconds < earliest)
+  const std::string_view time = words.word("time");
+  if (time.front() == 'p')
+    action.mPass = Words(time.substr(1)).integer("pass", 1, kMaxPass);
+  else
+    action.mSeconds = Words(time).number("time", 0, kMaxSeconds);
+  if (above && (above->mPass > 0) != (action.mPass > 0))
+    throw LineError("the line above counts " + std::string(above->mPass > 0 ? "passes" : "seconds"));
+  if (above && (action.mSeconds < above->mSeconds || action.mPass < above->mPass))
     throw LineError("time is before that of the line above");
   const std::string_view who = words.word("player");
   if (who != "device" && who != "host")
     throw LineError("unknown player " + quoted(who) + "; known: device, host");
   action.mWho = who == "device" ? Who::device : Who::host;
   readVerb(words, action);
+  if (action.mVerb == Verb::tick && action.mPass == 0)
+    throw LineError("only a session that counts passes has ticks");
+  if (action.mVerb == Verb::away && action.mPass > 0)
+    throw LineError("no pass tells that the daemon is away");
   return action;
+}
+
+bool parseLine(Who who, std::string_view line, Action& action, std::string& error) {
+  error.clear();
+  if (!line.empty() && line.back() == '\r')
+    line.remove_suffix(1);
+  try {
+    Words words(line);
+    if (words.isAtEnd())
+      return false;
+    Action found;
+    found.mWho = who;
+    readVerb(words, found);
+    action = std::move(found);
+    return true;
+  } catch (const LineError& reason) {
+    error = reason.what();
+    return false;
+  }
 }
 
 Session failed(const std::string& fileName, const std::string& reason) {
@@ -52,7 +82,6 @@ Session parse(std::string_view text, const std::string& fileName) {
     return failed(fileName, "not a text file");
 
   Session session;
-  double earliest = 0;
   for (int number = 1; !text.empty() && session.mErrors.size() < kMaxErrors; ++number) {
     std::string_view line = text.substr(0, text.find('\n'));
     text.remove_prefix(std::min(line.size() + 1, text.size()));
@@ -61,9 +90,9 @@ Session parse(std::string_view text, const std::string& fileName) {
     try {
       if (Words(line).isAtEnd())
         continue;
-      session.mActions.push_back(readLine(line, earliest));
+      const Action* const aboveP = session.mActions.empty() ? nullptr : &session.mActions.back();
+      session.mActions.push_back(readLine(line, aboveP));
       session.mActions.back().mLine = number;
-      earliest = session.mActions.back().mSeconds;
     } catch (const LineError& error) {
       session.mErrors.push_back(fileName + ":" + std::to_string(number) + ": " + error.what());
     }
@@ -86,22 +115,33 @@ Session read(const std::string& path) {
 }
 
 bool parseDeviceLine(std::string_view line, Action& action, std::string& error) {
-  error.clear();
-  if (!line.empty() && line.back() == '\r')
-    line.remove_suffix(1);
-  try {
-    Words words(line);
-    if (words.isAtEnd())
-      return false;
-    Action found;
-    found.mWho = Who::device;
-    readVerb(words, found);
-    action = std::move(found);
-    return true;
-  } catch (const LineError& reason) {
-    error = reason.what();
-    return false;
+  return parseLine(Who::device, line, action, error);
+}
+
+bool parseHostLine(std::string_view line, Action& action, std::string& error) {
+  return parseLine(Who::host, line, action, error);
+}
+
+std::string deviceLine(const Action& action) {
+  std::string text = "motion";
+  switch (action.mVerb) {
+  case Verb::motion:
+    for (const std::int16_t axis : action.mAxes)
+      text += " " + std::to_string(axis);
+    return text;
+  case Verb::rotation:
+    return "rotation " + std::to_string(action.mRotationCode) + (action.mIsOn ? " zoomall" : "");
+  case Verb::away:
+    return "away " + std::to_string(action.mDuration);
+  default:
+    break;
   }
+  for (const EventName& event : kEventNames)
+    if (event.mCode == action.mEventCode && event.mIsView)
+      return std::string("view ") + event.mName;
+  if (action.mVerb != Verb::event)
+    return eventName(action.mEventCode);
+  return "event " + std::to_string(action.mEventCode);
 }
 
 std::string eventName(std::int32_t code) {

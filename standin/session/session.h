@@ -18,6 +18,14 @@
 /// A line holds time, player, verb and arguments, separated by blanks or tabs. A word that begins with #
 /// starts a comment, except in the text of `type` and `caption`. Times never decrease; lines of equal time
 /// are played in the order in which they stand.
+///
+/// A session may count the plug-in's passes in place of seconds. It says exactly what happened, so that it
+/// can happen again:
+///
+///     p7         device  motion 0 0 300 0 0 0    # pass 7 sees this sample, and so do those after it
+///     p9         device  key 3                   # pass 9 serves the key
+///     p31        host    tick                    # a tick's time was up before pass 31
+///     p40        host    select 1 4              # done before pass 40, between two ticks
 namespace session {
 
 enum class Who { device, host };
@@ -41,7 +49,8 @@ enum class Verb {
   look,        ///< mLook: eye, target, up
   fit,         ///< zoom to extents without the command line
   caption,     ///< mText, for the report
-  wait         ///< nothing; keeps the host going until this time
+  wait,        ///< nothing; keeps the host going until this time
+  tick         ///< a tick ended because its time was up; only where passes are counted
 };
 
 enum class Selection { objects, all, none, line };
@@ -77,10 +86,13 @@ constexpr int kMaxKey = 100000;
 
 /// Longest time and longest absence, seconds: one day.
 constexpr double kMaxSeconds = 86400;
+/// Highest number of a pass: a day at a thousand passes a second.
+constexpr std::int64_t kMaxPass = 86400000;
 
 /// One line of a session. Only the fields that the verb names above have a meaning.
 struct Action {
-  double mSeconds = 0; ///< since the start of the session
+  double mSeconds = 0;    ///< since the start of the session; 0 if passes are counted
+  std::int64_t mPass = 0; ///< number of the pass, from 1; 0 if the session's time is in seconds
   Who mWho = Who::device;
   Verb mVerb = Verb::wait;
   int mLine = 0; ///< in its file, from 1
@@ -95,6 +107,7 @@ struct Action {
   Pointer mPointer = Pointer::none;
   std::array<double, 9> mLook{}; ///< eye x y z, target x y z, up x y z; world coordinates
   std::string mText;             ///< UTF-8
+  std::string mSource;           ///< the line from the verb on, as it was read
 };
 
 /// What came of reading a session. If anything was wrong, mActions is empty: nothing is to be played.
@@ -103,6 +116,8 @@ struct Session {
   std::vector<std::string> mErrors; ///< each "FILE:LINE: reason", or "FILE: reason"; the first 20
 
   bool isGood() const { return mErrors.empty(); }
+  /// Whether it counts passes.
+  bool isCounted() const { return !mActions.empty() && mActions.front().mPass > 0; }
   /// The lines of one player, in order.
   std::vector<Action> actionsOf(Who who) const;
 };
@@ -117,6 +132,11 @@ Session parse(std::string_view text, const std::string& fileName);
 /// from its standard input. Gives true and fills the action, or false and fills the error with the reason. A
 /// line that is empty or a comment gives false with an empty error.
 bool parseDeviceLine(std::string_view line, Action& action, std::string& error);
+/// The same for a line of the host.
+bool parseHostLine(std::string_view line, Action& action, std::string& error);
+
+/// Returns the line of a device without time and player that parseDeviceLine() would read so.
+std::string deviceLine(const Action& action);
 
 } // namespace session
 

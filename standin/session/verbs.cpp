@@ -148,11 +148,13 @@ constexpr VerbEntry kVerbs[] = {
     {"fit", Who::host, Verb::fit, readNothing},
     {"caption", Who::host, Verb::caption, readText},
     {"wait", Who::host, Verb::wait, readNothing},
+    {"tick", Who::host, Verb::tick, readNothing},
 };
 
 } // namespace
 
 void readVerb(Words& words, Action& action) {
+  action.mSource = Words(words).text("verb");
   const std::string_view name = words.word("verb");
   const auto verb = std::find_if(std::begin(kVerbs), std::end(kVerbs), [&](const VerbEntry& entry) {
     return entry.mWho == action.mWho && name == entry.mName;

@@ -1,3 +1,4 @@
+#include "counted_writer.h"
 #include "session.h"
 
 #include <gmock/gmock.h>
@@ -77,12 +78,53 @@ TEST(SessionTest, BadLinesNameFileLineAndReason) {
       {"1 host layout On", "unknown state \"On\""},
       {"1 host type", "text is missing"},
       {"1 host look 1 2 3 1 2 3 0 0 1", "same point"},
-      {"1 host look 0 0 5 0 0 0 0 0 2", "up lies along"}};
+      {"1 host look 0 0 5 0 0 0 0 0 2", "up lies along"},
+      {"p2 host fit", "the line above counts seconds"},
+      {"p0 host fit", "pass is out of range"},
+      {"1 host tick", "only a session that counts passes has ticks"}};
   for (const auto& [line, reason] : cases) {
     const session::Session found = session::parse(std::string("1 host wait\n\n") + line + "\n", "s");
     EXPECT_TRUE(found.mActions.empty()) << "nothing is played: " << line;
     EXPECT_THAT(found.mErrors, ElementsAre(AllOf(StartsWith("s:3: "), HasSubstr(reason)))) << line;
   }
+}
+
+TEST(SessionTest, CountsPasses) {
+  const auto found =
+      session::parse("p1 host wait\np7 device motion 0 0 300 0 0 0 # see\np7 host tick\n", "s");
+  ASSERT_TRUE(found.isGood()) << found.mErrors.front();
+  EXPECT_TRUE(found.isCounted());
+  EXPECT_EQ(found.mActions[2].mPass, 7);
+  EXPECT_EQ(found.mActions[2].mVerb, Verb::tick);
+  EXPECT_FALSE(session::parse("1 host wait", "s").isCounted());
+  for (const auto& [line, reason] : {std::make_pair("p6 host tick", "time is before that of the line above"),
+                                     {"8 host wait", "the line above counts passes"},
+                                     {"p8 device away 1", "no pass tells"}})
+    EXPECT_THAT(session::parse("p7 host wait\n" + std::string(line), "s").mErrors,
+                ElementsAre(AllOf(StartsWith("s:2: "), HasSubstr(reason))));
+}
+
+TEST(SessionTest, WrittenPassesReadBack) {
+  using Pass = session::CountedWriter::Pass;
+  session::CountedWriter writer;
+  writer.pass({{}, 0, false, {}, true, false});
+  writer.host("type _ZOOM #3 \xC3\xA4");
+  writer.pass({{0, 0, 300}, 0, false, {}, false, false});
+  writer.pass({{0, 0, 300}, 13, true, {0x20009, 0x20023, 0x2000C}, false, true});
+  writer.pass({{0, 1, 300}, 13, true, {}, false, false});
+  writer.pass(Pass());
+  const auto found = session::parse(writer.text(), "s");
+  ASSERT_TRUE(found.isGood()) << found.mErrors.front();
+  std::vector<std::string> lines;
+  for (const Action& one : found.mActions) {
+    lines.push_back(std::to_string(one.mPass) + " " + one.mSource);
+    if (one.mWho == Who::device) {
+      EXPECT_EQ(session::deviceLine(one), one.mSource);
+    }
+  }
+  EXPECT_THAT(lines, ElementsAre("1 type _ZOOM #3 \xC3\xA4", "1 motion 0 0 300 0 0 0",
+                                 "2 rotation 13 zoomall", "2 view front", "2 key 3", "2 zoom", "3 tick",
+                                 "3 motion 0 1 300 0 0 0", "4 rotation 0", "4 motion 0 0 0 0 0 0", "5 wait"));
 }
 
 TEST(SessionTest, BadFilesAreNamed) {
