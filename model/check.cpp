@@ -4,9 +4,13 @@ namespace model {
 
 namespace {
 
-constexpr int APPL_FUNC_START = 0x20020;
 constexpr int MOST_TRIES = 10000; // for one pass
 const std::set<int> SPECIAL_EVENTS = {0x20009, 0x2000A, 0x2000B, 0x2000C, 0x20016, 0x20017, 0x20018};
+
+/// What of the engine a pass at rest can change.
+std::tuple<int, bool, bool> stateOf(const Engine& engine) {
+  return {engine.viewMode, engine.capIsMoving, engine.menuIsLoaded};
+}
 
 } // namespace
 
@@ -16,7 +20,13 @@ RotationSettings rotationSettings(int code, bool zoomAllAfterView) {
   return {digit == 4 ? 2 : digit, code % 100 >= 10, code >= 100 || digit == 4, zoomAllAfterView};
 }
 
-Check::Check(const Settings& settings) : mSettings(settings), mEngine(*this), mMotions(1), mRotations(1) {
+int rotationCode(const RotationSettings& s) {
+  const int mode = s.rotMode == 2 && s.hoverMode ? 4 : s.rotMode;
+  return mode + (s.keepHorizon ? 10 : 0) + (s.hoverMode && mode != 4 ? 100 : 0);
+}
+
+Check::Check(const Settings& settings, std::function<void(const Pass&)> onPass)
+    : mSettings(settings), mOnPass(std::move(onPass)), mEngine(*this), mMotions(1), mRotations(1) {
   mMotions[0].certain = mRotations[0].certain = 1;
 }
 
@@ -88,7 +98,8 @@ short Check::axis(int index) {
   if (index == 0)
     mCommonEvent = count == 1 ? 0 : pick(count + 1);
   const int back = mCommonEvent < count ? mCommonEvent : pick(count);
-  return mMotions[oldest + static_cast<std::size_t>(count - 1 - back)].axes[static_cast<std::size_t>(index)];
+  const auto i = static_cast<std::size_t>(index);
+  return mBegun.back().axes[i] = mMotions[oldest + static_cast<std::size_t>(count - 1 - back)].axes[i];
 }
 
 const RotationSettings& Check::rotation() {
@@ -107,10 +118,38 @@ int Check::pending(Slot& slot, int none) {
   return slot.chosen == 0 ? none : slot.deliveries[static_cast<std::size_t>(slot.chosen) - 1].second;
 }
 
+void Check::serve(Slot& slot, int firstCode) {
+  const auto chosen = slot.deliveries.begin() + slot.chosen;
+  mBegun.back().served.push_back((chosen - 1)->second + firstCode);
+  slot.deliveries.erase(slot.deliveries.begin(), chosen);
+}
+
 int Check::pendingKey() {
   mFrozen = mNext;
-  ++mPasses;
+  const auto [oldest, count] = candidates(mRotations);
+  Pass pass;
+  pass.axes = mBegun.empty() ? mAxes : mBegun.back().axes;
+  pass.rotation = mRotations[oldest + static_cast<std::size_t>(count) - 1].rotation;
+  pass.entered = mTickP->spans[mReplayP->position() - 1].entered; // GetTickCount
+  mBegun.push_back(pass);
   return pending(mLeft[0], -1);
+}
+
+/// Reports the passes of the tick, which has been explained.
+void Check::reportPasses() {
+  constexpr std::size_t IDLE_CALLS = 6; // KillTimer, twice GetTickCount, tilemode, cvport, SetTimer
+  const auto isAtRest = [this](int axis) {
+    return std::abs(axis) <= static_cast<short>(mSettings.minThreshold);
+  };
+  for (std::size_t i = 0; i < mBegun.size(); ++i) {
+    Pass& pass = mBegun[i];
+    pass.isLast = i + 1 == mBegun.size();
+    pass.ended = pass.isLast ? mTickP->span.ended : mBegun[i + 1].entered;
+    pass.isAtRest = std::all_of(pass.axes.begin(), pass.axes.end(), isAtRest);
+    pass.isIdle = mTickP->calls.size() == IDLE_CALLS && mBefore == stateOf(mEngine);
+    mAxes = pass.axes;
+    mOnPass(pass);
+  }
 }
 
 bool Check::menuFile(std::string& path, std::vector<std::string>& modes,
@@ -136,26 +175,30 @@ void Check::tick(const Tick& tick) {
     Engine engine(mEngine, *this);
     Replay replay(tick.calls, tick.records, isLogged);
     mReplayP = &replay;
-    mPasses = 0;
+    mBegun.clear();
     mLeft = mSlots;
     try {
       engine.timerProc(replay);
       replay.end();
+      mBefore = stateOf(mEngine);
       mEngine = engine;
       mSlots = mLeft;
       isExplained = true;
     } catch (const std::exception& contradiction) { // also results that a recording hasn't
-      if (mPasses > pass || replay.position() >= furthest)
+      const int begun = static_cast<int>(mBegun.size());
+      if (begun > pass || replay.position() >= furthest)
         reason = contradiction.what();
       furthest = std::max(furthest, replay.position());
-      tries = mPasses > pass ? 1 : tries + 1;
-      pass = std::max(pass, mPasses);
+      tries = begun > pass ? 1 : tries + 1;
+      pass = std::max(pass, begun);
       contradicted = advance() && tries < MOST_TRIES ? 0 : 1;
     }
   }
   const std::int64_t before = isExplained ? passes : std::clamp<std::int64_t>(pass - 1, 0, passes);
   if (!reason.empty() && !isExplained)
     firstContradiction = text("at ", tick.seconds, " s, pass ", explained + before + 1, ": ", reason);
+  if (isExplained && mOnPass)
+    reportPasses();
   explained += before;
   notObservable += std::max<std::int64_t>(passes - before - (reason.empty() ? 0 : 1), 0);
   for (History* const historyP : {&mMotions, &mRotations})

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <optional>
 #include <set>
 #include <tuple>
@@ -25,6 +26,8 @@ struct RotationSettings {
   bool keepHorizon = false, hoverMode = false, zoomAllAfterView = false;
 };
 RotationSettings rotationSettings(int code, bool zoomAllAfterView);
+/// Returns a code that says the same.
+int rotationCode(const RotationSettings& settings);
 
 /// Entry and end, counted over all threads.
 struct Span {
@@ -40,11 +43,23 @@ struct Tick {
   double seconds = 0; // since the session's start
 };
 
+/// What a pass was given, by the choice that explains it: of several the one that takes the newest.
+struct Pass {
+  std::array<short, 6> axes{};         // as the engine used them; those of the pass before if it read none
+  RotationSettings rotation;           // the newest, where the engine read none
+  std::vector<int> served;             // codes of the events
+  std::int64_t entered = 0, ended = 0; // in the order of all entries and ends
+  bool isAtRest = false;
+  bool isIdle = false; // its tick only read the time and the mode, and left the engine as it was
+  bool isLast = false; // of its tick
+};
+
 /// Holds the ticks of a session against the model. What other threads wrote meanwhile is chosen so that it
 /// fits. The first contradiction ends the check: what the plug-in's state is then isn't known.
 class Check : private Inputs {
 public:
-  explicit Check(const Settings& settings);
+  /// onPass  called with each pass of a tick that is explained, in order; may be empty
+  explicit Check(const Settings& settings, std::function<void(const Pass&)> onPass = nullptr);
 
   // What comes before a tick and during it, in the order of its ends.
   void motionDelivered(int thread, std::int64_t order, const std::array<short, 6>& axes) {
@@ -86,12 +101,12 @@ private:
   short axis(int index) override;
   int pendingKey() override;
   int pendingSpecial() override { return pending(mLeft[1], 0); }
-  int rotMode() override { return rotation().rotMode; }
-  bool keepHorizon() override { return rotation().keepHorizon; }
-  bool hoverMode() override { return rotation().hoverMode; }
-  bool zoomAllAfterView() override { return rotation().zoomAllAfterView; }
-  void keyServed() override { mLeft[0].serve(); }
-  void specialServed() override { mLeft[1].serve(); }
+  int rotMode() override { return used().rotMode = rotation().rotMode; }
+  bool keepHorizon() override { return used().keepHorizon = rotation().keepHorizon; }
+  bool hoverMode() override { return used().hoverMode = rotation().hoverMode; }
+  bool zoomAllAfterView() override { return used().zoomAllAfterView = rotation().zoomAllAfterView; }
+  void keyServed() override { serve(mLeft[0], APPL_FUNC_START); }
+  void specialServed() override { serve(mLeft[1], 0); }
   bool menuFile(std::string& path, std::vector<std::string>& modes,
                 std::vector<std::string>& menuBarValues) override;
 
@@ -108,7 +123,6 @@ private:
   struct Slot {
     std::vector<std::pair<std::int64_t, int>> deliveries;
     int chosen = 0; // how many are gone once the chosen one is served
-    void serve() { deliveries.erase(deliveries.begin(), deliveries.begin() + chosen); }
   };
 
   int pick(int count);
@@ -117,9 +131,16 @@ private:
   std::pair<std::size_t, int> candidates(const History& history) const;
   const RotationSettings& rotation();
   int pending(Slot& slot, int none);
+  void serve(Slot& slot, int firstCode);
+  RotationSettings& used() { return mBegun.back().rotation; }
+  void reportPasses();
 
+  static constexpr int APPL_FUNC_START = 0x20020;
   Settings mSettings;
+  std::function<void(const Pass&)> mOnPass;
   Engine mEngine;
+  std::array<short, 6> mAxes{};        // of the last pass
+  std::tuple<int, bool, bool> mBefore; // the engine's state before the last tick
   History mMotions, mRotations;
   std::array<Slot, 2> mSlots; // keys, special events
   std::optional<std::tuple<std::string, std::vector<std::string>, std::vector<std::string>>> mMenu;
@@ -129,7 +150,7 @@ private:
   const Replay* mReplayP = nullptr;
   std::vector<std::pair<int, int>> mChoices; // value and count of each
   std::size_t mNext = 0, mFrozen = 0;        // choice; those before the frozen one stay
-  int mPasses = 0;                           // begun
+  std::vector<Pass> mBegun;                  // passes
   int mCommonEvent = 0; // of all axes of the sample; past the candidates: each has its own
   std::array<Slot, 2> mLeft;
 };

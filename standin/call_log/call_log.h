@@ -257,6 +257,8 @@ private:
 /// Up to some thousand records wait for that thread; a call waits while there are more. Ends a trace that was
 /// on.
 void startTrace(std::function<void(Record&&)> sink);
+/// Takes a place in the order of entries and ends, for what isn't a call: the moment of a frame, say.
+std::int64_t takeOrder();
 /// Waits until the sink has had all that was recorded up to now.
 void flushTrace();
 /// Ends the trace, when the sink has had all of it.

@@ -130,7 +130,7 @@ void endCall(Record* record, bool threw) {
     record->out.clear();
     record->outText.clear();
   }
-  push(*record, false);
+  push(std::move(*record), false);
 }
 
 bool openBracket(const char* name) {
@@ -155,7 +155,7 @@ void closeBracket() {
   t.isBracketOpen = false;
   if (waiting().note)
     t.bracket.note = waiting().note(true);
-  push(t.bracket, false);
+  push(std::move(t.bracket), false);
 }
 
 } // namespace detail
@@ -177,6 +177,10 @@ void startTrace(std::function<void(Record&&)> sink) {
   }
   detail::gIsTracing = true;
   detail::refreshActive();
+}
+
+std::int64_t takeOrder() {
+  return ++gOrder;
 }
 
 void flushTrace() {

@@ -103,6 +103,15 @@ TEST_F(EndToEnd, SessionMovesViewAndObjects) {
   for (std::size_t i = 1; i < zoomed.size(); ++i)
     EXPECT_NEAR(zoomed[i - 1]["field"][0].get<double>() / zoomed[i]["field"][0].get<double>(), 1.05, 1e-9);
 
+  // No frame carries the sample that had come by the time it was shown, in place of the one it was made of.
+  const json& frames = session["frames"];
+  for (std::size_t i = 1; i < frames.size() && frames[i]["t"] < 0.85; ++i) {
+    if (frames[i]["sample"] == json({0, 0, 0, 0, 0, 0})) {
+      EXPECT_EQ(frames[i]["eye"], frames[i - 1]["eye"]) << "frame " << i;
+      EXPECT_EQ(frames[i]["field"], frames[i - 1]["field"]) << "frame " << i;
+    }
+  }
+
   const std::string history = mFolder.read("out/command_line.txt");
   EXPECT_THAT(history, HasSubstr("'_-VIEW _FRONT"));
   EXPECT_THAT(history, HasSubstr("=> Move Selected Object:  on"));

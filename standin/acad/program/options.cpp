@@ -38,8 +38,9 @@ bool readOptions(int count, char** arguments, Options& options, int& exitStatus)
   CLI::Option* const dryRunP = app.add_flag("--dry-run", options.mIsDryRun,
                                             "only read drawing and session; status 2 if one can't be used");
   moduleP->excludes(dryRunP);
-  app.add_flag("--check", options.mIsToCheck,
-               "hold each pass of the plug-in against the model; status 1 if one contradicts it");
+  app.add_flag(
+      "--check,!--no-check", options.mIsToCheck,
+      "hold each pass of the plug-in against the model (the default); status 1 if one contradicts it");
   try {
     app.parse(count, arguments);
     if (!options.mIsDryRun && options.mModule.empty())

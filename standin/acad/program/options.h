@@ -16,7 +16,7 @@ struct Options {
   double mRefresh = 60;      ///< Hz; 0 shows frames without waiting
   double mHold = 1;          ///< seconds that the host goes on after the session's last line
   bool mIsDryRun = false;    ///< read drawing and session, report what is wrong with them, and end
-  bool mIsToCheck = false;   ///< hold each pass of the plug-in against the model
+  bool mIsToCheck = true;    ///< hold each pass of the plug-in against the model
 };
 
 /// Reads the command line. Returns true if the program is to run; otherwise the exit status is set, and help

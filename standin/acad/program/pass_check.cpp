@@ -1,6 +1,8 @@
 #include "pass_check.h"
 
+#include "host_player.h"
 #include "recorder.h"
+#include "wide_text.h"
 
 #include <windows.h>
 
@@ -44,9 +46,10 @@ std::vector<model::Record> recordsIn(const std::string& text, const std::string&
 
 } // namespace
 
-PassCheck::PassCheck(const std::filesystem::path& home)
+PassCheck::PassCheck(const std::filesystem::path& home, Explained explained)
     : mLog(home / "Orvaner" / kLogName), mThreadColumn(std::to_string(GetCurrentThreadId())),
-      mFolder(home.string() + "\\Orvaner\\Applications"), mStart(unixNow()) {
+      mFolder(home.string() + "\\Orvaner\\Applications"), mStart(unixNow()),
+      mExplained(std::move(explained)) {
   call_log::noteBrackets([this](bool isEnd) { return logNote(isEnd); });
   call_log::startTrace([this](call_log::Record&& record) { take(record); });
 }
@@ -58,7 +61,44 @@ PassCheck::~PassCheck() {
 const model::Check& PassCheck::finish() {
   call_log::stopTrace();
   call_log::noteBrackets(nullptr);
+  if (check().contradicted == 0)
+    explainFrames(std::numeric_limits<std::int64_t>::max());
   return check();
+}
+
+void PassCheck::frameShown(std::size_t number) {
+  const std::int64_t order = call_log::takeOrder();
+  const std::lock_guard<std::mutex> lock(mMutex);
+  mShown.emplace_back(order, number);
+}
+
+/// Explains the frames up to a place in the order by the last pass.
+void PassCheck::explainFrames(std::int64_t before) {
+  const std::lock_guard<std::mutex> lock(mMutex);
+  for (; !mShown.empty() && mShown.front().first < before; mShown.pop_front())
+    if (mExplained)
+      mExplained(mShown.front().second, mSample);
+}
+
+void PassCheck::passExplained(const model::Pass& pass) {
+  explainFrames(pass.entered);
+  mSample = pass.axes;
+  explainFrames(pass.ended);
+  session::CountedWriter::Pass written;
+  written.mAxes = pass.axes;
+  written.mRotationCode = model::rotationCode(pass.rotation);
+  written.mZoomsAll = pass.rotation.zoomAllAfterView;
+  written.mServed = pass.served;
+  written.mIsIdle = pass.isIdle;
+  written.mEndsTick = pass.isLast && !pass.isAtRest;
+  const std::lock_guard<std::mutex> lock(mMutex);
+  mWriter.pass(written);
+}
+
+std::string PassCheck::countedSession() {
+  call_log::flushTrace();
+  const std::lock_guard<std::mutex> lock(mMutex);
+  return mWriter.text();
 }
 
 /// Returns what was logged since a tick's beginning. A log that is shorter now is a new file.
@@ -96,6 +136,11 @@ void PassCheck::take(const call_log::Record& record) {
 }
 
 void PassCheck::takeOutside(const call_log::Record& record) {
+  if (record.name == kHostLine) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    mWriter.host(narrowed(record.text));
+    return;
+  }
   if (record.name == "acutPrintf")
     check().printed(record.text);
   if (record.threw || record.out.empty()) // an event that never came, say
@@ -129,7 +174,8 @@ void PassCheck::endTick(const call_log::Record& bracket) {
 /// The plug-in has read its settings when it makes the calls that count here.
 model::Check& PassCheck::check() {
   if (!mCheckP)
-    mCheckP = std::make_unique<model::Check>(readSettings());
+    mCheckP = std::make_unique<model::Check>(readSettings(),
+                                             [this](const model::Pass& pass) { passExplained(pass); });
   return *mCheckP;
 }
 

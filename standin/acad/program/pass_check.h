@@ -3,9 +3,14 @@
 
 #include "call_log.h"
 #include "check.h"
+#include "counted_writer.h"
 
+#include <deque>
 #include <filesystem>
+#include <functional>
+#include <limits>
 #include <memory>
+#include <mutex>
 
 namespace program {
 
@@ -13,12 +18,19 @@ namespace program {
 class PassCheck {
 public:
   /// Starts the trace; to be made before the plug-in's load message.
-  /// home  the user's folder, as USERPROFILE has it
-  explicit PassCheck(const std::filesystem::path& home);
+  /// home       the user's folder, as USERPROFILE has it
+  /// explained  gets each frame's number, and the sample that explains it: that of the pass which showed it,
+  ///            of the last one before for a frame between passes. On the trace's thread; may be empty
+  using Explained = std::function<void(std::size_t frame, const std::array<short, 6>& sample)>;
+  explicit PassCheck(const std::filesystem::path& home, Explained explained = nullptr);
   ~PassCheck();
   PassCheck(const PassCheck&) = delete;
   PassCheck& operator=(const PassCheck&) = delete;
 
+  /// A frame is shown now: on the main thread, in the call that asks for it.
+  void frameShown(std::size_t number);
+  /// Returns what was done up to the end of the last tick as a session that counts passes. Not during a tick.
+  std::string countedSession();
   /// Ends the trace, and returns what was found.
   const model::Check& finish();
 
@@ -30,6 +42,8 @@ private:
   model::Settings readSettings();
   void readMenu();
   std::string logNote(bool isEnd);
+  void passExplained(const model::Pass& pass);
+  void explainFrames(std::int64_t before);
 
   // Of the main thread.
   std::filesystem::path mLog;
@@ -42,6 +56,12 @@ private:
   std::unique_ptr<model::Check> mCheckP;
   model::Tick mTick;
   bool mIsMenuRead = false;
+  const Explained mExplained;
+  std::array<short, 6> mSample{}; // of the last pass
+
+  std::mutex mMutex;                                       // of what follows
+  std::deque<std::pair<std::int64_t, std::size_t>> mShown; // order and number of frames not yet explained
+  session::CountedWriter mWriter;
 };
 
 } // namespace program

@@ -62,9 +62,9 @@ private:
 void playSession(HostPlayer& player, Recorder& recorder, Controls& controls, const Options& options) {
   const auto step = [&] {
     const double seconds = unixNow() - recorder.start();
-    player.play(seconds);
     recorder.typing(true);
-    host::runQueue();
+    host::runQueue(); // what the plug-in typed
+    player.play(seconds);
     recorder.typing(false);
     host::showPending();
     recorder.look();
@@ -97,7 +97,13 @@ int runSession(const Options& options, const session::Session& session) {
   SessionInput input;
   Recorder recorder(*controlsP);
   const std::unique_ptr<PassCheck> checkP =
-      options.mIsToCheck ? std::make_unique<PassCheck>(folders.mHome) : nullptr;
+      options.mIsToCheck ? std::make_unique<PassCheck>(folders.mHome,
+                                                       [&input](std::size_t frame, const auto& sample) {
+                                                         input.mSamples[frame] = sample;
+                                                       })
+                         : nullptr;
+  if (checkP)
+    recorder.onShown([&checkP](std::size_t number) { checkP->frameShown(number); });
   PlugIn plugIn(options.mModule, options.mIsToCheck);
   recorder.begin();
   input.mOutcome.mIsLoaded = true;
@@ -112,8 +118,10 @@ int runSession(const Options& options, const session::Session& session) {
   input.mEnd = unixNow();
   std::cout << "Unloading the plug-in\n" << std::flush;
   input.mOutcome.mIsUnloaded = plugIn.unload();
-  if (checkP)
+  if (checkP) {
     input.mOutcome.mCheckP = &checkP->finish();
+    input.mCounted = checkP->countedSession();
+  }
 
   input.mDrawingName = fs::u8path(options.mDrawing).filename().u8string();
   input.mSessionName = fs::u8path(options.mSession).filename().u8string();

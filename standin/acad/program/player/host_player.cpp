@@ -1,5 +1,6 @@
 #include "host_player.h"
 
+#include "call_log.h"
 #include "wide_text.h"
 
 #include <algorithm>
@@ -70,8 +71,8 @@ HostPlayer::HostPlayer(const session::Session& session, Controls& controls, Reco
   }
 }
 
-void HostPlayer::play(double seconds) {
-  while (mNext < mActions.size() && mActions[mNext].mSeconds <= seconds)
+void HostPlayer::play(double seconds, std::int64_t nextPass) {
+  while (mNext < mActions.size() && mActions[mNext].mSeconds <= seconds && mActions[mNext].mPass <= nextPass)
     perform(mActions[mNext++]);
 }
 
@@ -101,6 +102,8 @@ void HostPlayer::select(const session::Action& action) {
 
 void HostPlayer::perform(const session::Action& action) {
   using session::Verb;
+  if (action.mVerb != Verb::wait && action.mVerb != Verb::tick)
+    call_log::Traced(kHostLine, widened(action.mSource));
   switch (action.mVerb) {
   case Verb::select:
     select(action);
@@ -140,6 +143,8 @@ void HostPlayer::perform(const session::Action& action) {
   default: // wait does nothing but keep the host going; the rest is the device's
     break;
   }
+  // Now, and not with what is typed later: so a session that counts passes can say when it ran.
+  host::runQueue();
 }
 
 } // namespace program

@@ -117,6 +117,8 @@ void writeOutputs(const Folders& folders, const Recorder& recorder, const Sessio
   writeFile(folders.mOut / "session.json",
             data.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
   writeFile(folders.mOut / "report.html", reportPage(data));
+  if (!input.mCounted.empty())
+    writeFile(folders.mOut / "saved.session", input.mCounted);
 }
 
 void printSummary(std::ostream& out, const Folders& folders, const Recorder& recorder,
@@ -133,8 +135,8 @@ void printSummary(std::ostream& out, const Folders& folders, const Recorder& rec
       << "Frames         " << recorder.shownFrames() << ", " << std::fixed << std::setprecision(1)
       << recorder.framesPerSecond() << " a second while the cap moved\n"
       << std::setprecision(3) << "Plug-in's part " << shareOf(recorder.plugInTimes(), 0.5) * 1000
-      << " ms of a frame (median), p99 below " << shareOf(recorder.plugInTimes(), 0.99) * 1000 << " ms\n"
-      << std::defaultfloat;
+      << " ms of a frame (median), p99 below " << shareOf(recorder.plugInTimes(), 0.99) * 1000 << " ms"
+      << (outcome.mCheckP ? ", the recording of its calls included\n" : "\n") << std::defaultfloat;
   printTyped(out, input.mHistory);
   printView(out, "First view     ", recorder.frames().front());
   printView(out, "Last view      ", recorder.frames().back());

@@ -147,10 +147,12 @@ void Recorder::keep(RecordedFrame frame) {
     last.mLayout = frame.mLayout;
     append(last.mMoved, frame.mMoved);
     last.mPlugInSeconds += frame.mPlugInSeconds;
-    return;
+  } else {
+    mCredit -= 1;
+    mFrames.push_back(std::move(frame));
   }
-  mCredit -= 1;
-  mFrames.push_back(std::move(frame));
+  if (mOnShown)
+    mOnShown(mFrames.size() - 1);
 }
 
 void Recorder::look() {

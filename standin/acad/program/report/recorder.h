@@ -8,6 +8,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -90,6 +91,10 @@ public:
   /// the end of a frame, until the next frame.
   void handOver() { mHandedOver = Steady::now(); }
 
+  /// Calls this from now on with a frame's number, its index in frames(), when it is shown; again when another
+  /// one is joined to it.
+  void onShown(std::function<void(std::size_t number)> listener) { mOnShown = std::move(listener); }
+
   double start() const { return mStart; }
   const std::vector<RecordedFrame>& frames() const { return mFrames; }
   /// Frames that the host showed, also those that came too fast to be kept.
@@ -133,6 +138,7 @@ private:
   std::vector<Timestamped<std::string>> mCaptions;
   std::vector<Timestamped<session::Pointer>> mPointers;
   std::vector<Timestamped<std::vector<int>>> mSelections;
+  std::function<void(std::size_t)> mOnShown;
   ScrollWatch mScrollWatch;
 };
 

@@ -67,13 +67,13 @@ private:
   std::vector<std::vector<int>> mLists;
 };
 
-json framesJson(const Recorder& recorder, const std::vector<DeviceEvent>& events, MovedWriter& moved) {
+json framesJson(const Recorder& recorder, const SessionInput& input, MovedWriter& moved) {
   json out = json::array();
-  SampleCursor samples(events);
+  SampleCursor delivered(input.mEvents);
   double before = 0;
   for (const RecordedFrame& frame : recorder.frames()) {
     json entry = {{"t", frame.mUnixSeconds - recorder.start()},
-                  {"sample", samples.at(frame.mUnixSeconds)},
+                  {"sample", delivered.at(frame.mUnixSeconds)},
                   {"eye", point(frame.mView.position)},
                   {"target", point(frame.mView.target)},
                   {"up", vector(frame.mView.up)},
@@ -81,6 +81,8 @@ json framesJson(const Recorder& recorder, const std::vector<DeviceEvent>& events
                   {"perspective", frame.mView.perspective},
                   {"mode", frame.mIs2d ? 1 : 2},
                   {"moved", moved.write(frame.mMoved)}};
+    if (const auto explained = input.mSamples.find(out.size()); explained != input.mSamples.end())
+      entry["sample"] = explained->second;
     if (frame.mIs2d) {
       entry["centre"] = {frame.mLayout.centre.x, frame.mLayout.centre.y};
       entry["height"] = frame.mLayout.viewHeight;
@@ -236,7 +238,7 @@ json sessionData(const Recorder& recorder, const SessionInput& input) {
   out["unix"] = start;
   out["seconds"] = input.mEnd - start;
   out["drawing"] = recorder.drawing().toJson(input.mDrawingName, kSegmentBudget);
-  out["frames"] = framesJson(recorder, input.mEvents, moved);
+  out["frames"] = framesJson(recorder, input, moved);
   out["lists"] = moved.lists();
   out["layout"] = {{"width", host::layout().width}, {"height", host::layout().height}};
   out["commands"] = historyJson(input.mHistory, start, true);

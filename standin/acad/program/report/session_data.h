@@ -7,6 +7,8 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include <array>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -30,7 +32,11 @@ struct SessionInput {
   std::string mSessionName;
   double mEnd = 0; ///< unix seconds
   std::vector<DeviceEvent> mEvents;
+  /// By the frame's number, the sample that explains it. For others the daemon's record says by time which
+  /// sample had been delivered: the next one already, at a change.
+  std::map<std::size_t, std::array<short, 6>> mSamples;
   std::vector<session::Action> mDeviceActions;
+  std::string mCounted; ///< what was done, as a session that counts passes; empty if no pass was checked
   std::vector<host::HistoryLine> mHistory; ///< times in unix seconds
   std::vector<std::string> mLog;
   std::vector<ControlInfo> mControls;
