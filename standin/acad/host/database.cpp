@@ -1,7 +1,6 @@
 #include <windows.h>
 
 #include "acedads.h"
-#include "host_access.h"
 #include "state.h"
 #include "trace_types.h"
 
@@ -16,7 +15,7 @@ size_t placeOf(AcDbObjectId id) {
 }
 
 Acad::ErrorStatus openForWrite(AcDbObject& object) {
-  int& count = HostAccess::openCount(object);
+  int& count = object.mHost.openCount;
   if (count != 0)
     return count < 0 ? Acad::eWasOpenForWrite : Acad::eWasOpenForRead;
   count = -1;
@@ -28,7 +27,7 @@ Acad::ErrorStatus openForWrite(AcDbObject& object) {
 }
 
 Acad::ErrorStatus openForRead(AcDbObject& object) {
-  int& count = HostAccess::openCount(object);
+  int& count = object.mHost.openCount;
   if (count < 0)
     return Acad::eWasOpenForWrite;
   ++count;
@@ -44,7 +43,7 @@ Acad::ErrorStatus open(AcDbObject*& object, AcDbObjectId id, const AcRxClass* aC
     return Acad::eUnknownObjectId;
   if (!foundP->isA()->isDerivedFrom(aClass))
     return Acad::eNotThatKindOfClass;
-  if (HostAccess::hasFlag(*foundP, HostAccess::kCannotBeOpened))
+  if (foundP->mHost.cannotBeOpened)
     return Acad::eCannotBeOpened;
   const Acad::ErrorStatus status = mode == AcDb::kForWrite ? openForWrite(*foundP) : openForRead(*foundP);
   if (status == Acad::eOk)
@@ -56,14 +55,14 @@ Acad::ErrorStatus open(AcDbObject*& object, AcDbObjectId id, const AcRxClass* aC
 
 Acad::ErrorStatus AcDbObject::close() {
   call_log::Call call("close", this);
-  if (call.mustFail() || mOpenCount == 0)
+  if (call.mustFail() || mHost.openCount == 0)
     return call.returns(Acad::eNotOpen);
   host::Held& held = host::document().held;
-  if (mOpenCount < 0) {
-    mOpenCount = 0;
+  if (mHost.openCount < 0) {
+    mHost.openCount = 0;
     --held.openForWrite;
   } else {
-    --mOpenCount;
+    --mHost.openCount;
     --held.openForRead;
   }
   return call.returns(Acad::eOk);
@@ -90,7 +89,7 @@ AcDbObjectId add(std::unique_ptr<AcDbEntity> entity) {
   Document& d = document();
   AcDbEntity* const entityP = entity.get();
   d.modelSpace.push_back(entityP);
-  HostAccess::number(*entityP) = static_cast<int>(d.modelSpace.size());
+  entityP->mHost.number = static_cast<int>(d.modelSpace.size());
   return d.addObject(std::move(entity));
 }
 
@@ -111,7 +110,7 @@ AcDbObjectId entityId(int number) {
 
 int entityNumber(AcDbObjectId id) {
   const AcDbObject* const objectP = find(id);
-  return objectP ? HostAccess::number(*objectP) : 0;
+  return objectP ? objectP->mHost.number : 0;
 }
 
 int firstLine() {
@@ -141,23 +140,23 @@ std::vector<AcDbStroke> strokes(int number) {
 
 namespace {
 
-void mark(AcDbObjectId id, HostAccess::Flag flag, bool isOn) {
+void mark(AcDbObjectId id, bool AcDbHostRecord::*flag, bool isOn) {
   if (AcDbObject* const objectP = find(id))
-    HostAccess::setFlag(*objectP, flag, isOn);
+    objectP->mHost.*flag = isOn;
 }
 
 } // namespace
 
 void setCannotBeOpened(AcDbObjectId id, bool isOn) {
-  mark(id, HostAccess::kCannotBeOpened, isOn);
+  mark(id, &AcDbHostRecord::cannotBeOpened, isOn);
 }
 
 void setHasNoExtents(AcDbObjectId id, bool isOn) {
-  mark(id, HostAccess::kHasNoExtents, isOn);
+  mark(id, &AcDbHostRecord::hasNoExtents, isOn);
 }
 
 void setRefusesTransform(AcDbObjectId id, bool isOn) {
-  mark(id, HostAccess::kRefusesTransform, isOn);
+  mark(id, &AcDbHostRecord::refusesTransform, isOn);
 }
 
 Held held() {

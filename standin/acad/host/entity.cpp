@@ -4,7 +4,6 @@
 #include <cmath>
 #include <limits>
 
-#include "host_access.h"
 #include "state.h"
 #include "trace_types.h"
 
@@ -19,13 +18,6 @@ void AcDbExtents::addPoint(const AcGePoint3d& p) {
   mMax.set(std::max(mMax.x, p.x), std::max(mMax.y, p.y), std::max(mMax.z, p.z));
 }
 
-void AcDbExtents::addExt(const AcDbExtents& other) {
-  if (other.isEmpty())
-    return;
-  addPoint(other.mMin);
-  addPoint(other.mMax);
-}
-
 Acad::ErrorStatus AcDbEntity::getGeomExtents(AcDbExtents& extents) const {
   call_log::Call call("getGeomExtents", this);
   const auto status = [&] {
@@ -33,7 +25,7 @@ Acad::ErrorStatus AcDbEntity::getGeomExtents(AcDbExtents& extents) const {
       return Acad::eInvalidExtents;
     if (!objectId().isNull() && !isReadEnabled())
       return Acad::eNotOpen;
-    if (HostAccess::hasFlag(*this, HostAccess::kHasNoExtents))
+    if (mHost.hasNoExtents)
       return Acad::eInvalidExtents;
     AcDbExtents own;
     subAddExtents(nullptr, own);
@@ -54,10 +46,10 @@ Acad::ErrorStatus AcDbEntity::transformBy(const AcGeMatrix3d& transform) {
     ++host::document().viewCounts.nonFiniteCalls;
   if (!objectId().isNull() && !isWriteEnabled())
     return call.returns(Acad::eNotOpenForWrite);
-  if (HostAccess::hasFlag(*this, HostAccess::kRefusesTransform))
+  if (mHost.refusesTransform)
     return call.returns(Acad::eOnLockedLayer);
   const Acad::ErrorStatus status = subTransformBy(transform);
   if (status == Acad::eOk)
-    host::noteMotion(HostAccess::number(*this), transform);
+    host::noteMotion(mHost.number, transform);
   return call.returns(status);
 }

@@ -2,13 +2,10 @@
 #include "gepnt.h"
 
 AcGeTol AcGeContext::gTol;
-const AcGePoint2d AcGePoint2d::kOrigin;
 const AcGePoint3d AcGePoint3d::kOrigin;
-const AcGeVector3d AcGeVector3d::kIdentity;
 const AcGeVector3d AcGeVector3d::kXAxis(1, 0, 0);
 const AcGeVector3d AcGeVector3d::kYAxis(0, 1, 0);
 const AcGeVector3d AcGeVector3d::kZAxis(0, 0, 1);
-const AcGeMatrix3d AcGeMatrix3d::kIdentity;
 
 AcGeVector3d AcGeVector3d::perpVector() const {
   // The world axis that this vector leans on least gives the best conditioned cross product.

@@ -67,14 +67,8 @@ void setHasNoExtents(AcDbObjectId id,
                      bool isOn = true); // getGeomExtents: eInvalidExtents, argument untouched
 void setRefusesTransform(AcDbObjectId id, bool isOn = true); // transformBy: eOnLockedLayer
 
-/// The layout's viewport.
-AcDbObjectId viewportId();
-struct LayoutState {
-  double width = 300; // paper units
-  double height = 200;
-  double viewHeight = 100; // drawing units
-  AcGePoint2d centre;
-};
+/// What the layout's viewport shows.
+using LayoutState = AcDbViewport::Layout;
 LayoutState layout();
 void setLayoutState(const LayoutState& state);
 

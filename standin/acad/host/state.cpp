@@ -1,20 +1,16 @@
 #include "state.h"
 
-#include "host_access.h"
-
 namespace host {
 
 Document::Document() : objects(1), variables({{L"tilemode", 1}, {L"cvport", 2}}) {
   static Adesk::Int64 sGeneration = 0;
   generation = ++sGeneration;
-  const LayoutState fresh;
-  viewport =
-      addObject(std::make_unique<AcDbViewport>(fresh.width, fresh.height, fresh.viewHeight, fresh.centre));
+  viewport = addObject(std::make_unique<AcDbViewport>());
 }
 
 AcDbObjectId Document::addObject(std::unique_ptr<AcDbObject> object) {
   const AcDbObjectId id((generation << 32) + static_cast<Adesk::Int64>(objects.size()));
-  HostAccess::setId(*object, id);
+  object->mHost.id = id;
   objects.push_back(std::move(object));
   return id;
 }

@@ -68,7 +68,6 @@ void noteMotion(int number, const AcGeMatrix3d& transform);
 std::string writeMenuFile();
 /// The six views, by their names in lower case; false if the name is none of them.
 bool showNamedView(const std::wstring& name);
-AcDbViewport& layoutViewport();
 /// The object behind an id, without opening it; null if there is none.
 AcDbObject* find(AcDbObjectId id);
 

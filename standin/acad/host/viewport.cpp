@@ -3,31 +3,27 @@
 #include <cmath>
 
 #include "acedads.h"
-#include "host_access.h"
 #include "state.h"
 #include "trace_types.h"
 
-AcDbViewport::AcDbViewport(double width, double height, double viewHeight, const AcGePoint2d& viewCentre)
-    : mWidth(width), mHeight(height), mViewHeight(viewHeight), mViewCentre(viewCentre) {}
-
 double AcDbViewport::width() const {
   call_log::Call call("width", this);
-  return call.returns(mWidth);
+  return call.returns(mLayout.width);
 }
 
 double AcDbViewport::height() const {
   call_log::Call call("height", this);
-  return call.returns(mHeight);
+  return call.returns(mLayout.height);
 }
 
 double AcDbViewport::viewHeight() const {
   call_log::Call call("viewHeight", this);
-  return call.returns(mViewHeight);
+  return call.returns(mLayout.viewHeight);
 }
 
 AcGePoint2d AcDbViewport::viewCenter() const {
   call_log::Call call("viewCenter", this);
-  return call.returns(mViewCentre);
+  return call.returns(mLayout.centre);
 }
 
 Acad::ErrorStatus AcDbViewport::setViewCenter(const AcGePoint2d& centre) {
@@ -39,7 +35,7 @@ Acad::ErrorStatus AcDbViewport::setViewCenter(const AcGePoint2d& centre) {
     ++host::document().viewCounts.nonFiniteCalls;
     return Acad::eInvalidInput;
   }
-  mViewCentre = centre;
+  mLayout.centre = centre;
   return Acad::eOk;
 }
 
@@ -52,7 +48,7 @@ Acad::ErrorStatus AcDbViewport::setViewHeight(double height) {
     ++host::document().viewCounts.nonFiniteCalls;
   if (!std::isfinite(height) || height <= 0)
     return Acad::eInvalidInput;
-  mViewHeight = height;
+  mLayout.viewHeight = height;
   return Acad::eOk;
 }
 
@@ -67,7 +63,7 @@ Acad::ErrorStatus AcDbViewport::updateDisplay() const {
 void AcDbViewport::subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const {
   for (const double sx : {-0.5, 0.5})
     for (const double sy : {-0.5, 0.5})
-      extents.addPoint(host::apply(transform, AcGePoint3d(sx * mWidth, sy * mHeight, 0)));
+      extents.addPoint(host::apply(transform, AcGePoint3d(sx * mLayout.width, sy * mLayout.height, 0)));
 }
 
 Acad::ErrorStatus AcDbViewport::subTransformBy(const AcGeMatrix3d&) {
@@ -84,20 +80,20 @@ AcDbObjectId acedActiveViewportId() {
 
 namespace host {
 
+namespace {
+
 AcDbViewport& layoutViewport() {
   return static_cast<AcDbViewport&>(*find(document().viewport));
 }
 
-AcDbObjectId viewportId() {
-  return document().viewport;
-}
+} // namespace
 
 LayoutState layout() {
-  return HostAccess::layout(layoutViewport());
+  return layoutViewport().mLayout;
 }
 
 void setLayoutState(const LayoutState& newState) {
-  HostAccess::setLayout(layoutViewport(), newState);
+  layoutViewport().mLayout = newState;
 }
 
 } // namespace host

@@ -10,13 +10,11 @@
 class AcDbExtents {
 public:
   AcDbExtents();
-  AcDbExtents(const AcGePoint3d& low, const AcGePoint3d& high) : mMin(low), mMax(high) {}
 
   AcGePoint3d minPoint() const { return mMin; }
   AcGePoint3d maxPoint() const { return mMax; }
   bool isEmpty() const { return mMin.x > mMax.x; }
   void addPoint(const AcGePoint3d& p);
-  void addExt(const AcDbExtents& other);
 
 private:
   AcGePoint3d mMin;

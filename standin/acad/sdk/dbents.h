@@ -10,41 +10,56 @@
 /// world coordinates. An entity is made by its constructor and belongs to its maker until a drawing takes it
 /// over.
 
-class AcDbPoint : public AcDbEntity {
+/// A shape that is defined by points: a line through them, closed or open, unless the class draws it otherwise.
+class AcDbPointShape : public AcDbEntity {
 public:
-  explicit AcDbPoint(const AcGePoint3d& position) : mPosition(position) {}
-
-  static AcRxClass* desc();
-  AcRxClass* isA() const override;
-  AcGePoint3d position() const { return mPosition; }
+  const std::vector<AcGePoint3d>& points() const { return mPoints; }
+  bool isClosed() const { return mIsClosed; }
 
   void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
   Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
   void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
 
+protected:
+  AcDbPointShape(std::vector<AcGePoint3d> points, bool isClosed)
+      : mPoints(std::move(points)), mIsClosed(isClosed) {}
+
 private:
-  AcGePoint3d mPosition;
+  std::vector<AcGePoint3d> mPoints;
+  bool mIsClosed;
 };
 
-class AcDbLine : public AcDbEntity {
+class AcDbPoint : public AcDbPointShape {
 public:
-  AcDbLine(const AcGePoint3d& start, const AcGePoint3d& end) : mStart(start), mEnd(end) {}
-
+  explicit AcDbPoint(const AcGePoint3d& position) : AcDbPointShape({position}, false) {}
   static AcRxClass* desc();
   AcRxClass* isA() const override;
-  AcGePoint3d startPoint() const;
-  AcGePoint3d endPoint() const;
+};
+
+class AcDbLine : public AcDbPointShape {
+public:
+  AcDbLine(const AcGePoint3d& start, const AcGePoint3d& end) : AcDbPointShape({start, end}, false) {}
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
   /// On a failure the argument stays as it is.
   Acad::ErrorStatus getStartPoint(AcGePoint3d& point) const;
   Acad::ErrorStatus getEndPoint(AcGePoint3d& point) const;
+};
 
-  void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
-  Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
-  void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
+class AcDb3dPolyline : public AcDbPointShape {
+public:
+  AcDb3dPolyline(std::vector<AcGePoint3d> points, bool isClosed)
+      : AcDbPointShape(std::move(points), isClosed) {}
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
+};
 
-private:
-  AcGePoint3d mStart;
-  AcGePoint3d mEnd;
+class AcDbFace : public AcDbPointShape {
+public:
+  /// A triangle if the last two corners are equal.
+  AcDbFace(const AcGePoint3d& a, const AcGePoint3d& b, const AcGePoint3d& c, const AcGePoint3d& d);
+  static AcRxClass* desc();
+  AcRxClass* isA() const override;
 };
 
 /// A part of an ellipse: centre + major * cos t + minor * sin t, for t from start to start + sweep. Any
@@ -117,7 +132,7 @@ protected:
 };
 
 /// A flat line of straight and round pieces.
-class AcDbPolyline : public AcDbEntity {
+class AcDbPolyline : public AcDbPointShape {
 public:
   /// A corner in the line's plane; bulge is the tangent of a quarter of the angle of the arc to the next
   /// corner, positive for counter-clockwise, 0 for a straight piece.
@@ -131,7 +146,6 @@ public:
                const AcGeVector3d& normal = AcGeVector3d::kZAxis);
   static AcRxClass* desc();
   AcRxClass* isA() const override;
-  bool isClosed() const { return mIsClosed; }
 
   void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
   Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
@@ -142,29 +156,10 @@ private:
     size_t from = 0; // corner at which it starts
     AcDbEllipticArc arc;
   };
-  AcDbStroke mPoints;
   std::vector<RoundPiece> mRoundPieces; // in the order of their corners; pieces not named here are straight
-  bool mIsClosed;
 };
 
-class AcDb3dPolyline : public AcDbEntity {
-public:
-  AcDb3dPolyline(std::vector<AcGePoint3d> points, bool isClosed);
-  static AcRxClass* desc();
-  AcRxClass* isA() const override;
-  const std::vector<AcGePoint3d>& points() const { return mPoints; }
-  bool isClosed() const { return mIsClosed; }
-
-  void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
-  Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
-  void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
-
-private:
-  std::vector<AcGePoint3d> mPoints;
-  bool mIsClosed;
-};
-
-class AcDbPolyFaceMesh : public AcDbEntity {
+class AcDbPolyFaceMesh : public AcDbPointShape {
 public:
   /// Corners of a face, counted from 0; the fourth is -1 for a triangle.
   struct Face {
@@ -174,32 +169,14 @@ public:
   AcDbPolyFaceMesh(std::vector<AcGePoint3d> vertices, const std::vector<Face>& faces);
   static AcRxClass* desc();
   AcRxClass* isA() const override;
-  size_t numVertices() const { return mVertices.size(); }
+  size_t numVertices() const { return points().size(); }
   size_t numFaces() const { return mFaces.size(); }
 
-  void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
-  Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
   /// Each edge once, however many faces share it.
   void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
 
 private:
-  std::vector<AcGePoint3d> mVertices;
   std::vector<Face> mFaces;
-};
-
-class AcDbFace : public AcDbEntity {
-public:
-  /// A triangle if the last two corners are equal.
-  AcDbFace(const AcGePoint3d& a, const AcGePoint3d& b, const AcGePoint3d& c, const AcGePoint3d& d);
-  static AcRxClass* desc();
-  AcRxClass* isA() const override;
-
-  void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
-  Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
-  void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
-
-private:
-  AcGePoint3d mCorners[4];
 };
 
 /// Entities under one name, to be inserted any number of times. Shared by its inserts, never changed once one
@@ -216,7 +193,6 @@ public:
       : mBlockP(std::move(block)), mTransform(transform) {}
   static AcRxClass* desc();
   AcRxClass* isA() const override;
-  AcGePoint3d position() const { return AcGePoint3d::kOrigin + mTransform.translation(); }
 
   void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
   Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
@@ -232,7 +208,12 @@ private:
 /// A viewport on a layout: a rectangle of paper with a flat view in it.
 class AcDbViewport : public AcDbEntity {
 public:
-  AcDbViewport(double width, double height, double viewHeight, const AcGePoint2d& viewCentre);
+  struct Layout {
+    double width = 300; // paper units
+    double height = 200;
+    double viewHeight = 100; // drawing units
+    AcGePoint2d centre;
+  };
   static AcRxClass* desc();
   AcRxClass* isA() const override;
 
@@ -252,12 +233,7 @@ public:
   Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
   void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
 
-private:
-  friend struct HostAccess;
-  double mWidth;
-  double mHeight;
-  double mViewHeight;
-  AcGePoint2d mViewCentre;
+  Layout mLayout; // the host reads and sets it without a call
 };
 
 #endif

@@ -5,8 +5,6 @@
 #include "adesk.h"
 #include "rxobject.h"
 
-struct HostAccess;
-
 namespace AcDb {
 enum OpenMode { kForRead = 0, kForWrite = 1 };
 } // namespace AcDb
@@ -30,6 +28,16 @@ private:
   Adesk::Int64 mValue = 0;
 };
 
+/// What the host keeps about an object. Applications leave it alone.
+struct AcDbHostRecord {
+  AcDbObjectId id;
+  int openCount = 0; // openings for read, or -1: open for write
+  int number = 0;    // position in model space from 1; 0: not in model space
+  bool cannotBeOpened = false;
+  bool hasNoExtents = false;
+  bool refusesTransform = false;
+};
+
 /// An object that can live in a drawing. While it does, the drawing owns it, and others open and close it.
 class AcDbObject : public AcRxObject {
 public:
@@ -41,18 +49,13 @@ public:
   AcRxClass* isA() const override;
 
   /// Null while the object is in no drawing.
-  AcDbObjectId objectId() const { return mId; }
+  AcDbObjectId objectId() const { return mHost.id; }
   /// Ends one opening. eNotOpen if there is none.
   Acad::ErrorStatus close();
-  bool isReadEnabled() const { return mOpenCount != 0; }
-  bool isWriteEnabled() const { return mOpenCount < 0; }
+  bool isReadEnabled() const { return mHost.openCount != 0; }
+  bool isWriteEnabled() const { return mHost.openCount < 0; }
 
-private:
-  friend struct HostAccess;
-  AcDbObjectId mId;
-  int mOpenCount = 0;       // openings for read, or -1: open for write
-  int mNumber = 0;          // position in model space from 1; 0: not in model space
-  unsigned char mFlags = 0; // what the object refuses
+  AcDbHostRecord mHost;
 };
 
 /// Returns the id of an entity's name. eUnknownObjectId if no entity has that name.
@@ -92,20 +95,18 @@ public:
   /// Closes what was open before. On a failure object() is null.
   Acad::ErrorStatus open(AcDbObjectId id, AcDb::OpenMode mode, bool openErased = false) {
     close();
-    return mStatus = acdbOpenObject(mObjectP, id, mode, openErased);
+    return acdbOpenObject(mObjectP, id, mode, openErased);
   }
   Acad::ErrorStatus close() {
     T* const objectP = mObjectP;
     mObjectP = nullptr;
     return objectP ? objectP->close() : Acad::eOk;
   }
-  Acad::ErrorStatus openStatus() const { return mStatus; }
   T* object() const { return mObjectP; }
   T* operator->() const { return mObjectP; }
 
 private:
   T* mObjectP = nullptr;
-  Acad::ErrorStatus mStatus = Acad::eNullObjectId;
 };
 
 #endif

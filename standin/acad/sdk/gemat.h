@@ -7,7 +7,6 @@
 class AcGeMatrix3d {
 public:
   double entry[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
-  static const AcGeMatrix3d kIdentity;
 
   /// The identity.
   AcGeMatrix3d() = default;

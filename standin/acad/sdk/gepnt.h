@@ -21,26 +21,13 @@ struct AcGeContext {
   static AcGeTol gTol;
 };
 
-class AcGeVector2d {
-public:
-  double x = 0;
-  double y = 0;
-
-  AcGeVector2d() = default;
-  AcGeVector2d(double xx, double yy) : x(xx), y(yy) {}
-  double length() const { return std::hypot(x, y); }
-};
-
 class AcGePoint2d {
 public:
   double x = 0;
   double y = 0;
-  static const AcGePoint2d kOrigin;
 
   AcGePoint2d() = default;
   AcGePoint2d(double xx, double yy) : x(xx), y(yy) {}
-  AcGeVector2d operator-(const AcGePoint2d& p) const { return {x - p.x, y - p.y}; }
-  AcGePoint2d operator+(const AcGeVector2d& v) const { return {x + v.x, y + v.y}; }
 };
 
 class AcGeVector3d {
@@ -48,7 +35,6 @@ public:
   double x = 0;
   double y = 0;
   double z = 0;
-  static const AcGeVector3d kIdentity;
   static const AcGeVector3d kXAxis;
   static const AcGeVector3d kYAxis;
   static const AcGeVector3d kZAxis;
