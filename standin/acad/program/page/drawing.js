@@ -40,8 +40,6 @@ class Drawing {
     this.layOut();
   }
 
-  get objects() { return [...this.byNumber.values()]; }
-
   // Takes new objects, or others in the place of those of the same number.
   add(list) {
     for (const {id, kind, t, lines} of list) {
@@ -57,6 +55,7 @@ class Drawing {
       this.byNumber.set(id, {id, kind, from: t || 0, points: Float64Array.from(points), edges, faces, dots, at: {},
         steps: known ? known.steps : [], matrix: known ? known.matrix : null, movedAt: -Infinity, colour: ''});
     }
+    this.objects = [...this.byNumber.values()]; // in drawing order
     if (this.origin) this.layOut();
   }
 
@@ -89,6 +88,7 @@ class Drawing {
       geometry.owners = all.filter(o => o[source].length);
     }
     for (const o of all) { this.place(o); o.colour = ''; }
+    this.stride = 0;
   }
 
   pieces(o) { return [['edges', o.edges], ['faces', o.faces], ['points', o.dots]]; }
@@ -133,11 +133,19 @@ class Drawing {
     return hasChanged;
   }
 
-  // Only what had been drawn at t is shown.
-  showUntil(t) {
-    const all = this.objects, next = all.find(o => o.from > t);
-    for (const name of Object.keys(kWidths))
-      this.buffers[name].setDrawRange(0, next ? next.at[name] : Infinity);
+  // Only what had been drawn at t is shown, and of more edges than `most` every second, third ... alone.
+  showUntil(t, most) {
+    const next = this.objects.find(o => o.from > t), {edges} = this.buffers;
+    for (const name of Object.keys(kWidths)) this.buffers[name].setDrawRange(0, next ? next.at[name] : Infinity);
+    const segments = edges.attributes.position.count / 2, stride = Math.max(1, Math.ceil(segments / most));
+    if (stride !== this.stride) {
+      this.stride = stride;
+      const some = [];
+      if (stride > 1) for (let i = 0; i < segments; i += stride) some.push(i * 2, i * 2 + 1);
+      edges.setIndex(stride > 1 ? some : null);
+    }
+    this.isThinned = stride > 1;
+    if (stride > 1 && next) edges.setDrawRange(0, Math.ceil(next.at.edges / 2 / stride) * 2);
   }
 
   // Numbers near the eye are small, so that single precision suffices wherever the view is.

@@ -41,7 +41,7 @@ function playRecorded(session) {
     const selected = new Set(chosen ? chosen.objects : []);
     if (frame) {
       view.show({frame, index, t: now, selected, line: lineAt(frames, index, now)});
-      showBadges([...badgesOf(frame), ...statesAt(now)]);
+      showBadges([...badgesOf(frame, drawing.isThinned), ...statesAt(now)]);
       showNow(frame, selected);
     }
     drawCap(sampleAt(now, index));

@@ -42,9 +42,9 @@ class Strips {
         {stroke: soft, grid: line(), ticks: {...line(), size: 4}, gap: 3, size: 76, font: '11px system-ui', splits, filter: (u, all) => all, values: (u, v) => values(v)}],
       hooks: {draw: [u => { this.placeMark(u); if (id === 'pushes') this.drawKeys(u); }]},
     }, [[0], ...series.map(() => [null])], element);
-    chart.mark = make('div', {class: 'time_mark'});
-    chart.over.append(chart.mark);
     if (this.onTime) {
+      chart.mark = make('div', {class: 'time_mark'});
+      chart.over.append(chart.mark);
       const follow = e => { if (e.buttons & 1) this.onTime(chart.posToVal(e.clientX - chart.over.getBoundingClientRect().left, 'x')); };
       chart.over.addEventListener('pointerdown', e => { chart.over.setPointerCapture(e.pointerId); follow(e); });
       chart.over.addEventListener('pointermove', follow);

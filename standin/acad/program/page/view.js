@@ -2,13 +2,16 @@
 
 const kTiltLimit = 1.5;
 const kMarkedSegments = 6000; // what is selected gets thick lines up to this many
+const kBusySegments = 8000;  // without a graphics card, more than this are thinned out while the picture moves
+const kStillMs = 150;         // after so long without a change it is at rest
 const kJustMoved = 0.35;      // seconds for which a moved object keeps its colour
 
 class View {
   constructor(drawing) {
     this.drawing = drawing;
     this.canvas = byId('view');
-    this.renderer = new L.WebGLRenderer({canvas: this.canvas, antialias: true, alpha: true});
+    this.isSlow = isDrawnBySoftware();
+    this.renderer = new L.WebGLRenderer({canvas: this.canvas, antialias: !this.isSlow, alpha: true});
     this.renderer.autoClear = false;
     this.scene = new L.Scene();
     this.cameras = {parallel: new L.OrthographicCamera(), perspective: new L.PerspectiveCamera()};
@@ -119,7 +122,11 @@ class View {
     if (Math.hypot(...frame.target.map((v, i) => v - drawing.origin[i])) > 1000 * Math.max(...frame.field.map(Math.abs)))
       drawing.centre(frame.target);
     const hasMoved = drawing.moveTo(index);
-    drawing.showUntil(t);
+    const now = performance.now(), isMoving = now - this.drawnAt < kStillMs;
+    this.drawnAt = now;
+    drawing.showUntil(t, this.isSlow && isMoving ? kBusySegments : Infinity);
+    clearTimeout(this.fullTimer);
+    if (drawing.isThinned) this.fullTimer = setTimeout(() => this.draw(), kStillMs + 10);
     this.colourObjects(t, selected, hasMoved);
     this.drawGround(isFlat);
     this.drawLine(line, frame);
@@ -154,7 +161,7 @@ class View {
   colourObjects(t, selected, hasMoved) {
     let hasChanged = hasMoved;
     const marked = [];
-    for (const o of this.drawing.byNumber.values()) {
+    for (const o of this.drawing.objects) {
       const key = t - o.movedAt < kJustMoved && t >= o.movedAt ? 'moving' : selected.has(o.id) ? 'selected' : 'plain';
       if (this.drawing.colour(o, key, ...this.looks[key])) hasChanged = true;
       if (key !== 'plain') marked.push(o);
@@ -274,6 +281,12 @@ class View {
     }
     return out;
   }
+}
+
+function isDrawnBySoftware() {
+  const gl = document.createElement('canvas').getContext('webgl2');
+  const info = gl && gl.getExtension('WEBGL_debug_renderer_info');
+  return !!info && /swiftshader|llvmpipe|software/i.test(gl.getParameter(info.UNMASKED_RENDERER_WEBGL));
 }
 
 function thickLines(look) {
