@@ -9,7 +9,7 @@ const kCommands = ['OV_Toggle_Rotation_Center', 'OV_Toggle_Rotation_Axis', 'OV_T
 
 function playLive({host}) {
   const live = {frames: [], samples: [], selected: new Set(), states: new Map(), positions: new Map(), pointer: 'view',
-    latency: new Latency(), facts: {}, said: '', recolour() { if (live.view) { live.view.setColours(); live.strips.redraw(); } }};
+    latency: new Latency(), facts: {}, said: '', hostTime, recolour() { if (live.view) { live.view.setColours(); live.strips.redraw(); } }};
   const say = text => { byId('connection').textContent = text; };
   say('Connecting …');
   live.host = connect(host, hear, 'host');
@@ -90,7 +90,7 @@ function playLive({host}) {
   }
 
   // The host's clock: seconds since the session began.
-  const hostTime = () => live.clock === undefined ? 0 : performance.now() / 1000 + live.clock;
+  function hostTime() { return live.clock === undefined ? 0 : performance.now() / 1000 + live.clock; }
 
   function takeFrame(frame) {
     const {frames, samples} = live, before = frames[frames.length - 1];
