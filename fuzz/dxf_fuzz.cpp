@@ -5,9 +5,9 @@
 
 #include <cmath>
 
-#include "check.h"
 #include "dxf_reader.h"
 #include "host.h"
+#include "require.h"
 #include "scratch.h"
 
 using fuzz::require;

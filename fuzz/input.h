@@ -2,8 +2,6 @@
 #define FUZZ_INPUT_H
 
 #include <cstdint>
-#include <cstring>
-#include <limits>
 #include <string>
 
 namespace fuzz {
@@ -36,41 +34,6 @@ public:
     return found;
   }
   std::string rest() { return text(left()); }
-
-  /// A double of any kind. Infinite ones, and those at the ends of the numbers, come often.
-  double real() {
-    using Limits = std::numeric_limits<double>;
-    switch (const std::uint8_t kind = byte()) {
-    case 0xFF:
-      return Limits::quiet_NaN();
-    case 0xFE:
-      return Limits::infinity();
-    case 0xFD:
-      return -Limits::infinity();
-    case 0xFC:
-      return Limits::max();
-    case 0xFB:
-      return -Limits::max();
-    case 0xFA:
-      return Limits::min();
-    case 0xF9:
-      return Limits::denorm_min();
-    case 0xF8:
-      return -0.0;
-    case 0xF7: {
-      double value = 0;
-      if (left() < sizeof value)
-        return value;
-      std::memcpy(&value, mNext, sizeof value);
-      mNext += sizeof value;
-      return value;
-    }
-    case 0xF6:
-      return signed32() * 0.001;
-    default:
-      return static_cast<std::int8_t>(kind << 1) / 2; // whole numbers from -64 to 63
-    }
-  }
 
 private:
   const std::uint8_t* mNext;

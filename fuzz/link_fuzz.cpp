@@ -9,10 +9,10 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include "check.h"
 #include "input.h"
 #include "link.h"
 #include "peer.h"
+#include "require.h"
 
 using fuzz::require;
 using namespace devlink;

@@ -7,7 +7,7 @@
 #include <iterator>
 #include <vector>
 
-#include "check.h"
+#include "require.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 

@@ -130,15 +130,15 @@ void WINAPI Sleep(DWORD milliseconds) {
   }
   if (isWatched && call_log::Call::report("Sleep", call_log::shown(milliseconds)))
     return;
-  std::chrono::microseconds nap = std::chrono::milliseconds(milliseconds);
   {
-    const Lock lock(s.mutex);
-    if (s.isClockHeld) {
-      s.sleeps.push_back({isWatched, milliseconds});
-      nap = isWatched ? WATCHED_NAP : std::chrono::microseconds(OTHER_NAP);
-      if (isWatched)
-        desktop::detail::setHeldTime(s, s.heldTime + milliseconds);
+    std::unique_lock<std::mutex> lock(s.mutex);
+    if (!s.isClockHeld) {
+      s.changed.wait_for(lock, std::chrono::milliseconds(milliseconds), [&s] { return s.isClockHeld; });
+      return;
     }
+    s.sleeps.push_back({isWatched, milliseconds});
+    if (isWatched)
+      desktop::detail::setHeldTime(s, s.heldTime + milliseconds);
   }
-  std::this_thread::sleep_for(nap);
+  std::this_thread::sleep_for(isWatched ? WATCHED_NAP : std::chrono::microseconds(OTHER_NAP));
 }

@@ -65,7 +65,7 @@ RECT rectangle(int left, int top, int width, int height);
 /// Stops the clock and watches this thread, whose sleeps are reported to call_log.h from now on: time changes
 /// only by advanceClock(), the tick step and the sleeps of the watched thread, which return at
 /// once and advance the clock. Sleeps of other threads last one real millisecond, however long they were meant
-/// to be, and leave the clock alone. All are noted in sleeps().
+/// to be, and leave the clock alone. All are noted in sleeps(). A sleep that has begun before ends now.
 void holdClock();
 /// Lets the clock run again from its present time.
 void releaseClock();

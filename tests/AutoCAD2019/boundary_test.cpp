@@ -1,5 +1,5 @@
-// The module's boundary: loaded, told, freed and ended, in order and out of order. The system says what is
-// left of it.
+// The module's boundary: loaded, sent messages, freed and ended, in order and out of order. The system says what
+// is left of it.
 
 #include <fstream>
 #include <functional>
@@ -57,7 +57,10 @@ protected:
   void SetUp() override {
     rig::freshHost(mHome);
     rig::setEnvironment("OV_DEVLINK_PORT", "1"); // nobody listens there
-    live();                                      // what the process keeps for good, it now has
+    static bool sIsWarm = false;
+    if (!sIsWarm)
+      live(); // takes what the process keeps for good
+    sIsWarm = true;
     mHoldings = rig::holdings();
   }
 
@@ -70,8 +73,20 @@ protected:
     mSetting = answer.find(L"  on") != std::wstring::npos ? "on" : "off";
     EXPECT_NE(answer.find(L"=> Scroll Trees and Lists: "), std::wstring::npos);
   }
+  /// The connection watch looks every two seconds, and an unload waits for it; natively the clock is held
+  /// meanwhile, which ends its sleep.
+  int tellToUnload() {
+#ifdef _WIN32
+    return tell(2, nullptr);
+#else
+    desktop::holdClock();
+    const int answer = tell(2, nullptr);
+    desktop::releaseClock();
+    return answer;
+#endif
+  }
   void unload() {
-    ASSERT_EQ(tell(2, nullptr), 0);
+    ASSERT_EQ(tellToUnload(), 0);
     free();
   }
   /// From load to unload, in order.
@@ -86,9 +101,10 @@ protected:
     mDaemon = std::make_unique<DaemonProcess>(mHome, session, "0", std::vector<std::string>{"--linger"});
     rig::setEnvironment("OV_DEVLINK_PORT", mDaemon->port());
   }
-  static bool doesViewMove() {
+  /// Returns whether the view moves within some seconds.
+  static bool doesViewMove(double seconds = 5) {
     const double x = host::view().target.x;
-    return rig::loopUntil(2, [x] { return host::view().target.x != x; }) >= 0;
+    return rig::loopUntil(seconds, [x] { return host::view().target.x != x; }) >= 0;
   }
   /// For a moment when the module is at work: sends both messages.
   void expectRefusals() {
@@ -96,11 +112,11 @@ protected:
     EXPECT_EQ(tell(2, nullptr), AcRx::kRetError);
     ++mMoments;
   }
-  /// Nothing of the module is left, and it can be loaded again.
+  /// Nothing of the module is left. That it can be loaded again the next test shows.
   void expectGone() {
     ASSERT_FALSE(rig::isMapped(OV_MODULE));
     EXPECT_FALSE(rig::isMapped(OV_DEVLINK));
-    EXPECT_FALSE(mDaemon && doesViewMove());
+    EXPECT_FALSE(mDaemon && doesViewMove(0.3));
     mDaemon.reset();
     EXPECT_EQ(rig::holdings(), mHoldings);
     rig::runLoop(150);     // a timer that is left would call what isn't there,
@@ -109,8 +125,6 @@ protected:
     EXPECT_NE(mHome.read(kSettings).find("scrollTreeAndList     = " + mSetting + ' '), std::string::npos);
     EXPECT_NE(mHome.read(kLog).find("Logging::~Logging(): destructing"), std::string::npos);
     mHome.remove(kLog); // fails on Windows while anybody has it open
-    live();
-    EXPECT_FALSE(rig::isMapped(OV_MODULE));
   }
   void endInOrder() {
     expectToggles();
@@ -124,12 +138,6 @@ protected:
   int mMoments = 0;
   std::string mSetting; // what the last command made of it
 };
-
-TEST_F(Boundary, UnloadedByMessageLeavesNothing) {
-  for (int i = 0; i < 3; ++i)
-    live();
-  expectGone();
-}
 
 TEST_F(Boundary, FreedWithoutMessageWorksOn) {
   startDaemon(kMotion);
@@ -146,7 +154,7 @@ TEST_F(Boundary, UnloadMessageAfterFreeReturns) {
   load();
   expectToggles();
   free();
-  EXPECT_EQ(tell(2, nullptr), 0);
+  EXPECT_EQ(tellToUnload(), 0);
   EXPECT_GE(rig::loopUntil(5, [] { return !rig::isMapped(OV_MODULE); }), 0);
   expectGone();
 }
@@ -184,11 +192,18 @@ TEST_F(Boundary, MessagesDuringDialogAreRefused) {
   endInOrder();
 }
 
+TEST_F(Boundary, UnloadedByMessageLeavesNothing) {
+  for (int i = 0; i < 2; ++i)
+    live();
+  expectGone();
+}
+
 TEST_F(Boundary, ProcessEndsWithoutMessage) {
   rig::setEnvironment("ASAN_OPTIONS", "detect_leaks=0"); // nothing is given back at such an end
   std::string keys; // each makes a record of the reading thread, which so is nearly always inside one
   for (int i = 0; i < 40000; ++i)
     keys += "0.0 device key 0\n";
+  live(); // writes the settings
   const std::string before =
       std::regex_replace(mHome.read(kSettings), std::regex("(debug +=) off"), "$1 on ");
   for (int i = 0; i < 9; ++i) {

@@ -105,38 +105,6 @@ protected:
   std::size_t mHistoryRead = 0;
 };
 
-/// A peer at the daemon's port that says its text to each client and hangs up, or listens.
-class Impostor {
-public:
-  Impostor(std::uint16_t port, const devlink::Bytes& text, bool isListening)
-      : mAcceptor(mIo, asio::ip::tcp::endpoint(asio::ip::address_v4::loopback(), port)),
-        mThread([this, text, isListening] {
-          for (;;) {
-            RawEnd end(mAcceptor.accept());
-            if (mIsOver)
-              return;
-            end.send(text);
-            if (isListening)
-              end.drain();
-            ++mVisits;
-          }
-        }) {}
-  ~Impostor() {
-    mIsOver = true;
-    asio::io_context io;
-    asio::ip::tcp::socket(io).connect(mAcceptor.local_endpoint()); // lets accept() return
-    mThread.join();
-  }
-
-  std::atomic<int> mVisits{0};
-
-private:
-  asio::io_context mIo;
-  asio::ip::tcp::acceptor mAcceptor;
-  std::atomic<bool> mIsOver{false};
-  std::thread mThread;
-};
-
 devlink::Bytes noise() {
   std::mt19937 random(3);
   devlink::Bytes bytes(4096);
@@ -146,8 +114,7 @@ devlink::Bytes noise() {
 }
 
 TEST_F(Link, BadPeers) {
-  Trial trial("Bad peers at the daemon's port: silent, older, dying, another "
-              "program");
+  Trial trial("Bad peers at the daemon's port: silent, older, dying, another program");
   const struct {
     const char* name;
     devlink::Bytes text;
@@ -171,8 +138,13 @@ TEST_F(Link, BadPeers) {
       good.reset();
       bool isVisited = false;
       {
-        const Impostor impostor(mPort, peer.text, peer.isListening);
-        isVisited = pumpUntil([&] { return impostor.mVisits >= 2; });
+        const auto answer = [&peer](RawEnd& end) {
+          end.send(peer.text);
+          if (peer.isListening)
+            end.drain();
+        };
+        const FakeDaemon impostor(answer, mPort);
+        isVisited = pumpUntil([&] { return impostor.mVisits > 2; }); // two visits are over
       }
       good = daemon("motion " + std::to_string(++sample) + " 0 0 0 0 0");
       trial.count(peer.name, isVisited && pumpUntilSample(sample) && isBackTo(before));

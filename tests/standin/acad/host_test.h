@@ -6,7 +6,7 @@
 #include "call_log.h"
 #include "host.h"
 
-/// A host as new, with no faults ordered, for each test and behind it.
+/// A freshly reset host without ordered faults, before and after each test.
 class HostTest : public testing::Test {
 protected:
   HostTest() { clear(); }

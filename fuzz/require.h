@@ -1,5 +1,5 @@
-#ifndef FUZZ_CHECK_H
-#define FUZZ_CHECK_H
+#ifndef FUZZ_REQUIRE_H
+#define FUZZ_REQUIRE_H
 
 #include <stdexcept>
 #include <string>

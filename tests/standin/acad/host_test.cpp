@@ -1,0 +1,86 @@
+// The counts that tests of the plug-in rely on, and the limits of what the command line works out.
+
+#include <cmath>
+
+#include "acedads.h"
+#include "acgs.h"
+#include "host_test.h"
+
+namespace {
+
+TEST_F(HostTest, CountsOpenObjects) {
+  const AcDbObjectId line = addLine({0, 0, 0}, {1, 0, 0});
+  AcDbEntity *first = nullptr, *second = nullptr, *writer = nullptr;
+  ASSERT_EQ(acdbOpenObject(first, line), Acad::eOk);
+  ASSERT_EQ(acdbOpenObject(second, line, AcDb::kForRead), Acad::eOk);
+  EXPECT_EQ(acdbOpenObject(writer, line, AcDb::kForWrite), Acad::eWasOpenForRead);
+  EXPECT_EQ(first->transformBy(AcGeMatrix3d::translation({1, 0, 0})), Acad::eNotOpenForWrite);
+  EXPECT_EQ(host::held().openForRead, 2);
+  first->close();
+  second->close();
+  ASSERT_EQ(acdbOpenObject(writer, line, AcDb::kForWrite), Acad::eOk);
+  EXPECT_EQ(host::held().openForWrite, 1);
+  EXPECT_EQ(host::writesWithoutLock(), 1);
+  EXPECT_EQ(acdbOpenObject(first, line), Acad::eWasOpenForWrite);
+  EXPECT_EQ(writer->close(), Acad::eOk);
+  EXPECT_EQ(writer->close(), Acad::eNotOpen);
+  EXPECT_EQ(host::held().openForRead + host::held().openForWrite, 0);
+}
+
+TEST_F(HostTest, CountsSelectionSets) {
+  const AcDbObjectId line = addLine({0, 0, 0}, {1, 0, 0});
+  addPoint(1, 0, 0);
+  ads_name first, second, entity;
+  const auto get = [](ads_name ss) { return acedSSGet(L"I", nullptr, nullptr, nullptr, ss); };
+  EXPECT_EQ(get(first), RTERROR); // nothing is selected
+  host::selectNumbers({2, 1, 99});
+  ASSERT_EQ(get(first), RTNORM);
+  host::selectNumbers({1}); // the set stays what it was
+  Adesk::Int32 length = 0;
+  EXPECT_EQ(acedSSLength(first, &length), RTNORM);
+  EXPECT_EQ(length, 2);
+  AcDbObjectId id;
+  ASSERT_EQ(acedSSName(first, 1, entity), RTNORM);
+  EXPECT_EQ(acdbGetObjectId(id, entity), Acad::eOk);
+  EXPECT_EQ(id, line);
+  EXPECT_EQ(acedSSFree(first), RTNORM);
+  ASSERT_EQ(get(second), RTNORM);
+  EXPECT_EQ(acedSSFree(first), RTERROR) << "freed twice";
+  EXPECT_EQ(host::held().selectionSets, 1);
+}
+
+TEST_F(HostTest, CountsNaN) {
+  AcGsKernelDescriptor descriptor;
+  descriptor.addRequirement(AcGsKernelDescriptor::k3DDrawing);
+  AcGsView* const viewP = acgsObtainAcGsView(host::variable("cvport"), descriptor);
+  viewP->setView({1, 2, 3}, {4, 5, 6}, {0, 0, 1}, 8, 4);
+  EXPECT_EQ(host::viewCounts().nonFiniteCalls, 0);
+  viewP->setView({1, 2, 3}, {4, 5, 6}, {0, 0, std::nan("")}, 8, 4);
+  viewP->zoom(0);
+  addPoint(0, 0, 0);
+  AcDbObjectPointer<AcDbEntity>(host::entityId(1), AcDb::kForWrite)
+      ->transformBy(AcGeMatrix3d::translation({std::nan(""), 0, 0}));
+  host::setLayout(true);
+  AcDbObjectPointer<AcDbViewport> viewport(acedActiveViewportId(), AcDb::kForWrite);
+  EXPECT_EQ(viewport->setViewHeight(std::nan("")), Acad::eInvalidInput);
+  EXPECT_EQ(viewport->setViewCenter({0, std::nan("")}), Acad::eInvalidInput);
+  EXPECT_EQ(host::viewCounts().nonFiniteCalls, 5);
+}
+
+TEST_F(HostTest, RefusesBadMenuExpressions) {
+  const auto answerTo = [](const std::wstring& expression) {
+    const std::size_t before = host::printed().size();
+    host::type(L"(command (menucmd \"" + expression + L"\"))\n");
+    host::runQueue();
+    return host::printed().substr(before);
+  };
+  EXPECT_EQ(answerTo(L"M=a$(if,$(=,$(getvar,CVPORT),2),yes,no)$(if,0,x,y)$(if,0,x)"),
+            L"Unknown command \"ayesy\".\n");
+  std::wstring deep = L"M=";
+  for (int i = 0; i < 1000; ++i)
+    deep += L"$(if,1,";
+  for (const std::wstring& bad : {std::wstring(L"M=$("), std::wstring(L"M=$(if,1"), deep})
+    EXPECT_EQ(answerTo(bad).find(L"; error: bad expression"), 0u);
+}
+
+} // namespace
