@@ -14,6 +14,7 @@ namespace rig {
 
 constexpr int kTicks = 40;   // of a sequence
 constexpr int kEntities = 8; // of its drawing
+constexpr int kLeast = std::numeric_limits<int>::min(), kMost = std::numeric_limits<int>::max();
 
 /// The choices of a sequence.
 class Dice {
@@ -95,8 +96,8 @@ private:
     const int time = mDice.of({0, 1, 100, 100, 100, 500, 500, 500, 500, 500});
     desktop::setTickStep(static_cast<DWORD>(time / (1 + mDice.below(5)) + 1)); // a tick is some passes
     desktop::setTickCount(mDice.of({0u, 5000u, 0xFFFFFF80u}));
-    const std::string traBase = std::to_string(mDice.of({20000, 20000, 350, -7000, 0, 1}));
-    const std::string rotBase = std::to_string(mDice.of({10000, 10000, 120, -9000, 0, 1}));
+    const std::string traBase = std::to_string(mDice.of({20000, 20000, 350, -7000, 0, 1, kMost, kLeast}));
+    const std::string rotBase = std::to_string(mDice.of({10000, 10000, 120, -9000, 0, 1, kMost, kLeast}));
     home().write(kSettingsFile, settingsText({{"transSensBase", traBase},
                                               {"rotSensBase", rotBase},
                                               {"maxContMoveTime", std::to_string(time)},
@@ -130,7 +131,7 @@ private:
     mPluginP->mScrollTreeAndList = mDice.oneIn(3);
     proxy().mObjectMoveMode = mDice.oneIn(2);
     const int code = mDice.oneIn(9)
-                         ? mDice.of({-1, std::numeric_limits<int>::min(), 93, 1203})
+                         ? mDice.of({-1, 93, 1203, kMost, kLeast})
                          : 100 * mDice.of({0, 0, 1, 7}) + 10 * mDice.of({0, 0, 1, 2}) + mDice.below(10);
     proxy().setRotMode(code);
     proxy().mZoomAllAfterView = mDice.oneIn(2);
@@ -165,7 +166,7 @@ private:
     const double width = mDice.size({300.0, 300.0, 0.0, 1e200});
     const double height = mDice.size({200.0, 200.0, 0.0, 50.0});
     const double viewHeight = mDice.size({100.0, 100.0, 0.0, -5.0, 1.7e308, 5e-324});
-    host::setLayoutState({width, height, viewHeight, {mDice.real(), mDice.real()}});
+    host::setLayoutState({width, height, viewHeight, {mDice.real(), mDice.size({0.0, 2.0})}});
   }
 
   void changeSelection() {
@@ -185,6 +186,7 @@ private:
     view.position.x = mDice.size({view.position.x});
     view.target = mDice.oneIn(12) ? view.position : mDice.point();
     view.up = mDice.oneIn(8) ? view.position - view.target : mDice.point().asVector();
+    view.up.z = mDice.size({view.up.z});
     view.fieldWidth = mDice.size({40.0, 0.0, 1e-3, 1e308, -1.0, 7.0});
     view.fieldHeight = mDice.size({10.0, 0.0, 1e-3, 1e150, 3.0});
     host::setView(view);
@@ -198,14 +200,15 @@ private:
       desktop::Window window;
       window.className = mDice.of({L"SysTreeView32", L"MyTreeView", L"SysListView32", L"ListBox", L"RichEdit",
                                    L"QWidget", L"QWidget", L"QWidgets", L"edit", L""});
-      window.rect = desktop::rectangle(-mDice.below(40), mDice.below(40), 50 + 10 * mDice.below(20), 100);
+      const int width = mDice.oneIn(12) ? 0x10010 : 50 + 10 * mDice.below(20); // squared beyond 32 bits
+      window.rect = desktop::rectangle(-mDice.below(40), mDice.below(40), width, mDice.of({100, 100, width}));
       if (!mWindows.empty() && !mDice.oneIn(4))
         window.parent = mDice.oneIn(2) ? mWindows.front() : mWindows.back();
       window.isVisible = !mDice.oneIn(6);
       for (auto* const barP : {&window.vertical, &window.horizontal}) {
-        const int most = mDice.of({0, 10, 49, 50, 99, 250, 1099, 5000, -1});
+        const int most = mDice.of({0, 10, 49, 50, 99, 250, 1099, 5000, -1, kMost});
         const UINT page = mDice.of({0u, 1u, 10u, 11u, 0xFFFFFFFFu});
-        const int position = mDice.of({0, 1, 5, 40, 240, most});
+        const int position = mDice.of({0, 1, 5, 40, 240, most, kLeast});
         *barP = desktop::ScrollBar{mDice.of({0, 0, 0, 5, -1}), most, page, position};
       }
       mWindows.push_back(desktop::addWindow(window));
