@@ -12,10 +12,10 @@ using Lock = std::lock_guard<std::mutex>;
 
 namespace {
 
-// What a sleep costs while the clock is held. Sleeps pass at once, but a loop that polls another thread must
-// leave that thread room to run.
-constexpr std::chrono::microseconds WATCHED_NAP(50);
-constexpr std::chrono::milliseconds OTHER_NAP(1);
+// Real time that a sleep takes while the clock is held. Not zero, so that a loop that polls another thread
+// leaves that thread time to run.
+constexpr std::chrono::microseconds kWatchedNap(50);
+constexpr std::chrono::milliseconds kOtherNap(1);
 
 void requireHeld(const State& s, const char* operation) {
   if (!s.isClockHeld)
@@ -58,7 +58,7 @@ void releaseClock() {
   if (!s.isClockHeld)
     return;
   s.isClockHeld = false;
-  // Goes on from where it was held, so that no timer jumps.
+  // The clock continues from the held time, so that no timer jumps.
   s.clockSkew += s.heldTime - detail::clockNow(s);
   s.changed.notify_all();
 }
@@ -140,5 +140,5 @@ void WINAPI Sleep(DWORD milliseconds) {
     if (isWatched)
       desktop::detail::setHeldTime(s, s.heldTime + milliseconds);
   }
-  std::this_thread::sleep_for(isWatched ? WATCHED_NAP : std::chrono::microseconds(OTHER_NAP));
+  std::this_thread::sleep_for(isWatched ? kWatchedNap : std::chrono::microseconds(kOtherNap));
 }

@@ -42,10 +42,10 @@ void handle(Window& window, UINT message, WPARAM wParam) {
 
 /// Fills what is asked for; false if there is no such bar.
 bool readBar(State& s, HWND window, int bar, SCROLLINFO& info) {
-  const Window* const record = find(s, window);
-  if (record == nullptr || (bar != SB_HORZ && bar != SB_VERT))
+  const Window* const recordP = find(s, window);
+  if (!recordP || (bar != SB_HORZ && bar != SB_VERT))
     return false;
-  const std::optional<ScrollBar>& found = bar == SB_VERT ? record->vertical : record->horizontal;
+  const std::optional<ScrollBar>& found = bar == SB_VERT ? recordP->vertical : recordP->horizontal;
   if (!found)
     return false;
   if ((info.fMask & SIF_RANGE) != 0) {
@@ -75,10 +75,10 @@ LRESULT WINAPI SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lPa
   Call call("SendMessageW", window, Hex{message, 4}, Hex{wParam}, Hex{static_cast<std::uint64_t>(lParam)});
   State& s = state();
   const Lock lock(s.mutex);
-  Window* const record = call.mustFail() ? nullptr : find(s, window);
-  if (record != nullptr) {
-    record->sent.push_back({message, wParam, lParam});
-    handle(*record, message, wParam);
+  Window* const recordP = call.mustFail() ? nullptr : find(s, window);
+  if (recordP) {
+    recordP->sent.push_back({message, wParam, lParam});
+    handle(*recordP, message, wParam);
   }
   return call.returns(LRESULT{0});
 }
@@ -87,8 +87,8 @@ BOOL WINAPI UpdateWindow(HWND window) {
   Call call("UpdateWindow", window);
   State& s = state();
   const Lock lock(s.mutex);
-  Window* const record = call.mustFail() ? nullptr : find(s, window);
-  if (record != nullptr)
-    ++record->updates;
-  return call.returns(record == nullptr ? FALSE : TRUE);
+  Window* const recordP = call.mustFail() ? nullptr : find(s, window);
+  if (recordP)
+    ++recordP->updates;
+  return call.returns(recordP ? TRUE : FALSE);
 }

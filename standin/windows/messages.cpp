@@ -12,32 +12,32 @@ using Lock = std::lock_guard<std::mutex>;
 
 namespace {
 
-/// The calling thread's timer that falls due first, the one armed first among equals; or null.
+/// Returns the calling thread's timer that falls due first, the one armed first among equals; null if there
+/// is none.
 Timer* nextTimer(State& s) {
-  Timer* next = nullptr;
+  Timer* nextP = nullptr;
   for (Timer& timer : s.timers)
-    if (timer.threadId == GetCurrentThreadId() && (next == nullptr || timer.due < next->due))
-      next = &timer;
-  return next;
+    if (timer.threadId == GetCurrentThreadId() && (!nextP || timer.due < nextP->due))
+      nextP = &timer;
+  return nextP;
 }
 
-/// The calling thread's timer of that number.
+/// Returns the calling thread's timer of that number, the end if there is none.
 std::vector<Timer>::iterator ownTimer(State& s, UINT_PTR id) {
   return std::find_if(s.timers.begin(), s.timers.end(), [id](const Timer& timer) {
     return timer.id == id && timer.threadId == GetCurrentThreadId();
   });
 }
 
-/// Makes the message of a timer that has fallen due up to then; false if there is none. No message is made
-/// before somebody asks, so there is never more than one of each timer under way, and a killed timer leaves
-/// nothing behind.
+/// Makes the message of a timer that has fallen due by that time. Returns false if there is none. Messages
+/// are made on request, so no timer has more than one pending, and a killed timer leaves none.
 bool takeTimer(State& s, std::int64_t upTo, MSG& message) {
-  Timer* const timer = nextTimer(s);
-  if (timer == nullptr || timer->due > upTo)
+  Timer* const timerP = nextTimer(s);
+  if (!timerP || timerP->due > upTo)
     return false;
-  const auto procedure = reinterpret_cast<LPARAM>(timer->procedure);
-  message = {nullptr, WM_TIMER, timer->id, procedure, desktop::detail::ticksNow(s), s.pointer};
-  timer->due = desktop::detail::clockNow(s) + timer->interval;
+  const auto procedure = reinterpret_cast<LPARAM>(timerP->procedure);
+  message = {nullptr, WM_TIMER, timerP->id, procedure, desktop::detail::ticksNow(s), s.pointer};
+  timerP->due = desktop::detail::clockNow(s) + timerP->interval;
   return true;
 }
 
@@ -57,7 +57,8 @@ std::vector<TimerRecord> activeTimers() {
 int runMessages() {
   State& s = state();
   std::unique_lock<std::mutex> lock(s.mutex);
-  // Without this bound, a timer whose callback takes longer than its interval would keep us here for ever.
+  // Without this bound, a timer whose callback takes longer than its interval would keep the loop running for
+  // ever.
   const std::int64_t now = detail::clockNow(s);
   int count = 0;
   for (MSG message{}; takeTimer(s, now, message); ++count) {
@@ -81,8 +82,8 @@ int runTimers(DWORD milliseconds) {
     lock.lock();
     if (s.heldTime >= end)
       return count;
-    const Timer* const timer = nextTimer(s);
-    const std::int64_t next = timer == nullptr ? end : std::min(timer->due, end);
+    const Timer* const timerP = nextTimer(s);
+    const std::int64_t next = timerP ? std::min(timerP->due, end) : end;
     detail::setHeldTime(s, std::max(next, s.heldTime));
   }
 }
@@ -91,7 +92,7 @@ int runTimers(DWORD milliseconds) {
 
 UINT_PTR WINAPI SetTimer(HWND window, UINT_PTR, UINT milliseconds, TIMERPROC procedure) {
   desktop::detail::Call call("SetTimer", milliseconds);
-  if (call.mustFail() || window != nullptr)
+  if (call.mustFail() || window)
     return call.returns(UINT_PTR{0});
   State& s = state();
   const Lock lock(s.mutex);
@@ -110,7 +111,7 @@ BOOL WINAPI KillTimer(HWND window, UINT_PTR timerId) {
   State& s = state();
   const Lock lock(s.mutex);
   const auto timer = ownTimer(s, timerId);
-  if (call.mustFail() || window != nullptr || timer == s.timers.end())
+  if (call.mustFail() || window || timer == s.timers.end())
     return call.returns(FALSE);
   s.timers.erase(timer);
   return call.returns(TRUE);
@@ -128,13 +129,13 @@ BOOL WINAPI GetMessageW(LPMSG message, HWND, UINT, UINT) {
     }
     if (takeTimer(s, desktop::detail::clockNow(s), *message))
       return 1;
-    const Timer* const timer = nextTimer(s);
-    if (timer == nullptr || s.isClockHeld) {
+    const Timer* const timerP = nextTimer(s);
+    if (!timerP || s.isClockHeld) {
       s.changed.wait(lock);
       continue;
     }
-    // Wholly in milliseconds, so one more makes up for the cut-off fraction of the one that runs.
-    const std::int64_t rest = timer->due - desktop::detail::clockNow(s);
+    // One millisecond more, since the current one may have begun.
+    const std::int64_t rest = timerP->due - desktop::detail::clockNow(s);
     s.changed.wait_for(lock, std::chrono::milliseconds(rest + 1));
   }
 }

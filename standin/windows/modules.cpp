@@ -16,18 +16,18 @@ namespace {
 using EntryPoint = BOOL(WINAPI*)(HINSTANCE, DWORD, LPVOID);
 
 struct Module {
-  void* loaded = nullptr; ///< from dlopen; the handle of Windows is the same value
+  void* loaded = nullptr; // from dlopen; the handle of Windows has the same value
   int loads = 0;
-  EntryPoint entryPoint = nullptr; ///< DllMain, or null
+  EntryPoint entryPoint = nullptr; // DllMain, or null
 };
 
-/// Loading and unloading happen one at a time. Recursive, since DllMain may load more.
+/// Serializes loading and unloading. Recursive, since DllMain may load more.
 std::recursive_mutex& loaderMutex() {
   static auto* const mutexP = new std::recursive_mutex;
   return *mutexP;
 }
 
-/// The modules that were loaded through us; wants the loader's lock.
+/// The modules that were loaded through LoadLibrary. Call with the loader's lock held.
 std::vector<Module>& modules() {
   static auto* const modulesP = new std::vector<Module>;
   return *modulesP;
@@ -42,10 +42,11 @@ std::vector<Module>::iterator find(const void* library) {
                       [library](const Module& module) { return module.loaded == library; });
 }
 
-/// Path of the module, or of the program for null, with this system's slashes; empty for an unknown module.
+/// Returns the path of the module, or of the program for null, with this system's slashes; empty for an
+/// unknown module.
 std::string nativePath(HMODULE module) {
   std::error_code error;
-  if (module == nullptr)
+  if (!module)
     return std::filesystem::read_symlink("/proc/self/exe", error).string();
   const std::lock_guard<std::recursive_mutex> lock(loaderMutex());
   link_map* map = nullptr;
@@ -54,14 +55,14 @@ std::string nativePath(HMODULE module) {
   return std::filesystem::absolute(map->l_name, error).lexically_normal().string();
 }
 
-/// Told at exit(): registered with each load, so that it runs before what the module's own objects have
-/// registered.
+/// Runs at exit(). Registered with each load, so that it runs before the exit handlers of the module's own
+/// objects.
 void endProcess() {
   const std::lock_guard<std::recursive_mutex> lock(loaderMutex());
   const std::vector<Module> loaded = std::move(modules());
   modules().clear();
   for (const Module& module : loaded) {
-    if (module.entryPoint != nullptr)
+    if (module.entryPoint)
       module.entryPoint(handle(module.loaded), DLL_PROCESS_DETACH, module.loaded);
   }
 }
@@ -69,7 +70,7 @@ void endProcess() {
 void unload(std::vector<Module>::iterator module) {
   void* const library = module->loaded;
   const EntryPoint entryPoint = module->entryPoint;
-  if (entryPoint != nullptr)
+  if (entryPoint)
     entryPoint(handle(library), DLL_PROCESS_DETACH, nullptr);
   modules().erase(find(library));
   dlclose(library);
@@ -88,13 +89,13 @@ void setModulePath(const std::optional<std::wstring>& path) {
 } // namespace desktop
 
 HMODULE WINAPI LoadLibraryA(LPCSTR path) {
-  std::string native = path == nullptr ? "" : path;
+  std::string native = path ? path : "";
   std::replace(native.begin(), native.end(), '\\', '/');
   if (native.empty())
     return nullptr;
   const std::lock_guard<std::recursive_mutex> lock(loaderMutex());
   void* const library = dlopen(native.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (library == nullptr)
+  if (!library)
     return nullptr;
   const auto known = find(library);
   if (known != modules().end()) {
@@ -107,17 +108,16 @@ HMODULE WINAPI LoadLibraryA(LPCSTR path) {
   module.entryPoint = reinterpret_cast<EntryPoint>(dlsym(library, "DllMain"));
   modules().push_back(module);
   std::atexit(endProcess);
-  if (module.entryPoint == nullptr ||
-      module.entryPoint(handle(library), DLL_PROCESS_ATTACH, nullptr) != FALSE)
+  if (!module.entryPoint || module.entryPoint(handle(library), DLL_PROCESS_ATTACH, nullptr) != FALSE)
     return handle(library);
-  // As Windows does, the module is told that it goes even though it refused to come.
+  // As on Windows, a module that has refused to load is still detached.
   unload(find(library));
   return nullptr;
 }
 
 HMODULE WINAPI LoadLibraryW(LPCWSTR path) {
   std::string narrow;
-  for (; path != nullptr && *path != 0; ++path) {
+  for (; path && *path; ++path) {
     if (*path < 0 || *path > 0xFF)
       return nullptr;
     narrow += static_cast<char>(*path);
@@ -143,7 +143,7 @@ BOOL WINAPI GetModuleHandleExW(DWORD flags, LPCWSTR address, HMODULE* module) {
   *module = nullptr;
   if (flags == GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS && dladdr(address, &info) != 0)
     *module = LoadLibraryA(info.dli_fname); // a program can't be loaded
-  return *module != nullptr;
+  return *module ? TRUE : FALSE;
 }
 
 FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name) {
@@ -174,7 +174,7 @@ DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD count) {
 }
 
 int WINAPI LoadStringW(HINSTANCE, UINT, LPWSTR buffer, int count) {
-  if (buffer != nullptr && count > 0)
+  if (buffer && count > 0)
     buffer[0] = 0;
   return 0;
 }

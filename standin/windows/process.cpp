@@ -32,8 +32,8 @@ int WINAPI MessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type) {
     return 0;
   desktop::MessageBox box;
   box.owner = owner;
-  box.caption = caption == nullptr ? L"Error" : caption; // what Windows shows for none
-  box.text = text == nullptr ? L"" : text;
+  box.caption = caption ? caption : L"Error"; // the default of Windows
+  box.text = text ? text : L"";
   box.type = type;
   std::function<int(const desktop::MessageBox&)> answer;
   {
@@ -59,7 +59,7 @@ DWORD WINAPI GetCurrentThreadId(void) {
 
 DWORD WINAPI GetFileAttributesA(LPCSTR path) {
   struct stat status {};
-  if (path == nullptr || stat(path, &status) != 0)
+  if (!path || stat(path, &status) != 0)
     return INVALID_FILE_ATTRIBUTES;
   return S_ISDIR(status.st_mode) ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_NORMAL;
 }

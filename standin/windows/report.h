@@ -4,7 +4,7 @@
 #include "call_log.h"
 #include "desktop.h"
 
-/// How the calls report themselves. Internal to this library.
+/// Reports the calls to call_log.h. Internal to this library.
 namespace desktop::detail {
 
 using call_log::Hex;
@@ -20,7 +20,7 @@ template <typename T> call_log::Shown<T> visible(T value) {
   return {value};
 }
 
-/// A call of Windows; the journal shows all its arguments.
+/// A call of Windows whose arguments all show in the journal.
 class Call : public call_log::Call {
 public:
   template <typename... In>

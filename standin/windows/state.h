@@ -14,30 +14,30 @@ namespace desktop::detail {
 struct Timer {
   UINT_PTR id = 0;
   DWORD threadId = 0;
-  UINT interval = 0;    ///< milliseconds
-  std::int64_t due = 0; ///< on the clock of clockNow()
+  UINT interval = 0;    // milliseconds
+  std::int64_t due = 0; // on the clock of clockNow()
   TIMERPROC procedure = nullptr;
 };
 
 struct State {
   std::mutex mutex;
 
-  std::map<unsigned long, Window> windows; ///< by number; siblings topmost first
+  std::map<unsigned long, Window> windows; // by number; siblings topmost first
   unsigned long lastNumber = 0;
   POINT pointer{0, 0};
 
   bool isClockHeld = false;
-  std::int64_t heldTime = 0;   ///< milliseconds, while held
-  std::int64_t clockSkew = 0;  ///< from the system's clock to ours, while running
-  std::int64_t tickOffset = 0; ///< from our clock to the tick count
+  std::int64_t heldTime = 0;   // milliseconds, while held
+  std::int64_t clockSkew = 0;  // from the system's clock to ours, while running
+  std::int64_t tickOffset = 0; // from our clock to the tick count
   DWORD tickStep = 0;
-  DWORD watchedThread = 0; ///< 0 for none
+  DWORD watchedThread = 0; // 0 for none
   std::optional<SYSTEMTIME> systemTime;
   std::vector<SleepRecord> sleeps;
 
-  std::map<DWORD, int> quits;      ///< threads whose loop is to end, and their exit codes
-  std::condition_variable changed; ///< for who waits for a message: the clock, or all of the desktop
-  std::vector<Timer> timers;       ///< in the order in which they were armed
+  std::map<DWORD, int> quits;      // threads whose message loop is to end, with their exit codes
+  std::condition_variable changed; // the clock or the messages changed; wakes GetMessageW
+  std::vector<Timer> timers;       // in the order in which they were armed
   UINT_PTR lastTimerId = 0;
 
   std::vector<MessageBox> boxes;
@@ -45,17 +45,17 @@ struct State {
   std::optional<std::wstring> modulePath;
 };
 
-/// The one state. Lives until the process is gone: other threads may still be in a call while it ends.
+/// Returns the one state. Never destroyed: other threads may still be in a call while the process ends.
 State& state();
 
-// All below want the state's lock to be held.
+// Call the operations below with the state's lock held.
 
-/// Our clock: milliseconds that never run backwards and that the tests may hold.
+/// Returns the time of our clock in milliseconds. It never runs backwards, and tests may hold it.
 std::int64_t clockNow(const State& s);
 DWORD ticksNow(const State& s);
-/// Moves the held clock and wakes who waits for it.
+/// Sets the held clock and wakes the threads that wait for it.
 void setHeldTime(State& s, std::int64_t time);
-/// A window's record, or null.
+/// Returns a window's record, null if there is no such window.
 Window* find(State& s, HWND window);
 
 } // namespace desktop::detail

@@ -16,7 +16,7 @@ struct Thread {
   }
 };
 
-/// Leaves a thread's function without a return to it.
+/// Thrown to leave a thread's function without returning to it.
 struct ThreadExit {
   HMODULE module = nullptr;
 };
@@ -28,8 +28,8 @@ void run(LPTHREAD_START_ROUTINE start, LPVOID argument) {
   } catch (const ThreadExit& exit) {
     module = exit.module;
   }
-  if (module != nullptr)
-    FreeLibrary(module); // nothing of it is on this stack any more
+  if (module)
+    FreeLibrary(module); // its frames have left this stack
 }
 
 } // namespace

@@ -50,7 +50,7 @@ namespace desktop {
 HWND addWindow(const Window& window) {
   State& s = state();
   const Lock lock(s.mutex);
-  if (window.parent != nullptr && find(s, window.parent) == nullptr)
+  if (window.parent && !find(s, window.parent))
     throw std::invalid_argument("addWindow: no such parent");
   s.windows[++s.lastNumber] = window;
   return handle(s.lastNumber);
@@ -59,22 +59,22 @@ HWND addWindow(const Window& window) {
 void removeWindow(HWND window) {
   State& s = state();
   const Lock lock(s.mutex);
-  if (window != nullptr)
+  if (window)
     removeTree(s, window);
 }
 
 void changeWindow(HWND window, const std::function<void(Window&)>& change) {
   State& s = state();
   const Lock lock(s.mutex);
-  if (Window* const record = find(s, window))
-    change(*record);
+  if (Window* const recordP = find(s, window))
+    change(*recordP);
 }
 
 Window window(HWND window) {
   State& s = state();
   const Lock lock(s.mutex);
-  const Window* const record = find(s, window);
-  return record == nullptr ? Window{} : *record;
+  const Window* const recordP = find(s, window);
+  return recordP ? *recordP : Window{};
 }
 
 unsigned long number(HWND window) {
@@ -110,7 +110,7 @@ HWND WINAPI WindowFromPoint(POINT point) {
   State& s = state();
   const Lock lock(s.mutex);
   HWND found = nullptr;
-  for (HWND next = call.mustFail() ? nullptr : childAt(s, nullptr, point); next != nullptr;
+  for (HWND next = call.mustFail() ? nullptr : childAt(s, nullptr, point); next;
        next = childAt(s, next, point))
     found = next;
   return call.returns(found);
@@ -120,30 +120,30 @@ BOOL WINAPI GetWindowRect(HWND window, LPRECT rect) {
   Call call("GetWindowRect", window);
   State& s = state();
   const Lock lock(s.mutex);
-  const Window* const record = call.mustFail() ? nullptr : find(s, window);
-  if (record != nullptr)
-    *rect = record->rect;
-  return call.returns(record == nullptr ? FALSE : TRUE, rect->left, rect->top, rect->right, rect->bottom);
+  const Window* const recordP = call.mustFail() ? nullptr : find(s, window);
+  if (recordP)
+    *rect = recordP->rect;
+  return call.returns(recordP ? TRUE : FALSE, rect->left, rect->top, rect->right, rect->bottom);
 }
 
 HWND WINAPI GetParent(HWND window) {
   Call call("GetParent", window);
   State& s = state();
   const Lock lock(s.mutex);
-  const Window* const record = call.mustFail() ? nullptr : find(s, window);
-  return call.returns(record == nullptr ? nullptr : record->parent);
+  const Window* const recordP = call.mustFail() ? nullptr : find(s, window);
+  return call.returns(recordP ? recordP->parent : nullptr);
 }
 
 HWND WINAPI GetWindow(HWND window, UINT command) {
   Call call("GetWindow", window, command);
   State& s = state();
   const Lock lock(s.mutex);
-  const Window* const record = call.mustFail() ? nullptr : find(s, window);
+  const Window* const recordP = call.mustFail() ? nullptr : find(s, window);
   HWND found = nullptr;
-  if (record != nullptr && command == GW_CHILD)
+  if (recordP && command == GW_CHILD)
     found = childAfter(s, window, 0);
-  else if (record != nullptr && command == GW_HWNDNEXT)
-    found = childAfter(s, record->parent, desktop::number(window));
+  else if (recordP && command == GW_HWNDNEXT)
+    found = childAfter(s, recordP->parent, desktop::number(window));
   return call.returns(found);
 }
 
@@ -157,10 +157,10 @@ BOOL WINAPI IsWindowVisible(HWND window) {
   Call call("IsWindowVisible", window);
   State& s = state();
   const Lock lock(s.mutex);
-  const Window* record = call.mustFail() ? nullptr : find(s, window);
-  while (record != nullptr && record->isVisible && record->parent != nullptr)
-    record = find(s, record->parent);
-  return call.returns(record != nullptr && record->isVisible ? TRUE : FALSE);
+  const Window* recordP = call.mustFail() ? nullptr : find(s, window);
+  while (recordP && recordP->isVisible && recordP->parent)
+    recordP = find(s, recordP->parent);
+  return call.returns(recordP && recordP->isVisible ? TRUE : FALSE);
 }
 
 int WINAPI GetClassNameW(HWND window, LPWSTR buffer, int count) {
@@ -169,11 +169,11 @@ int WINAPI GetClassNameW(HWND window, LPWSTR buffer, int count) {
     return call.returns(0);
   State& s = state();
   const Lock lock(s.mutex);
-  const Window* const record = call.mustFail() ? nullptr : find(s, window);
-  if (record == nullptr)
+  const Window* const recordP = call.mustFail() ? nullptr : find(s, window);
+  if (!recordP)
     return call.returns(0, buffer);
-  const std::size_t length = std::min(record->className.size(), static_cast<std::size_t>(count) - 1);
-  record->className.copy(buffer, length);
+  const std::size_t length = std::min(recordP->className.size(), static_cast<std::size_t>(count) - 1);
+  recordP->className.copy(buffer, length);
   buffer[length] = 0;
   return call.returns(static_cast<int>(length), buffer);
 }

@@ -10,11 +10,11 @@
 /// against the real header. What differs:
 /// - wchar_t has this system's size.
 /// - Narrow text (code page 0) is ISO 8859-1: a character up to 0xFF is the byte of that value. Native paths
-///   are widened byte by byte, so a path survives the way to wide text and back whatever its encoding.
-/// - Windows are records; desktop.h makes them and shows what became of them.
+///   are widened byte by byte, so a path survives the conversion to wide text and back whatever its encoding.
+/// - Windows are records; desktop.h makes and inspects them.
 ///
-/// Operations that act on the desktop report to call_log.h and can be told to fail there: they then do
-/// nothing and give back their failure value. All operations may be called from any thread; timers and
+/// Operations that act on the desktop report to call_log.h and can be made to fail there: they then do
+/// nothing and return their failure value. All operations may be called from any thread; timers and
 /// messages belong to the thread that asks for them.
 
 #define CALLBACK
@@ -162,35 +162,36 @@ constexpr WORD LOWORD(DWORD_PTR value) {
 constexpr WORD HIWORD(DWORD_PTR value) {
   return static_cast<WORD>((value >> 16) & 0xFFFF);
 }
+
 extern "C" {
 
 // ---- Time -------------------------------------------------------------------------------------------------
 
-/// Milliseconds since the system started; wraps at 32 bits. Not reported.
+/// Returns the milliseconds since the system started; wraps at 32 bits. Not reported.
 DWORD WINAPI GetTickCount(void);
-/// The time now, in UTC. Not reported.
+/// Writes the current time in UTC. Not reported.
 void WINAPI GetSystemTime(LPSYSTEMTIME time);
-/// Suspends the calling thread. Reported only on the thread that desktop::watchThisThread() named, so that
-/// threads in the background don't disturb a transcript.
+/// Suspends the calling thread. Reported only on the thread that called desktop::holdClock(), so that
+/// background threads don't disturb a transcript.
 void WINAPI Sleep(DWORD milliseconds);
 
 // ---- Messages and timers of a thread ----------------------------------------------------------------------
 
 /// Arms a repeating timer on the calling thread, which delivers it through its message loop.
-/// window        must be null: timers of windows aren't needed and give 0
+/// window        must be null; a timer of a window isn't supported and returns 0
 /// timerId       ignored without a window; the result is a new number, not used before in this process
-/// milliseconds  held to USER_TIMER_MINIMUM and USER_TIMER_MAXIMUM
+/// milliseconds  clamped to USER_TIMER_MINIMUM and USER_TIMER_MAXIMUM
 /// procedure     called by DispatchMessageW; may be null
 UINT_PTR WINAPI SetTimer(HWND window, UINT_PTR timerId, UINT milliseconds, TIMERPROC procedure);
 /// Ends a timer of the calling thread, together with a message of it that hasn't been dispatched yet.
 BOOL WINAPI KillTimer(HWND window, UINT_PTR timerId);
 
-/// Waits for the calling thread's next message: WM_QUIT first, then due timers. Gives 0 for WM_QUIT, else 1;
-/// window and filter aren't looked at, as there are no other messages. Not reported.
+/// Waits for the calling thread's next message: WM_QUIT first, then due timers. Returns 0 for WM_QUIT, else
+/// 1. Ignores window and filter, as there are no other messages. Not reported.
 BOOL WINAPI GetMessageW(LPMSG message, HWND window, UINT first, UINT last);
 /// Does nothing, as there are no key messages. Not reported.
 BOOL WINAPI TranslateMessage(const MSG* message);
-/// Calls the procedure of a timer that is still armed; anything else has no taker. Not reported.
+/// Calls the procedure of a timer that is still armed. Ignores other messages. Not reported.
 LRESULT WINAPI DispatchMessageW(const MSG* message);
 /// Ends the calling thread's message loop.
 void WINAPI PostQuitMessage(int exitCode);
@@ -199,83 +200,86 @@ void WINAPI PostQuitMessage(int exitCode);
 
 BOOL WINAPI GetCursorPos(LPPOINT point);
 BOOL WINAPI SetCursorPos(int x, int y);
-/// The first visible window at that point and, within it, the first visible child, and so on; or null.
+/// Returns the topmost visible window at that point or, within it, the topmost visible child, and so on; null
+/// if there is none.
 HWND WINAPI WindowFromPoint(POINT point);
-/// False, with the rectangle untouched, if there is no such window.
+/// Returns false, and leaves the rectangle, if there is no such window.
 BOOL WINAPI GetWindowRect(HWND window, LPRECT rect);
 HWND WINAPI GetParent(HWND window);
-/// command  GW_HWNDNEXT or GW_CHILD; others give null
+/// command  GW_HWNDNEXT or GW_CHILD; others return null
 HWND WINAPI GetWindow(HWND window, UINT command);
 /// Left and top edges count as inside, right and bottom ones don't.
 BOOL WINAPI PtInRect(const RECT* rect, POINT point);
-/// True only if the window and all windows above it are shown.
+/// Returns true only if the window and all its ancestors are visible.
 BOOL WINAPI IsWindowVisible(HWND window);
-/// Copies at most count - 1 characters and a terminator; gives the number of characters copied, 0 for no
-/// window.
+/// Copies at most count - 1 characters and a terminator. Returns the number of characters copied, 0 if there
+/// is no such window.
 int WINAPI GetClassNameW(HWND window, LPWSTR buffer, int count);
-/// Fills what fMask asks for. False, with the record untouched, if there is no such window or bar, or cbSize
-/// is not the record's size.
+/// Fills what fMask asks for. Returns false, and leaves the record, if there is no such window or bar, or
+/// cbSize is not the record's size.
 BOOL WINAPI GetScrollInfo(HWND window, int bar, LPSCROLLINFO info);
-/// Hands the message over at once; gives 0. See desktop.h for what the records do with it.
+/// Delivers the message at once and returns 0. See desktop.h for its effect.
 LRESULT WINAPI SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 BOOL WINAPI UpdateWindow(HWND window);
 
 // ---- Text, user, process ----------------------------------------------------------------------------------
 
-/// Wide to narrow text; what has no narrow form becomes the default character, or "?" if that is null.
+/// Converts wide to narrow text. A character without a narrow form becomes the default character, "?" if that
+/// is null. Returns the number of bytes, 0 if the buffer is too small or an argument is invalid.
 /// codePage     must be CP_ACP
 /// textCount    characters, or -1 for all up to and including the terminator
 /// bufferCount  0 asks for the bytes needed
-/// Gives the number of bytes, or 0 if the buffer is too small or an argument makes no sense.
 int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, LPCWCH text, int textCount, LPSTR buffer,
                                int bufferCount, LPCCH defaultChar, LPBOOL usedDefaultChar);
-/// Narrow to wide text; the arguments are those of WideCharToMultiByte the other way round. Not reported.
+/// Converts narrow to wide text, with the arguments of WideCharToMultiByte the other way round. Not reported.
 int WINAPI MultiByteToWideChar(UINT codePage, DWORD flags, LPCCH text, int textCount, LPWSTR buffer,
                                int bufferCount);
-/// Recorded and answered by desktop::setMessageBoxAnswer(); IDOK at once if nobody set one.
+/// Records the box and returns the answer of desktop::setMessageBoxAnswer(), IDOK if none is set.
 int WINAPI MessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type);
-/// Reported only; makes no sound and takes no time.
+/// Makes no sound and takes no time.
 BOOL WINAPI Beep(DWORD frequency, DWORD milliseconds);
 /// Not reported.
 DWORD WINAPI GetCurrentProcessId(void);
 /// Not reported.
 DWORD WINAPI GetCurrentThreadId(void);
-/// Attributes of a file, the path being native; INVALID_FILE_ATTRIBUTES if there is none. Not reported.
+/// Returns the attributes of a file, by its native path; INVALID_FILE_ATTRIBUTES if there is none. Not
+/// reported.
 DWORD WINAPI GetFileAttributesA(LPCSTR path);
 
 // ---- Threads ----------------------------------------------------------------------------------------------
 
-/// Starts a thread; gives its handle. Attributes, stack size, flags and the place for its number have to be
-/// null or 0. Not reported, and neither are the next two.
+/// Starts a thread and returns its handle. Attributes, stack size, flags and threadId have to be null or 0.
+/// Not reported, and neither are the next two.
 HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES attributes, std::size_t stackSize,
                            LPTHREAD_START_ROUTINE start, LPVOID argument, DWORD flags, DWORD* threadId);
-/// Waits for the end of a thread: gives WAIT_OBJECT_0, or WAIT_TIMEOUT if it still runs after that time.
+/// Waits for the end of a thread. Returns WAIT_OBJECT_0, or WAIT_TIMEOUT if it still runs after that time.
 DWORD WINAPI WaitForSingleObject(HANDLE thread, DWORD milliseconds);
-/// Forgets the handle of a thread; the thread goes on.
+/// Closes a thread's handle. The thread goes on.
 BOOL WINAPI CloseHandle(HANDLE thread);
 
 // ---- Modules ----------------------------------------------------------------------------------------------
 
 /// Loads a module and calls its DllMain(handle, DLL_PROCESS_ATTACH, nullptr), if it exports one. Either slash
-/// separates folders. Null if the module can't be loaded, or if DllMain gave FALSE. Loading it once more only
-/// counts. Not reported, and neither are FreeLibrary and GetProcAddress.
+/// separates folders. Returns null if the module can't be loaded, or if DllMain returned FALSE. Another call
+/// for a loaded module only counts. Not reported, and neither are FreeLibrary and GetProcAddress.
 HMODULE WINAPI LoadLibraryW(LPCWSTR path);
 HMODULE WINAPI LoadLibraryA(LPCSTR path);
-/// The last one calls DllMain(handle, DLL_PROCESS_DETACH, nullptr) and unloads the module. What is still
-/// loaded when the process ends by exit() hears of that with a third argument that isn't null, before its own
-/// static objects go; unlike on Windows, the other threads still run then.
+/// Drops one load. The last one calls DllMain(handle, DLL_PROCESS_DETACH, nullptr) and unloads the module.
+/// For a module that is still loaded at exit(), DllMain is called with a third argument that isn't null,
+/// before the module's static objects are destroyed; unlike on Windows, the other threads still run then.
 BOOL WINAPI FreeLibrary(HMODULE module);
-/// For a thread of CreateThread: frees the module and ends the thread, which doesn't return to its function.
+/// Frees the module and ends the calling thread of CreateThread, without a return to its function.
 [[noreturn]] void WINAPI FreeLibraryAndExitThread(HMODULE module, DWORD exitCode);
-/// Loads the module that an address lies in once more.
-/// flags  GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS; others give FALSE
+/// Adds a load of the module that contains an address.
+/// flags  GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS; others return FALSE
 BOOL WINAPI GetModuleHandleExW(DWORD flags, LPCWSTR address, HMODULE* module);
-/// Null for what neither the module nor what it has loaded exports. Names only, no ordinals.
+/// Returns an export of the module or of its libraries, null if there is none. Names only, no ordinals.
 FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name);
-/// Full path of a loaded module, or of the program for null, with backslashes between its folders.
-/// Gives the length; a path that doesn't fit is cut, terminated, and gives count. 0 for an unknown module.
+/// Writes the full path of a loaded module, or of the program for null, with backslashes between its folders.
+/// Returns its length, 0 for an unknown module. A path that doesn't fit is cut and terminated, and count is
+/// returned.
 DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD count);
-/// Modules carry no resources here: gives 0 and an empty text.
+/// Writes an empty text and returns 0: modules carry no resources here.
 int WINAPI LoadStringW(HINSTANCE module, UINT id, LPWSTR buffer, int count);
 
 } // extern "C"
