@@ -13,7 +13,7 @@ class OvAutoCad;
 /// main thread.
 ///
 /// From the load message until the engine is gone the library holds a reference to itself, so a host that
-/// frees it without an unload message leaves it in place, at work. The next load message then ends the old
+/// frees it without an unload message leaves it in place, running. The next load message then ends the old
 /// engine and makes a new one; the unload message ends it and drops the reference.
 ///
 /// Load and unload message are refused with kRetError, and nothing changes, while the engine is in use: a
@@ -35,7 +35,7 @@ public:
   /// reference. Asked while the library is being unmapped, it means that ours was the last one: the host had
   /// freed its own before. On any thread.
   bool isFreeing() const { return mIsFreeing; }
-  /// Lets that message return, and gives it 100 ms to leave the library's code.
+  /// Lets that message return, and waits 100 ms for it to leave the library's code.
   void letMessageLeave();
 
   std::unique_ptr<OvAutoCad> mOvAutoCadP;

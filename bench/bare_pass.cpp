@@ -14,7 +14,7 @@ namespace bench {
 
 namespace {
 
-/// The walk over the windows is the engine's own.
+/// Searches the windows with the engine's own function.
 bool isControlUnderPointer(AutoCadProxy& engine) {
   POINT pointer = {};
   GetCursorPos(&pointer);

@@ -14,7 +14,7 @@ std::vector<Result>& allResults() {
   return sResults;
 }
 
-/// Nanoseconds of one go, by the operation.
+/// Returns the nanoseconds of an operation, measured once.
 double timeOf(const Row& row, const Work& work) {
   using Clock = std::chrono::steady_clock;
   if (row.prepare)

@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-/// Rows that compare a piece of the plug-in with what it can't be faster than, or with what one would have
-/// taken from a shelf instead.
+/// Rows that compare a part of the plug-in with the bare calls that it can't do without, or with a common
+/// library.
 namespace bench {
 
-/// Does the same thing that many times in a row.
+/// Does the same operation that many times.
 using Work = std::function<void(int count)>;
 
 /// What is measured, and how.
@@ -17,16 +17,16 @@ struct Row {
   std::string what;
   std::string reference;
   double goal = 1;  // ours / reference, at most
-  int batch = 100;  // operations in one go
-  int pairs = 300;  // goes of each side
+  int batch = 100;  // operations in one measurement
+  int pairs = 300;  // measurements of each side
   double share = 1; // parts of one operation: objects in a sample, say
   Work ours;
   Work theirs;
-  std::function<void()> prepare;     // before each go of either side, not measured; may be null
-  std::function<void()> start, stop; // around all goes, not measured; may be null
+  std::function<void()> prepare;     // before each measurement, not measured; may be null
+  std::function<void()> start, stop; // around all measurements; may be null
 };
 
-/// What came out.
+/// A row's result.
 struct Result {
   std::string what;
   std::string reference;
@@ -38,11 +38,10 @@ struct Result {
   bool isDifference = false; // ratio and goal are of ours minus reference
 };
 
-/// Registers a row with Google Benchmark, under its text. Both sides take turns, in changing order, within
-/// one run: what disturbs the machine for a moment disturbs a pair, and the median of the pairs' ratios
-/// forgets it.
+/// Registers a row with Google Benchmark, under its text. Both sides alternate within one run, in changing
+/// order: a short disturbance of the machine affects a pair, and the median of the pairs' ratios ignores it.
 void add(const Row& row);
-/// Registers a row that works its result out by itself.
+/// Registers a row that computes its result itself.
 void add(const std::string& what, const std::function<Result()>& measure);
 
 /// Returns the results in the order of the rows, once they have run.

@@ -1,4 +1,4 @@
-// The log: one record of a motion step, as the default log has three of in each pass.
+// The log: a record of a motion step, of which the default log writes three in each pass.
 
 #include "bench.h"
 
@@ -15,7 +15,7 @@ namespace bench {
 
 namespace {
 
-constexpr double kValue = -0.01735; // of a step; what follows changes its digits
+constexpr double kValue = -0.01735; // of the first step
 constexpr double kValueStep = 1e-5;
 constexpr int kThreads = 3; // as many as the plug-in has
 
@@ -41,9 +41,8 @@ void startSpdlog() {
 
 void writeSpdlogRecords(int count) {
   for (int i = 0; i < count; ++i) {
-    gSpdlogP->log(
-        {"common_sources/motion/view_translation.cpp", __LINE__, "AutoCadProxy::AutoCadProxy::moveXYZ"},
-        spdlog::level::info, "Move x-Direction, value: {:.6g}", kValue + i * kValueStep);
+    gSpdlogP->log({"common_sources/host/view_motion.cpp", __LINE__, "AutoCadProxy::AutoCadProxy::moveXYZ"},
+                  spdlog::level::info, "Move x-Direction, value: {:.6g}", kValue + i * kValueStep);
   }
 }
 

@@ -12,8 +12,7 @@ namespace bench {
 
 namespace {
 
-constexpr std::int32_t kRoomyLog =
-    2000000; // units of the log's limit: about as much as 32 bits of bytes hold
+constexpr std::int32_t kLargestLog = 2000000; // kB, nearly the largest limit that fits 32 bits of bytes
 
 std::unique_ptr<OvAutoCad>& pluginSlot() {
   static std::unique_ptr<OvAutoCad> sPluginP;
@@ -35,7 +34,7 @@ OvAutoCad& plugin() {
     host::reset();
     pluginSlot() = std::make_unique<OvAutoCad>();
     pluginSlot()->mPendingKey = -1;
-    host::reset(); // the queue with the menu reader's command goes
+    host::reset(); // drops the queued command for the menu reader
     showHost();
     resetView();
   }
@@ -48,15 +47,15 @@ void stopEngine() {
 
 void showHost() {
   desktop::reset();
-  desktop::Window frame;
-  frame.className = L"AfxMDIFrame140u";
-  frame.rect = desktop::rectangle(0, 0, 1920, 1040);
-  const HWND frameWindow = desktop::addWindow(frame);
-  const auto child = [frameWindow](const wchar_t* className, RECT rect) {
+  desktop::Window main;
+  main.className = L"AfxMDIFrame140u";
+  main.rect = desktop::rectangle(0, 0, 1920, 1040);
+  const HWND mainWindow = desktop::addWindow(main);
+  const auto child = [mainWindow](const wchar_t* className, RECT rect) {
     desktop::Window window;
     window.className = className;
     window.rect = rect;
-    window.parent = frameWindow;
+    window.parent = mainWindow;
     desktop::addWindow(window);
   };
   child(L"AfxFrameOrView140u", desktop::rectangle(0, 160, 1920, 780));
@@ -87,7 +86,7 @@ void setDefaultLog() {
   plugin();
   LogPars pars;
   pars.mSettingsDirPath = home().backslashed("Orvaner");
-  pars.mMaxSize = kRoomyLog;
+  pars.mMaxSize = kLargestLog;
   gLogging.init(pars);
 }
 

@@ -7,17 +7,17 @@
 #include "ov_auto_cad.h"
 #include "temp_folder.h"
 
-/// What the rows need: a user's folder, a host with a view, a desktop with the host's windows on it, and
-/// the engine of the plug-in, made once and with no daemon to talk to unless a row starts one.
+/// What the rows need: a user's folder, a host with a view, a desktop with the host's windows, and the engine
+/// of the plug-in, constructed once, without a daemon.
 namespace bench {
 
-/// A port at which no daemon is.
+/// A port without a daemon.
 constexpr char kNoDaemon[] = "1";
 
-/// A user's home folder, with all that the plug-in keeps there. It goes at the end.
+/// Returns a user's home folder, with the plug-in's files. Removed at the end.
 rig::TempFolder& home();
 
-/// The engine, made at the first call, on default settings.
+/// Returns the engine, constructed at the first call with default settings.
 OvAutoCad& plugin();
 inline AutoCadProxy& engine() {
   return *plugin().mAutoCadProxyP;
@@ -25,18 +25,18 @@ inline AutoCadProxy& engine() {
 /// Ends the engine, if there is one.
 void stopEngine();
 
-/// The desktop that a user has: the host's frame with the drawing and its bars, and the pointer on the
+/// Sets up a user's desktop: the host's main window with the drawing and its bars, and the pointer on the
 /// drawing.
 void showHost();
-/// The view that all motion starts from, and no selection.
+/// Sets the view from which all motion starts.
 void resetView();
 
 void setSample(int x, int y, int z, int a, int b, int c);
-/// Sets a sample of all axes, forth for even numbers and back for odd ones, so that the view stays in place.
+/// Sets a sample of all axes, with opposite signs for even and odd numbers, so that the view stays in place.
 void turnSample(int i);
 constexpr int kCountedPasses = 200;
 
-/// Switches the log to its defaults, with room for all that the rows write, or to errors alone.
+/// Set the log to its defaults, with a limit that the rows don't reach, or to errors alone.
 void setDefaultLog();
 void setQuietLog();
 

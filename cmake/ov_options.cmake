@@ -21,13 +21,13 @@ if(OV_SANITIZE)
 endif()
 
 option(OV_FUZZ "Build the fuzzers, with libFuzzer; for clang++" OFF)
-if(OV_FUZZ) # the fuzzer sees which ways the code took
+if(OV_FUZZ) # records coverage for the fuzzer
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
 if(MINGW)
   # The programs and the module need no compiler runtime beside them.
   add_link_options(-static -static-libgcc -static-libstdc++)
-  # And no library offers the compiler runtime inside it to the next one.
+  # Libraries don't export the compiler runtime that they contain.
   add_link_options(-Wl,--exclude-libs,ALL)
 endif()

@@ -13,8 +13,7 @@ export WINEPREFIX=${WINEPREFIX:-$root/build/windows/wineprefix}
 export WINEDEBUG=${WINEDEBUG:--all}
 # Neither of the two is needed, and both would ask the user for a download.
 export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree=;mshtml=}
-# To a Windows program, a path that begins with a slash isn't a full one: GoogleTest would hang it below the folder that
-# it runs in, and the results would never be found.
+# To a Windows program, a path that begins with a slash is relative: GoogleTest would write the results elsewhere.
 [[ ${GTEST_OUTPUT:-} != xml:/* ]] || export GTEST_OUTPUT=xml:Z:${GTEST_OUTPUT#xml:}
 mkdir -p "$(dirname "$WINEPREFIX")"
 [[ -f $WINEPREFIX/system.reg ]] || echo "run_under_wine: making a Wine prefix in $WINEPREFIX" >&2

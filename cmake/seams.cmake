@@ -1,4 +1,4 @@
-# Chooses what the three headers are that the plug-in includes: ov_host_sdk has <arxHeaders.h>, ov_device_sdk has
+# Chooses the three headers that the plug-in includes: ov_host_sdk has <arxHeaders.h>, ov_device_sdk has
 # <ov_devlink.h>, and ov_system has <windows.h> and the POSIX threads. Link one to get its headers and libraries.
 #
 # The first two are this project's stand-ins, unless both folders are named here. Each holds inc, inc-x64 and

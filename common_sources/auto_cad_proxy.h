@@ -29,7 +29,7 @@ constexpr std::int32_t kMode3D = 2; // everything else
 /// or in one further up, which logs "Error ", its own name and "()" and gives up the current step;
 /// scrollTreesAndLists logs nothing. An exception of loadMenufile ends in TimerProc and stops the pump.
 ///
-/// The cap is at rest or moving (mCapIsMoving):
+/// The cap is at rest or moving (mCapIsMoving, set and reset through handleDeviceCap):
 ///
 ///            deflected, not taken by scrolling
 ///     rest ------------------------------------> moving
@@ -112,9 +112,8 @@ public:
   /// touched, and the host isn't asked.
   bool getSelObjectAxis(AcGeVector3d& axis, AcGePoint3d& point);
   /// Computes the mean of the midpoints of the selected objects' extents. Returns false if there is none.
-  /// set  a selection set of the caller's; null: what the user has selected. While the cap moves, null
-  /// returns
-  ///      the bool of the last reading; the centre isn't touched, and the host isn't asked.
+  /// set  a selection set of the caller's; null: what the user has selected. While the cap moves, a call with
+  ///      null returns the bool of the last reading; the centre isn't touched, and the host isn't asked.
   bool getSelObjectsCenter(const Adesk::Int64* set, AcGePoint3d& centre);
 
   // Motion of selected objects: host/object_motion.cpp
@@ -168,10 +167,11 @@ public:
 
   Relaxed<std::int32_t> mViewMode; // 1 = 2D, 2 = 3D, 0 before the first pass; index into mModes
   bool mCapIsMoving;
-  std::vector<std::string> mModes;       // names; the reading thread reads them once mMenuIsLoaded is set
-  std::vector<std::string> mMenuEntries; // macros, by key index
-  Relaxed<bool> mIsPumpRunning;          // TimerProc arms the timer again while set
-  bool mIsDocLocked;                     // we hold the lock of the document
+  std::vector<std::string> mModes; // names; the reading thread reads them once mMenuIsLoaded is set
+  // Macros, by key index. Empty until the menu file has been read: a key then only logs an error.
+  std::vector<std::string> mMenuEntries;
+  Relaxed<bool> mIsPumpRunning; // TimerProc arms the timer again while set
+  bool mIsDocLocked;            // we hold the lock of the document
 
   // Written by the threads of the device link, through setRotMode and retrieveRotMode.
   Relaxed<std::int32_t> mRotMode; // 0 to 3
@@ -180,7 +180,7 @@ public:
   Relaxed<bool> mHoverMode;
 
   bool mObjectMoveMode; // the cap moves the selected objects
-  // The menu file has delivered a mode name, and mModes stays as it is. Stored with release and loaded with
+  // The menu file has supplied a mode name, and mModes no longer changes. Stored with release and loaded with
   // acquire, so that a thread that sees it set may read mModes.
   std::atomic<bool> mMenuIsLoaded;
   UINT_PTR mTimerId; // the timer that is armed now

@@ -134,7 +134,7 @@ int Settings::writeSettingsFile(const std::string& path) {
   // between, the file is lost, so that time is as short as possible.
   const std::string text = fileText();
   OV_LOG(TRC, "Settings", "Settings::writeSettingsFile", "Writing new default settings file ...");
-  char room[1]; // given, so that the opening, which empties the file, needs no memory
+  char room[1]; // a buffer of our own, so that the opening, which empties the file, allocates nothing
   std::ofstream file;
   file.rdbuf()->pubsetbuf(room, sizeof room);
   file.open(Util::nativePath(path), std::ios::out | std::ios::trunc | std::ios::binary);

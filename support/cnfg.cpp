@@ -50,7 +50,7 @@ bool Cnfg::readLine(std::string& line) {
   line.clear();
   if (!mFile.good())
     return false;
-  // Not with getline: without memory it would end the file here, and the keys behind would be missing.
+  // Not with getline: without memory it would end the file here, and the keys after it would be missing.
   for (int c = mFile.get(); mFile.good() && c != '\n'; c = mFile.get())
     line += static_cast<char>(c);
   if (!mFile.eof() && !line.empty() && line.back() == '\r')

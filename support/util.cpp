@@ -84,7 +84,7 @@ std::string nativePath(const std::string& path) {
 }
 
 bool fileExists(const std::string& path) {
-  // Some systems open folders for reading as well. They are no files to the callers.
+  // Some systems open folders for reading as well. To the callers a folder isn't a file.
   if (folderExists(path))
     return false;
   std::FILE* const fileP = std::fopen(nativePath(path).c_str(), "r");

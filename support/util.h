@@ -7,8 +7,8 @@
 /// Small wrappers of the platform. They hold no state, report nothing and may be called on any thread.
 namespace Util {
 
-/// Returns the environment variable USERPROFILE, empty if it isn't set. Paths then start at the current drive's
-/// root, where the folders normally don't exist.
+/// Returns the environment variable USERPROFILE, empty if it isn't set. Paths then start at the current
+/// drive's root, where the folders normally don't exist.
 std::string getHomeDir();
 
 std::uint32_t getProcessId();
@@ -26,7 +26,7 @@ std::string getDate();
 /// Returns the path as this system opens it. The plug-in joins paths with a backslash everywhere. This
 /// function, called when a file is opened, is the one place that changes it.
 std::string nativePath(const std::string& path);
-/// Returns true if the path opens for reading and is no folder.
+/// Returns true if the path opens for reading and isn't a folder.
 bool fileExists(const std::string& path);
 /// Returns true if the path is a folder, with or without a separator at its end.
 bool folderExists(const std::string& path);

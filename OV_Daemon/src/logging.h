@@ -19,8 +19,9 @@ constexpr std::int32_t LOG_MAGIC = 314159;
 /// Passed to gLogging, it asks for the byte table of the string that follows.
 constexpr std::int32_t LOG_HEX_DUMP = 271828;
 
-/// The one log of the plug-in. Every thread writes to it; a record is a line in fixed columns, or more if its text has
-/// line feeds, and is on disk when its statement is over. The file is limited in size by a rotation to a ".bak" beside it.
+/// The one log of the plug-in. Every thread writes to it; a record is a line in fixed columns, or more if its
+/// text has line feeds, and is on disk when its statement is over. The file is limited in size by a rotation
+/// to a ".bak" beside it.
 ///
 /// Records are written with OV_LOG and in no other way. The lock of the log doesn't nest: nothing that a
 /// record's text calls may log.
@@ -90,8 +91,8 @@ constexpr const char* logSourceName(const char* path) {
   return name;
 }
 
-/// Composes the prefix and asks the gate. Returns false, with no lock held, if the record isn't wanted or there
-/// is no memory.
+/// Composes the prefix and asks the gate. Returns false, with no lock held, if the record isn't wanted or
+/// there is no memory.
 inline bool beginLogRecord(int type, const char* file, int line, const char* className,
                            const char* method) noexcept {
   try {

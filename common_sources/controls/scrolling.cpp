@@ -45,7 +45,7 @@ LPARAM packed(POINT point) {
                              (static_cast<std::uint32_t>(point.y) & 0xFFFF) << 16);
 }
 
-/// One notch for each pass. The deflection sets only the pause.
+/// Sends one notch for each pass. The deflection determines only the pause.
 bool turnWheel(HWND window, POINT pointer, int h, int v) {
   const int amount = std::abs(h) > std::abs(v) ? h : v;
   if (std::abs(h) != std::abs(v)) {
@@ -58,13 +58,13 @@ bool turnWheel(HWND window, POINT pointer, int h, int v) {
   return true;
 }
 
-/// False if the control has nothing to scroll in that direction: the sample is the view's then.
+/// Returns false if the control has nothing to scroll in that direction: the sample then goes to the view.
 bool scrollLines(HWND window, int h, int v) {
   if (std::abs(h) == std::abs(v))
     return true;
   const bool isVertical = std::abs(v) > std::abs(h);
   const int amount = isVertical ? v : h;
-  // Zero before the call: a window that doesn't answer ends at the test below, as one with nothing to scroll.
+  // Zero before the call, so that a window that doesn't answer counts as one with nothing to scroll.
   SCROLLINFO info = {};
   info.cbSize = sizeof info;
   info.fMask = SIF_ALL;
@@ -73,8 +73,8 @@ bool scrollLines(HWND window, int h, int v) {
     return false;
   const int count = std::clamp(info.nMax / kRangePerLine, 1, kLargestBatch);
   const UINT message = isVertical ? WM_VSCROLL : WM_HSCROLL;
-  // On the position at the start of the pass: the last batch may run over the end, where the control stops by
-  // itself. In 64 bits, since page and position may be anything.
+  // Decided by the position at the start of the pass: the last batch may exceed the end, where the control
+  // stops by itself. In 64 bits, since page and position are untrusted.
   const bool canGoBack = amount < 0 && info.nPos > 0;
   const bool canGoOn = amount > 0 && static_cast<std::int64_t>(info.nPage) + info.nPos <= info.nMax;
   for (int i = 0; i < count; ++i) {
@@ -142,7 +142,7 @@ HWND AutoCadProxy::windowUnderPoint(POINT point) {
     }
     if (!isFound)
       return best;
-    // Only a window that has just won is looked into.
+    // Descend only into a window that was just chosen.
     candidate = GetWindow(best, GW_CHILD);
     if (!candidate)
       return best;

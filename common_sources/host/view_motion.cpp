@@ -17,7 +17,7 @@ constexpr std::int32_t kFirstAxis = 0;  // value A, about picture-right
 constexpr std::int32_t kSecondAxis = 1; // value B, about picture-up
 constexpr std::int32_t kThirdAxis = 2;  // value C, the roll
 
-/// Sets the view, unless a number of it is NaN or infinite: the release would write it into the drawing.
+/// Sets the view, unless one of its numbers is NaN or infinite: the release would write it into the drawing.
 void setFiniteView(AcGsView& view, const AcGePoint3d& position, const AcGePoint3d& target,
                    const AcGeVector3d& up, double fieldWidth, double fieldHeight, bool isPerspective) {
   if (motion::isFinite(position, target, up, fieldWidth, fieldHeight))

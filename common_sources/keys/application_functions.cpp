@@ -1,4 +1,5 @@
 // Keys that the user has bound to menu items: the item's macro is typed at the command line, line by line.
+// Without a menu file there are no macros, and each key logs "keyEvent ... too big".
 
 #include "auto_cad_proxy.h"
 

@@ -1,4 +1,5 @@
-// The menu file, which the menu reader writes: names of the modes, and the macros of the keys.
+// The menu file, which the menu reader writes: names of the modes, and the macros of the keys. While it is
+// missing, each tick looks for it, and a key finds no macro (execApplFunction in application_functions.cpp).
 
 #include "auto_cad_proxy.h"
 

@@ -12,7 +12,7 @@ namespace motion {
 /// What a movement remembers of the selection. It is read if the movement's first handled sample rotates and
 /// the toggle is on, and kept until such a sample overwrites it: nothing resets it at the release, so a
 /// movement that begins to rotate later uses what an earlier one left. Object mode overwrites selCenterValid
-/// at every sample.
+/// at every sample. Movements begin and end in AutoCadProxy::handleDeviceCap.
 struct Movement {
   AcGePoint3d selCenterPoint; // rotation centre; also the start of the line of selAxisVector
   AcGeVector3d selAxisVector; // direction of the selected line, unit vector

@@ -5,8 +5,8 @@
 
 #include "view_step.h"
 
-/// The arithmetic of one step of selected objects: a fixed amount for each device count. Neither the
-/// sensitivities nor the rotation mode enter. Nothing here calls the host.
+/// The arithmetic of one step of selected objects: a fixed amount for each device count. The
+/// sensitivities and the rotation mode have no effect. Nothing here calls the host.
 namespace motion {
 
 /// A sample's values, device counts.

@@ -19,7 +19,8 @@ ScreenFrame screenFrame(const AcGePoint3d& position, const AcGePoint3d& target, 
 
 // Gains of move3D: its value is sample / mTraSensBase * gain, in units of the view's size. The frame's x axis
 // points to the LEFT of the picture, hence its other sign: a positive sample moves the eye left, down and
-// forwards, so the scene moves right, up and towards the viewer.
+// forwards, so the scene moves right, up and towards the viewer. The signs of the rotation are set in
+// AutoCadProxy::rotateView.
 constexpr double kViewGainX = 5.0;
 constexpr double kViewGainYZ = -5.0;
 

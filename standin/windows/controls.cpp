@@ -17,7 +17,7 @@ namespace {
 void scrollLine(std::optional<ScrollBar>& bar, WORD request) {
   if (!bar || (request != SB_LINEUP && request != SB_LINEDOWN))
     return;
-  // The last page is full: the position ends where the page's end meets the range's.
+  // The last position shows the last page in full.
   const int page = std::max(static_cast<int>(bar->page), 1);
   const int last = std::max(bar->min, bar->max - page + 1);
   const int wanted = bar->position + (request == SB_LINEUP ? -1 : 1);
@@ -40,7 +40,7 @@ void handle(Window& window, UINT message, WPARAM wParam) {
   }
 }
 
-/// Fills what is asked for; false if there is no such bar.
+/// Fills what fMask asks for. Returns false if there is no such bar.
 bool readBar(State& s, HWND window, int bar, SCROLLINFO& info) {
   const Window* const recordP = find(s, window);
   if (!recordP || (bar != SB_HORZ && bar != SB_VERT))

@@ -47,7 +47,7 @@ void reset() {
   s.systemTime.reset();
   s.sleeps.clear();
   s.quits.clear();
-  // Timer numbers go on: a callback that was about to kill its timer must not hit a new one.
+  // Timer numbers aren't reused: a callback that is about to kill its timer must not kill a new one.
   s.timers.clear();
   s.boxes.clear();
   s.boxAnswer = nullptr;

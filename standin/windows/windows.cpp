@@ -21,7 +21,7 @@ bool contains(const RECT& rect, POINT point) {
   return point.x >= rect.left && point.x < rect.right && point.y >= rect.top && point.y < rect.bottom;
 }
 
-/// The topmost visible child of a window at a point; null if there is none.
+/// Returns the topmost visible child of a window at a point, null if there is none.
 HWND childAt(const State& s, HWND parent, POINT point) {
   for (const auto& [number, window] : s.windows)
     if (window.parent == parent && window.isVisible && contains(window.rect, point))
@@ -29,7 +29,7 @@ HWND childAt(const State& s, HWND parent, POINT point) {
   return nullptr;
 }
 
-/// The topmost child of a window whose number is above that one; null if there is none.
+/// Returns the next child of a window after the one with that number, null if there is none.
 HWND childAfter(const State& s, HWND parent, unsigned long number) {
   for (auto it = s.windows.upper_bound(number); it != s.windows.end(); ++it)
     if (it->second.parent == parent)

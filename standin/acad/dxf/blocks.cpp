@@ -11,9 +11,9 @@ namespace {
 
 constexpr double kDegree = 3.14159265358979323846 / 180;
 constexpr int kMaxDepth = 16;       // blocks in blocks
-constexpr double kMaxScale = 1e6;   // to the power of kMaxDepth it still gives finite coordinates
-constexpr double kMaxSize = 5e6;    // entities that one insert may stand for, all told
-constexpr double kMaxTotal = 2e7;   // ... and all of model space
+constexpr double kMaxScale = 1e6;   // its power of kMaxDepth still yields finite coordinates
+constexpr double kMaxSize = 5e6;    // entities of one insert, nested ones included
+constexpr double kMaxTotal = 2e7;   // entities of all of model space
 constexpr double kMaxCells = 10000; // places of an insert in rows and columns
 
 } // namespace

@@ -12,17 +12,17 @@
 namespace dxf {
 
 /// Collects the entities of model space and of blocks. Blocks may be used before they are defined, so inserts
-/// are kept as they are until everything has been read.
+/// are stored until everything has been read.
 class Blocks {
 public:
-  /// skipped  gets what is left out, and how often; must outlive this
+  /// skipped  counts what is left out, by kind; must outlive this object
   explicit Blocks(std::map<std::string, int>& skipped) : mSkipped(skipped) {}
 
   /// Takes a record of the sections BLOCKS and ENTITIES. Throws BadFile for an invalid number.
   void add(const Record& record);
-  /// Ends a block that the section left open.
+  /// Ends a block that lacks its ENDBLK.
   void endSection() { mBlockP = nullptr; }
-  /// To be called once, at the end: the entities of model space in the file's order. Throws BadFile if they
+  /// Returns the entities of model space in the file's order. Call once, at the end. Throws BadFile if they
   /// are too many.
   std::vector<std::unique_ptr<AcDbEntity>> takeEntities();
 
@@ -35,7 +35,7 @@ private:
     int columns = 1, rows = 1;
     double columnStep = 0, rowStep = 0;
   };
-  /// One of the two.
+  /// An entity, or an insert: one of the two is null.
   struct Item {
     std::unique_ptr<AcDbEntity> entityP;
     std::unique_ptr<Insert> insertP;
@@ -45,22 +45,23 @@ private:
     std::vector<Item> items; // until it is built
     bool isBeingBuilt = false;
     std::shared_ptr<const AcDbBlock> builtP; // null until it has been needed
-    double size = 0;                         // entities with those of all blocks in it
-    int height = 0;                          // levels of blocks in it
+    double size = 0;                         // entities, with those of nested blocks
+    int height = 0;                          // levels of nested blocks
   };
 
   static std::unique_ptr<Insert> readInsert(const Record& record);
   void skip(const std::string& kind) { ++mSkipped[kind]; }
-  /// Null for an unknown block, one inside itself, or one too deep. depth  number of blocks around it
+  /// Returns a block, built. Null for an unknown block, one inside itself, or one too deep.
+  /// depth  number of blocks around it
   Block* built(const std::string& name, int depth);
-  /// Makes the entity of an insert; null if it is left out. Adds to the size and sets the height of the block
+  /// Returns the item's entity, null if it is left out. Adds to the size and raises the height of the block
   /// around it.
   std::unique_ptr<AcDbEntity> build(Item& item, int depth, double& size, int& height);
 
   std::map<std::string, int>& mSkipped;
   std::vector<Item> mModelSpace;
   std::map<std::string, Block> mBlocks;
-  Block* mBlockP = nullptr; // the one that is being read
+  Block* mBlockP = nullptr; // the block that is being read
 };
 
 } // namespace dxf

@@ -7,7 +7,7 @@ namespace dxf {
 
 namespace {
 
-/// A file's order is: sections from "0 SECTION" to "0 ENDSEC", then "0 EOF".
+/// Reads a file: sections from "0 SECTION" to "0 ENDSEC", then "0 EOF".
 void readSections(const std::string& text, Blocks& blocks) {
   Records records(text);
   Record record;

@@ -11,7 +11,7 @@ struct Result {
   /// One line with the file, the line where there is one, and the reason. Empty on success.
   std::string error;
   int entities = 0;
-  /// What was left out: kind, and how often.
+  /// What was left out: kind and count.
   std::map<std::string, int> skipped;
 
   bool isLoaded() const { return error.empty(); }
@@ -19,9 +19,9 @@ struct Result {
   std::string summary() const;
 };
 
-/// Adds the drawing in the file to the host's model space; a drawing without entities is a good one. Adds
-/// nothing if it fails: when the file can't be read, isn't a whole DXF file in text form, or gives an invalid
-/// number for an entity.
+/// Adds the drawing in the file to the host's model space; a drawing without entities is valid. Adds nothing
+/// on a failure: the file can't be read, isn't a complete DXF file in text form, or holds an invalid number
+/// in an entity.
 Result load(const std::string& path);
 
 } // namespace dxf

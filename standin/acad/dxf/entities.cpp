@@ -21,7 +21,7 @@ constexpr int kClosedAcross = 32;
 constexpr int kIsFaceMesh = 64;
 
 // Bits of a vertex's flags.
-constexpr int kShapesOnly = 16; // shapes the line, but doesn't lie on it
+constexpr int kShapesOnly = 16; // a control point, not on the line
 constexpr int kMeshCorner = 64;
 constexpr int kFaceMeshPart = 128;
 
@@ -33,7 +33,7 @@ EntityPtr makeLine(const Record& record) {
   return std::make_unique<AcDbLine>(record.point(10), record.point(11));
 }
 
-/// The centre of a circle or an arc, which the file gives in the entity's own plane.
+/// Returns the centre of a circle or an arc. The file holds it in the coordinates of the entity's plane.
 AcGePoint3d centreOf(const Record& record) {
   return AcGeMatrix3d::planeToWorld(record.normal()) * record.point(10);
 }
@@ -61,7 +61,7 @@ EntityPtr makeEllipse(const Record& record) {
                                        record.number(41), record.number(42, 2 * kPi));
 }
 
-/// The last corner of a face that is a triangle may be missing.
+/// Returns the fourth corner of a face, the third if there is none.
 AcGePoint3d lastCorner(const Record& record) {
   return record.point(record.find(13) ? 13 : 12);
 }
@@ -71,7 +71,7 @@ EntityPtr makeFace(const Record& record) {
 }
 
 EntityPtr makeSolid(const Record& record) {
-  // The third and the fourth corner stand crosswise in the file, and all lie in the entity's own plane.
+  // The file holds the fourth corner before the third, and all in the coordinates of the entity's plane.
   const AcGeMatrix3d plane = AcGeMatrix3d::planeToWorld(record.normal());
   return std::make_unique<AcDbFace>(plane * record.point(10), plane * record.point(11),
                                     plane * lastCorner(record), plane * record.point(12));
@@ -99,8 +99,8 @@ EntityPtr makeFaceMesh(const Record& record) {
     const int flags = vertex.integer(70);
     if ((flags & kFaceMeshPart) && !(flags & kMeshCorner)) {
       AcDbPolyFaceMesh::Face& face = faces.emplace_back();
-      for (int i = 0; i < 4;
-           ++i) // corners count from 1, negative behind an edge that isn't drawn; 0 for none
+      // Corners count from 1, 0 for none; negative if the edge from there isn't drawn.
+      for (int i = 0; i < 4; ++i)
         face.corner[i] = std::abs(vertex.integer(71 + i)) - 1;
     } else {
       points.push_back(vertex.point(10));
@@ -148,7 +148,7 @@ EntityPtr makePolyline(const Record& record) {
   const bool isClosed = (flags & kClosed) != 0;
   if (flags & kIs3d)
     return std::make_unique<AcDb3dPolyline>(std::move(points), isClosed);
-  // The height of a flat line stands in its head, in its points, or in both.
+  // The file holds the height of a flat line in its first record, in its points, or in both.
   const double height = record.number(30);
   return std::make_unique<AcDbPolyline>(flat, isClosed, height != 0 ? height : points[0].z, record.normal());
 }
@@ -161,7 +161,7 @@ EntityPtr makeSpline(const Record& record) {
     weight = weight > kMinWeight ? weight : 1;
   std::vector<AcGePoint3d> points = splinePoints(record.integer(71), record.numbers(40), controls, weights);
   if (points.empty())
-    points = record.points(11); // those that the curve was fitted to
+    points = record.points(11); // the points that the curve was fitted to
   if (points.size() < 2)
     return nullptr;
   return std::make_unique<AcDb3dPolyline>(std::move(points), (record.integer(70) & kClosed) != 0);

@@ -9,8 +9,8 @@
 
 namespace dxf {
 
-/// Makes the host's entity from a record; null if the record describes no shape. Throws BadFile for an
-/// invalid number.
+/// Makes the host's entity from a record. Returns null if the record describes no shape. Throws BadFile for
+/// an invalid number.
 typedef std::unique_ptr<AcDbEntity> (*Maker)(const Record&);
 
 /// Returns the maker for a kind of entity, null if there is none.

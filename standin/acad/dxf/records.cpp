@@ -35,12 +35,12 @@ std::string printable(std::string_view value) {
 }
 
 double Pair::number() const {
-  // The value ends at a line's end or with the text, so that strtod stops there at the latest, unless the
-  // value is empty.
+  // After the value comes a line's end or the end of the text, where strtod stops at the latest. An empty
+  // value has no such end.
   char* end = nullptr;
   const double result = value.empty() ? NAN : std::strtod(value.data(), &end);
   if (end != value.data() + value.size() || !std::isfinite(result))
-    throw BadFile(line, "\"" + printable(value) + "\" is no number");
+    throw BadFile(line, "\"" + printable(value) + "\" is not a number");
   if (std::fabs(result) > kMaxNumber)
     throw BadFile(line, "\"" + printable(value) + "\" is too large");
   return result;
@@ -113,7 +113,7 @@ void Records::readNext() {
   const char* const end = code.data() + code.size();
   const auto [stop, failure] = std::from_chars(code.data(), end, mNext.code);
   if (failure != std::errc() || stop != end || mNext.code < kLowestCode || mNext.code > kHighestCode)
-    throw BadFile(mLine, "\"" + printable(code) + "\" is no group code");
+    throw BadFile(mLine, "\"" + printable(code) + "\" is not a group code");
   if (!readLine(mNext.value))
     throw BadFile(mLine, "the file ends between a group code and its value");
   mNext.line = mLine;

@@ -10,7 +10,7 @@
 
 namespace dxf {
 
-/// Why a file can't be read: what follows its path in the message.
+/// The reason why a file can't be read, as it follows the path in the message.
 class BadFile : public std::runtime_error {
 public:
   explicit BadFile(const std::string& reason) : runtime_error(": " + reason) {}
@@ -18,7 +18,7 @@ public:
       : runtime_error(":" + std::to_string(line) + ": " + reason) {}
 };
 
-/// The value without control characters and not too long, for a message.
+/// Returns the value for a message: printable and not too long.
 std::string printable(std::string_view value);
 
 /// A group code with its value, which is part of the file's text.
@@ -27,28 +27,28 @@ struct Pair {
   std::string_view value;
   size_t line = 0; // of the value, from 1
 
-  /// Throws BadFile if the value is no number or too large.
+  /// Throws BadFile if the value isn't a number or is too large.
   double number() const;
 };
 
-/// The pairs from one code 0 to the next: an entity, the begin or end of a block or section. Of a code that
-/// comes more than once, the first pair counts. Nobody asks for comments, code 999.
+/// The pairs from one code 0 to the next: an entity, the begin or end of a block or section. The operations
+/// for one value take the first pair of a code.
 struct Record {
   std::string_view kind; // value of the code 0
   size_t line = 0;
   std::vector<Pair> pairs;      // without the code 0
   std::vector<Record> vertices; // of a POLYLINE
 
-  /// Null if there is none.
+  /// Returns the first pair of a code, null if there is none.
   const Pair* find(int code) const;
   std::string_view text(int code) const;
   double number(int code, double fallback = 0) const;
   int integer(int code, int fallback = 0) const;
-  /// The point with x in this code, y in code + 10 and z in code + 20. Missing coordinates are 0.
+  /// Returns the point with x in this code, y in code + 10 and z in code + 20. Missing coordinates are 0.
   AcGePoint3d point(int code) const;
-  /// Direction of an entity's plane, of length 1; world Z unless given.
+  /// Returns the normal of the entity's plane, a unit vector; world Z if there is none.
   AcGeVector3d normal() const;
-  /// All values of a code that is repeated, and all points.
+  /// Return all values or points of a repeated code.
   std::vector<double> numbers(int code) const;
   std::vector<AcGePoint3d> points(int code) const;
 };
@@ -59,15 +59,15 @@ class Records {
 public:
   explicit Records(std::string_view text) : mRest(text) { readNext(); }
 
-  /// Reads the next record, a POLYLINE with its vertices. False at the end of the text. What follows EOF
-  /// isn't looked at.
+  /// Reads the next record, a POLYLINE with its vertices. Returns false at the end of the text. Text after
+  /// EOF is ignored.
   bool read(Record& record);
-  /// Number of the last line that was looked at.
+  /// Returns the number of the last line read.
   size_t line() const { return mLine; }
 
 private:
   bool readLine(std::string_view& line);
-  /// Puts the next pair into mNext.
+  /// Reads the next pair into mNext.
   void readNext();
 
   std::string_view mRest;
@@ -76,7 +76,7 @@ private:
   bool mHasNext = false;
 };
 
-/// The whole of a text file. Throws BadFile if it can't be read, is empty or is none.
+/// Returns the text of a file. Throws BadFile if it can't be read, is empty or isn't a text file.
 std::string readTextFile(const std::string& path);
 
 } // namespace dxf

@@ -14,8 +14,8 @@ struct Weighted {
   double weight = 0;
 };
 
-/// The point at t, which lies in the span that begins with that knot: de Boor's way, each round blends
-/// neighbours.
+/// Returns the point at t in a span, by de Boor's algorithm: each round blends neighbours.
+/// span  index of the knot at which the span begins
 AcGePoint3d pointAt(double t, size_t span, size_t degree, const std::vector<double>& knots,
                     std::vector<Weighted> near) {
   for (size_t round = 1; round <= degree; ++round)

@@ -6,7 +6,7 @@ AcGeMatrix3d AcDbBlockReference::fromBlock(const AcGeMatrix3d* transform) const 
 }
 
 void AcDbBlockReference::subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const {
-  // The shapes themselves are asked: the box around a turned box would be too big.
+  // From the entities themselves: the box around a turned box would be too big.
   const AcGeMatrix3d m = fromBlock(transform);
   for (const auto& entityP : mBlockP->entities)
     entityP->subAddExtents(&m, extents);

@@ -1,6 +1,8 @@
 #include <deque>
 #include <vector>
 
+#include "command_line.h"
+
 #include "command_stack.h"
 #include "commands.h"
 #include "menu_expression.h"
@@ -14,8 +16,8 @@ namespace {
 constexpr wchar_t kEscape = 0x1B;
 constexpr int kMaxTextsARun = 10000;
 
-/// What the keyboard leads to: texts wait in the queue, are cut into inputs, and inputs go to the command
-/// that runs or start one.
+/// The command line: texts wait in the queue and are split into inputs. An input goes to the running command
+/// or starts one.
 class CommandLine {
 public:
   void run(const std::wstring& text);
@@ -32,11 +34,12 @@ private:
 
   std::wstring mInput;      // typed, not yet ended
   int mDepth = 0;           // open brackets of the expression that is being typed
-  bool mIsInString = false; // ... and whether a text in it is open
-  bool mIsEscaped = false;  // ... right behind a backslash in that text
-  bool mEndIsDue = false;   // an expression has run; the blank or Enter behind it says nothing more
-  std::vector<std::unique_ptr<RunningCommand>> mRunning; // a transparent command runs on top of another one
-  std::wstring mLast;                                    // what a bare Enter starts again
+  bool mIsInString = false; // inside a quoted text of the expression
+  bool mIsEscaped = false;  // directly after a backslash in that text
+  bool mEndIsDue = false;   // an expression has run; the blank or Enter that follows is ignored
+  std::vector<std::unique_ptr<RunningCommand>>
+      mRunning;       // a transparent command is after the one it interrupts
+  std::wstring mLast; // the command that a bare Enter repeats
 };
 
 void CommandLine::run(const std::wstring& text) {
@@ -125,7 +128,7 @@ void CommandLine::take(const std::wstring& input) {
 }
 
 void CommandLine::start(const std::wstring& typedName, bool isTransparent) {
-  // ' lets a command run inside another one, _ asks for the name that is the same in all languages.
+  // ' marks a transparent command, _ a global name, the same in all languages.
   const size_t begin = typedName.find_first_not_of(L"'_.");
   const std::wstring name = begin == std::wstring::npos ? L"" : typedName.substr(begin);
   const bool isGlobal = typedName.find(L'_') < begin;
@@ -171,9 +174,9 @@ void type(const std::wstring& text) {
   commandLine().mQueue.push_back(text);
 }
 
-void clearQueue() {
+void clearCommandLine() {
   commandLine().clear();
-  state().history.clear(); // the cancelling of what ran is nothing that happened
+  state().history.clear(); // with the line that cancelling printed
 }
 
 void print(const std::wstring& text) {
@@ -194,7 +197,7 @@ std::wstring printed() {
 
 namespace {
 
-/// Typed text as a person reads it; the Enter at its end goes without saying.
+/// Returns typed text for a person to read, without the Enter at its end.
 std::string readable(const std::wstring& typed) {
   if (typed == L"\n")
     return "<ENTER>";
@@ -225,9 +228,9 @@ std::string historyText() {
       continue;
     }
     const std::string text = narrow(line.text);
-    // A text that begins with a line break asks for a fresh line; after a typed one it has that already.
-    const bool isFresh = !text.empty() && text[0] == '\n' && (result.empty() || result.back() == '\n');
-    result += isFresh ? text.substr(1) : text;
+    // A text that begins with a line break starts a new line; after a typed text it is on one already.
+    const bool isOnNewLine = !text.empty() && text[0] == '\n' && (result.empty() || result.back() == '\n');
+    result += isOnNewLine ? text.substr(1) : text;
   }
   toNewLine();
   return result;

@@ -2,13 +2,14 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
 #include "accmd.h"
 #include "acedads.h"
 #include "call_log.h"
-#include "state.h"
+#include "command_line.h"
 #include "text.h"
 
 namespace {
@@ -17,7 +18,6 @@ class Command : public AcEdCommand {
 public:
   const ACHAR* globalName() const override { return mGlobal.c_str(); }
   const ACHAR* localName() const override { return mLocal.c_str(); }
-  AcRxFunctionPtr functionAddr() const override { return mFunction; }
 
   std::wstring mGroup;
   std::wstring mGlobal;
@@ -39,7 +39,7 @@ public:
       return Acad::eNotApplicable;
     if (!function || !*globalName)
       return Acad::eInvalidInput;
-    if (find(group, globalName) != mCommands.size())
+    if (find(group, globalName) != mCommands.end())
       return Acad::eDuplicateKey;
     auto command = std::make_unique<Command>();
     command->mGroup = group;
@@ -56,19 +56,18 @@ public:
     const call_log::Call call("removeCmd", group, globalName);
     if (call.mustFail())
       return Acad::eNotApplicable;
-    const size_t place = find(group, globalName);
-    if (place == mCommands.size())
+    const auto command = find(group, globalName);
+    if (command == mCommands.end())
       return Acad::eKeyNotFound;
-    mCommands.erase(mCommands.begin() + static_cast<std::ptrdiff_t>(place));
+    mCommands.erase(command);
     return Acad::eOk;
   }
 
-  size_t find(const ACHAR* group, const ACHAR* globalName) const {
-    size_t i = 0;
-    while (i < mCommands.size() &&
-           !(isSame(mCommands[i]->mGroup, group) && isSame(mCommands[i]->mGlobal, globalName)))
-      ++i;
-    return i;
+  std::vector<std::unique_ptr<Command>>::const_iterator find(const ACHAR* group,
+                                                             const ACHAR* globalName) const {
+    return std::find_if(mCommands.begin(), mCommands.end(), [&](const auto& commandP) {
+      return isSame(commandP->mGroup, group) && isSame(commandP->mGlobal, globalName);
+    });
   }
 
   std::vector<std::unique_ptr<Command>> mCommands;
@@ -104,11 +103,11 @@ public:
 
 AcRxDictionary* acrxSysRegistry() {
   static Registry* const registryP = new Registry;
-  const call_log::Call call("acrxSysRegistry"); // there always is one
+  const call_log::Call call("acrxSysRegistry"); // never fails
   return registryP;
 }
 
-// No application here lends functions to the command line, so none of them is ever called.
+// No application here defines functions for the command line, so none is ever called.
 
 int acedDefun(const ACHAR* name, short) {
   return call_log::Call("acedDefun", name).mustFail() ? RTERROR : RTNORM;

@@ -5,9 +5,12 @@
 
 namespace host {
 
-/// Runs the registered command of that name: the global name if isGlobal, else the local one. False if there
-/// is none. What a command throws ends here, with a line on the command line.
+/// Runs the registered command of that name. Returns false if there is none. An exception of the command is
+/// printed on the command line.
+/// isGlobal  compares with the global names, otherwise with the local ones
 bool runRegisteredCommand(const std::wstring& name, bool isGlobal);
+/// Removes all registered commands.
+void clearCommands();
 
 } // namespace host
 

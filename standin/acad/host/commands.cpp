@@ -2,11 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <locale>
 #include <sstream>
 
-#include "state.h"
+#include "command_line.h"
+#include "frames.h"
+#include "named_views.h"
 #include "text.h"
 
 namespace host {
@@ -23,7 +27,7 @@ bool readNumber(const std::string& text, double& value) {
          std::fabs(value) <= kMaxCoordinate;
 }
 
-/// "x,y" or "x,y,z"
+/// Reads "x,y" or "x,y,z".
 bool readPoint(const std::wstring& text, AcGePoint3d& point) {
   double values[3] = {0, 0, 0};
   int count = 0;
@@ -37,7 +41,7 @@ bool readPoint(const std::wstring& text, AcGePoint3d& point) {
   return true;
 }
 
-/// An option as it is meant: without the mark of the common language, in lower case.
+/// Returns an option in lower case, without the mark of the common language.
 std::wstring option(const std::wstring& input) {
   return lowered(input.substr(std::min(input.size(), input.find_first_not_of(L'_'))));
 }
@@ -108,7 +112,7 @@ public:
   }
 };
 
-/// Makes all of model space fill the layout's viewport.
+/// Fits all of model space into the layout's viewport.
 void fitLayout() {
   const AcDbExtents box = extents();
   if (box.isEmpty())
@@ -141,11 +145,26 @@ public:
   }
 };
 
-/// Loads a .NET library. The host knows what one of them does, the menu reader; it can load no other.
+/// Writes the menu file, as the menu reader does. Returns an error text, empty on success.
+std::string writeMenuFile() {
+  const char* const profileP = std::getenv("USERPROFILE");
+  if (!profileP || !*profileP)
+    return "Menu reader: the environment variable USERPROFILE is not set.";
+  const std::filesystem::path path =
+      std::filesystem::path(profileP) / "Orvaner" / "Applications" / "autocad.mnu";
+  std::ofstream out(path, std::ios::binary);
+  out << menuText();
+  out.close();
+  if (!out)
+    return "Menu reader: cannot write \"" + path.string() + "\".";
+  return {};
+}
+
+/// Loads the menu reader, the only .NET library that the host knows, by doing its work.
 class Netload : public RunningCommand {
 public:
   Progress take(const std::wstring& input) override {
-    const std::wstring file = input.substr(input.find_last_of(L"/\\") + 1); // all of it if there is neither
+    const std::wstring file = input.substr(input.find_last_of(L"/\\") + 1); // all of it if there is no slash
     std::string error;
     if (lowered(file) != L"ovscribe2018.dll" || !std::ifstream(narrow(input), std::ios::binary))
       error = "Cannot load assembly \"" + narrow(input) + "\".";

@@ -6,16 +6,16 @@
 
 namespace host {
 
-/// One of the host's own commands while it asks for its inputs.
+/// One of the host's own commands while it waits for its inputs.
 class RunningCommand {
 public:
   enum Progress { kGoesOn, kIsOver };
   virtual ~RunningCommand() = default;
-  /// Takes what was typed up to a blank or Enter; a bare Enter gives an empty input.
+  /// Takes what was typed up to a blank or Enter; empty for a bare Enter.
   virtual Progress take(const std::wstring& input) = 0;
 };
 
-/// The command of that name, in lower case and without marks; null if the host has none.
+/// Returns the command of a name in lower case and without marks, null if the host has none.
 std::unique_ptr<RunningCommand> makeCommand(const std::wstring& name);
 
 } // namespace host

@@ -8,7 +8,7 @@ void AcApDocManagerReactor::documentToBeDestroyed(AcApDocument*) {}
 
 namespace {
 
-/// One document is open at a time; this object stands for whichever it is.
+/// One document is open at a time. This object represents it.
 AcApDocument& currentDocument() {
   static AcApDocument* const documentP = new AcApDocument; // see host::state()
   return *documentP;
@@ -64,7 +64,7 @@ public:
   }
 
   void removeReactor(AcApDocManagerReactor* reactor) override {
-    const call_log::Call call("removeReactor"); // never fails: the host would call an object that is gone
+    const call_log::Call call("removeReactor"); // never fails: the host would call a destroyed object
     auto& reactors = host::state().reactors;
     reactors.erase(std::remove(reactors.begin(), reactors.end(), reactor), reactors.end());
   }
@@ -87,7 +87,7 @@ namespace host {
 
 void closeDocument() {
   State& s = state();
-  // A reactor may remove itself or others, which may be gone then.
+  // A reactor may remove and destroy itself or others.
   const auto reactors = s.reactors;
   for (AcApDocManagerReactor* const reactorP : reactors)
     if (std::find(s.reactors.begin(), s.reactors.end(), reactorP) != s.reactors.end())

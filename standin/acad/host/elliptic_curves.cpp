@@ -7,8 +7,8 @@ namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 constexpr double kFullTurn = 2 * kPi;
-constexpr double kStrokeStep = 6 * kPi / 180; // radians a drawn piece spans at most
-constexpr double kRoundness = 1e-6; // how far the axes of a circle may differ, as a share of their length
+constexpr double kStrokeStep = 6 * kPi / 180; // largest angle of a drawn piece, radians
+constexpr double kRoundness = 1e-6;           // largest relative difference of the axes of a circle
 
 /// Widens lo..hi by one coordinate of the curve: c + a cos t + b sin t.
 void widen(const AcDbEllipticArc& arc, double c, double a, double b, double& lo, double& hi) {
@@ -23,7 +23,7 @@ void widen(const AcDbEllipticArc& arc, double c, double a, double b, double& lo,
     lo = std::min(lo, value);
     hi = std::max(hi, value);
   }
-  // The coordinate peaks where (cos t, sin t) points along (a, b), and is least half a turn on.
+  // The coordinate is greatest where (cos t, sin t) points along (a, b), and least half a turn later.
   const auto isReached = [&arc](double t) {
     const double ahead = std::fmod(t - arc.start, kFullTurn);
     return (ahead < 0 ? ahead + kFullTurn : ahead) <= arc.sweep;
@@ -42,7 +42,7 @@ bool isRound(const AcDbEllipticArc& arc) {
   return std::fabs(a - b) <= limit && std::fabs(arc.major.dotProduct(arc.minor)) <= limit;
 }
 
-/// Angle from start on to end, counter-clockwise; equal angles mean the whole turn.
+/// Returns the angle from start to end, counter-clockwise; a whole turn if they are equal.
 double sweepFrom(double start, double end) {
   const double sweep = std::fmod(end - start, kFullTurn);
   return sweep <= 0 ? sweep + kFullTurn : sweep;

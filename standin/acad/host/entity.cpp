@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "state.h"
+#include "frames.h"
 #include "trace_types.h"
 
 AcDbExtents::AcDbExtents() {

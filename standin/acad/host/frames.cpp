@@ -2,14 +2,14 @@
 #include <cmath>
 #include <thread>
 
-#include "state.h"
+#include "frames.h"
 
 namespace host {
 
 namespace {
 
-/// The display's refreshes come at whole multiples of the period, whether or not anybody waits for them, and
-/// each shows one frame at most.
+/// Waits for the display's next refresh. Refreshes come at whole multiples of the period, whether or not
+/// anybody waits, and each shows one frame at most.
 void waitForRefresh(double hz) {
   using Clock = std::chrono::steady_clock;
   static const Clock::time_point sFirst = Clock::now();
@@ -22,7 +22,7 @@ void waitForRefresh(double hz) {
   // Sleeps end early on systems that round them down to their own ticks.
   while (Clock::now() < next)
     std::this_thread::sleep_until(next);
-  // A little later than it was, so that rounding can't make the same refresh the next one.
+  // A quarter period later, so that rounding can't make the same refresh the next one.
   sLast = next + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(0.25 / hz));
 }
 

@@ -8,7 +8,7 @@ const AcGeVector3d AcGeVector3d::kYAxis(0, 1, 0);
 const AcGeVector3d AcGeVector3d::kZAxis(0, 0, 1);
 
 AcGeVector3d AcGeVector3d::perpVector() const {
-  // The world axis that this vector leans on least gives the best conditioned cross product.
+  // The world axis with the smallest component yields the best conditioned cross product.
   const double ax = std::fabs(x), ay = std::fabs(y), az = std::fabs(z);
   const AcGeVector3d other = ax <= ay && ax <= az ? AcGeVector3d(1, 0, 0)
                              : ay <= az           ? AcGeVector3d(0, 1, 0)
@@ -52,7 +52,7 @@ AcGeMatrix3d AcGeMatrix3d::rotation(double angle, const AcGeVector3d& axis, cons
   e[2][0] = a.z * a.x * r - a.y * s;
   e[2][1] = a.z * a.y * r + a.x * s;
   e[2][2] = c + a.z * a.z * r;
-  // The centre stays where it is: what the turn about the origin does to it is taken back.
+  // The translation keeps the centre in place.
   return m.setTranslation(centre.asVector() - m * centre.asVector());
 }
 
@@ -94,7 +94,8 @@ bool AcGeMatrix3d::isEqualTo(const AcGeMatrix3d& m, const AcGeTol& tol) const {
 }
 
 AcGeMatrix3d AcGeMatrix3d::planeToWorld(const AcGeVector3d& normal) {
-  // The rule of the DXF format: near world Z the x axis is taken upright on world Y, elsewhere on world Z.
+  // The rule of the DXF format: the x axis is perpendicular to world Y if the normal is near world Z,
+  // otherwise to world Z.
   constexpr double kNearZ = 1.0 / 64;
   AcGeVector3d z = normal.isZeroLength() ? AcGeVector3d::kZAxis : normal;
   z.normalize();

@@ -1,8 +1,7 @@
-#include <algorithm>
 #include <cmath>
 
 #include "acgs.h"
-#include "state.h"
+#include "frames.h"
 #include "trace_types.h"
 
 namespace {
@@ -13,7 +12,7 @@ bool isFinite(const AcGePoint3d& p) {
   return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
 }
 
-/// The one view there is: viewports take turns with it. Its state stands in the document.
+/// The one graphics view, shared by all viewports. Its state is in the document.
 class GraphicsView : public AcGsView {
 public:
   AcGePoint3d position() const override {
@@ -56,7 +55,7 @@ public:
   }
 };
 
-// The view takes what it is told, nonsense too: what the caller did wrong must stay to be seen.
+// Accepts NaN and infinity, so that a caller's fault stays visible.
 void GraphicsView::setView(const AcGePoint3d& position, const AcGePoint3d& target,
                            const AcGeVector3d& upVector, double fieldWidth, double fieldHeight,
                            Projection projection) {
@@ -81,7 +80,8 @@ void GraphicsView::zoom(double factor) {
     ++d.viewCounts.nonFiniteCalls;
     return;
   }
-  // A zoom ends where numbers end: someone who holds the cap for a minute gets there, and has to come back.
+  // Stop before the field overflows or vanishes: someone who holds the cap for a minute gets there, and has
+  // to be able to zoom back.
   const double width = d.view.fieldWidth / factor;
   const double height = d.view.fieldHeight / factor;
   const double area = width * height;
@@ -124,91 +124,6 @@ bool acgsSetViewParameters(int viewport, const AcGsView* view, bool regenRequire
 }
 
 namespace host {
-
-namespace {
-
-constexpr double kMargin = 1.05; // room around the drawing when all of it is shown
-
-/// Directions of the picture: where its right, its top and the viewer are.
-struct PictureAxes {
-  AcGeVector3d right, up, towards;
-};
-
-PictureAxes axesOf(const ViewState& v) {
-  PictureAxes axes;
-  axes.towards = (v.position - v.target).normalize();
-  if (axes.towards.isZeroLength())
-    axes.towards = AcGeVector3d::kZAxis;
-  axes.right = v.up.crossProduct(axes.towards).normalize();
-  if (axes.right.isZeroLength())
-    axes.right = axes.towards.perpVector();
-  axes.up = axes.towards.crossProduct(axes.right);
-  return axes;
-}
-
-AcGePoint3d middle(const AcDbExtents& box) {
-  return box.minPoint() + (box.maxPoint() - box.minPoint()) * 0.5;
-}
-
-/// How far the box reaches along a direction.
-double reach(const AcDbExtents& box, const AcGeVector3d& direction) {
-  const AcGeVector3d size = box.maxPoint() - box.minPoint();
-  return std::fabs(size.x * direction.x) + std::fabs(size.y * direction.y) + std::fabs(size.z * direction.z);
-}
-
-void setBothViews(const ViewState& v) {
-  document().view = v;
-  document().storedView = v;
-}
-
-} // namespace
-
-void zoomExtents() {
-  const AcDbExtents box = extents();
-  if (box.isEmpty())
-    return;
-  ViewState v = view();
-  const PictureAxes axes = axesOf(v);
-  const double distance = (v.position - v.target).length();
-  const double growth =
-      kMargin * std::max(reach(box, axes.right) / v.fieldWidth, reach(box, axes.up) / v.fieldHeight);
-  const bool isSized =
-      growth > 0 && std::isfinite(growth); // a single point, or a line seen from its end, is not
-  if (isSized) {
-    v.fieldWidth *= growth;
-    v.fieldHeight *= growth;
-  }
-  // In perspective the eye goes with the field, so that the lens stays the same.
-  const double newDistance = isSized && v.perspective ? distance * growth : distance;
-  v.target = middle(box);
-  v.position = v.target + axes.towards * newDistance;
-  setBothViews(v);
-}
-
-bool showNamedView(const std::wstring& name) {
-  struct Named {
-    const wchar_t* name;
-    AcGeVector3d towards; // from the drawing to the viewer
-    AcGeVector3d up;
-  };
-  static const Named kViews[] = {{L"front", {0, -1, 0}, {0, 0, 1}}, {L"back", {0, 1, 0}, {0, 0, 1}},
-                                 {L"right", {1, 0, 0}, {0, 0, 1}},  {L"left", {-1, 0, 0}, {0, 0, 1}},
-                                 {L"top", {0, 0, 1}, {0, 1, 0}},    {L"bottom", {0, 0, -1}, {0, 1, 0}}};
-  for (const Named& named : kViews) {
-    if (name != named.name)
-      continue;
-    ViewState v = view();
-    const double distance = (v.position - v.target).length();
-    const AcDbExtents box = extents();
-    if (!box.isEmpty())
-      v.target = middle(box);
-    v.position = v.target + named.towards * (distance > 0 ? distance : 1);
-    v.up = named.up;
-    setBothViews(v);
-    return true;
-  }
-  return false;
-}
 
 ViewState view() {
   return document().view;

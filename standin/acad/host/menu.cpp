@@ -1,6 +1,4 @@
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
+// The menu, as the menu reader finds it.
 
 #include "state.h"
 
@@ -8,8 +6,8 @@ namespace host {
 
 namespace {
 
-// A line of the menu bar reads: name = place in the menu}what is typed|what the status line says. The
-// device's keys count the lines that type something.
+// A line of the menu bar has the form: name = place in the menu}macro|text of the status line. The device's
+// keys count the lines with a macro.
 constexpr char kMenu[] =
     "[Modes]\n"
     "Start\n"
@@ -40,20 +38,6 @@ void setMenuText(const std::string& text) {
 
 std::string menuText() {
   return state().menuText.empty() ? kMenu : state().menuText;
-}
-
-std::string writeMenuFile() {
-  const char* const profile = std::getenv("USERPROFILE");
-  if (!profile || !*profile)
-    return "Menu reader: the environment variable USERPROFILE is not set.";
-  const std::filesystem::path path =
-      std::filesystem::path(profile) / "Orvaner" / "Applications" / "autocad.mnu";
-  std::ofstream out(path, std::ios::binary);
-  out << menuText();
-  out.close();
-  if (!out)
-    return "Menu reader: cannot write \"" + path.string() + "\".";
-  return {};
 }
 
 } // namespace host

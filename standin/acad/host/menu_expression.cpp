@@ -13,12 +13,12 @@ namespace {
 
 constexpr int kMaxDepth = 32;
 
-/// Reads a menu's text from left to right. Operations give false for what can't be read.
+/// Reads a menu's text from left to right. Operations return false for invalid text.
 class MenuText {
 public:
   explicit MenuText(const std::string& text) : mText(text) {}
 
-  /// Copies up to one of the characters in ends, or to the end of the text, and works out what is met on the
+  /// Copies up to one of the characters in ends, or to the end of the text, and evaluates the calls on the
   /// way.
   bool readPart(const char* ends, int depth, std::string& result) {
     while (mPlace < mText.size() && !std::strchr(ends, mText[mPlace])) {
@@ -44,7 +44,7 @@ private:
     return call(parts, result);
   }
 
-  /// parts  the name, and the arguments behind it
+  /// parts  the name, then the arguments
   static bool call(const std::vector<std::string>& parts, std::string& result) {
     const std::string& name = parts[0];
     const auto number = [&parts](std::size_t i) { return std::atof(parts[i].c_str()); };
@@ -69,7 +69,8 @@ private:
   std::size_t mPlace = 0;
 };
 
-/// Takes a word off the front of a text, and the blanks behind it; false if the text begins with another one.
+/// Removes a word and the blanks after it from the front of a text. Returns false if the text begins
+/// otherwise.
 bool take(std::string& text, const std::string& word) {
   if (text.compare(0, word.size(), word) != 0)
     return false;
@@ -77,7 +78,8 @@ bool take(std::string& text, const std::string& word) {
   return true;
 }
 
-/// Takes a text in quotes, in which a backslash stands in front of what is meant as it is.
+/// Removes a text in quotes from the front. In it, a backslash escapes the next character. Returns false if
+/// there is none.
 bool takeQuoted(std::string& text, std::string& value) {
   std::size_t end = 1;
   for (; end < text.size() && text[end] != '"'; ++end) {
@@ -89,7 +91,7 @@ bool takeQuoted(std::string& text, std::string& value) {
 }
 
 bool evaluateMenu(const std::string& text, std::string& result) {
-  // Other letters name places in menus, of which there are none here.
+  // Other letters name places in menus, which this host doesn't have.
   return text.compare(0, 2, "M=") == 0 && MenuText(text.substr(2)).readPart("", 0, result);
 }
 

@@ -5,7 +5,7 @@
 
 void AcDbPointShape::subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const {
   for (const AcGePoint3d& point : mPoints)
-    extents.addPoint(host::apply(transform, point));
+    extents.addPoint(placed(transform, point));
 }
 
 Acad::ErrorStatus AcDbPointShape::subTransformBy(const AcGeMatrix3d& transform) {
@@ -17,7 +17,7 @@ Acad::ErrorStatus AcDbPointShape::subTransformBy(const AcGeMatrix3d& transform) 
 void AcDbPointShape::subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const {
   AcDbStroke stroke;
   for (const AcGePoint3d& point : mPoints)
-    stroke.push_back(host::apply(transform, point));
+    stroke.push_back(placed(transform, point));
   if (mIsClosed && !stroke.empty())
     stroke.push_back(AcGePoint3d(stroke.front()));
   strokes.push_back(std::move(stroke));

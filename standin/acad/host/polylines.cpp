@@ -16,7 +16,7 @@ std::vector<AcGePoint3d> cornersOf(const std::vector<AcDbPolyline::Vertex>& vert
   return corners;
 }
 
-/// The arc from p to q whose bulge is given, counter-clockwise about the normal if that is positive.
+/// Returns the arc from p to q with that bulge, counter-clockwise about the normal if it is positive.
 AcDbEllipticArc bulgeArc(const AcGePoint3d& p, const AcGePoint3d& q, double bulge,
                          const AcGeVector3d& normal) {
   const AcGeVector3d chord = q - p;
@@ -63,11 +63,11 @@ void AcDbPolyline::subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDb
   AcDbStroke stroke;
   auto round = mRoundPieces.begin();
   for (size_t i = 0; i < points().size(); ++i) {
-    stroke.push_back(host::apply(transform, points()[i]));
+    stroke.push_back(placed(transform, points()[i]));
     if (round == mRoundPieces.end() || round->from != i)
       continue;
     const AcDbStroke arc = (transform ? round->arc.transformedBy(*transform) : round->arc).stroke();
-    stroke.insert(stroke.end(), arc.begin() + 1, arc.end() - 1); // the corners come by themselves
+    stroke.insert(stroke.end(), arc.begin() + 1, arc.end() - 1); // without the corners
     ++round;
   }
   if (isClosed() && !stroke.empty())
@@ -96,6 +96,6 @@ void AcDbPolyFaceMesh::subAddStrokes(const AcGeMatrix3d* transform, std::vector<
   std::sort(edges.begin(), edges.end());
   edges.erase(std::unique(edges.begin(), edges.end()), edges.end());
   for (const auto& edge : edges)
-    strokes.push_back({host::apply(transform, points()[static_cast<size_t>(edge.first)]),
-                       host::apply(transform, points()[static_cast<size_t>(edge.second)])});
+    strokes.push_back({placed(transform, points()[static_cast<size_t>(edge.first)]),
+                       placed(transform, points()[static_cast<size_t>(edge.second)])});
 }

@@ -14,7 +14,7 @@ bool AcRxClass::isDerivedFrom(const AcRxClass* other) const {
 
 AcRxObject::~AcRxObject() = default;
 
-// One class object each, made at the first question for it, its parent first.
+// One class object each, constructed at first use, its parent first.
 #define OV_RUNTIME_CLASS(Class, parentP)                                                                     \
   AcRxClass* Class::desc() {                                                                                 \
     static AcRxClass sClass(L"" #Class, parentP);                                                            \

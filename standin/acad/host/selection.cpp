@@ -6,20 +6,20 @@
 
 namespace {
 
-// A name's first number is a set's serial number or an entity's id, and the second one says which.
+// A name's first number is a set's serial number or an entity's id; the second one tells them apart.
 constexpr Adesk::Int64 kSetName = -2;
 constexpr Adesk::Int64 kEntityName = -1;
-// The host gives out no more sets at a time, so that callers who never free theirs notice.
+// Limit of sets at a time, so that callers who never free theirs notice.
 constexpr int kMaxSets = 128;
 
-/// The ids of a set that a caller holds; null if there is no such set.
+/// Returns the ids of a set that a caller holds, null if there is no such set.
 const std::vector<AcDbObjectId>* findSet(const ads_name ss) {
   const auto& sets = host::document().sets;
   const auto set = ss && ss[1] == kSetName ? sets.find(ss[0]) : sets.end();
   return set == sets.end() ? nullptr : &set->second;
 }
 
-/// The number that stands for a set or an entity in the trace, 0 for none.
+/// Returns the number of a set or an entity in the trace, 0 for none.
 Adesk::Int64 nameNumber(const ads_name name) {
   return name ? name[0] : 0;
 }

@@ -1,5 +1,8 @@
 #include "state.h"
 
+#include "command_line.h"
+#include "command_stack.h"
+
 namespace host {
 
 Document::Document() : objects(1), variables({{L"tilemode", 1}, {L"cvport", 2}}) {
@@ -33,7 +36,7 @@ void reset() {
   s.refreshRate = 0;
   s.menuText.clear();
   clearCommands();
-  clearQueue();
+  clearCommandLine();
 }
 
 double now() {

@@ -11,17 +11,17 @@
 #include "acdocman.h"
 #include "host.h"
 
-/// What the host holds inside. Main thread only, no locks: the host is called from nowhere else.
+/// The state of the host. Main thread only, so it has no locks.
 namespace host {
 
-/// Everything that goes with a document.
+/// A document, with all that is lost when it is closed.
 struct Document {
   Document();
 
   AcDbObjectId addObject(std::unique_ptr<AcDbObject> object);
 
   Adesk::Int64 generation = 0;                      // the upper half of all its ids
-  std::vector<std::unique_ptr<AcDbObject>> objects; // place 0 stays empty, so that no id is null
+  std::vector<std::unique_ptr<AcDbObject>> objects; // element 0 is empty, so that no id is null
   std::vector<AcDbEntity*> modelSpace;              // by number - 1
   AcDbObjectId viewport;
   std::map<std::wstring, short> variables; // names in lower case
@@ -49,31 +49,16 @@ struct State {
   std::string menuText; // empty: the host's own menu
 };
 
-/// Made at the first call, never destroyed: modules and static objects call the host while the process ends.
+/// Returns the one state. Never destroyed: modules and static objects call the host while the process ends.
 State& state();
 inline Document& document() {
   return *state().documentP;
 }
 
-/// What other files of the host need from each other.
+/// Returns the host's time in seconds, by its clock.
 double now();
-void print(const std::wstring& text);
-void clearCommands();
-void clearQueue();
-/// Shows a frame at the next refresh, and forgets what moved up to now.
-void showFrame(bool is2d);
-/// Puts an entity's motion on the list for the next frame.
-void noteMotion(int number, const AcGeMatrix3d& transform);
-/// Writes the menu file, as the menu reader does. The error text is empty on success.
-std::string writeMenuFile();
-/// The six views, by their names in lower case; false if the name is none of them.
-bool showNamedView(const std::wstring& name);
-/// The object behind an id, without opening it; null if there is none.
+/// Returns an object without opening it, null if the id is invalid.
 AcDbObject* find(AcDbObjectId id);
-
-inline AcGePoint3d apply(const AcGeMatrix3d* transform, const AcGePoint3d& p) {
-  return transform ? *transform * p : p;
-}
 
 } // namespace host
 

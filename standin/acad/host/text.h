@@ -5,7 +5,7 @@
 
 namespace host {
 
-/// Text byte by byte; a character that has no byte becomes a question mark.
+/// Converts character by character; one above 0xFF becomes a question mark.
 std::string narrow(const std::wstring& text);
 std::wstring widen(const std::string& text);
 std::wstring lowered(const std::wstring& text);

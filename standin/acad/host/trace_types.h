@@ -4,7 +4,7 @@
 #include "call_log.h"
 #include "dbents.h"
 
-/// What the host's own types are in the trace of calls.
+/// Appends values of the host's own types to the trace of calls.
 inline void append(std::vector<double>& numbers, std::wstring&, const AcGePoint3d& p) {
   numbers.insert(numbers.end(), {p.x, p.y, p.z});
 }

@@ -5,30 +5,9 @@
 
 #include "acedads.h"
 #include "call_log.h"
+#include "command_line.h"
 #include "state.h"
 #include "text.h"
-
-namespace {
-
-/// The compilers' libraries disagree on what %s means to a wide printf; %ls means a wide string to all.
-std::wstring withWideStrings(const ACHAR* format) {
-  std::wstring result;
-  for (const ACHAR* p = format; *p; ++p) {
-    result += *p;
-    if (*p != L'%')
-      continue;
-    for (++p; *p && std::wcschr(L"-+ #0123456789.*", *p); ++p)
-      result += *p;
-    if (*p == L's' || *p == L'c')
-      result += L'l';
-    if (!*p)
-      break;
-    result += *p;
-  }
-  return result;
-}
-
-} // namespace
 
 int acedGetVar(const ACHAR* name, resbuf* result) {
   call_log::Call call("acedGetVar", name);
@@ -46,15 +25,14 @@ int acedGetVar(const ACHAR* name, resbuf* result) {
 int acutPrintf(const ACHAR* format, ...) {
   constexpr size_t kMaxText = 1 << 16;
   const call_log::Entered standIn(call_log::Code::StandIn);
-  const std::wstring wideFormat = withWideStrings(format);
   std::wstring text(256, 0);
   int length = -1;
   while (length < 0 && text.size() <= kMaxText) {
     va_list arguments;
     va_start(arguments, format);
-    length = std::vswprintf(&text[0], text.size(), wideFormat.c_str(), arguments);
+    length = std::vswprintf(&text[0], text.size(), format, arguments);
     va_end(arguments);
-    // Too long a text gives -1 in some libraries, and in others the length that it would have had.
+    // For a text that doesn't fit, some libraries return -1, others the length that it would have.
     if (length >= static_cast<int>(text.size()))
       length = -1;
     if (length < 0)

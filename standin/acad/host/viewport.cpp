@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "acedads.h"
-#include "state.h"
+#include "frames.h"
 #include "trace_types.h"
 
 double AcDbViewport::width() const {
@@ -63,11 +63,11 @@ Acad::ErrorStatus AcDbViewport::updateDisplay() const {
 void AcDbViewport::subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const {
   for (const double sx : {-0.5, 0.5})
     for (const double sy : {-0.5, 0.5})
-      extents.addPoint(host::apply(transform, AcGePoint3d(sx * mLayout.width, sy * mLayout.height, 0)));
+      extents.addPoint(placed(transform, AcGePoint3d(sx * mLayout.width, sy * mLayout.height, 0)));
 }
 
 Acad::ErrorStatus AcDbViewport::subTransformBy(const AcGeMatrix3d&) {
-  return Acad::eNotApplicable; // the paper's rectangle stays where it is
+  return Acad::eNotApplicable; // a viewport can't be moved
 }
 
 void AcDbViewport::subAddStrokes(const AcGeMatrix3d*, std::vector<AcDbStroke>&) const {}

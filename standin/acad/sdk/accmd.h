@@ -17,7 +17,6 @@ public:
   AcRxClass* isA() const override;
   virtual const ACHAR* globalName() const = 0;
   virtual const ACHAR* localName() const = 0;
-  virtual AcRxFunctionPtr functionAddr() const = 0;
 };
 
 /// The commands that applications have added to the host's own.
@@ -25,7 +24,8 @@ class AcEdCommandStack : public AcRxObject {
 public:
   static AcRxClass* desc();
   AcRxClass* isA() const override;
-  /// Adds a command. All names compare without case. eDuplicateKey if the group has that global name already.
+  /// Adds a command. Names compare without case. Returns eDuplicateKey if the group has that global name
+  /// already.
   /// out  the new command, owned by the stack; may be null
   virtual Acad::ErrorStatus addCommand(const ACHAR* group, const ACHAR* globalName, const ACHAR* localName,
                                        Adesk::Int32 flags, AcRxFunctionPtr function,

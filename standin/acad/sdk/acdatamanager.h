@@ -5,16 +5,14 @@
 
 #include "acdocman.h"
 
-/// An application's data for each document, dropped when the document goes. Belongs to the host's main
-/// thread.
+/// An application's data for each document, removed when the document is closed. For the host's main thread.
 template <class T> class AcApDataManager : public AcApDocManagerReactor {
 public:
   AcApDataManager() {
     try {
       if (AcApDocManager* const managerP = acDocManagerPtr())
         managerP->addReactor(this);
-    } catch (
-        ...) { // constructed while a library is loaded, where nothing could catch it; the map is never cleaned then
+    } catch (...) { // nothing may leave the load of a library; the map then keeps data of closed documents
     }
   }
   ~AcApDataManager() override {
@@ -29,7 +27,7 @@ public:
 
   void documentToBeDestroyed(AcApDocument* document) override { mDataMap.erase(document); }
 
-  /// The document's data; made at the first call.
+  /// Returns the document's data, constructed at the first call.
   T& docData(AcApDocument* document) { return mDataMap[document]; }
 
 private:

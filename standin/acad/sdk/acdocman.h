@@ -22,7 +22,7 @@ public:
   AcRxClass* isA() const override;
 };
 
-/// Hears about documents. Each operation is called on the host's main thread.
+/// Is informed about documents, on the host's main thread.
 class AcApDocManagerReactor : public AcRxObject {
 public:
   static AcRxClass* desc();
@@ -35,24 +35,24 @@ public:
   static AcRxClass* desc();
   AcRxClass* isA() const override;
 
-  /// Null if no document is open.
+  /// Returns the current document, null if none is open.
   virtual AcApDocument* curDocument() const = 0;
   /// Locks a document for changes from outside a command; locks add up.
   virtual Acad::ErrorStatus lockDocument(AcApDocument* document, AcAp::DocLockMode mode = AcAp::kWrite,
                                          const ACHAR* globalCommand = nullptr,
                                          const ACHAR* localCommand = nullptr, bool prompt = true) = 0;
-  /// Releases one lock. eNotLocked if there is none.
+  /// Releases one lock. Returns eNotLocked if there is none.
   virtual Acad::ErrorStatus unlockDocument(AcApDocument* document) = 0;
-  /// Has the text typed at the command line, later. Returns at once.
+  /// Queues a text for the command line and returns at once.
   virtual Acad::ErrorStatus sendStringToExecute(AcApDocument* document, const ACHAR* text,
                                                 bool activate = true, bool wrapUpInactiveDoc = false,
                                                 bool echoString = true) = 0;
-  /// The reactor stays its owner's, and must be removed before it goes.
+  /// Adds a reactor, which stays its owner's and must be removed before it is destroyed.
   virtual void addReactor(AcApDocManagerReactor* reactor) = 0;
   virtual void removeReactor(AcApDocManagerReactor* reactor) = 0;
 };
 
-/// Null while the host has none.
+/// Returns the document manager, null if there is none.
 AcApDocManager* acDocManagerPtr();
 
 #endif

@@ -7,10 +7,10 @@
 #include "adesk.h"
 #include "gemat.h"
 
-/// A word that is compared by its address.
+/// A constant that is compared by its address.
 class AcUniqueString {};
 
-/// What a caller asks of the graphics system.
+/// The requirements of a caller on the graphics system.
 class AcGsKernelDescriptor {
 public:
   static const AcUniqueString* k3DDrawing;
@@ -24,8 +24,7 @@ private:
   std::vector<const AcUniqueString*> mRequirements;
 };
 
-/// The camera of a viewport. It lives in memory; the drawing learns of a change through
-/// acgsSetViewParameters.
+/// The camera of a viewport, in memory. acgsSetViewParameters writes it into the drawing.
 class AcGsView {
 public:
   enum Projection { kParallel = 0, kPerspective = 1 };
@@ -34,7 +33,7 @@ public:
   virtual AcGePoint3d position() const = 0;
   virtual AcGePoint3d target() const = 0;
   virtual AcGeVector3d upVector() const = 0;
-  /// Size of what is seen at the target, drawing units.
+  /// Size of the visible field at the target, drawing units.
   virtual double fieldWidth() const = 0;
   virtual double fieldHeight() const = 0;
   virtual bool isPerspective() const = 0;
@@ -48,11 +47,11 @@ public:
   virtual bool isValid() const = 0;
 };
 
-/// The graphics view of a viewport, owned by the host; null if there is no such viewport or no descriptor's
-/// requirement is met.
+/// Returns the graphics view of a viewport, owned by the host. Returns null if there is no such viewport or
+/// the descriptor doesn't require k3DDrawing.
 AcGsView* acgsObtainAcGsView(int viewport, const AcGsKernelDescriptor& descriptor);
 
-/// Writes the view into the drawing. False if there is no such viewport or view.
+/// Writes the view into the drawing. Returns false if there is no such viewport or view.
 bool acgsSetViewParameters(int viewport, const AcGsView* view, bool regenRequired, bool rescaleRequired,
                            bool syncRequired);
 

@@ -6,7 +6,7 @@
 #include "dbobject.h"
 #include "gemat.h"
 
-/// The box along the world's axes around something. Empty at first.
+/// A box along the world's axes. Empty when constructed.
 class AcDbExtents {
 public:
   AcDbExtents();
@@ -30,7 +30,7 @@ public:
   static AcRxClass* desc();
   AcRxClass* isA() const override;
 
-  /// The exact extents of the shape. On a failure the argument stays as it is.
+  /// Returns the exact extents of the shape. On a failure the argument is unchanged.
   virtual Acad::ErrorStatus getGeomExtents(AcDbExtents& extents) const;
   /// Moves the entity, which must be open for write if it lives in a drawing.
   virtual Acad::ErrorStatus transformBy(const AcGeMatrix3d& transform);
@@ -40,6 +40,12 @@ public:
   virtual Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) = 0;
   /// Adds the shape's lines, as the transform would leave them; no transform if null.
   virtual void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const = 0;
+
+protected:
+  /// Returns the point as the transform would leave it; no transform if null.
+  static AcGePoint3d placed(const AcGeMatrix3d* transform, const AcGePoint3d& p) {
+    return transform ? *transform * p : p;
+  }
 };
 
 #endif

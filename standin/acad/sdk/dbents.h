@@ -7,10 +7,10 @@
 #include "dbentity.h"
 
 /// The entities of a drawing. Angles are in radians, lengths in drawing units, all points and directions in
-/// world coordinates. An entity is made by its constructor and belongs to its maker until a drawing takes it
-/// over.
+/// world coordinates. An entity belongs to whoever constructed it until it is added to a drawing.
 
-/// A shape that is defined by points: a line through them, closed or open, unless the class draws it otherwise.
+/// A shape that is defined by points: a line through them, closed or open, unless the class draws it
+/// otherwise.
 class AcDbPointShape : public AcDbEntity {
 public:
   const std::vector<AcGePoint3d>& points() const { return mPoints; }
@@ -62,8 +62,8 @@ public:
   AcRxClass* isA() const override;
 };
 
-/// A part of an ellipse: centre + major * cos t + minor * sin t, for t from start to start + sweep. Any
-/// affine transform of such a curve is one again, so circles, arcs and ellipses all rest on it.
+/// A part of an ellipse: centre + major * cos t + minor * sin t, for t from start to start + sweep. Circles,
+/// arcs and ellipses are built on it, since any affine transform of such a curve is one, too.
 struct AcDbEllipticArc {
   AcGePoint3d centre;
   AcGeVector3d major;
@@ -77,7 +77,7 @@ struct AcDbEllipticArc {
   AcDbStroke stroke() const;
 };
 
-/// What circle, arc and ellipse have in common.
+/// Base of circle, arc and ellipse.
 class AcDbEllipticCurve : public AcDbEntity {
 public:
   static AcRxClass* desc();
@@ -92,7 +92,7 @@ public:
 
 protected:
   explicit AcDbEllipticCurve(const AcDbEllipticArc& arc) : mArc(arc) {}
-  /// A circle must stay a circle: the transform may then turn and scale, but not distort.
+  /// Returns true if transformBy refuses a transform that distorts: a circle must stay a circle.
   virtual bool mustStayRound() const { return true; }
 
 private:
@@ -165,24 +165,24 @@ public:
   struct Face {
     int corner[4] = {-1, -1, -1, -1};
   };
-  /// Faces with a corner that is no vertex are left out.
+  /// Leaves out faces with a corner that isn't a vertex.
   AcDbPolyFaceMesh(std::vector<AcGePoint3d> vertices, const std::vector<Face>& faces);
   static AcRxClass* desc();
   AcRxClass* isA() const override;
   size_t numVertices() const { return points().size(); }
   size_t numFaces() const { return mFaces.size(); }
 
-  /// Each edge once, however many faces share it.
+  /// Adds each edge once, also if faces share it.
   void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
 
 private:
   std::vector<Face> mFaces;
 };
 
-/// Entities under one name, to be inserted any number of times. Shared by its inserts, never changed once one
+/// Entities under one name, inserted any number of times. Shared by its inserts, and constant once one
 /// exists.
 struct AcDbBlock {
-  AcGePoint3d base; // the point that an insert puts at its own place
+  AcGePoint3d base; // the point that an insert places
   std::vector<std::unique_ptr<AcDbEntity>> entities;
 };
 
@@ -220,10 +220,11 @@ public:
   /// Size on paper, paper units.
   double width() const;
   double height() const;
-  /// What the view shows, drawing units.
+  /// Height and centre of the view, drawing units.
   double viewHeight() const;
   AcGePoint2d viewCenter() const;
-  /// eNotOpenForWrite unless the viewport is open for write; eInvalidInput for a height that is not above 0.
+  /// Return eNotOpenForWrite unless the viewport is open for write, eInvalidInput for NaN, infinity or a
+  /// height of 0 or less.
   Acad::ErrorStatus setViewCenter(const AcGePoint2d& centre);
   Acad::ErrorStatus setViewHeight(double height);
   /// Shows the view as it is now.

@@ -9,8 +9,7 @@ namespace AcDb {
 enum OpenMode { kForRead = 0, kForWrite = 1 };
 } // namespace AcDb
 
-/// Names an object of the drawing for as long as the drawing lives. An id of a drawing that is gone opens
-/// nothing.
+/// Identifies an object of a drawing. Once the drawing is closed, the id is unknown.
 class AcDbObjectId {
 public:
   static const AcDbObjectId kNull;
@@ -38,7 +37,7 @@ struct AcDbHostRecord {
   bool refusesTransform = false;
 };
 
-/// An object that can live in a drawing. While it does, the drawing owns it, and others open and close it.
+/// An object that can be part of a drawing. The drawing then owns it, and callers open and close it.
 class AcDbObject : public AcRxObject {
 public:
   AcDbObject() = default;
@@ -48,9 +47,9 @@ public:
   static AcRxClass* desc();
   AcRxClass* isA() const override;
 
-  /// Null while the object is in no drawing.
+  /// Returns null while the object isn't in a drawing.
   AcDbObjectId objectId() const { return mHost.id; }
-  /// Ends one opening. eNotOpen if there is none.
+  /// Ends one opening. Returns eNotOpen if there is none.
   Acad::ErrorStatus close();
   bool isReadEnabled() const { return mHost.openCount != 0; }
   bool isWriteEnabled() const { return mHost.openCount < 0; }
@@ -58,11 +57,11 @@ public:
   AcDbHostRecord mHost;
 };
 
-/// Returns the id of an entity's name. eUnknownObjectId if no entity has that name.
+/// Converts an entity's name to its id. Returns eUnknownObjectId if no entity has that name.
 Acad::ErrorStatus acdbGetObjectId(AcDbObjectId& id, const ads_name name);
 
-/// Opens an object if it is of that class or derived from it. Any number of readers or one writer at a time.
-/// On a failure object is null.
+/// Opens an object of that class or one derived from it: any number of times for read, or once for write. On
+/// a failure object is null.
 Acad::ErrorStatus acdbOpenObject(AcDbObject*& object, AcDbObjectId id, const AcRxClass* aClass,
                                  AcDb::OpenMode mode, bool openErased);
 
@@ -76,7 +75,7 @@ Acad::ErrorStatus acdbOpenObject(T*& object, AcDbObjectId id, AcDb::OpenMode mod
   return status;
 }
 
-/// Closes what it has opened when it goes.
+/// Opens an object; the destructor closes it.
 template <class T> class AcDbObjectPointer {
 public:
   AcDbObjectPointer() = default;
@@ -92,7 +91,7 @@ public:
     }
   }
 
-  /// Closes what was open before. On a failure object() is null.
+  /// Closes the object opened before, if any. On a failure object() is null.
   Acad::ErrorStatus open(AcDbObjectId id, AcDb::OpenMode mode, bool openErased = false) {
     close();
     return acdbOpenObject(mObjectP, id, mode, openErased);

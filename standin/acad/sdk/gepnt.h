@@ -5,7 +5,7 @@
 
 /// Points, vectors and tolerances. Operations that change their object return it by reference.
 
-/// How close is equal.
+/// The largest difference that counts as equal.
 class AcGeTol {
 public:
   double equalVector() const { return mEqualVector; }

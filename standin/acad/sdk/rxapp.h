@@ -6,7 +6,7 @@
 
 namespace AcRx {
 
-/// The messages that the host sends an application.
+/// The messages of the host to an application.
 enum AppMsgCode {
   kNullMsg = 0,
   kInitAppMsg = 1,
@@ -30,8 +30,8 @@ enum AppRetCode { kRetOK = 0, kRetError = 3 };
 
 } // namespace AcRx
 
-/// An application of the host: one object, made with its library, whose operations are called for the host's
-/// messages with the data that came along.
+/// An application of the host: one global object of its library, whose operations handle the host's messages.
+/// pkt is the data of the message.
 class AcRxDbxApp {
 public:
   /// Whether the user may unload the application, and whether it can live with several documents.
@@ -77,7 +77,7 @@ private:
   }
 };
 
-/// A function that an application lends to the command line.
+/// A function that an application defines for the command line.
 struct AcRxFunctionEntry {
   const ACHAR* name;
   int (*function)();

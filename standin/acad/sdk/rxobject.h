@@ -5,14 +5,14 @@
 
 class AcRxObject;
 
-/// Describes a runtime class. Each class of the host has one instance, for as long as the host runs.
+/// Describes a runtime class. Each class of the host has one instance, which is never destroyed.
 class AcRxClass {
 public:
   AcRxClass(const ACHAR* name, const AcRxClass* parent) : mName(name), mParentP(parent) {}
 
   const ACHAR* name() const { return mName; }
 
-  /// True for the class itself and for everything above it.
+  /// Returns true for the class itself and its base classes.
   bool isDerivedFrom(const AcRxClass* other) const;
 
 private:
@@ -20,7 +20,7 @@ private:
   const AcRxClass* mParentP;
 };
 
-/// Root of everything that the host knows by its class at runtime.
+/// Base of all classes with runtime information.
 class AcRxObject {
 public:
   AcRxObject() = default;
@@ -29,7 +29,7 @@ public:
   virtual ~AcRxObject();
 
   static AcRxClass* desc();
-  /// The object's own class.
+  /// Returns the object's own class.
   virtual AcRxClass* isA() const;
   bool isKindOf(const AcRxClass* aClass) const { return isA()->isDerivedFrom(aClass); }
 };
@@ -39,7 +39,7 @@ class AcRxDictionary : public AcRxObject {
 public:
   static AcRxClass* desc();
   AcRxClass* isA() const override;
-  /// The object of that name, owned by the host; null if there is none. Names are exact.
+  /// Returns the object of a name, owned by the host; null if there is none. Case counts.
   virtual AcRxObject* at(const ACHAR* name) const = 0;
 };
 
@@ -48,13 +48,13 @@ class AcRxDynamicLinker : public AcRxObject {
 public:
   static AcRxClass* desc();
   AcRxClass* isA() const override;
-  /// Lets the user unload the application. False if there is no such application.
+  /// Lets the user unload the application. Returns false if there is no such application.
   virtual bool unlockApplication(void* appId) = 0;
-  /// Declares that the application can live with several documents. False if there is no such application.
+  /// Declares that the application supports several documents. Returns false if there is no such application.
   virtual bool registerAppMDIAware(void* appId) = 0;
 };
 
-/// The host's registry: "DynamicLinker", "ACAD_REGISTERED_COMMANDS".
+/// Returns the host's registry. It holds "DynamicLinker" and "ACAD_REGISTERED_COMMANDS".
 AcRxDictionary* acrxSysRegistry();
 
 #endif

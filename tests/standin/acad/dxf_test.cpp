@@ -144,7 +144,7 @@ TEST_F(Dxf, RejectsBadFilesInOneLine) {
   const std::string good = section("ENTITIES", "0 POINT 10 1 20 2 30 3");
   const std::pair<std::string, std::string> cases[] = {
       {"", ": the file is empty"},
-      {"hello\nworld\n", ":1: \"hello\" is no group code"},
+      {"hello\nworld\n", ":1: \"hello\" is not a group code"},
       {std::string("0\nSECTION\n\0\n", 12), ":3: not a text file"},
       {"AutoCAD Binary DXF\r\n\x1a", ": a DXF file in binary form; save it as text"},
       {lines("0 EOF"), ":2: no section, this is no DXF file"},
@@ -153,10 +153,10 @@ TEST_F(Dxf, RejectsBadFilesInOneLine) {
       {lines("0 SECTION 2 ENTITIES 0 LINE 0 EOF"), ":8: EOF inside the section \"ENTITIES\""},
       {lines("0 LINE 0 EOF"), ":2: a section should begin here, not \"LINE\""},
       {lines("0 SECTION 0 EOF"), ":2: a section without a name"},
-      {"0\nSECTION\n99999\nx\n", ":3: \"99999\" is no group code"},
-      {section("ENTITIES", "0 LINE 10 nan 20 0 11 1 21 1"), ":8: \"nan\" is no number"},
+      {"0\nSECTION\n99999\nx\n", ":3: \"99999\" is not a group code"},
+      {section("ENTITIES", "0 LINE 10 nan 20 0 11 1 21 1"), ":8: \"nan\" is not a number"},
       {section("ENTITIES", "0 LINE 10 1 20 1e16 11 1"), ":10: \"1e16\" is too large"},
-      {"0\nSECTION\n2\nENTITIES\n0\nPOINT\n10\n\n20\n5\n", ":8: \"\" is no number"},
+      {"0\nSECTION\n2\nENTITIES\n0\nPOINT\n10\n\n20\n5\n", ":8: \"\" is not a number"},
   };
   for (const auto& [text, reason] : cases) {
     EXPECT_EQ(loadText(text).error, mPath + reason);

@@ -1,0 +1,17 @@
+#ifndef FRAMES_H
+#define FRAMES_H
+
+#include "state.h"
+
+namespace host {
+
+/// Waits for the display's next refresh and passes a frame to the sink, with what has moved since the last
+/// one.
+/// is2d  shows the layout
+void showFrame(bool is2d);
+/// Adds an entity's motion to the next frame. Does nothing without a sink, or for number 0.
+void noteMotion(int number, const AcGeMatrix3d& transform);
+
+} // namespace host
+
+#endif
