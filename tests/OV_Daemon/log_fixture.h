@@ -1,6 +1,7 @@
 #ifndef LOG_FIXTURE_H
 #define LOG_FIXTURE_H
 
+#include <filesystem>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -10,12 +11,14 @@
 #include "logging.h"
 #include "temp_folder.h"
 
-/// The global log with a folder of its own and all types on. The log is off after the test.
+/// The global log with a folder of its own and all types on. The log is off after the test. The folder is the
+/// current one meanwhile, so that even a log that takes a wrong path leaves its file there.
 class LogFixture : public testing::Test {
 protected:
   using Texts = std::vector<std::string>;
 
   LogFixture() {
+    std::filesystem::current_path(mFolder.native());
     mPars.mSettingsDirPath = mFolder.backslashed();
     mPars.mLogFile = "log.txt";
     mPars.mMaxSize = 50000;
@@ -26,6 +29,7 @@ protected:
     LogPars off;
     off.mIsLogToFile = off.mIsCreation = off.mIsInfo = false;
     gLogging.init(off);
+    std::filesystem::current_path(mFolderBefore);
   }
 
   /// Writes a record. Returns whether the gate let it through.
@@ -63,6 +67,7 @@ protected:
   // As long as the thread's id has six digits at most.
   static constexpr std::size_t kTextColumn = 12 + 1 + 3 + 1 + 6 + 1 + 16 + 2 + 4 + 2 + 32 + 2;
 
+  const std::filesystem::path mFolderBefore = std::filesystem::current_path();
   rig::TempFolder mFolder;
   LogPars mPars;
 };
