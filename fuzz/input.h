@@ -20,11 +20,6 @@ public:
     const unsigned low = byte();
     return static_cast<std::uint16_t>(low | static_cast<unsigned>(byte()) << 8);
   }
-  std::int16_t signed16() { return static_cast<std::int16_t>(number16()); }
-  std::int32_t signed32() {
-    const std::uint32_t low = number16();
-    return static_cast<std::int32_t>(low | static_cast<std::uint32_t>(number16()) << 16);
-  }
 
   /// A text of at most that many bytes.
   std::string text(std::size_t size) {

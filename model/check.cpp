@@ -152,14 +152,6 @@ void Check::reportPasses() {
   }
 }
 
-bool Check::menuFile(std::string& path, std::vector<std::string>& modes,
-                     std::vector<std::string>& menuBarValues) {
-  if (!mMenu || pick(2) == 1)
-    return false;
-  std::tie(path, modes, menuBarValues) = *mMenu;
-  return true;
-}
-
 void Check::tick(const Tick& tick) {
   const auto isLogged = [this](const std::string& type) { return mSettings.loggedTypes.count(type) != 0; };
   const std::int64_t passes = std::count_if(tick.calls.begin(), tick.calls.end(),

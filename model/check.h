@@ -12,14 +12,6 @@
 
 namespace model {
 
-/// The values of the settings file, and the toggles as they are now.
-struct Settings {
-  int traSensBase = 20000, rotSensBase = 10000, maxContMoveTime = 500, minThreshold = 0;
-  bool useInt3dIntrfce = false, toggleRotationCenter = true, toggleRotationAxis = false;
-  bool scrollTreeAndList = true, objectMoveMode = false;
-  std::set<std::string> loggedTypes; // empty: nothing is known of the log, and no record is compared
-};
-
 /// What a rotation code of the device says.
 struct RotationSettings {
   int rotMode = 0;
@@ -76,10 +68,7 @@ public:
   /// A line of the command line; those of the toggle commands count.
   void printed(const std::wstring& text);
   /// The content of the menu file, once there is one.
-  void menuFound(const std::string& path, const std::vector<std::string>& modes,
-                 const std::vector<std::string>& menuBarValues) {
-    mMenu.emplace(path, modes, menuBarValues);
-  }
+  void menuFound(const MenuFile& menu) { mMenu = menu; }
 
   void tick(const Tick& tick);
 
@@ -89,15 +78,7 @@ public:
   std::string summary() const;
 
 private:
-  int traSensBase() const override { return mSettings.traSensBase; }
-  int rotSensBase() const override { return mSettings.rotSensBase; }
-  unsigned maxContMoveTime() const override { return static_cast<unsigned>(mSettings.maxContMoveTime); }
-  bool useInt3dIntrfce() const override { return mSettings.useInt3dIntrfce; }
-  int minThreshold() const override { return mSettings.minThreshold; }
-  bool toggleRotationCenter() const override { return mSettings.toggleRotationCenter; }
-  bool toggleRotationAxis() const override { return mSettings.toggleRotationAxis; }
-  bool scrollTreeAndList() const override { return mSettings.scrollTreeAndList; }
-  bool objectMoveMode() const override { return mSettings.objectMoveMode; }
+  const Settings& settings() override { return mSettings; }
   short axis(int index) override;
   int pendingKey() override;
   int pendingSpecial() override { return pending(mLeft[1], 0); }
@@ -107,8 +88,7 @@ private:
   bool zoomAllAfterView() override { return used().zoomAllAfterView = rotation().zoomAllAfterView; }
   void keyServed() override { serve(mLeft[0], APPL_FUNC_START); }
   void specialServed() override { serve(mLeft[1], 0); }
-  bool menuFile(std::string& path, std::vector<std::string>& modes,
-                std::vector<std::string>& menuBarValues) override;
+  const MenuFile* menuFile() override { return mMenu && pick(2) == 0 ? &*mMenu : nullptr; }
 
   /// What another thread stored, some time between its delivery and that thread's next call.
   struct Stored {
@@ -143,7 +123,7 @@ private:
   std::tuple<int, bool, bool> mBefore; // the engine's state before the last tick
   History mMotions, mRotations;
   std::array<Slot, 2> mSlots; // keys, special events
-  std::optional<std::tuple<std::string, std::vector<std::string>, std::vector<std::string>>> mMenu;
+  std::optional<MenuFile> mMenu;
 
   // Of the tick that is being played.
   const Tick* mTickP = nullptr;

@@ -10,10 +10,11 @@ Engine::Engine(Inputs& inputs) : mInputsP(&inputs) {
 }
 
 void Engine::readSettings() {
-  mTraSensBase = mInputsP->traSensBase() == 0 ? 20000 : mInputsP->traSensBase();
-  mRotSensBase = mInputsP->rotSensBase() == 0 ? 10000 : mInputsP->rotSensBase();
-  mMaxContMoveTime = mInputsP->maxContMoveTime();
-  mUseInt3dIntrfce = mInputsP->useInt3dIntrfce();
+  const Settings& settings = mInputsP->settings();
+  mTraSensBase = settings.traSensBase == 0 ? 20000 : settings.traSensBase;
+  mRotSensBase = settings.rotSensBase == 0 ? 10000 : settings.rotSensBase;
+  mMaxContMoveTime = static_cast<std::uint32_t>(settings.maxContMoveTime);
+  mUseInt3dIntrfce = settings.useInt3dIntrfce;
 }
 
 void Engine::timerProc(Replay& replay) {
@@ -62,7 +63,7 @@ void Engine::handleDeviceKeys(Replay& replay) {
 
 bool Engine::handleDeviceCap(Replay& replay) {
   mReplayP = &replay;
-  const int threshold = static_cast<short>(mInputsP->minThreshold());
+  const int threshold = static_cast<short>(mInputsP->settings().minThreshold);
   viewMode = isLayout() ? 1 : 2;
   Sample s;
   for (int i = 0; i < 6; ++i)
@@ -95,16 +96,16 @@ bool Engine::isLayout() {
 void Engine::loadMenufile() {
   modes.clear();
   menuEntries.clear();
-  std::string path;
-  std::vector<std::string> values;
-  if (!mInputsP->menuFile(path, modes, values))
-    return modes.clear();
-  for (const std::string& value : values) {
+  const MenuFile* const menuP = mInputsP->menuFile();
+  if (menuP == nullptr)
+    return;
+  modes = menuP->modes;
+  for (const std::string& value : menuP->values) {
     const std::size_t macro = value.find('}') + 1; // 0 if there is none
     if (macro != 0 && macro < value.size())
       menuEntries.push_back(value.substr(macro, value.find('|', macro) - macro));
   }
-  log("CRT", text("Menu file '", path, "' with ", menuEntries.size(), " entries loaded."));
+  log("CRT", text("Menu file '", menuP->path, "' with ", menuEntries.size(), " entries loaded."));
   menuIsLoaded = !modes.empty();
 }
 
@@ -154,7 +155,7 @@ void Engine::execSpecialApplFunction(int eventCode) {
 
 bool Engine::scrollTreesAndLists(int x, int y, int z) {
   try {
-    if (!mInputsP->scrollTreeAndList())
+    if (!mInputsP->settings().scrollTreeAndList)
       return false;
     const Call& cursor = call("GetCursorPos");
     const int left = static_cast<int>(out(cursor, 1)), top = static_cast<int>(out(cursor, 2));

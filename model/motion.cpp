@@ -47,7 +47,7 @@ void Engine::handleCapIsDeflectedIn3DMode(const Sample& sample) {
   if (!isFramed)
     return;
   mIsPerspective = ask("isPerspective", {view}) != 0;
-  if (!mInputsP->objectMoveMode() || !transformSelection(sample)) {
+  if (!mInputsP->settings().objectMoveMode || !transformSelection(sample)) {
     moveXYZ(sample);
     rotateABC(sample);
   }
@@ -89,14 +89,14 @@ void Engine::rotateABC(const Sample& sample) {
     return;
   std::array<Vec3, 3> axes = mAxes;
   Scaled centre;
-  if (mInputsP->toggleRotationAxis() && getSelObjectAxis()) {
+  if (mInputsP->settings().toggleRotationAxis && getSelObjectAxis()) {
     for (std::size_t i = 0; i < 3; ++i) {
       const double share = std::clamp(dot(selAxisVector, axes[i]), -1.0, 1.0) * values[i];
       values[i] = static_cast<short>(std::isnan(share) ? 0 : std::min(32767.0, share));
       axes[i] = selAxisVector;
     }
     centre = selCenterPoint;
-  } else if (mInputsP->toggleRotationCenter() && getSelObjectsCenter(0, selCenterPoint)) {
+  } else if (mInputsP->settings().toggleRotationCenter && getSelObjectsCenter(0, selCenterPoint)) {
     centre = selCenterPoint;
   } else if (const int rotMode = mInputsP->rotMode(); rotMode == 0 || rotMode == 3) {
     centre = {askPoint("target")};
@@ -144,7 +144,7 @@ void Engine::setView(const Scaled& p, const Scaled& t, const Scaled& u, double w
 
 void Engine::handleCapIsDeflectedIn2DMode(const Sample& sample) {
   const bool wasLocked = isDocLocked;
-  if (mInputsP->objectMoveMode() && transformSelection(sample))
+  if (mInputsP->settings().objectMoveMode && transformSelection(sample))
     return;
   if (!capIsMoving) {
     const bool isLockedByThisPass = isDocLocked && !wasLocked;

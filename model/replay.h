@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <functional>
 #include <locale>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -80,24 +81,27 @@ private:
   std::size_t mCall = 0, mRecord = 0;
 };
 
-/// The settings and the event state, as the model finds them when it asks. What other threads write may
-/// differ from one question to the next.
+/// The values of the settings file, and the toggles as they are now.
+struct Settings {
+  int traSensBase = 20000, rotSensBase = 10000, maxContMoveTime = 500, minThreshold = 0;
+  bool useInt3dIntrfce = false, toggleRotationCenter = true, toggleRotationAxis = false;
+  bool scrollTreeAndList = true, objectMoveMode = false;
+  std::set<std::string> loggedTypes; // empty: nothing is known of the log, and no record is compared
+};
+
+/// What a menu file holds, with values as Cnfg delivers them.
+struct MenuFile {
+  std::string path;
+  std::vector<std::string> modes, values;
+};
+
+/// What the model asks for. The event state, which other threads write, may differ from one question to the
+/// next.
 class Inputs {
 public:
   virtual ~Inputs() = default;
 
-  // Settings that the engine copies when it is made.
-  virtual int traSensBase() const = 0;
-  virtual int rotSensBase() const = 0;
-  virtual unsigned maxContMoveTime() const = 0;
-  virtual bool useInt3dIntrfce() const = 0;
-  // Settings, read at each use.
-  virtual int minThreshold() const = 0;
-  virtual bool toggleRotationCenter() const = 0;
-  virtual bool toggleRotationAxis() const = 0;
-  virtual bool scrollTreeAndList() const = 0;
-  virtual bool objectMoveMode() const = 0;
-  // Written by other threads.
+  virtual const Settings& settings() = 0;
   virtual short axis(int index) = 0; // 0 to 5: X, Y, Z, A, B, C
   virtual int pendingKey() = 0;
   virtual int pendingSpecial() = 0;
@@ -108,10 +112,8 @@ public:
   // The engine empties a slot.
   virtual void keyServed() = 0;
   virtual void specialServed() = 0;
-  /// The menu file at a tick, while it isn't loaded: false if it can't be opened. Values are
-  /// what Cnfg delivers.
-  virtual bool menuFile(std::string& path, std::vector<std::string>& modes,
-                        std::vector<std::string>& menuBarValues) = 0;
+  /// Returns the menu file at a tick, while it isn't loaded; null if it can't be opened.
+  virtual const MenuFile* menuFile() = 0;
 };
 
 } // namespace model

@@ -14,15 +14,19 @@ namespace rig {
 /// What the model asks for: what the engine never writes from the plug-in itself, the rest from the test.
 class ModelInputs : public model::Inputs {
 public:
-  int traSensBase() const override { return mPluginP->mTraSensBase; }
-  int rotSensBase() const override { return mPluginP->mRotSensBase; }
-  unsigned maxContMoveTime() const override { return static_cast<unsigned>(mPluginP->mMaxContMoveTime); }
-  bool useInt3dIntrfce() const override { return mPluginP->mUseInt3dIntrfce; }
-  int minThreshold() const override { return mPluginP->mMinThreshold; }
-  bool toggleRotationCenter() const override { return mPluginP->mToggleRotationCenter; }
-  bool toggleRotationAxis() const override { return mPluginP->mToggleRotationAxis; }
-  bool scrollTreeAndList() const override { return mPluginP->mScrollTreeAndList; }
-  bool objectMoveMode() const override { return mPluginP->mAutoCadProxyP->mObjectMoveMode; }
+  const model::Settings& settings() override {
+    const OvAutoCad& p = *mPluginP;
+    mSettings.traSensBase = p.mTraSensBase;
+    mSettings.rotSensBase = p.mRotSensBase;
+    mSettings.maxContMoveTime = p.mMaxContMoveTime;
+    mSettings.useInt3dIntrfce = p.mUseInt3dIntrfce;
+    mSettings.minThreshold = p.mMinThreshold;
+    mSettings.toggleRotationCenter = p.mToggleRotationCenter;
+    mSettings.toggleRotationAxis = p.mToggleRotationAxis;
+    mSettings.scrollTreeAndList = p.mScrollTreeAndList;
+    mSettings.objectMoveMode = p.mAutoCadProxyP->mObjectMoveMode;
+    return mSettings;
+  }
   short axis(int index) override { return mSample.at(static_cast<std::size_t>(index)); }
   int pendingKey() override { return mKey; }
   int pendingSpecial() override { return mSpecial; }
@@ -32,20 +36,15 @@ public:
   bool zoomAllAfterView() override { return mRotation.zoomAllAfterView; }
   void keyServed() override { mKey = -1; }
   void specialServed() override { mSpecial = 0; }
-  bool menuFile(std::string& path, std::vector<std::string>& modes,
-                std::vector<std::string>& values) override {
-    path = home().native() + "\\Orvaner\\Applications\\autocad.mnu";
-    modes = mModes;
-    values = mMenuValues;
-    return mIsMenuThere;
-  }
+  const model::MenuFile* menuFile() override { return mIsMenuThere ? &mMenu : nullptr; }
 
   OvAutoCad* mPluginP = nullptr;
+  model::Settings mSettings; // as asked for last
   std::array<short, 6> mSample{};
   int mKey = -1, mSpecial = 0;
   model::RotationSettings mRotation;
   bool mIsMenuThere = false;
-  std::vector<std::string> mModes, mMenuValues;
+  model::MenuFile mMenu{home().native() + "\\Orvaner\\Applications\\autocad.mnu", {}, {}};
 };
 
 /// Runs an action of the plug-in as the host does, then the model's on the calls and records that it made.

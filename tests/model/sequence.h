@@ -218,13 +218,13 @@ private:
 
   void changeMenuFile() {
     mIsMenuThere = !mDice.oneIn(4);
-    mModes.assign(mDice.of({0u, 1u, 3u}), "Some mode");
-    mMenuValues.resize(mDice.of({0u, 2u, 5u}));
+    mMenu.modes.assign(mDice.of({0u, 1u, 3u}), "Some mode");
+    mMenu.values.resize(mDice.of({0u, 2u, 5u}));
     std::string text = "[Modes]\n";
-    for (const std::string& name : mModes)
+    for (const std::string& name : mMenu.modes)
       text += name + " = x\n";
     text += "\n[MenuBar]\n";
-    for (std::string& value : mMenuValues) {
+    for (std::string& value : mMenu.values) {
       value = mDice.of({"x}LINE", "x}A;;M=B;C", "a}b}c|d|e", "a|b}c", "x}", "plain", "x}|B", "x};", "x};A",
                         "x}M=;m=1;M; M=2", "x}A;B;", "x}A;;", "x} A ;\tB", "x}\xF6;M=\xF6"});
       text += "item = " + value + "\n";

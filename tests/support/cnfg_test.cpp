@@ -18,14 +18,6 @@ protected:
     mFolder.write(kName, bytes);
     ASSERT_EQ(Cnfg::kOk, mCnfg.open(mFolder.backslashed(kName)));
   }
-  /// Returns the parameters from the read position to the first line without one, as in "a=1;b=2;".
-  std::string rest() {
-    std::string all, name, value;
-    while (mCnfg.readNextParameter(name, value, true) == Cnfg::kOk)
-      all += name + "=" + value + ";";
-    EXPECT_EQ(Cnfg::kNoMoreParameters, mCnfg.mError);
-    return all;
-  }
   /// Returns a parameter's value, or the code of the failure.
   std::string valueOf(const std::string& name, const std::string& section) {
     std::string value;
@@ -58,25 +50,6 @@ TEST_F(CnfgTest, SplitsLineIntoNameAndValue) {
       EXPECT_EQ(trim ? c.trimmed : c.untrimmed, value) << c.line;
       EXPECT_EQ(Cnfg::kNoParameter, mCnfg.readParameterAt(name, value, "S", 2, trim));
     }
-  }
-}
-
-TEST_F(CnfgTest, FindsSectionByTextInBrackets) {
-  for (const std::string text : {" \t[S] more", "[S]]", "[ S ]", "[S", "x [S]", "#[S]", "[SS]"}) {
-    open(text + "\na = 1\n");
-    const bool isFound = text == " \t[S] more" || text == "[S]]";
-    EXPECT_EQ(isFound ? Cnfg::kOk : Cnfg::kNoSection, mCnfg.selectSection("S")) << text;
-    EXPECT_EQ(isFound ? "a=1;" : "", rest()) << text;
-  }
-}
-
-TEST_F(CnfgTest, LineWithoutNameEndsSection) {
-  for (const std::string end : {"", " \t", " # comment", "\t#", "[T]", "[unclosed", "= value", "\r"}) {
-    open("[s]\na = 0\n[S]\nA = 2\n#a = 3\na = 1\n\r\r\na = 4\nab = 5\n" + end + "\nc = 6");
-    EXPECT_EQ("1", valueOf("a", "S"));
-    EXPECT_EQ("5", valueOf("ab", "")) << "from the read position";
-    EXPECT_EQ("3", valueOf("c", "S")) << end;
-    EXPECT_EQ("c=6;", rest()) << end;
   }
 }
 

@@ -224,7 +224,7 @@ void PassCheck::readMenu() {
   while (file.readNextParameter(name, value, true) == Cnfg::kOk)
     values.push_back(value);
   mIsMenuRead = !modes.empty();
-  check().menuFound(path, modes, values);
+  check().menuFound({path, modes, values});
 }
 
 } // namespace program

@@ -147,18 +147,6 @@ TEST_F(SettingsTest, PathsAreBelowTheHomeFolder) {
   EXPECT_EQ(settings.mLogPars.mSettingsDirPath, home + "\\Orvaner");
 }
 
-TEST_F(SettingsTest, ReadsLeadingNumber) {
-  using Number = std::pair<const char*, std::int32_t>;
-  for (const auto& [text, number] :
-       {Number{"none", 0}, Number{"", 0}, Number{"12 mm", 12}, Number{"7.9", 7}, Number{"-3", -3},
-        Number{"+4", 4}, Number{"0x10", 0}, Number{"99999999999999999999", 2147483647},
-        Number{"-4294967296", -2147483647 - 1}}) {
-    write(textWith("transSensBase", text));
-    EXPECT_EQ(Settings().mTraSensBase, number) << text;
-    EXPECT_EQ(read(), textWith("transSensBase", std::to_string(number))) << text;
-  }
-}
-
 TEST_F(SettingsTest, EachKeyHasItsOwnField) {
   const auto fields = [] {
     const std::string dump = Settings().dump();

@@ -11,46 +11,6 @@ using namespace std::string_literals;
 
 namespace {
 
-TEST_F(LinkTest, BadDaemonEndsLink) {
-  struct Case {
-    Bytes greeting;
-    Bytes later; // sent behind an event to a client that is content with the greeting
-  };
-  const std::uint16_t older = kVersion - 1;
-  const Case cases[] = {{{}, {}},
-                        {bytes("HTTP/1.1 400 Bad Request\r\n\r\n"), {}},
-                        {frame(Kind::welcome, 0x12345678, kVersion), {}},
-                        {frame(Kind::welcome, kMagic, older), {}},
-                        {half(kWelcome), {}},
-                        {Bytes(70000, 0xFF), {}},
-                        {kWelcome, {1, 4, 0x87, 0}}, // oversized
-                        {kWelcome, {0, 0, 0x99, 0}}, // unknown kind
-                        {kWelcome, frame(Kind::motion, 1, 2, 3, 4)},
-                        {kWelcome, frame(Kind::event, -1)},
-                        {kWelcome, frame(Kind::devices, 2, 1)}, // no question has this number
-                        {kWelcome, frame(Kind::devices, 1)}};
-  for (const auto& [greeting, later] : cases) {
-    SCOPED_TRACE(testing::PrintToString(half(greeting)) + testing::PrintToString(later));
-    const FakeDaemon daemon([&, greets = greeting, adds = later](RawEnd& end) {
-      end.send(greets);
-      if (adds.empty())
-        return; // and hangs up
-      end.receive();
-      end.receive();
-      end.send(frame(Kind::devices, 1, 1));
-      end.send(frame(Kind::event, 7) + adds);
-      end.drain();
-    });
-    EXPECT_EQ(ovConnect(0, "acad") == 0, !later.empty());
-    EXPECT_EQ(isConnected(), !later.empty());
-    if (!later.empty()) {
-      EXPECT_EQ(fetched(), "event 7");
-      EXPECT_EQ(fetched(), "failure");
-    }
-    EXPECT_EQ(ovDisconnect() == 0, !later.empty()) << "only a link that was up is there to be closed";
-  }
-}
-
 TEST_F(LinkTest, SilentDaemonIsGivenUp) {
   const FakeDaemon daemon([](RawEnd& end) { end.drain(); });
   EXPECT_NE(ovConnect(0, "acad"), 0);
@@ -117,28 +77,6 @@ TEST_F(LinkTest, UnfetchedFloodEndsLink) {
 
 asio::io_context gIo; // of the clients
 const Bytes kHello = frame(Kind::hello, kMagic, kVersion, "raw"s);
-
-TEST_F(LinkTest, BadClientIsDropped) {
-  const std::uint16_t older = kVersion - 1;
-  const Bytes messages[] = {bytes("GET / HTTP/1.1\r\nHost: localhost\r\n\r\n"),
-                            frame(Kind::hello, 0x12345678, kVersion, "x"s),
-                            frame(Kind::hello, kMagic, older, "x"s),
-                            frame(Kind::hello, kMagic, kVersion, std::string(65, 'n')),
-                            frame(Kind::hello, kMagic, kVersion, "a\0b"s),
-                            frame(Kind::hello, kMagic, kVersion, std::uint16_t{200}, 7), // no such text
-                            kHello + Bytes{1, 4, 2, 0},                                  // oversized
-                            kHello + Bytes{0, 0, 99, 0},                                 // unknown kind
-                            kHello + frame(Kind::setMode, 1, "AutoCAD"s, "\x1B[2J"s),
-                            kHello + frame(Kind::setMode, 1)};
-  RunningDaemon daemon;
-  ASSERT_EQ(ovConnect(0, "acad"), 0);
-  for (const Bytes& message : messages) {
-    SCOPED_TRACE(testing::PrintToString(message));
-    RawEnd(gIo, daemon.port(), message).drain(); // returns when the daemon has hung up
-    EXPECT_TRUE(isConnected());
-  }
-  EXPECT_FALSE(daemon.hasRecorded("mode \x1B[2J"));
-}
 
 TEST_F(LinkTest, MuteClientsAreDropped) {
   RunningDaemon daemon;
