@@ -52,7 +52,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   } else {
     require(host::entityCount() == 0, "a file that is refused adds nothing");
     requireSame(result.error.substr(0, path.size() + 1), path + ":", "an error names its file");
-    require(result.error.size() > path.size() + 2, "an error gives its reason");
+    require(result.error.size() > path.size() + 2, "an error has a reason");
     require(result.error.find('\n') == std::string::npos, "an error is one line");
   }
   return 0;

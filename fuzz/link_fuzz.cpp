@@ -21,12 +21,12 @@ namespace {
 constexpr std::uint8_t kOrders = 0xF0;
 const std::string kGreeting("OVLK\2\0", 6);
 
-/// A message on the wire, cut with nothing of the code that is tested.
+/// A message on the wire, parsed without the code under test.
 struct PlainFrame {
   unsigned kind = 0;
   std::string payload;
 
-  /// What stands at a place; 0 beyond the end.
+  /// Returns the number at an offset; bytes beyond the end are 0.
   std::uint32_t number(std::size_t at, std::size_t size = 4) const {
     std::uint32_t found = 0;
     for (std::size_t i = 0; i < size && at + i < payload.size(); ++i)
@@ -34,7 +34,7 @@ struct PlainFrame {
     return found;
   }
   bool isGreeting(unsigned ofKind) const { return kind == ofKind && payload.compare(0, 6, kGreeting) == 0; }
-  /// Takes a text off the payload; false if it isn't all there, is too long or is no text.
+  /// Takes a text off the payload; false if it is incomplete, too long or has control characters.
   bool cutText(std::size_t maxBytes, std::string& text) {
     const std::size_t size = number(0, 2);
     if (payload.size() < 2 + size || size > maxBytes)
@@ -48,7 +48,7 @@ struct PlainFrame {
   }
 };
 
-/// Takes the first message off a stream. False if it isn't whole, or (isBroken) can't be cut.
+/// Takes the first message off a stream. False if it is incomplete, or too long, which sets isBroken.
 bool cut(std::string& stream, PlainFrame& frame, bool& isBroken) {
   const PlainFrame header{0, stream.substr(0, 4)};
   const std::size_t size = header.number(0, 2);

@@ -83,7 +83,7 @@ bool Engine::handleDeviceCap(Replay& replay) {
   return true;
 }
 
-/// Returns whether the layout itself is active; as before where the host doesn't tell.
+/// Returns whether the layout itself is active; as before if the host can't read the variable.
 bool Engine::isLayout() {
   const auto is = [this](const wchar_t* variable, double value) {
     const Call& read = call("acedGetVar", {}, variable);

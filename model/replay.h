@@ -57,7 +57,7 @@ struct Arg {
 /// Plays recorded calls and records back to the model, in order.
 class Replay {
 public:
-  /// isLogged  tells whether records of a type ("INF") reach the log; others are expected nowhere
+  /// isLogged  returns whether records of a type ("INF") reach the log; others are expected nowhere
   Replay(const std::vector<Call>& calls, const std::vector<Record>& records,
          const std::function<bool(const std::string& type)>& isLogged)
       : mCalls(calls), mRecords(records), mIsLogged(isLogged) {}

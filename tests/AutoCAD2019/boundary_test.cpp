@@ -69,7 +69,7 @@ protected:
 
   void load() {
     HostedModule::load(OV_MODULE);
-    EXPECT_EQ(tell(1, nullptr), 0);
+    EXPECT_EQ(send(1, nullptr), 0);
   }
   void expectToggles() {
     const std::wstring answer = toggle();
@@ -78,18 +78,18 @@ protected:
   }
   /// The connection watch looks every two seconds, and an unload waits for it; natively the clock is held
   /// meanwhile, which ends its sleep.
-  int tellToUnload() {
+  int sendUnload() {
 #ifdef _WIN32
-    return tell(2, nullptr);
+    return send(2, nullptr);
 #else
     desktop::holdClock();
-    const int answer = tell(2, nullptr);
+    const int answer = send(2, nullptr);
     desktop::releaseClock();
     return answer;
 #endif
   }
   void unload() {
-    ASSERT_EQ(tellToUnload(), 0);
+    ASSERT_EQ(sendUnload(), 0);
     free();
   }
   /// From load to unload, in order.
@@ -111,8 +111,8 @@ protected:
   }
   /// For a moment when the module is at work: sends both messages.
   void expectRefusals() {
-    EXPECT_EQ(tell(1, nullptr), AcRx::kRetError);
-    EXPECT_EQ(tell(2, nullptr), AcRx::kRetError);
+    EXPECT_EQ(send(1, nullptr), AcRx::kRetError);
+    EXPECT_EQ(send(2, nullptr), AcRx::kRetError);
     ++mMoments;
   }
   /// Nothing of the module is left. That it can be loaded again the next test shows.
@@ -157,7 +157,7 @@ TEST_F(Boundary, UnloadMessageAfterFreeReturns) {
   load();
   expectToggles();
   free();
-  EXPECT_EQ(tell(2, nullptr),
+  EXPECT_EQ(send(2, nullptr),
             0); // not with the clock held: the library is freed after a sleep that has to last
   EXPECT_GE(rig::loopUntil(5, [] { return !rig::isMapped(OV_MODULE); }), 0);
   expectGone();
@@ -168,7 +168,7 @@ TEST_F(Boundary, SecondLoadMessageEndsFirstEngine) {
   load();
   expectToggles();
   const std::string before = mSetting;
-  EXPECT_EQ(tell(1, nullptr), 0);
+  EXPECT_EQ(send(1, nullptr), 0);
   EXPECT_TRUE(doesViewMove());
   expectToggles();
   EXPECT_NE(mSetting, before) << "the second began before the first had written its settings";
@@ -242,7 +242,7 @@ int main(int argc, char** argv) {
   });
   rig::HostedModule module;
   module.load(OV_MODULE);
-  module.tell(1, nullptr);
+  module.send(1, nullptr);
   toggle();
   const int least = std::atoi(argv[2]);
   const bool isReading = rig::loopUntil(30, [&] { return keys >= least; }) >= 0;

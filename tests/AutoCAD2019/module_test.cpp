@@ -1,4 +1,4 @@
-// The module as the host has it: loaded from its file, told by messages, unloaded. No daemon is there, so the
+// The module as the host has it: loaded from its file, sent messages, unloaded. No daemon is there, so the
 // device link is down all the time, as it is for a user whose device isn't plugged in.
 
 #include <map>
@@ -55,8 +55,8 @@ TEST_F(Module, RegistersFirstAndRemovesFirst) {
   ASSERT_TRUE(version);
   EXPECT_EQ(version(), 0x170000);
   for (const int code : {-1, 0, 3, 4, 6, 15, 16, 1000}) // no engine is needed for these
-    EXPECT_EQ(tell(code, nullptr), 0) << code;
-  EXPECT_EQ(tell(5, nullptr), AcRx::kRetError) << "there is no function to invoke";
+    EXPECT_EQ(send(code, nullptr), 0) << code;
+  EXPECT_EQ(send(5, nullptr), AcRx::kRetError) << "there is no function to invoke";
   // The steps in their order; what the menu reader's start does depends on whether it is beside the module.
   const auto heard = [this](int code) {
     const std::map<std::string, std::string> steps = {
@@ -65,7 +65,7 @@ TEST_F(Module, RegistersFirstAndRemovesFirst) {
         {"removeCmd", "remove "},         {"SetTimer", "timer "},
         {"KillTimer", "timer "}};
     call_log::startRecording();
-    EXPECT_EQ(tell(code, nullptr), 0);
+    EXPECT_EQ(send(code, nullptr), 0);
     std::string found;
     for (const std::string& call : call_log::stopRecording())
       if (const auto step = steps.find(call.substr(0, call.find(' '))); step != steps.end())
@@ -87,7 +87,7 @@ TEST_F(Module, RegistersFirstAndRemovesFirst) {
 }
 
 TEST_F(Module, CommandsToggleAndAreKept) {
-  ASSERT_EQ(tell(kInit, nullptr), 0);
+  ASSERT_EQ(send(kInit, nullptr), 0);
   const std::pair<const wchar_t*, const wchar_t*> kCommands[] = {
       {L"OV_Toggle_Rotation_Center\n", L"\n=> Selection as Rotation Center:  off"},
       {L"OV_Toggle_Rotation_Center\n", L"\n=> Selection as Rotation Center:  on"},
@@ -100,15 +100,15 @@ TEST_F(Module, CommandsToggleAndAreKept) {
   for (const auto& [command, answer] : kCommands)
     EXPECT_TRUE(prints(command, answer));
   EXPECT_TRUE(hasSetting("toggleRotationCenter  = on ")) << "not before the end";
-  ASSERT_EQ(tell(kUnload, nullptr), 0);
+  ASSERT_EQ(send(kUnload, nullptr), 0);
   EXPECT_TRUE(hasSetting("toggleRotationCenter  = off "));
   EXPECT_TRUE(hasSetting("toggleRotationAxis    = on "));
   EXPECT_TRUE(hasSetting("scrollTreeAndList     = off "));
   // The object mode is in memory alone, and the others come back.
-  ASSERT_EQ(tell(kInit, nullptr), 0);
+  ASSERT_EQ(send(kInit, nullptr), 0);
   EXPECT_TRUE(prints(L"OV_Toggle_Object_Move_Mode\n", L"\n=> Move Selected Object:  on"));
   EXPECT_TRUE(prints(L"OV_Toggle_Rotation_Axis\n", L"\n=> Selected Line as Rotation Axis:  off"));
-  ASSERT_EQ(tell(kUnload, nullptr), 0);
+  ASSERT_EQ(send(kUnload, nullptr), 0);
 }
 
 } // namespace

@@ -1,5 +1,5 @@
 // The link to the device daemon: what is asked when, what each failure leaves, what each event does, when the
-// daemon is told the mode; and how the engine starts and stops with its threads.
+// daemon is sent the mode; and how the engine starts and stops with its threads.
 
 #include <algorithm>
 #include <chrono>
@@ -56,12 +56,12 @@ protected:
     OvAutoCad& p = plugin();
     return {p.mCapX, p.mCapY, p.mCapZ, p.mCapA, p.mCapB, p.mCapC};
   }
-  /// As a menu file with these names does. The reading thread waits in ovFetchEvent meanwhile.
+  /// Does what a menu file with these names does. The reading thread waits in ovFetchEvent meanwhile.
   void setModes(const Lines& names) {
     proxy().mModes = names;
     proxy().mMenuIsLoaded = true;
   }
-  /// How often the daemon was told a mode, with success or not.
+  /// Returns how often a mode was sent to the daemon, with success or not.
   static int announcements() { return fake_devlink::state()->counts["ovSetApplMode"]; }
   static Lines takeModes() { return std::exchange(fake_devlink::state()->modes, {}); }
   static Lines takeLinkCalls() { return std::exchange(fake_devlink::state()->calls, {}); }
@@ -183,17 +183,17 @@ TEST_F(DaemonLink, DaemonHearsEachNewMode) {
   const Case cases[] = {
       {modes({"Start", "Layout", "Model"}), 0, -1, 1, {"Start"}}, // a motion event serves
       {nothing, 0, -1, 0, {}},
-      {mode(2), 0, 0x20003, 1, {"Model"}}, // one that says nothing else, too
+      {mode(2), 0, 0x20003, 1, {"Model"}}, // so does an event without effect
       {nothing, 0, kAnnounceModeEvent, 1, {"Model"}},
       {connect, 0, -1, 1, {"Model"}}, // it may be a new daemon
       {nothing, 0, -1, 0, {}},
-      // What failed is repeated, also what the daemon has asked for.
+      // A failed announcement is repeated, also one that the daemon has asked for.
       {mode(1), 2, -1, 1, {}},
       {nothing, 0, -1, 1, {}},
       {nothing, 0, -1, 1, {"Layout"}},
       {nothing, 1, kAnnounceModeEvent, 1, {}},
       {nothing, 0, -1, 1, {"Layout"}},
-      // After a new connection a name that was told before is tried once.
+      // After a new connection a name that was sent before is tried once.
       {connect, 1, -1, 1, {}},
       {nothing, 0, -1, 0, {}},
       {modes({"Start"}), 0, -1, 1, {"Unknown"}},

@@ -160,20 +160,4 @@ TEST_F(EndToEnd, HostReportsMissingEvents) {
   EXPECT_THAT(mOutput, HasSubstr("loaded, took NO events, did NOT move the view, unloaded"));
 }
 
-TEST_F(EndToEnd, HostNamesWrongInput) {
-  const std::string good = "0.2 host type HELLO\n";
-  const struct {
-    std::string session, module, drawing, named;
-    int status;
-  } kCases[] = {{good + "1 host wiggle\n", OV_MODULE, OV_DRAWING, "a.session:2: ", 2},
-                {good, OV_MODULE, mFolder.native("none.dxf"), "none.dxf", 2},
-                {good, mFolder.native("none.arx"), OV_DRAWING, "none.arx", 1}};
-  for (const auto& c : kCases) {
-    mFolder.write("a.session", c.session);
-    EXPECT_EQ(runHost(c.module, c.drawing), c.status);
-    EXPECT_THAT(mOutput, HasSubstr(c.named));
-    EXPECT_LE(std::count(mOutput.begin(), mOutput.end(), '\n'), 2) << mOutput;
-  }
-}
-
 } // namespace

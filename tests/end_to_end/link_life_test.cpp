@@ -27,11 +27,11 @@ protected:
     rig::freshHost(mHome);
     rig::setEnvironment("OV_DEVLINK_PORT", mPort);
     mModule.load(OV_MODULE);
-    EXPECT_EQ(mModule.tell(1, nullptr), 0);
+    EXPECT_EQ(mModule.send(1, nullptr), 0);
   }
   ~LinkLife() override {
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(mModule.tell(2, nullptr), 0);
+    EXPECT_EQ(mModule.send(2, nullptr), 0);
     EXPECT_LT(rig::secondsSince(start), kLongestUnload);
     mModule.free();
   }

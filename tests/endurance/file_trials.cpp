@@ -63,7 +63,7 @@ protected:
   }
 };
 
-TEST_F(Log, FullDisk) {
+TEST_F(Log, SurvivesFullDisk) {
   Trial trial("The log's disk is full from each byte of a record on, and gets room again");
   start(50000);
   const std::size_t header = bytes().size();
@@ -85,7 +85,7 @@ TEST_F(Log, FullDisk) {
   }
 }
 
-TEST_F(Log, Killed) {
+TEST_F(Log, SurvivesKill) {
   Trial trial("A process is killed while it writes and rotates its log");
   // The system cuts a write that a kill meets between two of its pages.
   constexpr std::size_t kPage = 4096;
@@ -153,7 +153,7 @@ protected:
   std::string mDefaults, mText[2], mDump[2]; // with the toggle off and on
 };
 
-TEST_F(SettingsFile, FullDisk) {
+TEST_F(SettingsFile, SurvivesFullDisk) {
   Trial trial("The settings file's disk is full from each byte of the file on");
   const std::size_t size = mText[1].size();
   const auto step = static_cast<std::size_t>(std::max<std::int64_t>(1, 25 / scaled(1, 25)));
@@ -171,7 +171,7 @@ TEST_F(SettingsFile, FullDisk) {
   }
 }
 
-TEST_F(SettingsFile, CantBeWritten) {
+TEST_F(SettingsFile, SurvivesUnwritablePath) {
   Trial trial("A folder has the settings file's name, or the file's folder is gone");
   mHome.remove(kFile);
   mHome.makeFolder(kFile);
@@ -185,7 +185,7 @@ TEST_F(SettingsFile, CantBeWritten) {
   trial.count("a folder again", mHome.read(kFile) == mText[1]);
 }
 
-TEST_F(SettingsFile, Killed) {
+TEST_F(SettingsFile, SurvivesKill) {
   Trial trial("A process is killed within milliseconds of saving its settings at its end");
   // The file is written in place: emptied, then filled with one write. A kill in between leaves it empty, and
   // the next run starts with the defaults: the user's settings are lost. The emptying takes most of the time,

@@ -113,7 +113,7 @@ devlink::Bytes noise() {
   return bytes;
 }
 
-TEST_F(Link, BadPeers) {
+TEST_F(Link, SurvivesBadPeers) {
   Trial trial("Bad peers at the daemon's port: silent, older, dying, another program");
   const struct {
     const char* name;
@@ -152,7 +152,7 @@ TEST_F(Link, BadPeers) {
   }
 }
 
-TEST_F(Link, Restarts) {
+TEST_F(Link, FindsRestartedDaemon) {
   Trial trial("The daemon ends under motion and is started again");
   std::unique_ptr<Usage> beforeP;
   const std::int64_t rounds = scaled(20, 500);
@@ -165,7 +165,7 @@ TEST_F(Link, Restarts) {
   }
 }
 
-TEST_F(Link, Flood) {
+TEST_F(Link, KeepsUpWithFlood) {
   Trial trial("The daemon sends 20,000 samples a second, and a key whenever the last one has been typed");
   std::int64_t samples = 0;
   int pressed = 0;
@@ -205,7 +205,7 @@ TEST_F(Link, Flood) {
   trial.detail(std::to_string(samples) + " samples, " + std::to_string(pressed) + " keys");
 }
 
-TEST_F(Link, Keys) {
+TEST_F(Link, TypesEachKeyOnce) {
   Trial trial("Keys pressed at the device one after the other, at any moment of the pump's passes");
   const auto device = daemon("motion 1 0 0 0 0 0");
   ASSERT_TRUE(pumpUntilSample(1));
@@ -229,7 +229,7 @@ TEST_F(Link, Keys) {
   }
 }
 
-TEST_F(Link, Rest) {
+TEST_F(Link, RestCostsLittle) {
   Trial trial("Half seconds of rest in real time, with a daemon and without one");
   const std::int64_t halves = scaled(10, 14400);
   for (const bool hasDaemon : {true, false}) {

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <iterator>
-#include <string>
 
 #include <malloc.h>
 
@@ -22,13 +21,6 @@ struct Usage {
     constexpr std::int64_t kHeapRoom = 256 * 1024;
     return threads == before.threads && descriptors <= before.descriptors && timers == before.timers &&
            heap <= before.heap + kHeapRoom;
-  }
-  /// Returns the growth since then, for a trial's details.
-  std::string since(const Usage& before) const {
-    return "threads " + std::to_string(threads - before.threads) + ", descriptors " +
-           std::to_string(descriptors - before.descriptors) + ", timers " +
-           std::to_string(timers - before.timers) + ", heap " + std::to_string((heap - before.heap) / 1024) +
-           " kB more";
   }
 
 private:

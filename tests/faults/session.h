@@ -43,21 +43,20 @@ public:
     desktop::setTickStep(60); // a pass takes long, so that a tick is a few passes
     desktop::setModulePath(widen(rig::home().backslashed("OVAutoCAD2019.arx")));
 #endif
-    std::vector<std::pair<std::string, std::string>> settings = {{"logFile", "faults.txt"},
-                                                                 {"maxContMoveTime", kTickTime}};
+    std::vector<std::pair<std::string, std::string>> settings = {{"maxContMoveTime", kTickTime}};
     if (!isLogging)
       settings.insert(
           settings.end(),
           {{"creation", "off"}, {"trace", "off"}, {"debug", "off"}, {"info", "off"}, {"tmp", "off"}});
     rig::home().write(rig::kSettingsFile, rig::settingsText(settings));
     gLogging.mFileStream.reset(); // of the last session; Windows removes no file that is open
-    rig::home().remove("Orvaner/faults.txt");
+    rig::home().remove("Orvaner/autocad_addin_log.txt");
     rig::forgetMovement();
     host::add(rig::line({1, 2, 3}, {4, 6, 3}));
     host::add(std::make_unique<AcDbCircle>(AcGePoint3d(5, 5, 0), AcGeVector3d(0, 0, 1), 2.0));
   }
 
-  /// Gives false if the plug-in refuses.
+  /// Returns false if the plug-in refuses.
   bool load() {
     {
       const call_log::Entered plugIn(call_log::Code::PlugIn);
@@ -90,7 +89,7 @@ public:
 
   static bool isPumpRunning() {
 #ifdef _WIN32
-    return true; // Windows doesn't tell
+    return true; // Windows offers no list of timers
 #else
     return !desktop::activeTimers().empty();
 #endif
@@ -252,17 +251,9 @@ protected:
 
   static std::vector<std::string> errors() {
     std::vector<std::string> found;
-    if (!rig::home().exists("Orvaner/faults.txt"))
-      return found;
-    std::istringstream lines(rig::home().read("Orvaner/faults.txt"));
-    for (std::string line; std::getline(lines, line);) {
-      constexpr std::size_t kTextColumn = 82;
-      if (line.size() > 12 && line[12] == '|') {
-        EXPECT_EQ(line.find("| ", kTextColumn - 2), kTextColumn - 2) << line;
-      }
-      if (line.size() > kTextColumn && line.compare(13, 3, "ERR") == 0)
-        found.push_back(line.substr(kTextColumn));
-    }
+    for (const rig::Record& record : rig::allRecords(0))
+      if (record.type == "ERR")
+        found.push_back(record.text);
     return found;
   }
 

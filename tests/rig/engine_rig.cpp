@@ -63,9 +63,11 @@ std::vector<Record> allRecords(std::size_t from) {
   std::ifstream lines(home().native(kLogFile), std::ios::binary);
   lines.seekg(static_cast<std::streamoff>(from));
   for (std::string line; std::getline(lines, line);)
-    if (line.size() >= kTextColumn && line[12] == '|')
+    if (line.size() >= kTextColumn && line[12] == '|') {
+      EXPECT_EQ(line.substr(kTextColumn - 2, 2), "| ") << line;
       found.push_back(
           {line.substr(13, 3), line.substr(17, 6), line.substr(24, 16), line.substr(kTextColumn)});
+    }
   return found;
 }
 

@@ -19,7 +19,7 @@
 /// library, and where Windows is a stand-in a fresh desktop with the manual clock.
 namespace rig {
 
-/// Takes back orders, and resets the host and, where Windows is a stand-in, the desktop with the clock held.
+/// Clears ordered faults, and resets the host and, where Windows is a stand-in, the desktop with the clock held.
 void freshSurroundings();
 /// Makes the home folder of this test program and points USERPROFILE there. Idempotent.
 void useOwnHome();

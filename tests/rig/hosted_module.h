@@ -36,8 +36,8 @@ inline void freshHost(const TempFolder& home) {
 struct HostedModule {
   void load(const std::string& path) {
     mHandle = LoadLibraryA(path.c_str());
-    tell = function<AcRx::AppRetCode (*)(int, void*)>("acrxEntryPoint");
-    ASSERT_TRUE(tell) << path;
+    send = function<AcRx::AppRetCode (*)(int, void*)>("acrxEntryPoint");
+    ASSERT_TRUE(send) << path;
   }
   void free() {
     EXPECT_TRUE(FreeLibrary(mHandle));
@@ -48,7 +48,7 @@ struct HostedModule {
   }
 
   HMODULE mHandle = nullptr;
-  AcRx::AppRetCode (*tell)(int code, void* data) = nullptr;
+  AcRx::AppRetCode (*send)(int code, void* data) = nullptr;
 };
 
 #ifdef _WIN32

@@ -1,5 +1,5 @@
-// What <windows.h> makes of two names where nobody forbids it. MinGW's standard headers take the macros back,
-// so they come in front; a header that is missing here doesn't compile behind them.
+// The macros min and max of <windows.h>. MinGW's standard headers undefine them, so the headers are included first;
+// one that is missing here doesn't compile after the macros.
 
 #include <algorithm>
 #include <atomic>

@@ -62,7 +62,7 @@ protected:
     mModule.load(OV_MODULE);
   }
   ~ModuleLife() override {
-    EXPECT_EQ(mModule.tell(2, nullptr), 0);
+    EXPECT_EQ(mModule.send(2, nullptr), 0);
     mModule.free();
   }
 
@@ -94,7 +94,7 @@ TEST_F(ModuleLife, LoadWaitsForDialog) {
     EnumChildWindows(dialog, collectText, reinterpret_cast<LPARAM>(&text));
     PostMessageW(dialog, WM_COMMAND, IDOK, 0);
   });
-  EXPECT_EQ(mModule.tell(1, nullptr), 0);
+  EXPECT_EQ(mModule.send(1, nullptr), 0);
   isLoaded = true;
   user.join();
   EXPECT_FALSE(isLoadedEarly);
@@ -104,7 +104,7 @@ TEST_F(ModuleLife, LoadWaitsForDialog) {
 }
 
 TEST_F(ModuleLife, OthersReadOpenLog) {
-  EXPECT_EQ(mModule.tell(1, nullptr), 0);
+  EXPECT_EQ(mModule.send(1, nullptr), 0);
   const std::string log = mHome.read("Orvaner\\autocad_addin_log.txt"); // no exclusive access
   EXPECT_EQ(log.substr(0, 90), std::string(90, '-'));
   EXPECT_EQ(log.find('\r'), std::string::npos) << "line feeds alone, on every system";

@@ -123,30 +123,6 @@ TEST_F(SettingsTest, HandEditedValuesSurviveTheLayout) {
   EXPECT_EQ(read(), mDefaults);
 }
 
-TEST_F(SettingsTest, LongValuesAreReadBack) {
-  const std::string name(50, 'n'), logFile = "c:\\" + std::string(60, 'l');
-  {
-    Settings settings;
-    settings.mName = name;
-    settings.mLogPars.mLogFile = logFile;
-  }
-  EXPECT_NE(read().find("= " + name + "# program's name\n"), std::string::npos);
-  const Settings settings;
-  EXPECT_EQ(settings.mName, name);
-  EXPECT_EQ(settings.mLogPars.mLogFile, logFile);
-}
-
-TEST_F(SettingsTest, PathsAreBelowTheHomeFolder) {
-  write(mDefaults);
-  const Settings settings;
-  const std::string home = mHome.backslashed();
-  EXPECT_EQ(settings.mHomeDir, home);
-  EXPECT_EQ(settings.mApplicationsDirPath, home + "\\Orvaner\\Applications");
-  EXPECT_EQ(settings.mSettingsFilePath, home + "\\Orvaner\\Applications\\autocad_addin.ini");
-  EXPECT_EQ(gLogging.mSettingsDirPath, home + "\\Orvaner"); // the log isn't in the folder of the settings
-  EXPECT_EQ(settings.mLogPars.mSettingsDirPath, home + "\\Orvaner");
-}
-
 TEST_F(SettingsTest, EachKeyHasItsOwnField) {
   const auto fields = [] {
     const std::string dump = Settings().dump();

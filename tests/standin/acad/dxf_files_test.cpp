@@ -11,7 +11,7 @@ namespace {
 
 class DxfFiles : public HostTest {
 protected:
-  /// Gives the number of strokes.
+  /// Returns the number of strokes.
   static size_t load(const std::string& path) {
     host::reset();
     const dxf::Result result = dxf::load(path);
@@ -35,7 +35,7 @@ TEST_F(DxfFiles, ALibraryOfPartsLoads) {
       empty.insert(entry.path().filename().string());
   }
   EXPECT_GT(count, 1000);
-  // A part whose shapes stand on a layout, and sheets with nothing on them.
+  // A part whose shapes are on a layout, and empty sheets.
   EXPECT_EQ(empty, (std::set<std::string>{"s1.dxf", "speak2.dxf", "empty.dxf"}));
 }
 

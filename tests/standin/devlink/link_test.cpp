@@ -124,18 +124,6 @@ TEST_F(LinkTest, EndOfLinkReleasesCap) {
   }
 }
 
-TEST_F(LinkTest, LeavingReaderHandsLinkOn) {
-  RunningDaemon daemon;
-  ASSERT_EQ(ovConnect(0, "acad"), 0);
-  const auto takeOne = [] { EXPECT_EQ(fetched(), "event 131105"); };
-  std::thread fetchers[] = {std::thread(takeOne), std::thread(takeOne)};
-  std::this_thread::sleep_for(milliseconds(10)); // both wait, one of them at the socket
-  daemon.play("key 1");
-  daemon.play("key 1");
-  for (std::thread& thread : fetchers)
-    thread.join();
-}
-
 TEST_F(LinkTest, AllFunctionsRunAtOnce) {
   RunningDaemon daemon;
   std::atomic<bool> isOver{false};

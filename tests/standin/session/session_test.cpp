@@ -36,7 +36,7 @@ TEST(SessionTest, VerbsCarryTheirArguments) {
   EXPECT_EQ(action("1 host type  _ZOOM #3  \xC3\xA4 \t").mText, "_ZOOM #3  \xC3\xA4");
 }
 
-TEST(SessionTest, BadLinesNameFileLineAndReason) {
+TEST(SessionTest, BadLineNamesItsPlace) {
   const std::pair<const char*, const char*> cases[] = {
       {"abc device zoom", "number: \"abc\""},
       {"nan device zoom", "time is out of range"},
@@ -57,7 +57,7 @@ TEST(SessionTest, BadLinesNameFileLineAndReason) {
   }
 }
 
-TEST(SessionTest, CountsPasses) {
+TEST(SessionTest, LinesMayCountPasses) {
   const auto found =
       session::parse("p1 host wait\np7 device motion 0 0 300 0 0 0 # see\np7 host tick\n", "s");
   ASSERT_TRUE(found.isGood()) << found.mErrors.front();

@@ -51,7 +51,7 @@ TEST_F(RecorderTest, DenseFramesKeepTheWholeMotion) {
 }
 
 // The plug-in's time is what passes in its hands, not what the display takes.
-TEST_F(RecorderTest, DisplayWaitIsNotThePlugIns) {
+TEST_F(RecorderTest, PlugInTimeExcludesDisplayWait) {
   AcGsView* const view = acgsObtainAcGsView(2, mDescriptor);
   host::setRefreshRate(1); // Hz
   mRecorderP->handOver();
