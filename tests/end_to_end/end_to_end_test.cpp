@@ -1,6 +1,5 @@
 // The three programs in one session. What the device did must be found in the host's report.
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -20,9 +19,9 @@ using testing::HasSubstr;
 class EndToEnd : public testing::Test {
 protected:
   /// Plays the host's lines of a session to its end. Returns the exit status.
-  int runHost(const std::string& module = OV_MODULE, const std::string& drawing = OV_DRAWING) {
+  int runHost(const std::string& module = OV_MODULE) {
     Process host(OV_ACAD,
-                 {drawing, "--session", mFolder.native("a.session"), "--module", module, "--out",
+                 {OV_DRAWING, "--session", mFolder.native("a.session"), "--module", module, "--out",
                   mFolder.native("out"), "--device-record", mFolder.native("record"), "--refresh", "100",
                   "--hold-seconds", "0.5"},
                  mFolder.native("acad.txt"));
