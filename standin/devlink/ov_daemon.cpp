@@ -1,6 +1,7 @@
 // The device and its daemon as a program: plays a session, or what it is told on standard input.
 
 #include "daemon.h"
+#include "live.h"
 
 #include <CLI/CLI.hpp>
 
@@ -25,6 +26,9 @@ struct Arguments {
   std::string mPortFile;
   std::string mRecordFile;
   std::string mStart = kOnConnect;
+  bool mIsLive = false;
+  std::string mLiveFile;
+  web::ServerOptions mLive;
 };
 
 void declare(CLI::App& app, Arguments& arguments, devlink::DaemonOptions& options) {
@@ -41,6 +45,16 @@ void declare(CLI::App& app, Arguments& arguments, devlink::DaemonOptions& option
   app.add_option("--start", arguments.mStart, "When the session's clock starts: on-connect, now")
       ->check(CLI::IsMember({kOnConnect, kNow}))
       ->capture_default_str();
+  CLI::Option* const liveP = app.add_flag(
+      "--live", arguments.mIsLive,
+      "Let a page in a browser drive, through a WebSocket on this machine that takes the same lines; "
+      "standard input isn't read then, and the daemon ends when its clients have left");
+  app.add_option("--live-port", arguments.mLive.mPort, "Port for pages; 0 takes any free one")
+      ->needs(liveP)
+      ->capture_default_str();
+  app.add_option("--live-file", arguments.mLiveFile, "Write the WebSocket's address there")->needs(liveP);
+  app.add_option("--token", arguments.mLive.mToken, "What a page has to know (default: 128 random bits)")
+      ->envname("OV_LIVE_TOKEN");
   app.add_flag("--linger", options.mLingers, "Stay after the last line, when no client is left");
   app.add_flag("--verbose", options.mIsVerbose, "Print each event and why connections end");
 }
@@ -54,11 +68,11 @@ std::string printable(std::string text) {
 }
 
 /// Others wait for the file and read it at once, so it appears complete or not at all.
-bool writePortFile(const std::string& path, std::uint16_t port) {
+bool writeWhole(const std::string& path, const std::string& line) {
   const std::string temporary = path + ".new";
   {
     std::ofstream file(temporary);
-    file << port << '\n';
+    file << line << '\n';
     if (!file.flush())
       return false;
   }
@@ -89,26 +103,42 @@ int complain(const std::string& text) {
 }
 
 int serve(const Arguments& arguments, std::ofstream& recordFile, devlink::DaemonOptions options) {
+  std::unique_ptr<devlink::LiveDoor> liveP;
   options.mStartsOnConnect = arguments.mStart == kOnConnect;
   options.mStopsAtSignals = true;
-  options.mSay = [](const std::string& text) { std::cout << printable(text) << std::endl; };
-  if (recordFile.is_open())
-    options.mRecord = [&](const std::string& text) { recordFile << text << std::endl; };
+  options.mSay = [&](const std::string& text) {
+    std::cout << printable(text) << std::endl;
+    if (liveP)
+      liveP->said(text);
+  };
+  options.mRecord = [&](const std::string& text) {
+    if (recordFile.is_open())
+      recordFile << text << std::endl;
+    if (liveP)
+      liveP->recorded(text);
+  };
 
   std::shared_ptr<devlink::Daemon> daemon;
+  std::string port = std::to_string(options.mPort);
   try {
     daemon = std::make_shared<devlink::Daemon>(options);
+    port = std::to_string(arguments.mLive.mPort);
+    if (arguments.mIsLive)
+      liveP = std::make_unique<devlink::LiveDoor>(arguments.mLive, *daemon);
   } catch (const std::system_error& error) {
-    return complain("can't listen on port " + std::to_string(options.mPort) + ": " + error.code().message());
+    return complain("can't listen on port " + port + ": " + error.code().message());
   }
   std::cout << "Listening on port " << daemon->port() << std::endl;
-  if (!arguments.mPortFile.empty() && !writePortFile(arguments.mPortFile, daemon->port()))
+  if (!arguments.mPortFile.empty() && !writeWhole(arguments.mPortFile, std::to_string(daemon->port())))
     return complain("can't write " + arguments.mPortFile);
+  if (!arguments.mLiveFile.empty() && !writeWhole(arguments.mLiveFile, liveP->address()))
+    return complain("can't write " + arguments.mLiveFile);
 
   // Nothing ends a thread that waits for input, so it is left behind, with its share of the daemon.
   if (!options.mHasSession)
     std::thread([daemon] { playInput(*daemon); }).detach();
   daemon->run();
+  liveP.reset();
   if (recordFile.is_open() && !recordFile)
     return complain("can't write " + arguments.mRecordFile);
   return kGood;
@@ -131,6 +161,8 @@ int runProgram(int argc, char** argv) {
     options.mHasSession = true;
     options.mActions = session.actionsOf(session::Who::device);
   }
+  if (arguments.mIsLive)
+    options.mHasSession = true; // one without lines, if there is no other
   std::ofstream recordFile;
   if (!arguments.mRecordFile.empty()) {
     recordFile.open(arguments.mRecordFile);

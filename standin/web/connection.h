@@ -1,0 +1,100 @@
+#ifndef CONNECTION_H
+#define CONNECTION_H
+
+#include "server.h"
+
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/beast/core.hpp>
+#include <boost/beast/http.hpp>
+#include <boost/beast/websocket.hpp>
+
+#include <deque>
+#include <optional>
+
+namespace web {
+
+class Connection;
+
+/// What a connection needs from the server. All on the server's thread.
+class ConnectionOwner {
+public:
+  virtual ~ConnectionOwner() = default;
+  virtual const ServerOptions& options() const = 0;
+  virtual std::string page(const std::string& authority) = 0;
+  virtual void onOpen(Connection& connection) = 0;
+  virtual std::string onLine(Connection& connection, const std::string& line) = 0;
+  /// The last line has come.
+  virtual void onLeft(Connection& connection) = 0;
+  /// The last that is heard of a connection.
+  virtual void onEnd(Connection& connection) = 0;
+};
+
+/// Puts a message behind those that wait, or in the place of one.
+/// isBarrier  says of one that waits that none behind it may take the place of one before it
+template <class Entry, class IsBarrier>
+void enqueue(std::deque<Entry>& queue, Entry entry, const IsBarrier& isBarrier) {
+  for (auto at = queue.end(); at != queue.begin() && !isBarrier(*--at);) {
+    if (MessageP joinedP = entry.mMessageP->joinedTo(*at->mMessageP)) {
+      queue.erase(at);
+      entry.mMessageP = std::move(joinedP);
+      break;
+    }
+  }
+  queue.push_back(std::move(entry));
+}
+
+/// One client's connection, from its first byte on.
+class Connection : public std::enable_shared_from_this<Connection> {
+public:
+  /// The owner outlives the connection; shared by it and by the operations under way.
+  Connection(boost::asio::ip::tcp::socket socket, ClientId id, ConnectionOwner& owner);
+
+  void start();
+  void send(MessageP messageP);
+  /// Hangs up with a reason. What waits doesn't go out any more.
+  void close(boost::beast::websocket::close_code code, const std::string& reason);
+  /// Hangs up once everything has gone out.
+  void closeWhenSent();
+  /// Hangs up at once.
+  void drop();
+
+  ClientId id() const { return mId; }
+  bool isOpen() const { return mState == State::open; }
+  bool mIsAdmitted = false; ///< has been sent something of its own
+
+private:
+  enum class State { opening, open, closing };
+  using Error = boost::beast::error_code;
+  struct Entry {
+    MessageP mMessageP;
+  };
+
+  void takeRequest(const Error& error);
+  void respond(boost::beast::http::status status, std::string text);
+  void drain();
+  void accept();
+  void read();
+  void takeMessage(const Error& error);
+  bool isTooFast();
+  void write();
+
+  boost::beast::websocket::stream<boost::beast::tcp_stream, false> mStream;
+  boost::asio::steady_timer mPatience;
+  const ClientId mId;
+  ConnectionOwner& mOwner;
+  State mState = State::opening;
+  boost::beast::flat_buffer mIn;
+  std::optional<boost::beast::http::request_parser<boost::beast::http::empty_body>> mParser;
+  boost::beast::http::response<boost::beast::http::string_body> mResponse;
+  std::deque<Entry> mQueue;
+  std::string mOut; ///< on its way
+  bool mIsWriting = false;
+  bool mIsLast = false; ///< what waits is all that goes out
+  double mCredit;       ///< messages that may come now
+  std::chrono::steady_clock::time_point mLastMessage;
+};
+
+} // namespace web
+
+#endif
