@@ -138,9 +138,6 @@ bool parseHostLine(std::string_view line, Action& action, std::string& error);
 /// Returns the line of a device without time and player that parseDeviceLine() would read so.
 std::string deviceLine(const Action& action);
 
-/// The same for a line of the host, as in "select 1 4".
-bool parseHostLine(std::string_view line, Action& action, std::string& error);
-
 } // namespace session
 
 #endif

@@ -27,6 +27,18 @@ bool readOptions(int count, char** arguments, Options& options, int& exitStatus)
   app.add_option("--out", options.mOut, "folder for report.html, session.json and command_line.txt")
       ->capture_default_str();
   app.add_option("--device-record", options.mDeviceRecord, "the daemon's record, for the report");
+  CLI::Option* const liveP =
+      app.add_flag("--live", options.mIsLive, "serve a page on this machine that shows the view as it moves");
+  app.add_option("--live-port", options.mLive.mPort, "port of the page; 0 takes any free one")
+      ->needs(liveP)
+      ->capture_default_str();
+  app.add_option("--live-file", options.mLiveFile, "file to write the page's address to")->needs(liveP);
+  app.add_option("--token", options.mLive.mToken, "what a page has to know (default: 128 random bits)")
+      ->envname("OV_LIVE_TOKEN");
+  app.add_option("--device", options.mDevice,
+                 "where a page finds the device: the address that ov_daemon "
+                 "--live writes to its --live-file")
+      ->envname("OV_LIVE_DEVICE");
   app.add_option("--home", options.mHome,
                  "user's folder, in USERPROFILE for the plug-in (default: OUT/home)");
   app.add_option("--refresh", options.mRefresh, "frames a second that the display shows, 0 for no waiting")
@@ -43,6 +55,7 @@ bool readOptions(int count, char** arguments, Options& options, int& exitStatus)
       "hold each pass of the plug-in against the model (the default); status 1 if one contradicts it");
   try {
     app.parse(count, arguments);
+    options.mIsToCheck = options.mIsToCheck || options.mIsLive; // a page shows which sample explains a frame
     if (!options.mIsDryRun && options.mModule.empty())
       options.mModule = besideProgram(arguments[0], "OVAutoCAD2019.arx");
     return true;

@@ -5,6 +5,7 @@
 #include "controls.h"
 #include "dxf_reader.h"
 #include "host_player.h"
+#include "live.h"
 #include "message_loop.h"
 #include "output.h"
 #include "pass_check.h"
@@ -16,7 +17,10 @@
 #include <atomic>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
+#include <mutex>
+#include <system_error>
 
 namespace program {
 
@@ -26,6 +30,8 @@ namespace fs = std::filesystem;
 
 /// Lines of the log that go into the report.
 constexpr std::size_t kLogLines = 20000;
+/// The latest frames, which a page gets that comes in the middle: those that its strips show.
+constexpr std::size_t kLiveFrames = 2400;
 
 /// Set by Ctrl-C, or when the program is asked to end: the session ends early, but in order.
 std::atomic<bool> gIsToStop{false};
@@ -59,16 +65,22 @@ private:
   ArxModule mModule;
 };
 
-void playSession(HostPlayer& player, Recorder& recorder, Controls& controls, const Options& options) {
+/// liveP  null: there is no page
+void playSession(HostPlayer& player, Live* liveP, Recorder& recorder, Controls& controls,
+                 const Options& options) {
   const auto step = [&] {
     const double seconds = unixNow() - recorder.start();
     recorder.typing(true);
     host::runQueue(); // what the plug-in typed
     player.play(seconds);
+    if (liveP)
+      liveP->doLines(player);
     recorder.typing(false);
     host::showPending();
     recorder.look();
     controls.refresh();
+    if (liveP)
+      liveP->look();
     const bool isOver = !options.mSession.empty() && seconds >= player.end() + options.mHold;
     return !isOver && !gIsToStop;
   };
@@ -86,6 +98,33 @@ bool tookEvents(const std::vector<DeviceEvent>& events, const Options& options, 
   return false;
 }
 
+/// Takes down what others wrote down up to now.
+void gather(SessionInput& input, const Recorder& recorder, const Folders& folders, const Options& options) {
+  input.mEnd = unixNow();
+  if (!options.mDeviceRecord.empty())
+    input.mEvents = readDeviceRecord(options.mDeviceRecord);
+  input.mHistory = host::history();
+  input.mLog = lastLines(folders.log().u8string(), kLogLines);
+  input.mOutcome.mTookEvents = tookEvents(input.mEvents, options, recorder);
+  input.mOutcome.mMovedView = recorder.hasViewMoved();
+}
+
+/// Opens the door for pages and says where it is.
+std::unique_ptr<Live> openDoor(const Options& options, LiveSources sources, Recorder& recorder,
+                               const Controls& controls) {
+  std::unique_ptr<Live> liveP;
+  try {
+    liveP = std::make_unique<Live>(options.mLive, std::move(sources), recorder, controls);
+  } catch (const std::system_error& error) {
+    throw Error("can't listen on port " + std::to_string(options.mLive.mPort) + ": " +
+                error.code().message());
+  }
+  if (!options.mLiveFile.empty())
+    writeFile(fs::u8path(options.mLiveFile), liveP->address() + "\n");
+  std::cout << "Open in a browser: " << liveP->address() << '\n' << std::flush;
+  return liveP;
+}
+
 int runSession(const Options& options, const session::Session& session) {
   const Folders folders = Folders::make(options.mOut, options.mHome);
   fitFirstView();
@@ -95,15 +134,27 @@ int runSession(const Options& options, const session::Session& session) {
   controlsP->point(session::Pointer::view);
 
   SessionInput input;
+  input.mDrawingName = fs::u8path(options.mDrawing).filename().u8string();
+  input.mSessionName = fs::u8path(options.mSession).filename().u8string();
+  input.mDeviceActions = session.actionsOf(session::Who::device);
+  input.mControls = controlsP->infos();
   Recorder recorder(*controlsP);
+  std::mutex mutex; // of input.mSamples and hearerP, which the trace's thread uses
+  Live* hearerP = nullptr;
+  const auto onExplained = [&](std::size_t frame, const std::array<short, 6>& sample) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    input.mSamples[frame] = sample;
+    if (hearerP)
+      hearerP->explained(frame, sample);
+  };
   const std::unique_ptr<PassCheck> checkP =
-      options.mIsToCheck ? std::make_unique<PassCheck>(folders.mHome,
-                                                       [&input](std::size_t frame, const auto& sample) {
-                                                         input.mSamples[frame] = sample;
-                                                       })
-                         : nullptr;
-  if (checkP)
-    recorder.onShown([&checkP](std::size_t number) { checkP->frameShown(number); });
+      options.mIsToCheck ? std::make_unique<PassCheck>(folders.mHome, onExplained) : nullptr;
+  recorder.onShown([&](std::size_t number) {
+    if (checkP)
+      checkP->frameShown(number);
+    if (hearerP)
+      hearerP->frameShown(number);
+  });
   PlugIn plugIn(options.mModule, options.mIsToCheck);
   recorder.begin();
   input.mOutcome.mIsLoaded = true;
@@ -114,25 +165,39 @@ int runSession(const Options& options, const session::Session& session) {
   HostPlayer player(session, *controlsP, recorder, std::cout);
   std::signal(SIGINT, onStop);
   std::signal(SIGTERM, onStop);
-  playSession(player, recorder, *controlsP, options);
-  input.mEnd = unixNow();
+  std::unique_ptr<Live> liveP;
+  const auto setHearer = [&](Live* newP) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    hearerP = newP;
+  };
+  if (options.mIsLive) {
+    LiveSources sources;
+    sources.mDevice = options.mDevice;
+    sources.mLog = folders.log();
+    sources.mSoFar = [&](bool isReport, MovedWriter& moved) {
+      gather(input, recorder, folders, options);
+      const std::size_t count = recorder.frames().size();
+      input.mFirstFrame = isReport || count < kLiveFrames ? 0 : count - kLiveFrames;
+      const std::lock_guard<std::mutex> lock(mutex);
+      return sessionData(recorder, input, moved);
+    };
+    sources.mSavedSession = [&] { return checkP->countedSession(); };
+    liveP = openDoor(options, std::move(sources), recorder, *controlsP);
+    recorder.onScrolled([&](const auto& states) { liveP->scrolled(states); });
+    setHearer(liveP.get());
+  }
+  playSession(player, liveP.get(), recorder, *controlsP, options);
   std::cout << "Unloading the plug-in\n" << std::flush;
   input.mOutcome.mIsUnloaded = plugIn.unload();
+  recorder.onScrolled(nullptr);
+  setHearer(nullptr);
+  liveP.reset();
   if (checkP) {
     input.mOutcome.mCheckP = &checkP->finish();
     input.mCounted = checkP->countedSession();
   }
-
-  input.mDrawingName = fs::u8path(options.mDrawing).filename().u8string();
-  input.mSessionName = fs::u8path(options.mSession).filename().u8string();
-  if (!options.mDeviceRecord.empty())
-    input.mEvents = readDeviceRecord(options.mDeviceRecord);
-  input.mDeviceActions = session.actionsOf(session::Who::device);
-  input.mHistory = host::history();
-  input.mLog = lastLines(folders.log().u8string(), kLogLines);
-  input.mControls = controlsP->infos();
-  input.mOutcome.mTookEvents = tookEvents(input.mEvents, options, recorder);
-  input.mOutcome.mMovedView = recorder.hasViewMoved();
+  gather(input, recorder, folders, options);
+  input.mFirstFrame = 0;
   writeOutputs(folders, recorder, input);
   printSummary(std::cout, folders, recorder, input);
   // A user's own session fails only if the plug-in can't be unloaded.

@@ -54,6 +54,21 @@ void addKept(const Line& line, std::vector<bool>::const_iterator keep, json& lin
     lines.push_back(std::move(piece));
 }
 
+/// An object with those of its segments that stay, if any; the iterator moves past them all.
+void addObject(const DrawnObject& object, std::vector<bool>::const_iterator& keep, json& objects) {
+  json lines = json::array();
+  for (const Line& line : object.mLines) {
+    addKept(line, keep, lines);
+    keep += static_cast<std::ptrdiff_t>(line.size()) - 1;
+  }
+  if (lines.empty())
+    return;
+  json entry = {{"id", object.mNumber}, {"kind", object.mKind}, {"lines", std::move(lines)}};
+  if (object.mSeconds > 0)
+    entry["t"] = object.mSeconds;
+  objects.push_back(std::move(entry));
+}
+
 } // namespace
 
 std::vector<bool> segmentsToKeep(const std::vector<double>& lengths, std::size_t budget) {
@@ -131,19 +146,8 @@ json DrawingData::toJson(const std::string& name, std::size_t budget) const {
 
   json objects = json::array();
   auto at = keep.begin();
-  for (const DrawnObject& object : mObjects) {
-    json lines = json::array();
-    for (const Line& line : object.mLines) {
-      addKept(line, at, lines);
-      at += static_cast<std::ptrdiff_t>(line.size()) - 1;
-    }
-    if (lines.empty())
-      continue;
-    json entry = {{"id", object.mNumber}, {"kind", object.mKind}, {"lines", std::move(lines)}};
-    if (object.mSeconds > 0)
-      entry["t"] = object.mSeconds;
-    objects.push_back(std::move(entry));
-  }
+  for (const DrawnObject& object : mObjects)
+    addObject(object, at, objects);
   if (lengths.empty())
     low = high = {0, 0, 0};
   return {{"name", name},
@@ -153,6 +157,15 @@ json DrawingData::toJson(const std::string& name, std::size_t budget) const {
           {"min", low},
           {"max", high},
           {"objects", std::move(objects)}};
+}
+
+json DrawingData::objectsFrom(std::size_t first) const {
+  const std::vector<bool> keep(segmentCount(), true);
+  json objects = json::array();
+  auto at = keep.begin();
+  for (std::size_t i = first; i < mObjects.size(); ++i)
+    addObject(mObjects[i], at, objects);
+  return objects;
 }
 
 } // namespace program

@@ -29,6 +29,9 @@ public:
   /// give a drawing its shape, the rest evenly to the others.
   nlohmann::json toJson(const std::string& name, std::size_t budget) const;
 
+  /// Returns the objects from an index on, in full, as toJson() has them.
+  nlohmann::json objectsFrom(std::size_t first) const;
+
   std::size_t segmentCount() const;
   const std::vector<DrawnObject>& objects() const { return mObjects; }
 

@@ -36,14 +36,6 @@ void setUserProfile(const fs::path& home) {
     throw Error("can't set USERPROFILE");
 }
 
-void writeFile(const fs::path& path, const std::string& text) {
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
-  file << text;
-  file.close();
-  if (!file)
-    throw Error("can't write " + path.u8string());
-}
-
 /// A text on one line: line ends and Escape as signs.
 std::string oneLine(const std::wstring& text) {
   std::string out;
@@ -109,6 +101,14 @@ Folders Folders::make(const std::string& out, const std::string& home) {
 
 fs::path Folders::log() const {
   return mHome / "Orvaner" / "autocad_addin_log.txt";
+}
+
+void writeFile(const fs::path& path, const std::string& text) {
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  file << text;
+  file.close();
+  if (!file)
+    throw Error("can't write " + path.u8string());
 }
 
 void writeOutputs(const Folders& folders, const Recorder& recorder, const SessionInput& input) {

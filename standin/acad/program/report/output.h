@@ -21,6 +21,9 @@ struct Folders {
   std::filesystem::path log() const;
 };
 
+/// Writes a whole file. Throws Error.
+void writeFile(const std::filesystem::path& path, const std::string& text);
+
 /// Writes session.json, command_line.txt and report.html. Throws Error.
 void writeOutputs(const Folders& folders, const Recorder& recorder, const SessionInput& input);
 

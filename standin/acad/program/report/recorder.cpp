@@ -43,8 +43,9 @@ std::vector<MovedGroup> grouped(const std::vector<host::Moved>& moved) {
   return groups;
 }
 
-/// Adds a later motion to an earlier one.
-void append(std::vector<MovedGroup>& earlier, const std::vector<MovedGroup>& later) {
+} // namespace
+
+void joinMotion(std::vector<MovedGroup>& earlier, const std::vector<MovedGroup>& later) {
   if (earlier.size() == 1 && later.size() == 1 && earlier[0].mObjects == later[0].mObjects) {
     earlier[0].mTransform = later[0].mTransform * earlier[0].mTransform;
     return;
@@ -52,8 +53,6 @@ void append(std::vector<MovedGroup>& earlier, const std::vector<MovedGroup>& lat
   // Groups are applied in order, so a later one for the same object simply follows.
   earlier.insert(earlier.end(), later.begin(), later.end());
 }
-
-} // namespace
 
 bool isSameView(const host::ViewState& a, const host::ViewState& b) {
   return isSamePoint(a.position, b.position) && isSamePoint(a.target, b.target) && a.up.x == b.up.x &&
@@ -87,8 +86,16 @@ void ScrollWatch::run() {
 void ScrollWatch::look() {
   std::vector<ScrollState> states = mControls.states();
   const std::lock_guard<std::mutex> lock(mMutex);
-  if (mScrolls.empty() || !(mScrolls.back().mValue == states))
-    mScrolls.push_back({unixNow(), std::move(states)});
+  if (!mScrolls.empty() && mScrolls.back().mValue == states)
+    return;
+  mScrolls.push_back({unixNow(), std::move(states)});
+  if (mOnScrolled)
+    mOnScrolled(mScrolls.back().mValue);
+}
+
+void ScrollWatch::onScrolled(std::function<void(const std::vector<ScrollState>&)> listener) {
+  const std::lock_guard<std::mutex> lock(mMutex);
+  mOnScrolled = std::move(listener);
 }
 
 std::vector<Timestamped<std::vector<ScrollState>>> ScrollWatch::scrolls() const {
@@ -145,7 +152,7 @@ void Recorder::keep(RecordedFrame frame) {
     last.mIs2d = frame.mIs2d;
     last.mView = frame.mView;
     last.mLayout = frame.mLayout;
-    append(last.mMoved, frame.mMoved);
+    joinMotion(last.mMoved, frame.mMoved);
     last.mPlugInSeconds += frame.mPlugInSeconds;
   } else {
     mCredit -= 1;

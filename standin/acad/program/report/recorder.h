@@ -28,6 +28,9 @@ struct MovedGroup {
   AcGeMatrix3d mTransform;
 };
 
+/// Adds a later motion to an earlier one.
+void joinMotion(std::vector<MovedGroup>& earlier, const std::vector<MovedGroup>& later);
+
 struct RecordedFrame {
   double mUnixSeconds = 0;
   bool mIs2d = false;
@@ -56,6 +59,8 @@ public:
   void look();
   /// Where the controls stood, whenever one had moved. May be called from any thread.
   std::vector<Timestamped<std::vector<ScrollState>>> scrolls() const;
+  /// Calls this from now on when a control has moved, on the thread that saw it.
+  void onScrolled(std::function<void(const std::vector<ScrollState>&)> listener);
 
 private:
   void run();
@@ -65,6 +70,7 @@ private:
   std::condition_variable mWake;
   bool mIsToEnd = false;
   std::vector<Timestamped<std::vector<ScrollState>>> mScrolls;
+  std::function<void(const std::vector<ScrollState>&)> mOnScrolled;
   std::thread mThread;
 };
 
@@ -113,6 +119,9 @@ public:
   const std::vector<Timestamped<session::Pointer>>& pointers() const { return mPointers; }
   const std::vector<Timestamped<std::vector<int>>>& selections() const { return mSelections; }
   std::vector<Timestamped<std::vector<ScrollState>>> scrolls() const { return mScrollWatch.scrolls(); }
+  void onScrolled(std::function<void(const std::vector<ScrollState>&)> listener) {
+    mScrollWatch.onScrolled(std::move(listener));
+  }
 
 private:
   using Steady = std::chrono::steady_clock;

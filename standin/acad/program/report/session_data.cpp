@@ -37,62 +37,29 @@ json matrix(const AcGeMatrix3d& m) {
   return out;
 }
 
-/// The moved objects of frames. A long list comes again with every frame of a deflection, so it is kept once.
-class MovedWriter {
-public:
-  json write(const std::vector<MovedGroup>& groups) {
-    json out = json::array();
-    for (const MovedGroup& group : groups) {
-      json entry = {{"count", group.mObjects.size()}, {"matrix", matrix(group.mTransform)}};
-      if (group.mObjects.size() <= kLongList)
-        entry["objects"] = group.mObjects;
-      else
-        entry["list"] = listNumber(group.mObjects);
-      out.push_back(std::move(entry));
-    }
-    return out;
-  }
-  json lists() const { return mLists; }
-
-private:
-  std::size_t listNumber(const std::vector<int>& objects) {
-    for (std::size_t i = mLists.size(); i > 0; --i) {
-      if (mLists[i - 1] == objects)
-        return i - 1;
-    }
-    mLists.push_back(objects);
-    return mLists.size() - 1;
-  }
-
-  std::vector<std::vector<int>> mLists;
-};
-
 json framesJson(const Recorder& recorder, const SessionInput& input, MovedWriter& moved) {
   json out = json::array();
   SampleCursor delivered(input.mEvents);
   double before = 0;
-  for (const RecordedFrame& frame : recorder.frames()) {
-    json entry = {{"t", frame.mUnixSeconds - recorder.start()},
-                  {"sample", delivered.at(frame.mUnixSeconds)},
-                  {"eye", point(frame.mView.position)},
-                  {"target", point(frame.mView.target)},
-                  {"up", vector(frame.mView.up)},
-                  {"field", {frame.mView.fieldWidth, frame.mView.fieldHeight}},
-                  {"perspective", frame.mView.perspective},
-                  {"mode", frame.mIs2d ? 1 : 2},
-                  {"moved", moved.write(frame.mMoved)}};
-    if (const auto explained = input.mSamples.find(out.size()); explained != input.mSamples.end())
-      entry["sample"] = explained->second;
-    if (frame.mIs2d) {
-      entry["centre"] = {frame.mLayout.centre.x, frame.mLayout.centre.y};
-      entry["height"] = frame.mLayout.viewHeight;
-    }
+  std::vector<MovedGroup> earlier;
+  for (std::size_t n = 0; n < recorder.frames().size(); ++n) {
+    const RecordedFrame& frame = recorder.frames()[n];
     const double gap = frame.mUnixSeconds - before;
+    before = frame.mUnixSeconds;
+    if (n <= input.mFirstFrame)
+      joinMotion(earlier, frame.mMoved);
+    if (n < input.mFirstFrame)
+      continue;
+    json entry = frameData(frame, recorder.start(), moved);
+    if (n == input.mFirstFrame)
+      entry["moved"] = moved.write(earlier);
+    entry["sample"] = delivered.at(frame.mUnixSeconds);
+    if (const auto explained = input.mSamples.find(n); explained != input.mSamples.end())
+      entry["sample"] = explained->second;
     if (gap < 0.25) // a longer gap is rest
       entry["ms"] = gap * 1000;
-    if (frame.mPlugInSeconds > 0)
-      entry["plugInMs"] = frame.mPlugInSeconds * 1000;
-    before = frame.mUnixSeconds;
+    if (input.mFirstFrame > 0)
+      entry["n"] = n;
     out.push_back(std::move(entry));
   }
   return out;
@@ -130,8 +97,7 @@ json historyJson(const std::vector<host::HistoryLine>& history, double start, bo
   json out = json::array();
   for (const host::HistoryLine& line : history) {
     if (line.isTyped == isTyped)
-      out.push_back(
-          {{"t", std::max(0.0, line.seconds - start)}, {"text", narrowed(line.text)}}); // loading comes first
+      out.push_back(lineData(line, start));
   }
   return out;
 }
@@ -182,13 +148,11 @@ json statesJson(const SessionInput& input, double start) {
   }
   json out = json::array({{{"name", "rotation"}, {"rest", ""}, {"changes", rotation}}});
   for (const host::HistoryLine& line : input.mHistory) {
-    const std::string text = narrowed(line.text);
-    const std::size_t from = text.find("=> ");
-    const std::size_t to = text.find(':');
-    if (line.isTyped || from == std::string::npos || to == std::string::npos || to < from)
+    std::string name;
+    bool isOn = false;
+    if (!readToggle(line, name, isOn))
       continue;
-    const std::string name = text.substr(from + 3, to - from - 3);
-    const json change = {line.seconds - start, text.find(" on", to) != std::string::npos};
+    const json change = {line.seconds - start, isOn};
     bool isKnown = false;
     for (json& state : out) {
       if (state["name"] == name) {
@@ -230,9 +194,69 @@ json countsJson(const Recorder& recorder, const SessionInput& input) {
 
 } // namespace
 
+json MovedWriter::write(const std::vector<MovedGroup>& groups) {
+  json out = json::array();
+  for (const MovedGroup& group : groups) {
+    json entry = {{"count", group.mObjects.size()}, {"matrix", matrix(group.mTransform)}};
+    if (group.mObjects.size() <= kLongList)
+      entry["objects"] = group.mObjects;
+    else
+      entry["list"] = listNumber(group.mObjects);
+    out.push_back(std::move(entry));
+  }
+  return out;
+}
+
+std::size_t MovedWriter::listNumber(const std::vector<int>& objects) {
+  for (std::size_t i = mLists.size(); i > 0; --i) {
+    if (mLists[i - 1] == objects)
+      return i - 1;
+  }
+  mLists.push_back(objects);
+  return mLists.size() - 1;
+}
+
+json frameData(const RecordedFrame& frame, double start, MovedWriter& moved) {
+  json entry = {{"t", frame.mUnixSeconds - start},
+                {"eye", point(frame.mView.position)},
+                {"target", point(frame.mView.target)},
+                {"up", vector(frame.mView.up)},
+                {"field", {frame.mView.fieldWidth, frame.mView.fieldHeight}},
+                {"perspective", frame.mView.perspective},
+                {"mode", frame.mIs2d ? 1 : 2},
+                {"moved", moved.write(frame.mMoved)}};
+  if (frame.mIs2d) {
+    entry["centre"] = {frame.mLayout.centre.x, frame.mLayout.centre.y};
+    entry["height"] = frame.mLayout.viewHeight;
+  }
+  if (frame.mPlugInSeconds > 0)
+    entry["plugInMs"] = frame.mPlugInSeconds * 1000;
+  return entry;
+}
+
+json lineData(const host::HistoryLine& line, double start) {
+  // Loading comes before the session.
+  return {{"t", std::max(0.0, line.seconds - start)}, {"text", narrowed(line.text)}};
+}
+
+bool readToggle(const host::HistoryLine& line, std::string& name, bool& isOn) {
+  const std::string text = narrowed(line.text);
+  const std::size_t from = text.find("=> ");
+  const std::size_t to = text.find(':');
+  if (line.isTyped || from == std::string::npos || to == std::string::npos || to < from)
+    return false;
+  name = text.substr(from + 3, to - from - 3);
+  isOn = text.find(" on", to) != std::string::npos;
+  return true;
+}
+
 json sessionData(const Recorder& recorder, const SessionInput& input) {
-  const double start = recorder.start();
   MovedWriter moved;
+  return sessionData(recorder, input, moved);
+}
+
+json sessionData(const Recorder& recorder, const SessionInput& input, MovedWriter& moved) {
+  const double start = recorder.start();
   json out;
   out["session"] = input.mSessionName;
   out["unix"] = start;

@@ -5,7 +5,7 @@
 #include "device_record.h"
 #include "recorder.h"
 
-#include <nlohmann/json_fwd.hpp>
+#include <nlohmann/json.hpp>
 
 #include <array>
 #include <map>
@@ -32,6 +32,8 @@ struct SessionInput {
   std::string mSessionName;
   double mEnd = 0; ///< unix seconds
   std::vector<DeviceEvent> mEvents;
+  /// Frames before this one aren't told; what they moved is told with it.
+  std::size_t mFirstFrame = 0;
   /// By the frame's number, the sample that explains it. For others the daemon's record says by time which
   /// sample had been delivered: the next one already, at a change.
   std::map<std::size_t, std::array<short, 6>> mSamples;
@@ -43,8 +45,29 @@ struct SessionInput {
   Outcome mOutcome;
 };
 
+/// The moved objects of frames. A long list comes again with every frame of a deflection, so it is kept once.
+class MovedWriter {
+public:
+  nlohmann::json write(const std::vector<MovedGroup>& groups);
+  const std::vector<std::vector<int>>& lists() const { return mLists; }
+
+private:
+  std::size_t listNumber(const std::vector<int>& objects);
+
+  std::vector<std::vector<int>> mLists;
+};
+
 /// The session as session.json holds it. Times are in seconds since its start, `unix` is that start.
+/// moved  knows the lists of objects from here on
+nlohmann::json sessionData(const Recorder& recorder, const SessionInput& input, MovedWriter& moved);
 nlohmann::json sessionData(const Recorder& recorder, const SessionInput& input);
+
+/// A frame as session.json holds it.
+nlohmann::json frameData(const RecordedFrame& frame, double start, MovedWriter& moved);
+/// A line of the command line as session.json holds it.
+nlohmann::json lineData(const host::HistoryLine& line, double start);
+/// Finds the setting that a toggle command printed, and whether it is on now. Returns false for other lines.
+bool readToggle(const host::HistoryLine& line, std::string& name, bool& isOn);
 
 /// Returns a quantile: 0.5 is the median, 1 the largest value; 0 if there are no values.
 double shareOf(std::vector<double> values, double share);
