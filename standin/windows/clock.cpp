@@ -6,9 +6,9 @@
 #include <stdexcept>
 #include <thread>
 
+using desktop::detail::Locked;
 using desktop::detail::State;
 using desktop::detail::state;
-using Lock = std::lock_guard<std::mutex>;
 
 namespace {
 
@@ -43,75 +43,66 @@ SYSTEMTIME partsOf(const timespec& moment) {
 namespace desktop {
 
 void holdClock() {
-  State& s = state();
-  const Lock lock(s.mutex);
-  s.heldTime = detail::clockNow(s);
-  s.isClockHeld = true;
-  s.watchedThread = GetCurrentThreadId();
-  s.sleeps.clear();
-  s.changed.notify_all();
+  const Locked s;
+  s->heldTime = detail::clockNow(*s);
+  s->isClockHeld = true;
+  s->watchedThread = GetCurrentThreadId();
+  s->sleeps.clear();
+  s->changed.notify_all();
 }
 
 void releaseClock() {
-  State& s = state();
-  const Lock lock(s.mutex);
-  if (!s.isClockHeld)
+  const Locked s;
+  if (!s->isClockHeld)
     return;
-  s.isClockHeld = false;
+  s->isClockHeld = false;
   // The clock continues from the held time, so that no timer jumps.
-  s.clockSkew += s.heldTime - detail::clockNow(s);
-  s.changed.notify_all();
+  s->clockSkew += s->heldTime - detail::clockNow(*s);
+  s->changed.notify_all();
 }
 
 void advanceClock(DWORD milliseconds) {
-  State& s = state();
-  const Lock lock(s.mutex);
-  requireHeld(s, "advanceClock");
-  detail::setHeldTime(s, s.heldTime + milliseconds);
+  const Locked s;
+  requireHeld(*s, "advanceClock");
+  detail::setHeldTime(*s, s->heldTime + milliseconds);
 }
 
 void setTickStep(DWORD milliseconds) {
-  State& s = state();
-  const Lock lock(s.mutex);
-  s.tickStep = milliseconds;
+  const Locked s;
+  s->tickStep = milliseconds;
 }
 
 void setTickCount(DWORD ticks) {
-  State& s = state();
-  const Lock lock(s.mutex);
-  s.tickOffset = static_cast<std::int64_t>(ticks) - detail::clockNow(s);
+  const Locked s;
+  s->tickOffset = static_cast<std::int64_t>(ticks) - detail::clockNow(*s);
 }
 
 void setSystemTime(const std::optional<SYSTEMTIME>& time) {
-  State& s = state();
-  const Lock lock(s.mutex);
-  s.systemTime = time;
+  const Locked s;
+  s->systemTime = time;
 }
 
 std::vector<SleepRecord> sleeps() {
-  State& s = state();
-  const Lock lock(s.mutex);
-  return s.sleeps;
+  const Locked s;
+  return s->sleeps;
 }
 
 } // namespace desktop
 
 DWORD WINAPI GetTickCount(void) {
   call_log::Traced call("GetTickCount");
-  State& s = state();
-  const Lock lock(s.mutex);
-  const DWORD ticks = desktop::detail::ticksNow(s);
-  if (s.isClockHeld && s.tickStep > 0)
-    desktop::detail::setHeldTime(s, s.heldTime + s.tickStep);
+  const Locked s;
+  const DWORD ticks = desktop::detail::ticksNow(*s);
+  if (s->isClockHeld && s->tickStep > 0)
+    desktop::detail::setHeldTime(*s, s->heldTime + s->tickStep);
   return call.returns(ticks);
 }
 
 void WINAPI GetSystemTime(LPSYSTEMTIME time) {
-  State& s = state();
   {
-    const Lock lock(s.mutex);
-    if (s.systemTime) {
-      *time = *s.systemTime;
+    const Locked s;
+    if (s->systemTime) {
+      *time = *s->systemTime;
       return;
     }
   }
@@ -122,15 +113,11 @@ void WINAPI GetSystemTime(LPSYSTEMTIME time) {
 
 void WINAPI Sleep(DWORD milliseconds) {
   const call_log::Traced call("Sleep", milliseconds);
-  State& s = state();
-  bool isWatched = false;
-  {
-    const Lock lock(s.mutex);
-    isWatched = s.watchedThread == GetCurrentThreadId();
-  }
+  const bool isWatched = desktop::detail::Locked()->watchedThread == GetCurrentThreadId();
   if (isWatched && call_log::Call::report("Sleep", call_log::shown(milliseconds)))
     return;
   {
+    State& s = state();
     std::unique_lock<std::mutex> lock(s.mutex);
     if (!s.isClockHeld) {
       s.changed.wait_for(lock, std::chrono::milliseconds(milliseconds), [&s] { return s.isClockHeld; });

@@ -8,9 +8,8 @@ using desktop::Window;
 using desktop::detail::Call;
 using desktop::detail::find;
 using desktop::detail::Hex;
+using desktop::detail::Locked;
 using desktop::detail::State;
-using desktop::detail::state;
-using Lock = std::lock_guard<std::mutex>;
 
 namespace {
 
@@ -64,18 +63,16 @@ bool readBar(State& s, HWND window, int bar, SCROLLINFO& info) {
 BOOL WINAPI GetScrollInfo(HWND window, int bar, LPSCROLLINFO info) {
   call_log::Call call("GetScrollInfo", call_log::shown(window), call_log::shown(bar), info->cbSize,
                       info->fMask);
-  State& s = state();
-  const Lock lock(s.mutex);
+  const Locked s;
   const bool isRead =
-      !call.mustFail() && info->cbSize == sizeof(SCROLLINFO) && readBar(s, window, bar, *info);
+      !call.mustFail() && info->cbSize == sizeof(SCROLLINFO) && readBar(*s, window, bar, *info);
   return call.returns(isRead ? TRUE : FALSE, info->nMin, info->nMax, info->nPage, info->nPos);
 }
 
 LRESULT WINAPI SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   Call call("SendMessageW", window, Hex{message, 4}, Hex{wParam}, Hex{static_cast<std::uint64_t>(lParam)});
-  State& s = state();
-  const Lock lock(s.mutex);
-  Window* const recordP = call.mustFail() ? nullptr : find(s, window);
+  const Locked s;
+  Window* const recordP = call.mustFail() ? nullptr : find(*s, window);
   if (recordP) {
     recordP->sent.push_back({message, wParam, lParam});
     handle(*recordP, message, wParam);
@@ -85,9 +82,8 @@ LRESULT WINAPI SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lPa
 
 BOOL WINAPI UpdateWindow(HWND window) {
   Call call("UpdateWindow", window);
-  State& s = state();
-  const Lock lock(s.mutex);
-  Window* const recordP = call.mustFail() ? nullptr : find(s, window);
+  const Locked s;
+  Window* const recordP = call.mustFail() ? nullptr : find(*s, window);
   if (recordP)
     ++recordP->updates;
   return call.returns(recordP ? TRUE : FALSE);

@@ -5,10 +5,10 @@
 #include <chrono>
 #include <stdexcept>
 
+using desktop::detail::Locked;
 using desktop::detail::State;
 using desktop::detail::state;
 using desktop::detail::Timer;
-using Lock = std::lock_guard<std::mutex>;
 
 namespace {
 
@@ -46,10 +46,9 @@ bool takeTimer(State& s, std::int64_t upTo, MSG& message) {
 namespace desktop {
 
 std::vector<TimerRecord> activeTimers() {
-  State& s = state();
-  const Lock lock(s.mutex);
+  const Locked s;
   std::vector<TimerRecord> records;
-  for (const Timer& timer : s.timers)
+  for (const Timer& timer : s->timers)
     records.push_back({timer.id, timer.interval});
   return records;
 }
@@ -94,26 +93,24 @@ UINT_PTR WINAPI SetTimer(HWND window, UINT_PTR, UINT milliseconds, TIMERPROC pro
   desktop::detail::Call call("SetTimer", milliseconds);
   if (call.mustFail() || window)
     return call.returns(UINT_PTR{0});
-  State& s = state();
-  const Lock lock(s.mutex);
+  const Locked s;
   Timer timer;
-  timer.id = ++s.lastTimerId;
+  timer.id = ++s->lastTimerId;
   timer.threadId = GetCurrentThreadId();
   timer.interval = std::clamp(milliseconds, USER_TIMER_MINIMUM, USER_TIMER_MAXIMUM);
-  timer.due = desktop::detail::clockNow(s) + timer.interval;
+  timer.due = desktop::detail::clockNow(*s) + timer.interval;
   timer.procedure = procedure;
-  s.timers.push_back(timer);
+  s->timers.push_back(timer);
   return call.returns(timer.id);
 }
 
 BOOL WINAPI KillTimer(HWND window, UINT_PTR timerId) {
   desktop::detail::Call call("KillTimer", timerId);
-  State& s = state();
-  const Lock lock(s.mutex);
-  const auto timer = ownTimer(s, timerId);
-  if (call.mustFail() || window || timer == s.timers.end())
+  const Locked s;
+  const auto timer = ownTimer(*s, timerId);
+  if (call.mustFail() || window || timer == s->timers.end())
     return call.returns(FALSE);
-  s.timers.erase(timer);
+  s->timers.erase(timer);
   return call.returns(TRUE);
 }
 
@@ -149,12 +146,11 @@ LRESULT WINAPI DispatchMessageW(const MSG* message) {
     return 0;
   DWORD ticks = 0;
   {
-    State& s = state();
-    const Lock lock(s.mutex);
+    const Locked s;
     // The timer may have been killed since its message was taken, and its module may be gone by now.
-    if (ownTimer(s, message->wParam) == s.timers.end())
+    if (ownTimer(*s, message->wParam) == s->timers.end())
       return 0;
-    ticks = desktop::detail::ticksNow(s);
+    ticks = desktop::detail::ticksNow(*s);
   }
   const call_log::Bracket bracket("TimerProc");
   reinterpret_cast<TIMERPROC>(message->lParam)(message->hwnd, message->message, message->wParam, ticks);
@@ -164,7 +160,6 @@ LRESULT WINAPI DispatchMessageW(const MSG* message) {
 void WINAPI PostQuitMessage(int exitCode) {
   if (desktop::detail::Call("PostQuitMessage", exitCode).mustFail())
     return;
-  State& s = state();
-  const Lock lock(s.mutex);
-  s.quits[GetCurrentThreadId()] = exitCode;
+  const Locked s;
+  s->quits[GetCurrentThreadId()] = exitCode;
 }

@@ -8,8 +8,7 @@
 #include <link.h>
 #include <optional>
 
-using desktop::detail::State;
-using desktop::detail::state;
+using desktop::detail::Locked;
 
 namespace {
 
@@ -81,9 +80,8 @@ void unload(std::vector<Module>::iterator module) {
 namespace desktop {
 
 void setModulePath(const std::optional<std::wstring>& path) {
-  State& s = state();
-  const std::lock_guard<std::mutex> lock(s.mutex);
-  s.modulePath = path;
+  const Locked s;
+  s->modulePath = path;
 }
 
 } // namespace desktop
@@ -157,9 +155,8 @@ DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD count) {
     return 0;
   std::optional<std::wstring> path;
   {
-    State& s = state();
-    const std::lock_guard<std::mutex> lock(s.mutex);
-    path = s.modulePath;
+    const Locked s;
+    path = s->modulePath;
   }
   if (!path) {
     path = std::wstring();

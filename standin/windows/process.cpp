@@ -6,23 +6,19 @@
 #include <unistd.h>
 
 using desktop::detail::Call;
+using desktop::detail::Locked;
 using desktop::detail::Quoted;
-using desktop::detail::State;
-using desktop::detail::state;
-using Lock = std::lock_guard<std::mutex>;
 
 namespace desktop {
 
 std::vector<MessageBox> messageBoxes() {
-  State& s = state();
-  const Lock lock(s.mutex);
-  return s.boxes;
+  const Locked s;
+  return s->boxes;
 }
 
 void setMessageBoxAnswer(std::function<int(const MessageBox&)> answer) {
-  State& s = state();
-  const Lock lock(s.mutex);
-  s.boxAnswer = std::move(answer);
+  const Locked s;
+  s->boxAnswer = std::move(answer);
 }
 
 } // namespace desktop
@@ -37,10 +33,9 @@ int WINAPI MessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type) {
   box.type = type;
   std::function<int(const desktop::MessageBox&)> answer;
   {
-    State& s = state();
-    const Lock lock(s.mutex);
-    s.boxes.push_back(box);
-    answer = s.boxAnswer;
+    const Locked s;
+    s->boxes.push_back(box);
+    answer = s->boxAnswer;
   }
   return answer ? answer(box) : IDOK;
 }

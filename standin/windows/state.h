@@ -48,6 +48,17 @@ struct State {
 /// Returns the one state. Never destroyed: other threads may still be in a call while the process ends.
 State& state();
 
+/// The state, locked for as long as this object lives.
+class Locked {
+public:
+  Locked() : mLock(state().mutex) {}
+  State& operator*() const { return state(); }
+  State* operator->() const { return &state(); }
+
+private:
+  std::lock_guard<std::mutex> mLock;
+};
+
 // Call the operations below with the state's lock held.
 
 /// Returns the time of our clock in milliseconds. It never runs backwards, and tests may hold it.

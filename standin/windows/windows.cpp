@@ -7,9 +7,8 @@
 using desktop::Window;
 using desktop::detail::Call;
 using desktop::detail::find;
+using desktop::detail::Locked;
 using desktop::detail::State;
-using desktop::detail::state;
-using Lock = std::lock_guard<std::mutex>;
 
 namespace {
 
@@ -48,32 +47,28 @@ void removeTree(State& s, HWND window) {
 namespace desktop {
 
 HWND addWindow(const Window& window) {
-  State& s = state();
-  const Lock lock(s.mutex);
-  if (window.parent && !find(s, window.parent))
+  const Locked s;
+  if (window.parent && !find(*s, window.parent))
     throw std::invalid_argument("addWindow: no such parent");
-  s.windows[++s.lastNumber] = window;
-  return handle(s.lastNumber);
+  s->windows[++s->lastNumber] = window;
+  return handle(s->lastNumber);
 }
 
 void removeWindow(HWND window) {
-  State& s = state();
-  const Lock lock(s.mutex);
+  const Locked s;
   if (window)
-    removeTree(s, window);
+    removeTree(*s, window);
 }
 
 void changeWindow(HWND window, const std::function<void(Window&)>& change) {
-  State& s = state();
-  const Lock lock(s.mutex);
-  if (Window* const recordP = find(s, window))
+  const Locked s;
+  if (Window* const recordP = find(*s, window))
     change(*recordP);
 }
 
 Window window(HWND window) {
-  State& s = state();
-  const Lock lock(s.mutex);
-  const Window* const recordP = find(s, window);
+  const Locked s;
+  const Window* const recordP = find(*s, window);
   return recordP ? *recordP : Window{};
 }
 
@@ -89,38 +84,34 @@ RECT rectangle(int left, int top, int width, int height) {
 
 BOOL WINAPI GetCursorPos(LPPOINT point) {
   Call call("GetCursorPos");
-  State& s = state();
-  const Lock lock(s.mutex);
+  const Locked s;
   if (!call.mustFail())
-    *point = s.pointer;
+    *point = s->pointer;
   return call.returns(call.mustFail() ? FALSE : TRUE, point->x, point->y);
 }
 
 BOOL WINAPI SetCursorPos(int x, int y) {
   if (Call("SetCursorPos", x, y).mustFail())
     return FALSE;
-  State& s = state();
-  const Lock lock(s.mutex);
-  s.pointer = POINT{x, y};
+  const Locked s;
+  s->pointer = POINT{x, y};
   return TRUE;
 }
 
 HWND WINAPI WindowFromPoint(POINT point) {
   Call call("WindowFromPoint", point.x, point.y);
-  State& s = state();
-  const Lock lock(s.mutex);
+  const Locked s;
   HWND found = nullptr;
-  for (HWND next = call.mustFail() ? nullptr : childAt(s, nullptr, point); next;
-       next = childAt(s, next, point))
+  for (HWND next = call.mustFail() ? nullptr : childAt(*s, nullptr, point); next;
+       next = childAt(*s, next, point))
     found = next;
   return call.returns(found);
 }
 
 BOOL WINAPI GetWindowRect(HWND window, LPRECT rect) {
   Call call("GetWindowRect", window);
-  State& s = state();
-  const Lock lock(s.mutex);
-  const Window* const recordP = call.mustFail() ? nullptr : find(s, window);
+  const Locked s;
+  const Window* const recordP = call.mustFail() ? nullptr : find(*s, window);
   if (recordP)
     *rect = recordP->rect;
   return call.returns(recordP ? TRUE : FALSE, rect->left, rect->top, rect->right, rect->bottom);
@@ -128,22 +119,20 @@ BOOL WINAPI GetWindowRect(HWND window, LPRECT rect) {
 
 HWND WINAPI GetParent(HWND window) {
   Call call("GetParent", window);
-  State& s = state();
-  const Lock lock(s.mutex);
-  const Window* const recordP = call.mustFail() ? nullptr : find(s, window);
+  const Locked s;
+  const Window* const recordP = call.mustFail() ? nullptr : find(*s, window);
   return call.returns(recordP ? recordP->parent : nullptr);
 }
 
 HWND WINAPI GetWindow(HWND window, UINT command) {
   Call call("GetWindow", window, command);
-  State& s = state();
-  const Lock lock(s.mutex);
-  const Window* const recordP = call.mustFail() ? nullptr : find(s, window);
+  const Locked s;
+  const Window* const recordP = call.mustFail() ? nullptr : find(*s, window);
   HWND found = nullptr;
   if (recordP && command == GW_CHILD)
-    found = childAfter(s, window, 0);
+    found = childAfter(*s, window, 0);
   else if (recordP && command == GW_HWNDNEXT)
-    found = childAfter(s, recordP->parent, desktop::number(window));
+    found = childAfter(*s, recordP->parent, desktop::number(window));
   return call.returns(found);
 }
 
@@ -155,11 +144,10 @@ BOOL WINAPI PtInRect(const RECT* rect, POINT point) {
 
 BOOL WINAPI IsWindowVisible(HWND window) {
   Call call("IsWindowVisible", window);
-  State& s = state();
-  const Lock lock(s.mutex);
-  const Window* recordP = call.mustFail() ? nullptr : find(s, window);
+  const Locked s;
+  const Window* recordP = call.mustFail() ? nullptr : find(*s, window);
   while (recordP && recordP->isVisible && recordP->parent)
-    recordP = find(s, recordP->parent);
+    recordP = find(*s, recordP->parent);
   return call.returns(recordP && recordP->isVisible ? TRUE : FALSE);
 }
 
@@ -167,9 +155,8 @@ int WINAPI GetClassNameW(HWND window, LPWSTR buffer, int count) {
   Call call("GetClassNameW", window);
   if (count <= 0)
     return call.returns(0);
-  State& s = state();
-  const Lock lock(s.mutex);
-  const Window* const recordP = call.mustFail() ? nullptr : find(s, window);
+  const Locked s;
+  const Window* const recordP = call.mustFail() ? nullptr : find(*s, window);
   if (!recordP)
     return call.returns(0, buffer);
   const std::size_t length = std::min(recordP->className.size(), static_cast<std::size_t>(count) - 1);
