@@ -83,8 +83,5 @@ LRESULT WINAPI SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lPa
 BOOL WINAPI UpdateWindow(HWND window) {
   Call call("UpdateWindow", window);
   const Locked s;
-  Window* const recordP = call.mustFail() ? nullptr : find(*s, window);
-  if (recordP)
-    ++recordP->updates;
-  return call.returns(recordP ? TRUE : FALSE);
+  return call.returns(!call.mustFail() && find(*s, window) ? TRUE : FALSE);
 }

@@ -42,7 +42,6 @@ struct Window {
   // Filled by the desktop.
   std::vector<SentMessage> sent;
   int wheelNotches = 0; // sum of the wheel's turns in notches of 120, positive away from the user
-  int updates = 0;      // calls of UpdateWindow
 };
 
 /// Adds a window below its siblings: the first one added is the topmost.

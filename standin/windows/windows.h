@@ -112,7 +112,6 @@ using LPSYSTEMTIME = SYSTEMTIME*;
 static_assert(sizeof(SCROLLINFO) == 28, "the record's size travels in cbSize");
 static_assert(sizeof(SYSTEMTIME) == 16, "eight words");
 
-constexpr int MAX_PATH = 260;
 constexpr DWORD INFINITE = 0xFFFFFFFF;
 
 constexpr int DLL_PROCESS_DETACH = 0;

@@ -79,7 +79,7 @@ protected:
     const host::Held held = host::held();
     forget();
     return pumpUntil([&] { return Usage().isBackTo(before); }) && held.selectionSets == 0 &&
-           held.openForRead == 0 && held.openForWrite == 0 && host::viewCounts().nonFiniteCalls == 0;
+           held.openForRead == 0 && held.openForWrite == 0 && host::nonFiniteCalls() == 0;
   }
   /// Drops the stand-ins' records, which grow with time.
   void forget() {

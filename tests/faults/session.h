@@ -273,7 +273,7 @@ protected:
 #ifndef _WIN32
     EXPECT_TRUE(faulted == "KillTimer" || desktop::activeTimers().empty());
 #endif
-    EXPECT_EQ(host::viewCounts().nonFiniteCalls, 0);
+    EXPECT_EQ(host::nonFiniteCalls(), 0);
   }
 
   std::string mClean;

@@ -82,7 +82,7 @@ public:
   std::string end() {
     mOwnPluginP.reset();
     const host::Held held = host::held();
-    if (host::viewCounts().nonFiniteCalls > 0)
+    if (host::nonFiniteCalls() > 0)
       return "a view has got NaN or infinity";
     const bool isAllGiven = held.selectionSets + held.openForRead + held.openForWrite == 0 &&
                             (held.locks == 0 || mHasLostDocument) && desktop::activeTimers().empty();

@@ -111,7 +111,7 @@ void EngineTest::TearDown() {
   call_log::clear();
   const host::Held held = host::held();
   EXPECT_EQ(held.selectionSets + held.openForRead + held.openForWrite, 0);
-  EXPECT_EQ(host::viewCounts().nonFiniteCalls, 0);
+  EXPECT_EQ(host::nonFiniteCalls(), 0);
 }
 
 std::vector<std::string> EngineTest::takeRecords() {

@@ -43,7 +43,7 @@ Acad::ErrorStatus AcDbEntity::transformBy(const AcGeMatrix3d& transform) {
     return call.returns(Acad::eNotApplicable);
   const double* const values = &transform.entry[0][0];
   if (!std::all_of(values, values + 16, [](double value) { return std::isfinite(value); }))
-    ++host::document().viewCounts.nonFiniteCalls;
+    ++host::document().nonFiniteCalls;
   if (!objectId().isNull() && !isWriteEnabled())
     return call.returns(Acad::eNotOpenForWrite);
   if (mHost.refusesTransform)

@@ -44,10 +44,8 @@ public:
   void zoom(double factor) override;
   void update() override {
     const call_log::Call call("update", this);
-    if (call.mustFail())
-      return;
-    ++host::document().viewCounts.updates;
-    host::showFrame(false);
+    if (!call.mustFail())
+      host::showFrame(false);
   }
   bool isValid() const override {
     call_log::Call call("isValid", this);
@@ -63,10 +61,9 @@ void GraphicsView::setView(const AcGePoint3d& position, const AcGePoint3d& targe
   if (call.mustFail())
     return;
   host::Document& d = host::document();
-  ++d.viewCounts.setViews;
   if (!isFinite(position) || !isFinite(target) || !isFinite(AcGePoint3d::kOrigin + upVector) ||
       !std::isfinite(fieldWidth) || !std::isfinite(fieldHeight))
-    ++d.viewCounts.nonFiniteCalls;
+    ++d.nonFiniteCalls;
   d.view = {position, target, upVector, fieldWidth, fieldHeight, projection == kPerspective};
 }
 
@@ -75,9 +72,8 @@ void GraphicsView::zoom(double factor) {
   if (call.mustFail())
     return;
   host::Document& d = host::document();
-  ++d.viewCounts.zooms;
   if (!std::isfinite(factor) || factor <= 0) {
-    ++d.viewCounts.nonFiniteCalls;
+    ++d.nonFiniteCalls;
     return;
   }
   // Stop before the field overflows or vanishes: someone who holds the cap for a minute gets there, and has
@@ -119,7 +115,6 @@ bool acgsSetViewParameters(int viewport, const AcGsView* view, bool regenRequire
   if (call.mustFail() || !isCurrent(viewport) || view != &graphicsView() || !d.isViewValid)
     return call.returns(false);
   d.storedView = d.view;
-  ++d.viewCounts.storedViews;
   return call.returns(true);
 }
 
@@ -145,8 +140,8 @@ void setViewValid(bool isValid) {
   document().isViewValid = isValid;
 }
 
-ViewCounts viewCounts() {
-  return document().viewCounts;
+std::int64_t nonFiniteCalls() {
+  return document().nonFiniteCalls;
 }
 
 } // namespace host

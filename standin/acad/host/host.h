@@ -90,16 +90,9 @@ void setViewValid(bool isValid);
 /// view in memory and in the drawing. Does nothing if the drawing is empty.
 void zoomExtents();
 
-/// Counts calls of the view since reset().
-struct ViewCounts {
-  std::int64_t setViews = 0;
-  std::int64_t zooms = 0;
-  std::int64_t updates = 0;
-  std::int64_t storedViews = 0;    // calls of acgsSetViewParameters that wrote the drawing
-  std::int64_t nonFiniteCalls = 0; // calls of setView, zoom, transformBy, setViewCenter and setViewHeight
-                                   // with NaN or infinity
-};
-ViewCounts viewCounts();
+/// Returns the number of calls since reset() of setView, zoom, transformBy, setViewCenter and setViewHeight
+/// with NaN or infinity, or a zoom by 0 or less.
+std::int64_t nonFiniteCalls();
 
 // ---- Selection, locks, balance ----
 

@@ -26,14 +26,14 @@ void AcDbPointShape::subAddStrokes(const AcGeMatrix3d* transform, std::vector<Ac
 Acad::ErrorStatus AcDbLine::getStartPoint(AcGePoint3d& point) const {
   call_log::Call call("getStartPoint", this);
   if (!call.mustFail())
-    point = points()[0];
+    point = mPoints[0];
   return call.returns(call.mustFail() ? Acad::eNotApplicable : Acad::eOk, point);
 }
 
 Acad::ErrorStatus AcDbLine::getEndPoint(AcGePoint3d& point) const {
   call_log::Call call("getEndPoint", this);
   if (!call.mustFail())
-    point = points()[1];
+    point = mPoints[1];
   return call.returns(call.mustFail() ? Acad::eNotApplicable : Acad::eOk, point);
 }
 

@@ -36,8 +36,8 @@ AcDbPolyline::AcDbPolyline(const std::vector<Vertex>& vertices, bool isClosed, d
     : AcDbPointShape(cornersOf(vertices, elevation, normal), isClosed) {
   const AcGeVector3d up = AcGeMatrix3d::planeToWorld(normal) * AcGeVector3d::kZAxis;
   for (size_t i = 0; i + (isClosed ? 0 : 1) < vertices.size(); ++i) {
-    const AcGePoint3d& from = points()[i];
-    const AcGePoint3d& to = points()[(i + 1) % vertices.size()];
+    const AcGePoint3d& from = mPoints[i];
+    const AcGePoint3d& to = mPoints[(i + 1) % vertices.size()];
     if (vertices[i].bulge == 0 || from == to)
       continue;
     // The centre of a piece with hardly any bulge overflows: such a piece counts as straight.
@@ -62,22 +62,22 @@ Acad::ErrorStatus AcDbPolyline::subTransformBy(const AcGeMatrix3d& transform) {
 void AcDbPolyline::subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const {
   AcDbStroke stroke;
   auto round = mRoundPieces.begin();
-  for (size_t i = 0; i < points().size(); ++i) {
-    stroke.push_back(placed(transform, points()[i]));
+  for (size_t i = 0; i < mPoints.size(); ++i) {
+    stroke.push_back(placed(transform, mPoints[i]));
     if (round == mRoundPieces.end() || round->from != i)
       continue;
     const AcDbStroke arc = (transform ? round->arc.transformedBy(*transform) : round->arc).stroke();
     stroke.insert(stroke.end(), arc.begin() + 1, arc.end() - 1); // without the corners
     ++round;
   }
-  if (isClosed() && !stroke.empty())
+  if (mIsClosed && !stroke.empty())
     stroke.push_back(stroke.front());
   strokes.push_back(std::move(stroke));
 }
 
 AcDbPolyFaceMesh::AcDbPolyFaceMesh(std::vector<AcGePoint3d> vertices, const std::vector<Face>& faces)
     : AcDbPointShape(std::move(vertices), false) {
-  const int count = static_cast<int>(points().size());
+  const int count = static_cast<int>(mPoints.size());
   for (const Face& face : faces) {
     const bool isComplete =
         std::all_of(face.corner, face.corner + 3, [count](int c) { return c >= 0 && c < count; });
@@ -96,6 +96,6 @@ void AcDbPolyFaceMesh::subAddStrokes(const AcGeMatrix3d* transform, std::vector<
   std::sort(edges.begin(), edges.end());
   edges.erase(std::unique(edges.begin(), edges.end()), edges.end());
   for (const auto& edge : edges)
-    strokes.push_back({placed(transform, points()[static_cast<size_t>(edge.first)]),
-                       placed(transform, points()[static_cast<size_t>(edge.second)])});
+    strokes.push_back({placed(transform, mPoints[static_cast<size_t>(edge.first)]),
+                       placed(transform, mPoints[static_cast<size_t>(edge.second)])});
 }

@@ -28,7 +28,7 @@ struct Document {
   ViewState view;
   ViewState storedView;
   bool isViewValid = true;
-  ViewCounts viewCounts;
+  std::int64_t nonFiniteCalls = 0;
   std::vector<AcDbObjectId> selected;
   std::map<Adesk::Int64, std::vector<AcDbObjectId>> sets; // by serial number
   Held held;

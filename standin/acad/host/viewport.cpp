@@ -32,7 +32,7 @@ Acad::ErrorStatus AcDbViewport::setViewCenter(const AcGePoint2d& centre) {
   if (!isWriteEnabled())
     return Acad::eNotOpenForWrite;
   if (!std::isfinite(centre.x) || !std::isfinite(centre.y)) {
-    ++host::document().viewCounts.nonFiniteCalls;
+    ++host::document().nonFiniteCalls;
     return Acad::eInvalidInput;
   }
   mLayout.centre = centre;
@@ -45,7 +45,7 @@ Acad::ErrorStatus AcDbViewport::setViewHeight(double height) {
   if (!isWriteEnabled())
     return Acad::eNotOpenForWrite;
   if (!std::isfinite(height))
-    ++host::document().viewCounts.nonFiniteCalls;
+    ++host::document().nonFiniteCalls;
   if (!std::isfinite(height) || height <= 0)
     return Acad::eInvalidInput;
   mLayout.viewHeight = height;

@@ -5,15 +5,7 @@
 #include "rxobject.h"
 
 namespace AcAp {
-enum DocLockMode {
-  kNone = 0,
-  kAutoWrite = 1,
-  kNotLocked = 2,
-  kWrite = 4,
-  kProtectedAutoWrite = 0x14,
-  kRead = 0x20,
-  kXWrite = 0x40
-};
+enum DocLockMode { kWrite = 4 };
 } // namespace AcAp
 
 class AcApDocument : public AcRxObject {

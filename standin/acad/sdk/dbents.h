@@ -13,9 +13,6 @@
 /// otherwise.
 class AcDbPointShape : public AcDbEntity {
 public:
-  const std::vector<AcGePoint3d>& points() const { return mPoints; }
-  bool isClosed() const { return mIsClosed; }
-
   void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
   Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
   void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
@@ -24,9 +21,8 @@ protected:
   AcDbPointShape(std::vector<AcGePoint3d> points, bool isClosed)
       : mPoints(std::move(points)), mIsClosed(isClosed) {}
 
-private:
   std::vector<AcGePoint3d> mPoints;
-  bool mIsClosed;
+  const bool mIsClosed;
 };
 
 class AcDbPoint : public AcDbPointShape {
@@ -169,8 +165,6 @@ public:
   AcDbPolyFaceMesh(std::vector<AcGePoint3d> vertices, const std::vector<Face>& faces);
   static AcRxClass* desc();
   AcRxClass* isA() const override;
-  size_t numVertices() const { return points().size(); }
-  size_t numFaces() const { return mFaces.size(); }
 
   /// Adds each edge once, also if faces share it.
   void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
