@@ -8,12 +8,19 @@
 #include "dxf_reader.h"
 #include "host.h"
 #include "require.h"
-#include "scratch.h"
+#include "temp_folder.h"
 
 using fuzz::require;
 using fuzz::requireSame;
 
 namespace {
+
+/// Returns the program's folder, which is written to for each input: it belongs where memory is the disk, and
+/// scripts/fuzz chooses the place with TMPDIR.
+rig::TempFolder& scratch() {
+  static rig::TempFolder folder;
+  return folder;
+}
 
 constexpr char kFile[] = "fuzz.dxf";
 constexpr int kMaxDrawn = 50; // entities; an insert may stand for millions
@@ -42,8 +49,8 @@ void checkDrawing(const dxf::Result& result) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  fuzz::scratch().write(kFile, std::string(reinterpret_cast<const char*>(data), size));
-  const std::string path = fuzz::scratch().native(kFile);
+  scratch().write(kFile, std::string(reinterpret_cast<const char*>(data), size));
+  const std::string path = scratch().native(kFile);
   host::reset();
   const dxf::Result result = dxf::load(path);
   require(!result.summary().empty(), "a summary");

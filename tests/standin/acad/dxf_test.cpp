@@ -70,18 +70,6 @@ TEST_F(Dxf, ReadsEachKindOfEntity) {
   }
 }
 
-TEST_F(Dxf, ReadsSplinesAsLines) {
-  // A quarter of a circle, exact as a rational curve: every point lies at distance 1.
-  loadEntities("0 SPLINE 71 2 72 6 73 3 40 0 40 0 40 0 40 1 40 1 40 1 41 1 41 0.7071067811865476 41 1"
-               " 10 1 20 0 30 0 10 1 20 1 30 0 10 0 20 1 30 0");
-  const AcDbStroke stroke = host::strokes(1).at(0);
-  EXPECT_GE(stroke.size(), 8u);
-  for (const AcGePoint3d& point : stroke)
-    EXPECT_NEAR(point.distanceTo(AcGePoint3d::kOrigin), 1, 1e-9);
-  loadEntities("0 SPLINE 71 3 40 0 10 9 20 9 11 1 21 0 31 0 11 2 21 3 31 4"); // knots that don't fit
-  expectBox({1, 0, 0}, {2, 3, 4});
-}
-
 TEST_F(Dxf, InsertsNestedBlocks) {
   const std::string blocks = "0 BLOCK 2 OUTER 10 0 20 0 30 0 0 INSERT 2 INNER 10 5 20 0 0 ENDBLK"
                              " 0 BLOCK 2 INNER 10 1 20 0 30 0 0 LINE 10 1 20 0 11 3 21 0 0 ENDBLK"

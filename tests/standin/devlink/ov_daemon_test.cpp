@@ -84,15 +84,6 @@ TEST_F(OvDaemonTest, PlaysInputAndNamesBadLines) {
   leaving.join();
 }
 
-TEST_F(OvDaemonTest, SignalsEndIt) {
-  for (const int signal : {SIGTERM, SIGINT}) {
-    startListening("--linger");
-    kill(id(), signal);
-    EXPECT_EQ(fetched(), "failure") << "it waited for the end of its input";
-    EXPECT_EQ(end(), 0);
-  }
-}
-
 TEST_F(OvDaemonTest, BadArgumentsAreNamed) {
   mFolder.write("bad", "0 device key 1\n1 device wobble\n");
   const RunningDaemon other;

@@ -13,29 +13,6 @@ using testing::StartsWith;
 
 namespace {
 
-/// The one action of a line that has to be good.
-Action action(const std::string& line) {
-  const session::Session found = session::parse(line, "s");
-  EXPECT_THAT(found.mErrors, ElementsAre()) << line;
-  return found.mActions.empty() ? Action{} : found.mActions.front();
-}
-
-TEST(SessionTest, VerbsCarryTheirArguments) {
-  const std::pair<const char*, int> cases[] = {
-      {"view front", 0x20009}, {"view right", 0x2000A}, {"view top", 0x2000B},  {"zoom", 0x2000C},
-      {"mode", 0x20013},       {"view back", 0x20016},  {"view left", 0x20017}, {"view bottom", 0x20018},
-      {"key 0", 0x20020},      {"key 3", 0x20023},      {"rotation 5", 0x20001}};
-  for (const auto& [text, code] : cases) {
-    EXPECT_EQ(action(std::string("1 device ") + text).mEventCode, code) << text;
-    EXPECT_THAT("view " + std::string(text) + " 5", HasSubstr(session::eventName(code)));
-  }
-  EXPECT_EQ(action("1 device rotation -2 zoomall # now").mRotationCode, -2);
-  EXPECT_TRUE(action("1 device rotation -2 zoomall # now").mIsOn);
-  EXPECT_THAT(action("6e0\tdevice  motion 0 -1 300 32767 -32768 7\r\n").mAxes,
-              ElementsAre(0, -1, 300, 32767, -32768, 7));
-  EXPECT_EQ(action("1 host type  _ZOOM #3  \xC3\xA4 \t").mText, "_ZOOM #3  \xC3\xA4");
-}
-
 TEST(SessionTest, BadLineNamesItsPlace) {
   const std::pair<const char*, const char*> cases[] = {
       {"abc device zoom", "number: \"abc\""},
