@@ -26,6 +26,7 @@ class Hand {
     cap.setAttribute('role', 'application');
     cap.setAttribute('aria-describedby', 'how');
     cap.addEventListener('pointerdown', e => this.grab(e));
+    cap.addEventListener('mousedown', e => e.preventDefault()); // a control that is chosen stays so while the cap scrolls it
     cap.addEventListener('pointermove', e => this.pull(e));
     for (const event of ['pointerup', 'pointercancel', 'lostpointercapture'])
       cap.addEventListener(event, e => { if (this.drags.delete(e.pointerId)) this.update(); });
@@ -42,6 +43,7 @@ class Hand {
     if (!part || e.button > 0 || !this.isAllowed) return;
     const isTilt = part === 'top' && (e.shiftKey || byId('tilt').checked);
     byId('cap').setPointerCapture(e.pointerId);
+    if (!document.activeElement.matches('.control')) byId('cap').focus();
     this.drags.set(e.pointerId, {axes: kDrags[isTilt ? 'tilted' : part], from: [e.clientX, e.clientY], to: [e.clientX, e.clientY]});
   }
   pull(e) {
@@ -53,7 +55,7 @@ class Hand {
   press(e) {
     const axes = kHandKeys[e.key];
     if (!axes || e.ctrlKey || e.altKey || e.metaKey || !this.isAllowed) return;
-    if (document.activeElement !== document.body && document.activeElement !== byId('cap')) return;
+    if (!document.activeElement.matches('body, #cap, .control')) return;
     e.preventDefault();
     if (!this.keys.has(e.key)) this.keys.set(e.key, {axis: axes[e.shiftKey ? 1 : 0], since: performance.now()});
     this.update();

@@ -69,7 +69,10 @@ function playLive({host}) {
     live.view.sheet = data.layout;
     live.view.onDrawn = n => live.latency.draw(n);
     live.strips = new Strips(null);
-    live.controls = new Controls(data.controls || [], name => { live.pointer = name; tell('pointer ' + name); takeControls([]); });
+    live.controls = new Controls(data.controls || [], name => {
+      if (live.pointer !== name) tell('pointer ' + name);
+      live.pointer = name;
+    });
     live.commands = new TimedList('commands', fillWithTime, null);
     live.log = new Log(data.unix || 0, null);
     live.commands.add([...(data.commands || []).map(c => ({...c, kind: 'typed'})), ...(data.printed || [])].sort((a, b) => a.t - b.t));
@@ -107,8 +110,8 @@ function playLive({host}) {
   }
   function explain(pairs) {
     for (const [n, sample] of pairs) {
-      const frame = live.frames[n - live.frames[0].n];
-      if (frame) frame.sample = sample;
+      const frame = live.frames[lastAt(live.frames, n, f => f.n)];
+      if (frame && frame.n === n) frame.sample = sample;
     }
     live.latency.explained.push(...pairs);
   }
@@ -185,7 +188,7 @@ function playLive({host}) {
     byId('fit').addEventListener('click', () => tell('fit'));
     byId('select_none').addEventListener('click', () => select([]));
     for (const what of ['session', 'report']) byId('save_' + what).addEventListener('click', () => tell('save ' + what));
-    document.addEventListener('keydown', e => { if (e.key === 'Escape') select([]); });
+    document.addEventListener('keydown', e => { if (e.key === 'Escape' && !e.target.matches('input')) select([]); });
     byId('known').append(...kCommands.map(value => make('option', {value})));
     byId('type').addEventListener('submit', e => {
       e.preventDefault();

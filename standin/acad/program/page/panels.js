@@ -36,10 +36,10 @@ function showNow(frame, selected, more = []) {
 }
 
 // The controls as boxes with rows and scroll bars where they stood. In the live page the pointer rests on one while
-// the browser's pointer is over it or it has the focus; onPointer hears the name.
+// the browser's pointer is over it, or after a click until another element is chosen; onPointer hears the name.
 class Controls {
   constructor(list, onPointer) {
-    byId('controls_note').textContent = onPointer ? 'with the pointer over one, the cap scrolls it' : 'the pointer rests on the one with the dot';
+    byId('controls_note').textContent = onPointer ? 'the cap scrolls the one under the pointer, or chosen by a click' : 'the pointer rests on the one with the dot';
     this.boxes = new Map();
     for (const c of list) {
       const rows = make('div', {class: 'rows'}), value = make('span', {class: 'value'});
@@ -49,10 +49,11 @@ class Controls {
       const box = make('div', {class: 'control', 'data-name': c.name, tabindex: onPointer ? 0 : null,
         role: 'group', 'aria-label': 'Control ' + c.name},
       make('h3', {}, c.name), make('div', {class: 'inside'}, rows, ...bars.map(b => make('span', {class: 'scroll ' + b.way}, b.thumb)), value));
-      if (onPointer) {
-        for (const event of ['pointerenter', 'focus']) box.addEventListener(event, () => onPointer(c.name));
-        for (const event of ['pointerleave', 'blur']) box.addEventListener(event, () => onPointer('view'));
-      }
+      for (const event of onPointer ? ['pointerenter', 'pointerleave', 'focus', 'blur'] : [])
+        box.addEventListener(event, () => {
+          const rests = document.querySelector('.control:hover') || document.querySelector('.control:focus');
+          onPointer(rests ? rests.dataset.name : 'view');
+        });
       this.boxes.set(c.name, {box, rows, value, bars});
       byId('controls').append(box);
     }
