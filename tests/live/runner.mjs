@@ -4,9 +4,7 @@ import fs from 'node:fs';
 const cases = [];
 export const test = (name, body) => cases.push({name, body});
 
-export function expect(isGood, text) {
-  if (!isGood) throw new Error(text);
-}
+export const expect = (isGood, text) => { if (!isGood) throw new Error(text); };
 
 const escaped = text => text.replace(/&/g, '&amp;').replace(/</g, '&lt;').replace(/>/g, '&gt;').replace(/"/g, '&quot;')
   .replace(/[\x00-\x09\x0b-\x1f]/g, '?').replace(/\n/g, '&#x0A;');
@@ -16,11 +14,7 @@ export async function runAll(file, filter = '') {
   const chosen = cases.filter(c => c.name.includes(filter));
   for (const c of chosen) {
     const started = Date.now();
-    try {
-      await c.body();
-    } catch (error) {
-      c.failure = String(error.stack || error);
-    }
+    c.failure = await c.body().then(() => '', error => String(error.stack || error));
     console.log((c.failure ? '[  FAILED  ] ' : '[       OK ] ') + c.name + ' (' + (Date.now() - started) + ' ms)' +
       (c.failure ? '\n' + c.failure : ''));
   }

@@ -66,10 +66,11 @@ class Drawing {
       for (const id of group.objects || this.lists[group.list] || []) {
         const o = this.byNumber.get(id);
         if (!o) continue;
+        if (o.steps.length && o.steps[o.steps.length - 1].n === n) o.steps.pop(); // a frame that comes again, with more
         const before = o.steps.length ? o.steps[o.steps.length - 1].matrix : null;
         if (!known.has(before)) known.set(before, before ? times(group.matrix, before) : group.matrix);
-        if (!keepsAll) o.steps.length = 0;
         o.steps.push({n, t: frame.t, matrix: known.get(before)});
+        if (!keepsAll && o.steps.length > 2) o.steps.shift();
         this.moved.add(o);
       }
     }

@@ -96,7 +96,9 @@ function playLive({host}) {
   function hostTime() { return live.clock === undefined ? 0 : performance.now() / 1000 + live.clock; }
 
   function takeFrame(frame) {
-    const {frames, samples} = live, before = frames[frames.length - 1];
+    const {frames, samples} = live;
+    if (frames.length && frames[frames.length - 1].n === frame.n) { frames.pop(); samples.pop(); } // it comes again
+    const before = frames[frames.length - 1];
     live.clock = frame.t - performance.now() / 1000;
     const gap = before ? frame.t - before.t : Infinity;
     if (frame.ms === undefined && gap < kLongestGap) frame.ms = gap * 1000;
