@@ -170,8 +170,12 @@ test('TurnsAboutALine', async () => {
 
 test('MovesWhatAWindowSelects', async () => {
   await fromAbove();
-  const size = await page.locator('#view').boundingBox();
-  await page.locator('#view').dragTo(page.locator('#view'), {sourcePosition: {x: 3, y: 3}, targetPosition: {x: size.width - 3, y: size.height - 3}});
+  await page.evaluate(() => scrollTo(0, 0));
+  const box = await page.locator('#view').boundingBox();
+  await page.mouse.move(box.x + 3, box.y + 3);
+  await page.mouse.down();
+  await page.mouse.move(box.x + box.width - 3, box.y + box.height - 3, {steps: 3});
+  await page.mouse.up();
   const all = await page.evaluate(() => shown.drawing.objects.length);
   await until('a window round all selects all', () => page.evaluate(n => shown.selected.size === n, all));
   await pick(1);
@@ -212,10 +216,10 @@ test('KeyboardAloneMovesTheView', async () => {
   for (let i = 0; i < 20 && await page.evaluate(() => document.activeElement.id) !== 'cap'; ++i) await page.keyboard.press('Tab');
   const before = await atRest();
   await page.keyboard.down('ArrowRight');
-  await sleep(500);
+  await until('the view moves', async () => (await last()).n > before.n + 5);
   await page.keyboard.up('ArrowRight');
-  const after = await atRest();
-  expect(dot(minus(after.target, before.target), basis(before).x) < -1, 'arrow right moves the scene to the right');
+  const after = await atRest(), by = minus(after.target, before.target);
+  expect(dot(by, basis(before).x) < -1, 'arrow right moved the target by ' + by + ', frames ' + before.n + ' to ' + after.n);
 });
 
 // A movement that the page's end interrupts: its release is in the daemon's record in time.

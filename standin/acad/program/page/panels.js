@@ -49,11 +49,14 @@ class Controls {
       const box = make('div', {class: 'control', 'data-name': c.name, tabindex: onPointer ? 0 : null,
         role: 'group', 'aria-label': 'Control ' + c.name},
       make('h3', {}, c.name), make('div', {class: 'inside'}, rows, ...bars.map(b => make('span', {class: 'scroll ' + b.way}, b.thumb)), value));
-      for (const event of onPointer ? ['pointerenter', 'pointerleave', 'focus', 'blur'] : [])
-        box.addEventListener(event, () => {
-          const rests = document.querySelector('.control:hover') || document.querySelector('.control:focus');
-          onPointer(rests ? rests.dataset.name : 'view');
-        });
+      const hear = (event, way, name) => box.addEventListener(event, () => {
+        this[way] = name;
+        onPointer(this.over || this.chosen || 'view');
+      });
+      if (onPointer) {
+        hear('pointerenter', 'over', c.name); hear('pointerleave', 'over', null);
+        hear('focus', 'chosen', c.name); hear('blur', 'chosen', null);
+      }
       this.boxes.set(c.name, {box, rows, value, bars});
       byId('controls').append(box);
     }
