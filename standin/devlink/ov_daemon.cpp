@@ -158,6 +158,9 @@ int runProgram(int argc, char** argv) {
       std::cerr << error << std::endl;
     if (!session.isGood())
       return kBad;
+    if (session.isCounted())
+      return complain(arguments.mSession +
+                      ": counts passes, which acad alone sees; it plays the device's lines then");
     options.mHasSession = true;
     options.mActions = session.actionsOf(session::Who::device);
   }

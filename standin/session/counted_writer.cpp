@@ -24,21 +24,20 @@ void CountedWriter::pass(const Pass& pass) {
   if (pass.mIsIdle)
     return;
   Action action;
-  if (pass.mRotationCode != mLast.mRotationCode || pass.mZoomsAll != mLast.mZoomsAll) {
-    action.mVerb = Verb::rotation;
-    action.mRotationCode = pass.mRotationCode;
-    action.mIsOn = pass.mZoomsAll;
+  action.mAxes = pass.mAxes;
+  action.mRotationCode = pass.mRotationCode;
+  action.mIsOn = pass.mZoomsAll;
+  const auto writeDevice = [&](Verb verb) {
+    action.mVerb = verb;
     write("device", deviceLine(action));
-  }
-  if (pass.mAxes != mLast.mAxes) {
-    action.mVerb = Verb::motion;
-    action.mAxes = pass.mAxes;
-    write("device", deviceLine(action));
-  }
+  };
+  if (pass.mRotationCode != mLast.mRotationCode || pass.mZoomsAll != mLast.mZoomsAll)
+    writeDevice(Verb::rotation);
+  if (pass.mAxes != mLast.mAxes)
+    writeDevice(Verb::motion);
   for (const int code : pass.mServed) {
-    action.mVerb = Verb::key;
     action.mEventCode = code;
-    write("device", deviceLine(action));
+    writeDevice(Verb::key);
   }
   mLast = pass;
   ++mNext;

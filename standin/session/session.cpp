@@ -131,17 +131,14 @@ std::string deviceLine(const Action& action) {
     return text;
   case Verb::rotation:
     return "rotation " + std::to_string(action.mRotationCode) + (action.mIsOn ? " zoomall" : "");
-  case Verb::away:
-    return "away " + std::to_string(action.mDuration);
   default:
     break;
   }
   for (const EventName& event : kEventNames)
     if (event.mCode == action.mEventCode && event.mIsView)
       return std::string("view ") + event.mName;
-  if (action.mVerb != Verb::event)
-    return eventName(action.mEventCode);
-  return "event " + std::to_string(action.mEventCode);
+  return action.mVerb == Verb::event ? "event " + std::to_string(action.mEventCode)
+                                     : eventName(action.mEventCode);
 }
 
 std::string eventName(std::int32_t code) {

@@ -50,6 +50,7 @@ enum class Verb {
   fit,         ///< zoom to extents without the command line
   caption,     ///< mText, for the report
   wait,        ///< nothing; keeps the host going until this time
+  setting,     ///< mText: name and value in the plug-in's settings file, written before the plug-in is loaded
   tick         ///< a tick ended because its time was up; only where passes are counted
 };
 
@@ -132,10 +133,10 @@ Session parse(std::string_view text, const std::string& fileName);
 /// from its standard input. Gives true and fills the action, or false and fills the error with the reason. A
 /// line that is empty or a comment gives false with an empty error.
 bool parseDeviceLine(std::string_view line, Action& action, std::string& error);
-/// The same for a line of the host.
+/// The same for a line of the host, as in "select 1 4".
 bool parseHostLine(std::string_view line, Action& action, std::string& error);
 
-/// Returns the line of a device without time and player that parseDeviceLine() would read so.
+/// Returns the line of a device without time and player that parseDeviceLine() would read so; not for an absence.
 std::string deviceLine(const Action& action);
 
 } // namespace session

@@ -148,6 +148,7 @@ constexpr VerbEntry kVerbs[] = {
     {"fit", Who::host, Verb::fit, readNothing},
     {"caption", Who::host, Verb::caption, readText},
     {"wait", Who::host, Verb::wait, readNothing},
+    {"setting", Who::host, Verb::setting, readText},
     {"tick", Who::host, Verb::tick, readNothing},
 };
 

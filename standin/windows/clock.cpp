@@ -38,6 +38,11 @@ SYSTEMTIME partsOf(const timespec& moment) {
   return time;
 }
 
+std::function<DWORD()> tickSource() {
+  const Locked s;
+  return s->tickSource;
+}
+
 } // namespace
 
 namespace desktop {
@@ -77,6 +82,11 @@ void setTickCount(DWORD ticks) {
   s->tickOffset = static_cast<std::int64_t>(ticks) - detail::clockNow(*s);
 }
 
+void setTickSource(std::function<DWORD()> source) {
+  const Locked s;
+  s->tickSource = std::move(source);
+}
+
 void setSystemTime(const std::optional<SYSTEMTIME>& time) {
   const Locked s;
   s->systemTime = time;
@@ -91,6 +101,8 @@ std::vector<SleepRecord> sleeps() {
 
 DWORD WINAPI GetTickCount(void) {
   call_log::Traced call("GetTickCount");
+  if (const std::function<DWORD()> source = tickSource())
+    return call.returns(source()); // without the lock: it may take its time
   const Locked s;
   const DWORD ticks = desktop::detail::ticksNow(*s);
   if (s->isClockHeld && s->tickStep > 0)

@@ -75,6 +75,9 @@ void advanceClock(DWORD milliseconds);
 void setTickStep(DWORD milliseconds);
 /// Sets what GetTickCount returns now. Timers are not affected.
 void setTickCount(DWORD ticks);
+/// Makes GetTickCount return what the function says, which is called on the thread that asks; an empty one ends
+/// that. Timers are not affected.
+void setTickSource(std::function<DWORD()> source);
 /// Sets the time that GetSystemTime writes; without a value, the real time again.
 void setSystemTime(const std::optional<SYSTEMTIME>& time);
 

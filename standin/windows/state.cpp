@@ -43,6 +43,7 @@ void reset() {
   s.pointer = POINT{0, 0};
   s.tickOffset = 0;
   s.tickStep = 0;
+  s.tickSource = nullptr;
   s.watchedThread = 0;
   s.systemTime.reset();
   s.sleeps.clear();

@@ -31,6 +31,7 @@ struct State {
   std::int64_t clockSkew = 0;  // from the system's clock to ours, while running
   std::int64_t tickOffset = 0; // from our clock to the tick count
   DWORD tickStep = 0;
+  std::function<DWORD()> tickSource;
   DWORD watchedThread = 0; // 0 for none
   std::optional<SYSTEMTIME> systemTime;
   std::vector<SleepRecord> sleeps;

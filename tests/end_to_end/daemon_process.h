@@ -20,11 +20,18 @@ public:
       : Process(OV_DAEMON, arguments(folder, write(folder, session), port, more),
                 folder.native("daemon.txt")),
         mFolder(folder) {
-    for (int i = 0; written("port").find('\n') == std::string::npos; ++i) {
+    line("port");
+  }
+
+  /// Waits for the line that the daemon writes to a file, and returns it.
+  std::string line(const std::string& name) const {
+    for (int i = 0; written(name).find('\n') == std::string::npos; ++i) {
       if (i == 2000)
         throw std::runtime_error("the daemon didn't start: " + written("daemon.txt"));
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
+    const std::string text = written(name);
+    return text.substr(0, text.find_first_of("\r\n"));
   }
 
   std::string port() const { return std::to_string(std::stoi(written("port"))); }

@@ -19,12 +19,13 @@ using testing::HasSubstr;
 class EndToEnd : public testing::Test {
 protected:
   /// Plays the host's lines of a session to its end. Returns the exit status.
-  int runHost(const std::string& module = OV_MODULE) {
-    Process host(OV_ACAD,
-                 {OV_DRAWING, "--session", mFolder.native("a.session"), "--module", module, "--out",
-                  mFolder.native("out"), "--device-record", mFolder.native("record"), "--refresh", "100",
-                  "--hold-seconds", "0.5"},
-                 mFolder.native("acad.txt"));
+  int runHost(const std::string& module = OV_MODULE, const std::vector<std::string>& more = {}) {
+    std::vector<std::string> arguments = {OV_DRAWING, "--session", mFolder.native("a.session")};
+    arguments.insert(arguments.end(), {"--module", module, "--out", mFolder.native("out")});
+    arguments.insert(arguments.end(), {"--device-record", mFolder.native("record")});
+    arguments.insert(arguments.end(), {"--refresh", "100", "--hold-seconds", "0.5"});
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    Process host(OV_ACAD, arguments, mFolder.native("acad.txt"));
     const int status = host.wait(60);
     mOutput = mFolder.read("acad.txt");
     return status;
@@ -142,6 +143,48 @@ TEST_F(EndToEnd, SessionMovesViewAndObjects) {
   EXPECT_EQ(session["controls"][1]["name"], "list");
   EXPECT_GT(session["controls"][1]["positions"].back()[1].get<int>(), 0);
 #endif
+}
+
+// What a run left as a session that counts passes ends at the same view, to the last bit, and leaves the same.
+TEST_F(EndToEnd, CountedSessionRepeatsExactly) {
+  ASSERT_EQ(runBoth("0.0 host setting minThreshold 3\n"
+                    "0.3 device motion 3 0 0 20 50 0\n"
+                    "0.6 device rotation 13 zoomall\n"
+                    "0.9 device motion 0 0 40 0 20 30\n"
+                    "1.1 device motion 0 0 0 0 0 2\n"
+                    "1.2 device view top\n"
+                    "1.5 host select 1\n"
+                    "1.5 host type OV_Toggle_Object_Move_Mode\n"
+                    "1.6 device motion 0 4 0 0 9 0\n"
+                    "1.8 device motion 0 0 0 0 0 0\n"
+                    "1.9 host type OV_Toggle_Object_Move_Mode\n"
+                    "1.9 host pointer list\n"
+                    "2.0 device motion 0 0 310 0 0 0\n"
+                    "2.2 device motion 0 0 0 0 0 0\n"
+                    "2.3 host pointer view\n"
+                    "2.3 host layout on\n"
+                    "2.4 device motion 300 0 0 0 0 0\n"
+                    "2.6 device motion 0 0 0 0 0 0\n"
+                    "2.7 host layout off\n"
+                    "2.7 host type OV_Toggle_Rotation_Center\n"
+                    "2.9 device motion 20 0 0 0 40 0\n"), // ends while the cap is deflected
+            0)
+      << mOutput;
+  const json first = report();
+  const std::string saved = mFolder.read("out/saved.session");
+  EXPECT_THAT(saved, HasSubstr("host    tick"));
+
+  DaemonProcess daemon(mFolder, "", "0", {"--live", "--live-file", mFolder.native("device")});
+  rig::setEnvironment("OV_DEVLINK_PORT", daemon.port());
+  mFolder.write("a.session", saved);
+  ASSERT_EQ(runHost(OV_MODULE, {"--device", daemon.line("device")}), 0) << mOutput;
+  EXPECT_THAT(mOutput, HasSubstr(" 0 not observable, 0 contradicted"));
+  EXPECT_EQ(mFolder.read("out/saved.session"), saved);
+  const json again = report();
+  for (const char* const key : {"eye", "target", "up", "field", "sample", "centre", "height"})
+    EXPECT_EQ(again["frames"].back().value(key, json()), first["frames"].back().value(key, json())) << key;
+  for (std::size_t i = 0; i < first["controls"].size(); ++i)
+    EXPECT_EQ(again["controls"][i]["positions"].back()[1], first["controls"][i]["positions"].back()[1]);
 }
 
 #ifdef OV_SDK_MODULE

@@ -35,9 +35,10 @@ bool readOptions(int count, char** arguments, Options& options, int& exitStatus)
   app.add_option("--live-file", options.mLiveFile, "file to write the page's address to")->needs(liveP);
   app.add_option("--token", options.mLive.mToken, "what a page has to know (default: 128 random bits)")
       ->envname("OV_LIVE_TOKEN");
-  app.add_option("--device", options.mDevice,
-                 "where a page finds the device: the address that ov_daemon "
-                 "--live writes to its --live-file")
+  app.add_option(
+         "--device", options.mDevice,
+         "where a page, or a session that counts passes, finds the device: the address that ov_daemon "
+         "--live writes to its --live-file")
       ->envname("OV_LIVE_DEVICE");
   app.add_option("--home", options.mHome,
                  "user's folder, in USERPROFILE for the plug-in (default: OUT/home)");

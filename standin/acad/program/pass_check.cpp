@@ -46,10 +46,10 @@ std::vector<model::Record> recordsIn(const std::string& text, const std::string&
 
 } // namespace
 
-PassCheck::PassCheck(const std::filesystem::path& home, Explained explained)
+PassCheck::PassCheck(const std::filesystem::path& home, Explained explained, Outside outside)
     : mLog(home / "Orvaner" / kLogName), mThreadColumn(std::to_string(GetCurrentThreadId())),
-      mFolder(home.string() + "\\Orvaner\\Applications"), mStart(unixNow()),
-      mExplained(std::move(explained)) {
+      mFolder(home.string() + "\\Orvaner\\Applications"), mStart(unixNow()), mExplained(std::move(explained)),
+      mOutside(std::move(outside)) {
   call_log::noteBrackets([this](bool isEnd) { return logNote(isEnd); });
   call_log::startTrace([this](call_log::Record&& record) { take(record); });
 }
@@ -84,15 +84,9 @@ void PassCheck::passExplained(const model::Pass& pass) {
   explainFrames(pass.entered);
   mSample = pass.axes;
   explainFrames(pass.ended);
-  session::CountedWriter::Pass written;
-  written.mAxes = pass.axes;
-  written.mRotationCode = model::rotationCode(pass.rotation);
-  written.mZoomsAll = pass.rotation.zoomAllAfterView;
-  written.mServed = pass.served;
-  written.mIsIdle = pass.isIdle;
-  written.mEndsTick = pass.isLast && !pass.isAtRest;
   const std::lock_guard<std::mutex> lock(mMutex);
-  mWriter.pass(written);
+  mWriter.pass({pass.axes, model::rotationCode(pass.rotation), pass.rotation.zoomAllAfterView, pass.served,
+                pass.isIdle, pass.isLast && !pass.isAtRest});
 }
 
 std::string PassCheck::countedSession() {
@@ -117,6 +111,8 @@ std::string PassCheck::logNote(bool isEnd) {
 }
 
 void PassCheck::take(const call_log::Record& record) {
+  if (mOutside && !record.isBracketed && !record.isBracket)
+    mOutside(record);
   if (record.isEntry()) {
     if (mCheckP)
       mCheckP->entered(record.thread, record.order);
@@ -198,6 +194,11 @@ model::Settings PassCheck::readSettings() {
   s.toggleRotationAxis = isOn("toggleRotationAxis", "PROGRAM");
   s.scrollTreeAndList = isOn("scrollTreeAndList", "PROGRAM");
   s.useInt3dIntrfce = isOn("useInt3dIntrfce", "PROGRAM");
+  for (const char* const key : {"transSensBase", "rotSensBase", "minThreshold", "toggleRotationCenter",
+                                "toggleRotationAxis", "scrollTreeAndList"}) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    mWriter.host(std::string("setting ") + key + " " + text(key, "PROGRAM"));
+  }
   if (!isOn("logToFile", "LOGGING") || text("logFile", "LOGGING") != kLogName ||
       !text("fileToLog", "LOGGING").empty())
     return s;

@@ -21,8 +21,11 @@ public:
   /// home       the user's folder, as USERPROFILE has it
   /// explained  gets each frame's number, and the sample that explains it: that of the pass which showed it,
   ///            of the last one before for a frame between passes. On the trace's thread; may be empty
+  /// outside    gets each call outside of ticks, its entry and its end. On the trace's thread; may be empty
   using Explained = std::function<void(std::size_t frame, const std::array<short, 6>& sample)>;
-  explicit PassCheck(const std::filesystem::path& home, Explained explained = nullptr);
+  using Outside = std::function<void(const call_log::Record&)>;
+  explicit PassCheck(const std::filesystem::path& home, Explained explained = nullptr,
+                     Outside outside = nullptr);
   ~PassCheck();
   PassCheck(const PassCheck&) = delete;
   PassCheck& operator=(const PassCheck&) = delete;
@@ -57,6 +60,7 @@ private:
   model::Tick mTick;
   bool mIsMenuRead = false;
   const Explained mExplained;
+  const Outside mOutside;
   std::array<short, 6> mSample{}; // of the last pass
 
   std::mutex mMutex;                                       // of what follows

@@ -2,6 +2,7 @@
 
 #include "arxHeaders.h"
 #include "arx_module.h"
+#include "client.h"
 #include "controls.h"
 #include "dxf_reader.h"
 #include "host_player.h"
@@ -9,9 +10,13 @@
 #include "message_loop.h"
 #include "output.h"
 #include "pass_check.h"
+#include "pass_gate.h"
 #include "recorder.h"
+#include "session_settings.h"
 #ifdef _WIN32
 #include "recorded_imports.h"
+#else
+#include "desktop.h"
 #endif
 
 #include <atomic>
@@ -44,10 +49,14 @@ extern "C" void onStop(int signal) {
 /// The plug-in's life, from its load message to its unloading.
 class PlugIn {
 public:
-  PlugIn(const std::string& path, [[maybe_unused]] bool isRecorded) : mModule(path) {
+  /// tickSource  says what GetTickCount gives it; empty: the truth
+  PlugIn(const std::string& path, [[maybe_unused]] bool isRecorded, std::function<DWORD()> tickSource)
+      : mModule(path) {
 #ifdef _WIN32
     if (isRecorded)
-      recordImports(mModule.handle());
+      recordImports(mModule.handle(), std::move(tickSource));
+#else
+    desktop::setTickSource(std::move(tickSource));
 #endif
     if (!mModule.send(AcRx::kInitAppMsg))
       throw Error("plug-in " + path + " refused to be loaded");
@@ -65,14 +74,15 @@ private:
   ArxModule mModule;
 };
 
+/// gateP  null: the session's time is in seconds
 /// liveP  null: there is no page
-void playSession(HostPlayer& player, Live* liveP, Recorder& recorder, Controls& controls,
+void playSession(HostPlayer& player, PassGate* gateP, Live* liveP, Recorder& recorder, Controls& controls,
                  const Options& options) {
   const auto step = [&] {
     const double seconds = unixNow() - recorder.start();
     recorder.typing(true);
     host::runQueue(); // what the plug-in typed
-    player.play(seconds);
+    player.play(seconds, gateP ? gateP->next() : 0);
     if (liveP)
       liveP->doLines(player);
     recorder.typing(false);
@@ -81,10 +91,19 @@ void playSession(HostPlayer& player, Live* liveP, Recorder& recorder, Controls& 
     controls.refresh();
     if (liveP)
       liveP->look();
-    const bool isOver = !options.mSession.empty() && seconds >= player.end() + options.mHold;
+    if (gateP)
+      gateP->betweenTicks();
+    const bool isOver =
+        gateP ? gateP->isOver() : !options.mSession.empty() && seconds >= player.end() + options.mHold;
     return !isOver && !gIsToStop;
   };
   runMessageLoop([&recorder] { recorder.handOver(); }, step);
+}
+
+/// Connects to the daemon's door; what is returned sends a line of the device there.
+std::function<bool(const std::string&)> deviceAt(const std::string& address) {
+  const auto clientP = std::make_shared<web::Client>(address);
+  return [clientP](const std::string& line) { return clientP->send(line); };
 }
 
 bool tookEvents(const std::vector<DeviceEvent>& events, const Options& options, const Recorder& recorder) {
@@ -127,6 +146,7 @@ std::unique_ptr<Live> openDoor(const Options& options, LiveSources sources, Reco
 
 int runSession(const Options& options, const session::Session& session) {
   const Folders folders = Folders::make(options.mOut, options.mHome);
+  writeSettings(session, folders.mHome.string());
   fitFirstView();
   host::setClock(unixNow);
   host::setRefreshRate(options.mRefresh);
@@ -147,15 +167,23 @@ int runSession(const Options& options, const session::Session& session) {
     if (hearerP)
       hearerP->explained(frame, sample);
   };
+  const std::unique_ptr<PassGate> gateP =
+      session.isCounted() ? std::make_unique<PassGate>(session, recorder, deviceAt(options.mDevice))
+                          : nullptr;
+  const auto hear = [&gateP](const call_log::Record& record) {
+    if (gateP)
+      gateP->hear(record);
+  };
   const std::unique_ptr<PassCheck> checkP =
-      options.mIsToCheck ? std::make_unique<PassCheck>(folders.mHome, onExplained) : nullptr;
+      options.mIsToCheck ? std::make_unique<PassCheck>(folders.mHome, onExplained, hear) : nullptr;
   recorder.onShown([&](std::size_t number) {
     if (checkP)
       checkP->frameShown(number);
     if (hearerP)
       hearerP->frameShown(number);
   });
-  PlugIn plugIn(options.mModule, options.mIsToCheck);
+  PlugIn plugIn(options.mModule, options.mIsToCheck,
+                gateP ? [&gateP] { return gateP->tickCount(); } : std::function<DWORD()>());
   recorder.begin();
   input.mOutcome.mIsLoaded = true;
   std::cout << (options.mSession.empty() ? "Plug-in loaded; Ctrl-C ends the host"
@@ -186,7 +214,7 @@ int runSession(const Options& options, const session::Session& session) {
     recorder.onScrolled([&](const auto& states) { liveP->scrolled(states); });
     setHearer(liveP.get());
   }
-  playSession(player, liveP.get(), recorder, *controlsP, options);
+  playSession(player, gateP.get(), liveP.get(), recorder, *controlsP, options);
   std::cout << "Unloading the plug-in\n" << std::flush;
   input.mOutcome.mIsUnloaded = plugIn.unload();
   recorder.onScrolled(nullptr);
@@ -198,11 +226,14 @@ int runSession(const Options& options, const session::Session& session) {
   }
   gather(input, recorder, folders, options);
   input.mFirstFrame = 0;
+  if (gateP)
+    input.mDeviceActions = gateP->played();
   writeOutputs(folders, recorder, input);
   printSummary(std::cout, folders, recorder, input);
   // A user's own session fails only if the plug-in can't be unloaded.
   const bool isGood = options.mSession.empty() ? input.mOutcome.mIsUnloaded : input.mOutcome.isGood();
-  return isGood && !input.mOutcome.isContradicted() ? kExitGood : kExitFailed;
+  const bool hasPlayed = !gateP || !gateP->hasFailed();
+  return isGood && hasPlayed && !input.mOutcome.isContradicted() ? kExitGood : kExitFailed;
 }
 
 } // namespace
@@ -214,6 +245,10 @@ int run(const Options& options) {
     std::cerr << error << '\n';
   if (!session.isGood())
     return kExitUnusable;
+  if (session.isCounted() && !options.mIsDryRun && (options.mDevice.empty() || !options.mIsToCheck)) {
+    std::cerr << options.mSession << ": counts passes, so it is played with --device and --check\n";
+    return kExitUnusable;
+  }
   host::reset();
   if (!options.mDrawing.empty()) {
     const dxf::Result drawing = dxf::load(options.mDrawing);

@@ -11,6 +11,7 @@ namespace {
 using call_log::Traced;
 
 TIMERPROC gTimerProc = nullptr; // the module's own; it has but one
+std::function<DWORD()> gTickSource;
 
 void CALLBACK bracketedTimerProc(HWND window, UINT message, UINT_PTR id, DWORD time) {
   const call_log::Bracket bracket("TimerProc");
@@ -30,7 +31,7 @@ BOOL WINAPI recordedKillTimer(HWND window, UINT_PTR id) {
 
 DWORD WINAPI recordedGetTickCount() {
   Traced call("GetTickCount");
-  return call.returns(GetTickCount());
+  return call.returns(gTickSource ? gTickSource() : GetTickCount());
 }
 
 void WINAPI recordedSleep(DWORD milliseconds) {
@@ -112,7 +113,8 @@ ULONG_PTR wrapperOf(const std::string& name) {
 
 } // namespace
 
-void recordImports(HMODULE module) {
+void recordImports(HMODULE module, std::function<DWORD()> tickSource) {
+  gTickSource = std::move(tickSource);
   auto* const base = reinterpret_cast<BYTE*>(module);
   const auto* const dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
   const auto* const nt = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);

@@ -102,7 +102,7 @@ void HostPlayer::select(const session::Action& action) {
 
 void HostPlayer::perform(const session::Action& action) {
   using session::Verb;
-  if (action.mVerb != Verb::wait && action.mVerb != Verb::tick)
+  if (action.mVerb != Verb::wait && action.mVerb != Verb::setting && action.mVerb != Verb::tick)
     call_log::Traced(kHostLine, widened(action.mSource));
   switch (action.mVerb) {
   case Verb::select:
@@ -140,7 +140,7 @@ void HostPlayer::perform(const session::Action& action) {
     mRecorder.caption(action.mText);
     report(action, action.mText);
     break;
-  default: // wait does nothing but keep the host going; the rest is the device's
+  default: // others do nothing here, or are the device's
     break;
   }
   // Now, and not with what is typed later: so a session that counts passes can say when it ran.
