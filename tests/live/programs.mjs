@@ -13,7 +13,7 @@ export const axeSource = fs.readFileSync(require.resolve('axe-core/axe.min.js'),
 export const sleep = ms => new Promise(done => setTimeout(done, ms));
 
 // Waits until what is asked for is so, and returns it.
-export async function until(what, ask, seconds = 10) {
+export async function until(what, ask, seconds = 15) {
   for (const end = Date.now() + seconds * 1000; Date.now() < end; await sleep(20)) {
     const answer = await ask();
     if (answer) return answer;

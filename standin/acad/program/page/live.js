@@ -166,7 +166,10 @@ function playLive({host}) {
 
   function setUpHost() {
     const stage = byId('stage'), frame = byId('window');
-    const select = numbers => tell('select ' + (numbers.length ? numbers.join(' ') : 'none'));
+    const select = numbers => {
+      live.selected = new Set(numbers); // until the host says otherwise; the next click may come before
+      tell('select ' + (numbers.length ? numbers.join(' ') : 'none'));
+    };
     lookAround(live.view, {
       drag(from, to) {
         const box = stage.getBoundingClientRect();
