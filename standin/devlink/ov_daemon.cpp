@@ -1,7 +1,7 @@
 // The device and its daemon as a program: plays a session, or what it is told on standard input.
 
 #include "daemon.h"
-#include "live.h"
+#include "live_door.h"
 
 #include <CLI/CLI.hpp>
 

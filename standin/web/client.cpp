@@ -81,10 +81,10 @@ bool Client::send(const std::string& line) {
 bool Client::receive(std::string& text, std::chrono::milliseconds limit) {
   State& state = *mStateP;
   const auto end = std::chrono::steady_clock::now() + limit;
-  while (state.mReceived.empty() && state.mIsOpen && std::chrono::steady_clock::now() < end) {
-    state.mIo.restart();
-    state.mIo.run_one_until(end);
-  }
+  state.mIo.restart();
+  state.mIo.poll();
+  while (state.mReceived.empty() && state.mIsOpen && state.mIo.run_one_until(end) != 0)
+    ;
   if (state.mReceived.empty())
     return false;
   text = std::move(state.mReceived.front());

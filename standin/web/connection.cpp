@@ -29,6 +29,14 @@ constexpr std::size_t kMaxReason = 123;
 /// How long a silent client is believed to be there, before it is asked and again after that.
 constexpr std::chrono::seconds kIdle{30};
 
+/// What of a reason goes into a close message: whole characters of UTF-8.
+std::string fitting(const std::string& reason) {
+  std::size_t size = std::min(reason.size(), kMaxReason);
+  while (size > 0 && size < reason.size() && (static_cast<unsigned char>(reason[size]) & 0xC0) == 0x80)
+    --size;
+  return reason.substr(0, size);
+}
+
 const auto kNoBarrier = [](const auto&) { return false; };
 
 } // namespace
@@ -107,7 +115,8 @@ void Connection::drain() {
 void Connection::accept() {
   mStream.next_layer().expires_never();
   mStream.set_option(websocket::stream_base::timeout{mOwner.options().mHandshake, kIdle, true});
-  mStream.read_message_max(mOwner.options().mMaxLineBytes);
+  // A message that is too long ends below: the library hangs up so fast that the reason may be lost.
+  mStream.read_message_max(0);
   mStream.text(true);
   mStream.async_accept(mParser->get(), [self = shared_from_this()](const Error& error) {
     if (error)
@@ -123,8 +132,9 @@ void Connection::accept() {
 }
 
 void Connection::read() {
-  mStream.async_read(
-      mIn, [self = shared_from_this()](const Error& error, std::size_t) { self->takeMessage(error); });
+  mStream.async_read_some(
+      mIn, mOwner.options().mMaxLineBytes + 1 - mIn.size(),
+      [self = shared_from_this()](const Error& error, std::size_t) { self->takeMessage(error); });
 }
 
 void Connection::takeMessage(const Error& error) {
@@ -134,6 +144,10 @@ void Connection::takeMessage(const Error& error) {
     return drop();
   if (!mStream.got_text())
     return close(websocket::close_code::unknown_data, "text only");
+  if (mIn.size() > mOwner.options().mMaxLineBytes)
+    return close(websocket::close_code::too_big, "line too long");
+  if (!mStream.is_message_done())
+    return read();
   if (isTooFast())
     return close(websocket::close_code::policy_error, "too many messages");
   const std::string line = beast::buffers_to_string(mIn.data());
@@ -191,8 +205,7 @@ void Connection::close(websocket::close_code code, const std::string& reason) {
   mState = State::closing;
   mQueue.clear();
   mOwner.onLeft(*this);
-  mStream.async_close({code, reason.substr(0, kMaxReason)},
-                      [self = shared_from_this()](const Error&) { self->drop(); });
+  mStream.async_close({code, fitting(reason)}, [self = shared_from_this()](const Error&) { self->drop(); });
 }
 
 void Connection::closeWhenSent() {

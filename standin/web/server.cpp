@@ -22,6 +22,8 @@ using Error = boost::beast::error_code;
 constexpr std::size_t kMaxConnections = 32;
 /// Pause before the next attempt when a connection can't be taken.
 constexpr std::chrono::milliseconds kRetryPause{100};
+/// How long the end waits for what is on its way.
+constexpr std::chrono::milliseconds kEndPatience{1000};
 
 class Text : public Message {
 public:
@@ -76,13 +78,13 @@ public:
     boost::asio::post(mIo, [this] {
       Error ignored;
       mAcceptor.close(ignored);
+      mIsEnding = true;
       const auto connections = mConnections;
       for (const auto& connection : connections)
         connection->closeWhenSent();
-      mIsEnding = true;
       mSilence.cancel();
       // Those that don't answer any more aren't waited for.
-      mRetry.expires_after(mOptions.mHandshake);
+      mRetry.expires_after(kEndPatience);
       mRetry.async_wait([this](const Error& error) {
         if (!error)
           mIo.stop();
@@ -125,7 +127,7 @@ private:
     mSilence.cancel();
     mDoor.onSilent();
     const auto next = std::find_if(mConnections.begin(), mConnections.end(), [&](const auto& other) {
-      return other->isOpen() && other.get() != &connection;
+      return !mIsEnding && other->isOpen() && other.get() != &connection;
     });
     mDriver = next == mConnections.end() ? 0 : (*next)->id();
     if (mDriver != 0)

@@ -65,7 +65,7 @@ public:
   /// Opens the port and serves, on a thread of its own. Throws std::system_error if the port can't be had.
   /// door  must outlive the server
   Server(const ServerOptions& options, Door& door);
-  /// Ends all connections, after what has been sent up to now; within the time for a handshake.
+  /// Ends all connections, after what has been sent up to now; within a second.
   ~Server();
   Server(const Server&) = delete;
   Server& operator=(const Server&) = delete;

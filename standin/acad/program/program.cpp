@@ -202,8 +202,16 @@ int runSession(const Options& options, const session::Session& session) {
     LiveSources sources;
     sources.mDevice = options.mDevice;
     sources.mLog = folders.log();
+    sources.mMenu = folders.mHome.string() + "\\Orvaner\\Applications\\autocad.mnu";
     sources.mSoFar = [&](bool isReport, MovedWriter& moved) {
-      gather(input, recorder, folders, options);
+      if (isReport) {
+        gather(input, recorder, folders, options);
+      } else { // the rest takes too long
+        input.mEnd = unixNow();
+        input.mHistory = host::history();
+        input.mEvents.clear();
+        input.mLog.clear();
+      }
       const std::size_t count = recorder.frames().size();
       input.mFirstFrame = isReport || count < kLiveFrames ? 0 : count - kLiveFrames;
       const std::lock_guard<std::mutex> lock(mutex);

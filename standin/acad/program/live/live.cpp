@@ -159,7 +159,7 @@ void Live::sayHello(const Asked& asked) {
   send("hello",
        json{{"driver", asked.mIsDriver},
             {"device", mSources.mDevice},
-            {"keys", keyNames(host::menuText())},
+            {"keys", keyNames(mSources.mMenu)},
             {"data", std::move(data)}},
        asked.mClient);
   send("selected", numbersOf(mSelected), asked.mClient);

@@ -21,6 +21,7 @@ namespace program {
 struct LiveSources {
   std::string mDevice;        ///< address of the daemon's door for pages; empty: there is none
   std::filesystem::path mLog; ///< the plug-in's
+  std::string mMenu;          ///< path of the menu file, as the plug-in has it
   /// All that is told of the session so far, for the report or, with the latest frames only, for a page that comes.
   /// For a page the log is left out.
   std::function<nlohmann::json(bool isReport, MovedWriter& moved)> mSoFar;

@@ -1,6 +1,6 @@
 #include "live_messages.h"
 
-#include <sstream>
+#include "cnfg.h"
 
 namespace program {
 
@@ -61,17 +61,15 @@ web::MessageP FrameMessage::joinedTo(const web::Message& message) const {
 
 std::vector<std::string> keyNames(const std::string& menuFile) {
   std::vector<std::string> names;
-  std::istringstream lines(menuFile);
-  bool isInBar = false;
-  for (std::string line; std::getline(lines, line);) {
-    if (!line.empty() && line.back() == '\r')
-      line.pop_back();
-    if (!line.empty() && line[0] == '[')
-      isInBar = line == "[MenuBar]";
-    const std::size_t equals = line.find('=');
-    const std::size_t brace = line.find('}', equals == std::string::npos ? 0 : equals);
-    if (isInBar && equals != std::string::npos && brace != std::string::npos && brace + 1 < line.size())
-      names.push_back(line.substr(0, line.find_last_not_of(' ', equals - 1) + 1));
+  Cnfg file;
+  if (file.open(menuFile) != Cnfg::kOk)
+    return names;
+  std::string name, value;
+  file.selectSection("MenuBar");
+  while (file.readNextParameter(name, value, true) == Cnfg::kOk) {
+    const std::size_t brace = value.find('}');
+    if (brace != std::string::npos && brace + 1 < value.size())
+      names.push_back(name);
   }
   return names;
 }

@@ -34,10 +34,10 @@ private:
   nlohmann::json mFrame;
 };
 
-/// The names of the device's keys in order: the items of a menu file that type something.
+/// Returns the names of the device's keys in order: the items of a menu file that type something.
 std::vector<std::string> keyNames(const std::string& menuFile);
 
-/// Text as JSON; what isn't UTF-8 in it is replaced.
+/// Returns the text of a value; what isn't UTF-8 in it is replaced.
 std::string jsonText(const nlohmann::json& value);
 
 } // namespace program

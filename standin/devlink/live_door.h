@@ -1,5 +1,5 @@
-#ifndef LIVE_H
-#define LIVE_H
+#ifndef LIVE_DOOR_H
+#define LIVE_DOOR_H
 
 #include "daemon.h"
 #include "server.h"

@@ -1,4 +1,4 @@
-#include "live.h"
+#include "live_door.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,0 +1,70 @@
+// What pages send to the device, and what the host's door sends them.
+
+#include "client.h"
+#include "live_door.h"
+#include "live_messages.h"
+
+#include <gmock/gmock.h>
+
+#include <thread>
+
+namespace {
+
+using namespace std::chrono_literals;
+using nlohmann::json;
+
+TEST(LiveTest, SilentPageReleasesCap) {
+  std::mutex mutex;
+  std::vector<std::string> said;
+  devlink::DaemonOptions options;
+  options.mPort = 0;
+  options.mIsVerbose = true;
+  options.mSay = [&](const std::string& text) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    said.push_back(text);
+  };
+  const auto saidAfter = [&](std::chrono::milliseconds time) {
+    std::this_thread::sleep_for(time);
+    const std::lock_guard<std::mutex> lock(mutex);
+    return std::exchange(said, {});
+  };
+  const std::string deflected = "motion 0 0 300 0 0 0", released = "motion 0 0 0 0 0 0";
+  devlink::Daemon daemon(options);
+  std::thread running([&] { daemon.run(); });
+  {
+    devlink::LiveDoor door({}, daemon);
+    auto driver = std::make_unique<web::Client>(door.address());
+    web::Client watcher(door.address());
+    watcher.send("key 5");
+    driver->send(deflected);
+    EXPECT_THAT(saidAfter(600ms), testing::ElementsAre(deflected, released));
+    driver->send("key 3");
+    EXPECT_THAT(saidAfter(600ms), testing::ElementsAre("event 131107")) << "at rest already";
+    driver->send(deflected);
+    driver.reset();
+    EXPECT_THAT(saidAfter(150ms), testing::ElementsAre(deflected, released)) << "gone while it drives";
+    watcher.send("motion 1 2");
+    for (std::string text; watcher.receive(text, 1s);)
+      ;
+    EXPECT_EQ(watcher.closeReason(), "1008 z is missing");
+  }
+  daemon.stop();
+  running.join();
+}
+
+TEST(LiveTest, JoinedFramesKeepMotion) {
+  const auto frame = [](int n, int object, int cosine, double x) {
+    const json turn = {cosine, cosine - 1, 0, x, 1 - cosine, cosine, 0, 0, 0, 0, 1, 0};
+    return std::make_shared<program::FrameMessage>(
+        json{{"n", n}, {"moved", {{{"objects", {object}}, {"count", 1}, {"matrix", turn}}}}});
+  };
+  const auto joinedP = frame(3, 2, 1, 7)->joinedTo(*frame(2, 1, 1, 5)->joinedTo(*frame(1, 1, 0, 1)));
+  const json found = json::parse(joinedP->text())["frame"];
+  EXPECT_EQ(found["n"], 3);
+  ASSERT_EQ(found["moved"].size(), 2U);
+  EXPECT_EQ(found["moved"][0]["matrix"], json({0, -1, 0, 6, 1, 0, 0, 0, 0, 0, 1, 0}));
+  EXPECT_EQ(found["moved"][1]["objects"], json({2}));
+  EXPECT_EQ(frame(1, 1, 1, 0)->joinedTo(program::JsonMessage("log", {})), nullptr);
+}
+
+} // namespace

@@ -1,0 +1,194 @@
+// The door for pages under hostile clients: each is hung up on with a reason, and the page that drives doesn't notice.
+
+#include "client.h"
+#include "server.h"
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/read.hpp>
+#include <boost/asio/write.hpp>
+#include <gmock/gmock.h>
+
+#include <atomic>
+
+namespace {
+
+using namespace std::chrono_literals;
+using boost::asio::ip::tcp;
+using testing::HasSubstr;
+
+/// Takes the place of an earlier one, and counts how many it stands for.
+struct Latest : web::Message {
+  explicit Latest(int count) : mCount(count) {}
+  std::string text() const override { return std::to_string(mCount); }
+  web::MessageP joinedTo(const web::Message& earlier) const override {
+    const auto* const earlierP = dynamic_cast<const Latest*>(&earlier);
+    return earlierP ? std::make_shared<Latest>(mCount + earlierP->mCount) : nullptr;
+  }
+  int mCount;
+};
+
+class WebTest : public testing::Test, public web::Door {
+public:
+  void onOpened(web::ClientId client, bool isDriver) override {
+    mServerP->send(web::textMessage(isDriver ? "driver" : "watcher"), client);
+  }
+  void onDriver(web::ClientId client) override { onOpened(client, true); }
+  std::string onLine(web::ClientId client, bool, const std::string& line) override {
+    if (line == "echo")
+      mServerP->send(web::textMessage(line), client);
+    return line == "bad" ? "no such line" : "";
+  }
+  void onSilent() override { ++mSilences; }
+  std::string page(const std::string& authority) override { return "page of " + authority; }
+
+  WebTest() {
+    mOptions.mToken = "secret";
+    mOptions.mPath = "/door";
+    mOptions.mHandshake = mOptions.mPatience = 300ms;
+  }
+  void SetUp() override { mServerP = std::make_unique<web::Server>(mOptions, *this); }
+
+  web::Client page() { return web::Client(mServerP->socketAddress()); }
+  static std::string next(web::Client& client, std::chrono::milliseconds limit = 2s) {
+    std::string text;
+    return client.receive(text, limit) ? text : "(nothing)";
+  }
+  tcp::socket raw(const std::string& bytes) {
+    tcp::socket socket(mIo);
+    socket.connect(tcp::endpoint(boost::asio::ip::address_v4::loopback(), mServerP->port()));
+    boost::asio::write(socket, boost::asio::buffer(bytes));
+    return socket;
+  }
+  /// What comes until the end.
+  std::string answerTo(const std::string& bytes) {
+    tcp::socket socket = raw(bytes);
+    std::string answer;
+    boost::system::error_code end;
+    boost::asio::read(socket, boost::asio::dynamic_buffer(answer), end);
+    return answer;
+  }
+
+  boost::asio::io_context mIo;
+  web::ServerOptions mOptions;
+  std::atomic<int> mSilences{0};
+  std::unique_ptr<web::Server> mServerP;
+};
+
+TEST_F(WebTest, AnswersRequestsByRule) {
+  const std::string good = "GET /?token=secret", foreign = "Origin: http://evil.example\r\n";
+  const std::string cases[][4] = {
+      {good, "127.0.0.1:1", "", "page of 127.0.0.1:1"},
+      {"GET /?a=b&token=secret", "localhost", "Origin: http://localhost:5\r\n", "page of localhost"},
+      {"GET /", "localhost", "", "403 Forbidden"},
+      {"GET /?token=secre", "localhost", "", "wrong token"},
+      {"GET /?token=secrets", "localhost", "", "wrong token"},
+      {"GET /?xtoken=secret", "localhost", "", "wrong token"},
+      {good, "localhost.evil.example:80", "", "host is not this machine"},
+      {good, "127.0.0.1:1:x\"", "", "host is not this machine"},
+      {good, "localhost", foreign, "foreign origin"},
+      {good, "localhost", "Origin: https://localhost\r\n", "foreign origin"},
+      {good, "localhost", "Origin: null\r\n", "foreign origin"},
+      {"GET /other?token=secret", "localhost", "", "404 Not Found"},
+      {"POST /?token=secret", "localhost", "", "404 Not Found"},
+      {good, "localhost", "X: " + std::string(9000, 'x') + "\r\n", "400 Bad Request"},
+      {"\x16\x03\x01 what", "localhost", "", "400 Bad Request"},
+  };
+  for (const auto& [request, host, more, answer] : cases)
+    EXPECT_THAT(answerTo(request + " HTTP/1.1\r\nHost: " + host + "\r\n" + more + "\r\n"), HasSubstr(answer))
+        << request << ' ' << host << ' ' << more.substr(0, 40);
+  EXPECT_THROW(web::Client(mServerP->socketAddress(), "http://evil.example"), std::runtime_error);
+  EXPECT_EQ(answerTo("GET /door?token=se"), "") << "has a time limit";
+}
+
+TEST_F(WebTest, HostileClientsEndWithReason) {
+  web::Client driver = page();
+  EXPECT_EQ(next(driver), "driver");
+  const struct {
+    std::string line;
+    int count;
+    std::string reason;
+  } cases[] = {{"bad", 1, "1008 no such line"},
+               {"", 1000000, "1008 too many messages"},
+               {"\xFF\xFE", 1, "1007"}, // not UTF-8
+               {std::string(2 << 20, 'x'), 1, "1009 line too long"}};
+  for (const auto& [line, count, reason] : cases) {
+    web::Client client = page();
+    EXPECT_EQ(next(client), "watcher");
+    for (int i = 0; i < count && client.isOpen() && client.send(line); ++i)
+      next(client, 0ms);
+    next(client);
+    EXPECT_THAT(client.closeReason(), HasSubstr(reason));
+    driver.send("echo");
+    EXPECT_EQ(next(driver), "echo") << reason;
+  }
+  web::Client deaf = page();
+  EXPECT_EQ(next(deaf), "watcher");
+  int got = 0;
+  for (int i = 0; i < 3000; ++i) { // more than the system holds
+    mServerP->send(web::textMessage(std::string(10000, 'x')));
+    got += next(driver) != "(nothing)";
+  }
+  EXPECT_EQ(got, 3000);
+  EXPECT_EQ(next(driver, 1s), "(nothing)"); // longer than the server's patience
+  while (next(deaf, 500ms) != "(nothing)")
+    --got;
+  EXPECT_GT(got, 0);
+  EXPECT_FALSE(deaf.isOpen());
+}
+
+TEST_F(WebTest, HalfHandshakesMakeRoom) {
+  mOptions.mHandshake = 60s;
+  SetUp();
+  web::Client driver = page();
+  EXPECT_EQ(next(driver), "driver");
+  std::vector<tcp::socket> halves;
+  for (int i = 0; i < 100; ++i)
+    halves.push_back(raw("GET /door?token=se"));
+  web::Client watcher = page();
+  EXPECT_EQ(next(watcher), "watcher");
+  driver.send("echo");
+  EXPECT_EQ(next(driver), "echo");
+}
+
+TEST_F(WebTest, SlowPageMissesFramesOnly) {
+  mOptions.mPatience = 20s;
+  SetUp();
+  web::Client slow = page();
+  EXPECT_EQ(next(slow), "driver");
+  for (int i = 0; i < 1000; ++i) {
+    mServerP->send(std::make_shared<Latest>(1));
+    if (i % 50 == 0) // in all more than the system holds
+      mServerP->send(web::textMessage(std::string(1 << 20, 'x')));
+  }
+  int events = 0, frames = 0, shown = 0;
+  for (std::string text; (events < 20 || shown < 1000) && slow.receive(text, 5s);) {
+    if (text[0] == 'x')
+      ++events;
+    else
+      shown += (++frames, std::stoi(text));
+  }
+  EXPECT_EQ(events, 20);
+  EXPECT_EQ(shown, 1000);
+  EXPECT_LT(frames, 500);
+}
+
+TEST_F(WebTest, NextPageDrivesAfterFirst) {
+  auto first = std::make_unique<web::Client>(page());
+  EXPECT_EQ(next(*first), "driver");
+  web::Client second = page();
+  EXPECT_EQ(next(second), "watcher");
+  for (int i = 0; i < 8; ++i) { // 400 ms, with pauses that are no silence
+    first->send("");
+    EXPECT_EQ(next(second, 50ms), "(nothing)");
+  }
+  EXPECT_EQ(mSilences, 0);
+  EXPECT_EQ(next(second, 500ms), "(nothing)");
+  EXPECT_EQ(mSilences, 1);
+  first->send("");
+  first.reset();
+  EXPECT_EQ(next(second), "driver");
+  EXPECT_EQ(mSilences, 2);
+}
+
+} // namespace
