@@ -35,7 +35,7 @@ double Words::number(const std::string& what, double smallest, double largest) {
   double value = 0;
   const auto [end, error] = std::from_chars(found.data(), found.data() + found.size(), value);
   if (error == std::errc::invalid_argument || end != found.data() + found.size())
-    throw LineError(what + " is no number: " + quoted(found));
+    throw LineError(what + " is not a number: " + quoted(found));
   if (error != std::errc{} || !std::isfinite(value) || value < smallest || value > largest)
     throw LineError(what + " is out of range: " + quoted(found));
   return value;

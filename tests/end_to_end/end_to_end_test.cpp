@@ -59,25 +59,25 @@ std::vector<json> framesOf(const json& report, const std::array<int, 6>& sample)
 }
 
 TEST_F(EndToEnd, SessionMovesViewAndObjects) {
-  const int status = runBoth("0.3 device motion 0 0 0 0 500 0\n"
-                             "0.5 device motion 0 0 0 0 0 0\n"
-                             "0.6 device motion 0 0 1000 0 0 0\n"
-                             "0.8 device motion 0 0 0 0 0 0\n"
-                             "0.9 device view front\n"
-                             "1.2 device key 0\n"
-                             "1.4 host select 1\n"
-                             "1.4 host type OV_Toggle_Object_Move_Mode\n"
-                             "1.6 device motion 0 4 0 0 0 0\n"
-                             "1.8 device motion 0 0 0 0 0 0\n"
-                             "2.0 host type OV_Toggle_Object_Move_Mode\n"
-                             "2.1 host pointer list\n"
-                             "2.2 device motion 0 0 310 0 0 0\n"
-                             "2.4 device motion 0 0 0 0 0 0\n"
-                             "2.5 host pointer view\n"
-                             "2.5 host layout on\n"
-                             "2.7 device motion 300 0 0 0 0 0\n"
-                             "2.9 device motion 0 0 0 0 0 0\n"
-                             "3.0 host caption The end\n");
+  const int status = runBoth("0.6 device motion 0 0 0 0 500 0\n"
+                             "1.0 device motion 0 0 0 0 0 0\n"
+                             "1.2 device motion 0 0 1000 0 0 0\n"
+                             "1.6 device motion 0 0 0 0 0 0\n"
+                             "1.8 device view front\n"
+                             "2.4 device key 0\n"
+                             "2.8 host select 1\n"
+                             "2.8 host type OV_Toggle_Object_Move_Mode\n"
+                             "3.2 device motion 0 4 0 0 0 0\n"
+                             "3.6 device motion 0 0 0 0 0 0\n"
+                             "4.0 host type OV_Toggle_Object_Move_Mode\n"
+                             "4.2 host pointer list\n"
+                             "4.4 device motion 0 0 310 0 0 0\n"
+                             "4.8 device motion 0 0 0 0 0 0\n"
+                             "5.0 host pointer view\n"
+                             "5.0 host layout on\n"
+                             "5.4 device motion 300 0 0 0 0 0\n"
+                             "5.8 device motion 0 0 0 0 0 0\n"
+                             "6.0 host caption The end\n");
   ASSERT_EQ(status, 0) << mOutput;
   EXPECT_THAT(mOutput, HasSubstr("Device events  12 (10 motion"));
   const json session = report();

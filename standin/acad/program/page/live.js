@@ -80,7 +80,7 @@ function playLive({host}) {
     for (const s of data.states || []) if (s.rest === false) live.states.set(s.name, s.changes[s.changes.length - 1][1]);
     const chosen = (data.selection || []).slice(-1)[0];
     live.selected = new Set(chosen ? chosen.objects : []);
-    for (const name of ['frames', 'frames a second', 'ms hand to picture, median', 'ms, 99 of 100 are faster'])
+    for (const name of ['frames', 'frames a second', 'ms hand to picture, median', 'ms hand to picture, p99'])
       live.facts[name] = addFact('–', name);
     byId('share_note').textContent = 'milliseconds of a frame of 16.7, the host\'s drawing apart';
     (data.frames || []).forEach((frame, n) => takeFrame({n, ...frame}));

@@ -139,5 +139,5 @@ function recordedFacts(session, drawing, duration) {
   const fault = !r.loaded ? 'not loaded' : !r.tookEvents ? 'no events' : !r.movedView ? 'view at rest' : !r.unloaded ? 'not unloaded' : '';
   addFact(fault || 'complete', 'outcome', !!fault);
   byId('share_note').textContent = 'milliseconds of a frame of 16.7, the host\'s drawing apart' + (c.plugInMs
-    ? '; median ' + number(c.plugInMs.median, 2) + ', all but one in a hundred below ' + number(c.plugInMs.most, 2) : '');
+    ? '; median ' + number(c.plugInMs.median, 2) + ', p99 ' + number(c.plugInMs.most, 2) : '');
 }

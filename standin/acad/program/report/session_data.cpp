@@ -168,7 +168,7 @@ json statesJson(const SessionInput& input, double start) {
 
 json plugInTimeJson(const std::vector<double>& times) {
   return {{"median", shareOf(times, 0.5) * 1000},
-          {"most", shareOf(times, 0.99) * 1000}, // all but one in a hundred stay below
+          {"most", shareOf(times, 0.99) * 1000}, // p99
           {"longest", shareOf(times, 1) * 1000}};
 }
 
