@@ -48,6 +48,7 @@ public:
     mOptions.mHandshake = mOptions.mPatience = 1s;
   }
   void SetUp() override { mServerP = std::make_unique<web::Server>(mOptions, *this); }
+  void TearDown() override { mServerP.reset(); } // its thread calls this object
 
   web::Client page() { return web::Client(mServerP->socketAddress()); }
   static std::string next(web::Client& client, std::chrono::milliseconds limit = 20s) {
