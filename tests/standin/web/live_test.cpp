@@ -64,6 +64,9 @@ TEST(LiveTest, JoinedFramesKeepMotion) {
   ASSERT_EQ(found["moved"].size(), 2U);
   EXPECT_EQ(found["moved"][0]["matrix"], json({0, -1, 0, 6, 1, 0, 0, 0, 0, 0, 1, 0}));
   EXPECT_EQ(found["moved"][1]["objects"], json({2}));
+  const auto againP = frame(1, 1, 1, 5)->joinedTo(*frame(1, 1, 1, 3));
+  EXPECT_EQ(json::parse(againP->text())["frame"]["moved"][0]["matrix"][3], 5)
+      << "of a frame that comes again";
   EXPECT_EQ(frame(1, 1, 1, 0)->joinedTo(program::JsonMessage("log", {})), nullptr);
 }
 

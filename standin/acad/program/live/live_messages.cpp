@@ -47,6 +47,8 @@ web::MessageP FrameMessage::joinedTo(const web::Message& message) const {
   const auto* const earlierP = dynamic_cast<const FrameMessage*>(&message);
   if (!earlierP)
     return nullptr;
+  if (earlierP->mFrame.at("n") == mFrame.at("n")) // the recorder has joined the two already
+    return std::make_shared<FrameMessage>(mFrame);
   json frame = mFrame;
   json moved = earlierP->mFrame.at("moved");
   for (const json& group : mFrame.at("moved")) {
