@@ -54,7 +54,7 @@ TEST_F(LinkLife, FindsDaemonAgain) {
         rig::loopUntil(kLongestWait, [] { return host::view().target.x < -1 || host::view().target.x > 1; }),
         0);
     EXPECT_EQ(host::view().up.x, 0) << "the rotation settings didn't arrive";
-    daemonP.reset(); // killed while the cap is deflected
+    daemonP.reset(); // killed while the cap is deflected; at the end the unload finds no daemon
     const auto isAtRest = [] {
       const double x = host::view().target.x;
       rig::runLoop(100);
@@ -68,9 +68,5 @@ TEST_F(LinkLife, ModeReachesRestingDaemon) {
   const DaemonProcess daemon(mHome, "600 device mode\n", mPort);
   EXPECT_GE(rig::loopUntil(kLongestWait, [&] { return daemon.isRecorded("mode "); }), 0);
 } // unloads while the reading thread waits for an event
-
-TEST_F(LinkLife, UnloadsWithoutDaemon) {
-  rig::runLoop(300);
-}
 
 } // namespace
