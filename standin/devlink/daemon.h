@@ -99,12 +99,15 @@ private:
   asio::steady_timer mRetryTimer{mIo};
   std::vector<std::shared_ptr<Peer>> mPeers;
   DeviceState mDevice;
-  std::optional<Axes> mCap; ///< empty until the first motion
-  bool mIsRunning = false;  ///< the session's clock runs
+  /// Empty until the first motion.
+  std::optional<Axes> mCap;
+  /// The session's clock runs.
+  bool mIsRunning = false;
   Clock::time_point mStart;
   std::size_t mNextAction = 0;
   bool mIsInputOver = false;
-  bool mIsAwaited; ///< clients may still come: for the first time, or during and after an absence
+  /// Clients may still come: for the first time, or during and after an absence.
+  bool mIsAwaited;
 };
 
 } // namespace devlink

@@ -11,8 +11,10 @@ namespace devlink {
 
 /// One event of the device, as a client receives it.
 struct Event {
-  std::int32_t mCode = 0; ///< kMotionCode or 0 and more
-  Axes mAxes{};           ///< device counts; zeros unless it is a motion sample
+  /// kMotionCode or 0 and more.
+  std::int32_t mCode = 0;
+  /// Device counts; zeros unless it is a motion sample.
+  Axes mAxes{};
 };
 
 constexpr std::int32_t kMotionCode = -1;
@@ -43,12 +45,15 @@ public:
   void clear();
 
 private:
-  std::deque<std::pair<std::uint64_t, std::int32_t>> mEvents; ///< arrival, code
+  /// Arrival and code of each.
+  std::deque<std::pair<std::uint64_t, std::int32_t>> mEvents;
   std::uint64_t mArrivals = 0;
   bool mHasMotion = false;
-  bool mHasRelease = false; ///< a release is due before mNewest
+  /// A release is due before mNewest.
+  bool mHasRelease = false;
   Axes mNewest{};
-  std::uint64_t mMotionArrival = 0; ///< of the first sample that waits
+  /// Arrival of the first sample that waits.
+  std::uint64_t mMotionArrival = 0;
 };
 
 } // namespace devlink

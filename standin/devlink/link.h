@@ -47,7 +47,8 @@ public:
   void await(std::unique_lock<std::mutex>& lock, bool isToWrite, Clock::time_point deadline);
 
   State mState = State::opening;
-  bool mIsAwaited = false; ///< a thread is in await()
+  /// A thread is in await().
+  bool mIsAwaited = false;
   std::map<std::uint32_t, Question> mQuestions;
   EventQueue mEvents;
   asio::io_context mIo;

@@ -31,8 +31,9 @@ private:
   void onSilent() override;
 
   Daemon& mDaemon;
-  bool mIsDeflected = false; ///< by a page
-  web::Server mServer;       // last: its thread uses what is above
+  /// A page has deflected the cap.
+  bool mIsDeflected = false;
+  web::Server mServer; // last: its thread uses what is above
 };
 
 } // namespace devlink

@@ -65,8 +65,10 @@ private:
 
   std::mutex mMutex;
   std::condition_variable mChanged;
-  LinkPointer mLinkP;        ///< opening, up, or broken and not closed yet; null otherwise
-  bool mIsDeflected = false; ///< the last sample delivered wasn't a release
+  /// Is opening, up, or broken and not closed yet; null otherwise.
+  LinkPointer mLinkP;
+  /// The last sample delivered wasn't a release.
+  bool mIsDeflected = false;
 };
 
 /// Waits until isDone(), which is asked with the lock held; false at the deadline or at the link's end.

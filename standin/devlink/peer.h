@@ -59,10 +59,13 @@ private:
   asio::steady_timer mHelloTimer;
   PeerOwner& mOwner;
   bool mIsClosed = false;
-  std::string mName; ///< empty before the hello
+  /// Empty before the hello.
+  std::string mName;
   FrameBuffer mIn;
-  Bytes mAnswers; ///< to go out before the next events
-  Bytes mOut;     ///< on its way
+  /// Answers that go out before the next events.
+  Bytes mAnswers;
+  /// Bytes on their way to the client.
+  Bytes mOut;
   EventQueue mEvents;
   bool mIsReading = false;
 };

@@ -20,14 +20,18 @@ namespace devlink {
 constexpr std::uint16_t kDefaultPort = 27104;
 constexpr const char* kPortVariable = "OV_DEVLINK_PORT";
 
-constexpr std::uint32_t kMagic = 0x4B4C564F; ///< "OVLK" on the wire
+/// "OVLK" on the wire.
+constexpr std::uint32_t kMagic = 0x4B4C564F;
 constexpr std::uint16_t kVersion = 2;
 
 constexpr std::size_t kHeaderBytes = 4;
 constexpr std::size_t kMaxPayloadBytes = 1024;
-constexpr std::size_t kMaxNameBytes = 64;  ///< of a client
-constexpr std::size_t kMaxModeBytes = 400; ///< of an application's or a mode's name
-constexpr std::size_t kStatusBytes = 4;    ///< of an answer
+/// Of a client's name.
+constexpr std::size_t kMaxNameBytes = 64;
+/// Of an application's or a mode's name.
+constexpr std::size_t kMaxModeBytes = 400;
+/// Of an answer's status.
+constexpr std::size_t kStatusBytes = 4;
 constexpr std::size_t kInfoBytes = 96;
 constexpr std::size_t kInfoNameOffset = 20;
 constexpr std::size_t kSettingsBytes = 148;
@@ -37,19 +41,29 @@ constexpr std::uint32_t kMaxDevices = 16;
 
 enum class Kind : std::uint16_t {
   // client to daemon
-  hello = 1,   ///< magic, version, client name
-  askDevices,  ///< question
-  askInfo,     ///< question, device index
-  askSettings, ///< question, device index
-  setMode,     ///< question, application, mode
+  /// Magic, version, client name.
+  hello = 1,
+  /// Question.
+  askDevices,
+  /// Question, device index.
+  askInfo,
+  /// Question, device index.
+  askSettings,
+  /// Question, application, mode.
+  setMode,
   // daemon to client; an answer is question, status (0 = good; of devices their count), record
-  welcome = 0x81, ///< magic, version
+  /// Magic, version.
+  welcome = 0x81,
   devices,
-  info,     ///< record of 96 bytes
-  settings, ///< record of 148 bytes
+  /// Record of 96 bytes.
+  info,
+  /// Record of 148 bytes.
+  settings,
   modeTaken,
-  motion, ///< x y z a b c, 16 bits each
-  event   ///< event code, 0 or more
+  /// Six axes x y z a b c, 16 bits each.
+  motion,
+  /// Event code, 0 or more.
+  event
 };
 
 constexpr Kind answerTo(Kind question) {

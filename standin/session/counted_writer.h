@@ -14,10 +14,14 @@ public:
   struct Pass {
     std::array<std::int16_t, 6> mAxes{};
     std::int32_t mRotationCode = 0;
-    bool mZoomsAll = false;   ///< after a view
-    std::vector<int> mServed; ///< event codes
-    bool mIsIdle = false;     ///< changed nothing
-    bool mEndsTick = false;   ///< the tick's time was up after it
+    /// A view command is followed by zoom all.
+    bool mZoomsAll = false;
+    /// Codes of the events that were served.
+    std::vector<int> mServed;
+    /// The pass changed nothing.
+    bool mIsIdle = false;
+    /// The tick's time was up after it.
+    bool mEndsTick = false;
   };
 
   /// A line of the host was done, without time and player; between two ticks.
@@ -30,7 +34,8 @@ private:
   void write(const char* who, const std::string& what);
 
   std::string mText;
-  std::int64_t mNext = 1; ///< number of the next pass
+  /// Number of the next pass.
+  std::int64_t mNext = 1;
   Pass mLast;
 };
 

@@ -15,7 +15,8 @@ namespace session {
 
 namespace {
 
-constexpr std::size_t kMaxErrors = 20; ///< more would only hide the first
+/// Errors that are kept; more would only hide the first.
+constexpr std::size_t kMaxErrors = 20;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 /// above  the line before, null if there is none

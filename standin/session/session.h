@@ -32,26 +32,45 @@ enum class Who { device, host };
 
 enum class Verb {
   // device
-  motion,   ///< mAxes: x y z a b c
-  view,     ///< mEventCode
-  zoom,     ///< mEventCode
-  key,      ///< mEventCode
-  rotation, ///< mRotationCode, mIsOn = zoom to all after a view; mEventCode asks the client to read them
-  mode,     ///< mEventCode: the client is to announce its mode
-  event,    ///< mEventCode, as given, 0 or more
-  away,     ///< mDuration: the daemon is gone for so long
+  /// mAxes: x y z a b c.
+  motion,
+  /// mEventCode.
+  view,
+  /// mEventCode.
+  zoom,
+  /// mEventCode.
+  key,
+  /// mRotationCode, mIsOn = zoom to all after a view; mEventCode asks the client to read them.
+  rotation,
+  /// mEventCode: the client is to announce its mode.
+  mode,
+  /// mEventCode, as given, 0 or more.
+  event,
+  /// mDuration: the daemon is gone for so long.
+  away,
   // host
-  select,      ///< mSelection, mObjects
-  type,        ///< mText, as typed; without the return at the end
-  layout,      ///< mIsOn
-  perspective, ///< mIsOn
-  pointer,     ///< mPointer: what the mouse pointer rests on from now on
-  look,        ///< mLook: eye, target, up
-  fit,         ///< zoom to extents without the command line
-  caption,     ///< mText, for the report
-  wait,        ///< nothing; keeps the host going until this time
-  setting,     ///< mText: name and value in the plug-in's settings file, written before the plug-in is loaded
-  tick         ///< a tick ended because its time was up; only where passes are counted
+  /// mSelection, mObjects.
+  select,
+  /// mText, as typed; without the return at the end.
+  type,
+  /// mIsOn.
+  layout,
+  /// mIsOn.
+  perspective,
+  /// mPointer: what the mouse pointer rests on from now on.
+  pointer,
+  /// mLook: eye, target, up.
+  look,
+  /// Zooms to extents without the command line.
+  fit,
+  /// mText, for the report.
+  caption,
+  /// No action; keeps the host going until this time.
+  wait,
+  /// mText: name and value in the plug-in's settings file, written before the plug-in is loaded.
+  setting,
+  /// A tick ended because its time was up; only where passes are counted.
+  tick
 };
 
 enum class Selection { objects, all, none, line };
@@ -68,7 +87,8 @@ constexpr std::int32_t kEventFirstKey = 0x20020;
 struct EventName {
   std::int32_t mCode;
   const char* mName;
-  bool mIsView; ///< the name stands behind the verb `view`; otherwise it is a verb
+  /// The name stands behind the verb `view`; otherwise it is a verb.
+  bool mIsView;
 };
 constexpr EventName kEventNames[] = {
     {kEventRotationChanged, "rotation", false},
@@ -92,29 +112,40 @@ constexpr std::int64_t kMaxPass = 86400000;
 
 /// One line of a session. Only the fields that the verb names above have a meaning.
 struct Action {
-  double mSeconds = 0;    ///< since the start of the session; 0 if passes are counted
-  std::int64_t mPass = 0; ///< number of the pass, from 1; 0 if the session's time is in seconds
+  /// Since the start of the session; 0 if passes are counted.
+  double mSeconds = 0;
+  /// Number of the pass, from 1; 0 if the session's time is in seconds.
+  std::int64_t mPass = 0;
   Who mWho = Who::device;
   Verb mVerb = Verb::wait;
-  int mLine = 0; ///< in its file, from 1
+  /// In its file, from 1.
+  int mLine = 0;
 
-  std::array<std::int16_t, 6> mAxes{}; ///< device counts
+  /// x y z a b c, device counts.
+  std::array<std::int16_t, 6> mAxes{};
   std::int32_t mEventCode = 0;
   std::int32_t mRotationCode = 0;
-  double mDuration = 0; ///< seconds
+  /// Seconds.
+  double mDuration = 0;
   bool mIsOn = false;
   Selection mSelection = Selection::none;
-  std::vector<int> mObjects; ///< numbers of objects in drawing order, from 1
+  /// Numbers of objects in drawing order, from 1.
+  std::vector<int> mObjects;
   Pointer mPointer = Pointer::none;
-  std::array<double, 9> mLook{}; ///< eye x y z, target x y z, up x y z; world coordinates
-  std::string mText;             ///< UTF-8
-  std::string mSource;           ///< the line from the verb on, as it was read
+  /// Eye x y z, target x y z, up x y z; world coordinates.
+  std::array<double, 9> mLook{};
+  /// UTF-8.
+  std::string mText;
+  /// The line from the verb on, as it was read.
+  std::string mSource;
 };
 
 /// What came of reading a session. If anything was wrong, mActions is empty: nothing is to be played.
 struct Session {
-  std::vector<Action> mActions;     ///< both players' lines, in order
-  std::vector<std::string> mErrors; ///< each "FILE:LINE: reason", or "FILE: reason"; the first 20
+  /// Both players' lines, in order.
+  std::vector<Action> mActions;
+  /// Each "FILE:LINE: reason", or "FILE: reason"; the first 20.
+  std::vector<std::string> mErrors;
 
   bool isGood() const { return mErrors.empty(); }
   /// Whether it counts passes.

@@ -12,7 +12,8 @@ namespace {
 template <class Number> constexpr std::int64_t kMin = std::numeric_limits<Number>::min();
 template <class Number> constexpr std::int64_t kMax = std::numeric_limits<Number>::max();
 
-constexpr double kMaxCoordinate = 1e12; ///< drawing units
+/// Largest coordinate of a look, drawing units.
+constexpr double kMaxCoordinate = 1e12;
 /// Shortest up vector and view direction that still say something, drawing units.
 constexpr double kMinLength = 1e-9;
 

@@ -33,7 +33,8 @@ public:
   void expectEnd() const;
 
 private:
-  std::string_view mRest; ///< starts with a word or is empty
+  /// Starts with a word or is empty.
+  std::string_view mRest;
 };
 
 /// The word in quotes for a message.

@@ -9,9 +9,11 @@ namespace web {
 
 /// What counts of a request.
 struct Request {
-  std::string_view mTarget; ///< path and query
+  /// Path and query.
+  std::string_view mTarget;
   std::string_view mHost;
-  std::string_view mOrigin; ///< empty: no browser asks
+  /// Empty: no browser asks.
+  std::string_view mOrigin;
 };
 
 /// Returns why a request isn't served, empty if it is. Its names must be those of this machine: a page from

@@ -61,7 +61,8 @@ public:
 
   ClientId id() const { return mId; }
   bool isOpen() const { return mState == State::open; }
-  bool mIsAdmitted = false; ///< has been sent something of its own
+  /// It has been sent something of its own.
+  bool mIsAdmitted = false;
 
 private:
   enum class State { opening, open, closing };
@@ -88,10 +89,13 @@ private:
   std::optional<boost::beast::http::request_parser<boost::beast::http::empty_body>> mParser;
   boost::beast::http::response<boost::beast::http::string_body> mResponse;
   std::deque<Entry> mQueue;
-  std::string mOut; ///< on its way
+  /// The message on its way.
+  std::string mOut;
   bool mIsWriting = false;
-  bool mIsLast = false; ///< what waits is all that goes out
-  double mCredit;       ///< messages that may come now
+  /// What waits is all that goes out.
+  bool mIsLast = false;
+  /// Messages that may come now.
+  double mCredit;
   std::chrono::steady_clock::time_point mLastMessage;
 };
 

@@ -204,7 +204,8 @@ private:
   boost::asio::steady_timer mRetry{mIo};
   std::vector<std::shared_ptr<Connection>> mConnections;
   ClientId mLastId = 0;
-  ClientId mDriver = 0; ///< 0: nobody
+  /// 0: nobody drives.
+  ClientId mDriver = 0;
   bool mIsEnding = false;
 
   std::mutex mMutex;

@@ -48,14 +48,19 @@ public:
 };
 
 struct ServerOptions {
-  std::uint16_t mPort = 0; ///< on this machine only; 0 takes any free one
-  std::string mToken;      ///< empty: a random one
-  std::string mPath;       ///< of the WebSocket, as in "/device"
+  /// On this machine only; 0 takes any free one.
+  std::uint16_t mPort = 0;
+  /// Empty: a random one.
+  std::string mToken;
+  /// Of the WebSocket, as in "/device".
+  std::string mPath;
   std::size_t mMaxLineBytes = 1024;
 
   std::chrono::milliseconds mSilence{250};
-  std::chrono::milliseconds mHandshake{5000}; ///< for a request, and for the end of a connection
-  std::chrono::milliseconds mPatience{10000}; ///< with a client that takes nothing
+  /// For a request, and for the end of a connection.
+  std::chrono::milliseconds mHandshake{5000};
+  /// How long a client may take nothing.
+  std::chrono::milliseconds mPatience{10000};
 };
 
 class Hub;

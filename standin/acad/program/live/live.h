@@ -19,9 +19,12 @@ namespace program {
 
 /// What the host's door needs from the program. Called on the main thread.
 struct LiveSources {
-  std::string mDevice;        ///< address of the daemon's door for pages; empty: there is none
-  std::filesystem::path mLog; ///< the plug-in's
-  std::string mMenu;          ///< path of the menu file, as the plug-in has it
+  /// Address of the daemon's door for pages; empty: there is none.
+  std::string mDevice;
+  /// The plug-in's log file.
+  std::filesystem::path mLog;
+  /// Path of the menu file, as the plug-in has it.
+  std::string mMenu;
   /// All that is told of the session so far, for the report or, with the latest frames only, for a page that comes.
   /// For a page the log is left out.
   std::function<nlohmann::json(bool isReport, MovedWriter& moved)> mSoFar;
@@ -76,7 +79,8 @@ private:
   const LiveSources mSources;
   Recorder& mRecorder;
   const std::vector<ControlInfo> mControls;
-  std::atomic<bool> mIsWatched{false}; ///< a page has come
+  /// A page has come.
+  std::atomic<bool> mIsWatched{false};
 
   // What the pages know.
   MovedWriter mMoved;
@@ -85,15 +89,20 @@ private:
   std::size_t mObjects = 0;
   std::vector<AcDbObjectId> mSelected;
   bool mIsLayout = false;
-  std::vector<std::string> mLog; ///< the last lines
-  std::uintmax_t mLogRead = 0;   ///< bytes
-  std::string mLogRest;          ///< begins a line
-  double mNextLook = 0;          ///< at the log, unix seconds
+  /// The last lines of the plug-in's log.
+  std::vector<std::string> mLog;
+  /// Bytes of the log file that have been read.
+  std::uintmax_t mLogRead = 0;
+  /// The beginning of a line that isn't complete yet.
+  std::string mLogRest;
+  /// When the log is looked at next, unix seconds.
+  double mNextLook = 0;
 
   std::mutex mMutex; // of what follows
   std::vector<Asked> mInbox;
   nlohmann::json mExplained = nlohmann::json::array();
-  std::array<short, 6> mSample{}; ///< the last that is known
+  /// The last sample that is known.
+  std::array<short, 6> mSample{};
   std::vector<ScrollState> mScrolled;
 
   web::Server mServer; // last: its thread uses what is above

@@ -19,7 +19,8 @@ struct ScrollRange {
 };
 
 struct ControlInfo {
-  std::string mName; ///< as sessions call it: tree, list, edit, wheel
+  /// As sessions call it: tree, list, edit, wheel.
+  std::string mName;
   std::string mClassName;
   ScrollRange mVertical;
   ScrollRange mHorizontal;

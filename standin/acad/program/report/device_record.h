@@ -15,9 +15,12 @@ struct DeviceEvent {
 
   double mUnixSeconds = 0;
   Kind mKind = Kind::other;
-  std::array<int, 6> mSample{}; ///< motion: device counts
-  std::int64_t mCode = 0;       ///< event
-  std::string mText;            ///< mode: its name; other: the whole line after the time
+  /// Of a motion, device counts.
+  std::array<int, 6> mSample{};
+  /// Of an event.
+  std::int64_t mCode = 0;
+  /// A mode's name; of another line all after the time.
+  std::string mText;
 };
 
 /// Reads a record. Lines that are no record lines are passed over: the last one may have been cut off when

@@ -15,8 +15,10 @@ using Line = std::vector<std::array<double, 3>>;
 /// One object of the drawing as it stood when the host opened or drew it.
 struct DrawnObject {
   int mNumber = 0;
-  std::string mKind;   ///< face, mesh, block, line or curve
-  double mSeconds = 0; ///< when it came into the drawing, since the session's start
+  /// "face", "mesh", "block", "line" or "curve".
+  std::string mKind;
+  /// When it came into the drawing, since the session's start.
+  double mSeconds = 0;
   std::vector<Line> mLines;
 };
 

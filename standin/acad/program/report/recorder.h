@@ -24,7 +24,8 @@ inline double unixNow() {
 
 /// Objects that moved together since the frame before, and how.
 struct MovedGroup {
-  std::vector<int> mObjects; ///< numbers
+  /// Numbers of objects.
+  std::vector<int> mObjects;
   AcGeMatrix3d mTransform;
 };
 
@@ -37,7 +38,8 @@ struct RecordedFrame {
   host::ViewState mView;
   host::LayoutState mLayout;
   std::vector<MovedGroup> mMoved;
-  double mPlugInSeconds = 0; ///< what the plug-in took since the frame before; 0 if it had no part in it
+  /// What the plug-in took since the frame before; 0 if it had no part in it.
+  double mPlugInSeconds = 0;
 };
 
 template <class Value> struct Timestamped {
@@ -136,7 +138,8 @@ private:
   std::int64_t mCapFrames = 0;
   bool mIsTyping = false;
   double mLastCapFrame = 0;
-  double mCredit = 0; ///< frames that may be kept now
+  /// Frames that may be kept now.
+  double mCredit = 0;
   double mLastKeep = 0;
   double mBusySeconds = 0;
   std::int64_t mBusyFrames = 0;

@@ -20,7 +20,8 @@ struct Outcome {
   bool mTookEvents = false;
   bool mMovedView = false;
   bool mIsUnloaded = false;
-  const model::Check* mCheckP = nullptr; ///< null: no pass was held against the model
+  /// Null: no pass was held against the model.
+  const model::Check* mCheckP = nullptr;
 
   bool isGood() const { return mIsLoaded && mTookEvents && mMovedView && mIsUnloaded; }
   bool isContradicted() const { return mCheckP && mCheckP->contradicted > 0; }
@@ -28,9 +29,11 @@ struct Outcome {
 
 /// Everything there is to say of a session that has ended.
 struct SessionInput {
-  std::string mDrawingName; ///< without folders
+  /// The file's name, without folders.
+  std::string mDrawingName;
   std::string mSessionName;
-  double mEnd = 0; ///< unix seconds
+  /// The session's end, unix seconds.
+  double mEnd = 0;
   std::vector<DeviceEvent> mEvents;
   /// Frames before this one aren't told; what they moved is told with it.
   std::size_t mFirstFrame = 0;
@@ -38,8 +41,10 @@ struct SessionInput {
   /// sample had been delivered: the next one already, at a change.
   std::map<std::size_t, std::array<short, 6>> mSamples;
   std::vector<session::Action> mDeviceActions;
-  std::string mCounted; ///< what was done, as a session that counts passes; empty if no pass was checked
-  std::vector<host::HistoryLine> mHistory; ///< times in unix seconds
+  /// What was done, as a session that counts passes; empty if no pass was checked.
+  std::string mCounted;
+  /// Times in unix seconds.
+  std::vector<host::HistoryLine> mHistory;
   std::vector<std::string> mLog;
   std::vector<ControlInfo> mControls;
   Outcome mOutcome;
