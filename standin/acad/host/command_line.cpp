@@ -136,10 +136,12 @@ void CommandLine::start(const std::wstring& typedName, bool isTransparent) {
     mLast = typedName;
   if (runRegisteredCommand(name, isGlobal))
     return;
-  if (std::unique_ptr<RunningCommand> commandP = makeCommand(lowered(name)))
-    mRunning.push_back(std::move(commandP));
-  else
+  if (std::unique_ptr<RunningCommand> commandP = makeCommand(lowered(name))) {
+    if (commandP->begin() == RunningCommand::kGoesOn)
+      mRunning.push_back(std::move(commandP));
+  } else {
     print(L"Unknown command \"" + typedName + L"\".\n");
+  }
 }
 
 void CommandLine::clear() {

@@ -104,12 +104,45 @@ public:
   Progress take(const std::wstring& input) override {
     if (input.empty())
       return kIsOver;
-    if (showNamedView(option(input)))
+    const std::wstring word = option(input);
+    if (mOption.empty() && (word == L"save" || word == L"s" || word == L"restore" || word == L"r")) {
+      mOption = word;
+      return kGoesOn;
+    }
+    if (!mOption.empty() && mOption[0] == L's')
+      saveView(word);
+    else if (mOption.empty() ? showNamedView(word) : restoreView(word))
       showFrame(isLayout());
     else
-      print(L"Invalid option \"" + input + L"\".\n");
+      print(L"Invalid view \"" + input + L"\".\n");
     return kIsOver;
   }
+
+private:
+  std::wstring mOption; // save or restore, whose name comes next
+};
+
+/// Looks straight down on all of the drawing. The coordinate system that it asks for makes no difference here.
+class Plan : public RunningCommand {
+public:
+  Progress take(const std::wstring&) override {
+    showNamedView(L"top");
+    zoomExtents();
+    showFrame(isLayout());
+    return kIsOver;
+  }
+};
+
+class Undo : public RunningCommand {
+public:
+  Progress begin() override {
+    if (undo())
+      showFrame(isLayout());
+    else
+      print(L"Everything has been undone.\n");
+    return kIsOver;
+  }
+  Progress take(const std::wstring&) override { return kIsOver; }
 };
 
 /// Fits all of model space into the layout's viewport.
@@ -132,6 +165,13 @@ public:
     if (input.empty())
       return kIsOver;
     const std::wstring what = option(input);
+    if (what == L"previous" || what == L"p") {
+      if (showPreviousView())
+        showFrame(isLayout());
+      else
+        print(L"No previous view saved.\n");
+      return kIsOver;
+    }
     if (what != L"all" && what != L"a" && what != L"extents" && what != L"e") {
       print(L"Invalid option \"" + input + L"\".\n");
       return kIsOver;
@@ -185,6 +225,10 @@ std::unique_ptr<RunningCommand> makeCommand(const std::wstring& name) {
     return std::make_unique<Circle>();
   if (name == L"-view" || name == L"view")
     return std::make_unique<View>();
+  if (name == L"plan")
+    return std::make_unique<Plan>();
+  if (name == L"u")
+    return std::make_unique<Undo>();
   if (name == L"zoom")
     return std::make_unique<Zoom>();
   if (name == L"netload")

@@ -11,6 +11,8 @@ class RunningCommand {
 public:
   enum Progress { kGoesOn, kIsOver };
   virtual ~RunningCommand() = default;
+  /// Does what needs no input.
+  virtual Progress begin() { return kGoesOn; }
   /// Takes what was typed up to a blank or Enter; empty for a bare Enter.
   virtual Progress take(const std::wstring& input) = 0;
 };

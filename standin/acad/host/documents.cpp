@@ -40,7 +40,11 @@ public:
       return call.returns(Acad::eNoDocument);
     if (host::document().held.locks == 0)
       return call.returns(Acad::eNotLocked);
-    --host::document().held.locks;
+    host::Document& d = host::document();
+    if (--d.held.locks == 0 && !d.movement.empty()) {
+      d.undone.push_back(std::move(d.movement));
+      d.movement.clear();
+    }
     return call.returns(Acad::eOk);
   }
 
@@ -55,6 +59,7 @@ public:
     if (!text)
       return call.returns(Acad::eInvalidInput);
     host::type(text);
+    ++host::state().sentTexts;
     return call.returns(Acad::eOk);
   }
 
@@ -93,6 +98,10 @@ void closeDocument() {
     if (std::find(s.reactors.begin(), s.reactors.end(), reactorP) != s.reactors.end())
       reactorP->documentToBeDestroyed(&currentDocument());
   s.documentP = std::make_unique<Document>();
+}
+
+std::int64_t sentTexts() {
+  return state().sentTexts;
 }
 
 void setHasDocument(bool hasDocument) {

@@ -28,12 +28,45 @@ void waitForRefresh(double hz) {
 
 } // namespace
 
-void noteMotion(int number, const AcGeMatrix3d& transform) {
-  if (!state().frameSink || number == 0)
+namespace {
+
+/// Returns the way back of a motion that turns and shifts.
+AcGeMatrix3d reversed(const AcGeMatrix3d& motion) {
+  AcGeMatrix3d turn;
+  for (int row = 0; row < 3; ++row)
+    for (int column = 0; column < 3; ++column)
+      turn.entry[row][column] = motion.entry[column][row];
+  return turn * AcGeMatrix3d::translation(motion.translation() * -1.0);
+}
+
+void addMotion(int number, const AcGeMatrix3d& transform) {
+  if (!state().frameSink)
     return;
   auto& moved = document().moved;
   const auto known = moved.find(number);
   moved[number] = known == moved.end() ? transform : transform * known->second;
+}
+
+} // namespace
+
+bool undo() {
+  Document& d = document();
+  if (d.undone.empty())
+    return false;
+  for (const auto& [number, back] : d.undone.back()) {
+    d.modelSpace[static_cast<std::size_t>(number) - 1]->subTransformBy(back);
+    addMotion(number, back);
+  }
+  d.undone.pop_back();
+  return true;
+}
+
+void noteMotion(int number, const AcGeMatrix3d& transform) {
+  if (number == 0)
+    return;
+  AcGeMatrix3d& back = document().movement[number];
+  back = back * reversed(transform);
+  addMotion(number, transform);
 }
 
 void showFrame(bool is2d) {

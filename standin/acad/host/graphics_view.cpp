@@ -114,7 +114,7 @@ bool acgsSetViewParameters(int viewport, const AcGsView* view, bool regenRequire
   host::Document& d = host::document();
   if (call.mustFail() || !isCurrent(viewport) || view != &graphicsView() || !d.isViewValid)
     return call.returns(false);
-  d.storedView = d.view;
+  host::storeView(d.view);
   return call.returns(true);
 }
 
@@ -130,6 +130,15 @@ void setView(const ViewState& newState) {
 
 ViewState storedView() {
   return document().storedView;
+}
+
+void storeView(const ViewState& view) {
+  constexpr std::size_t kMaxPrevious = 100;
+  Document& d = document();
+  d.previousViews.push_back(d.storedView);
+  if (d.previousViews.size() > kMaxPrevious)
+    d.previousViews.erase(d.previousViews.begin());
+  d.storedView = view;
 }
 
 void setStoredView(const ViewState& newState) {

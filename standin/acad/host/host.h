@@ -120,6 +120,8 @@ std::int64_t writesWithoutLock();
 int runQueue();
 /// Returns the number of queued texts.
 int queueLength();
+/// Returns the number of texts that the plug-in has queued since reset().
+std::int64_t sentTexts();
 /// Queues a text as typed by the user; "\n" is the Enter key, U+001B the Escape key.
 void type(const std::wstring& text);
 

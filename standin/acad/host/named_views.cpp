@@ -1,4 +1,4 @@
-// The six standard views, and the view of the whole drawing.
+// The standard views, the view of the whole drawing, the previous one and those saved by name.
 
 #include "named_views.h"
 
@@ -42,7 +42,7 @@ double reach(const AcDbExtents& box, const AcGeVector3d& direction) {
 
 void setBothViews(const ViewState& v) {
   document().view = v;
-  document().storedView = v;
+  storeView(v);
 }
 
 } // namespace
@@ -69,15 +69,40 @@ void zoomExtents() {
   setBothViews(v);
 }
 
+bool showPreviousView() {
+  Document& d = document();
+  if (d.previousViews.empty())
+    return false;
+  d.view = d.storedView = d.previousViews.back();
+  d.previousViews.pop_back();
+  return true;
+}
+
+void saveView(const std::wstring& name) {
+  document().savedViews[name] = view();
+}
+
+bool restoreView(const std::wstring& name) {
+  const auto saved = document().savedViews.find(name);
+  if (saved == document().savedViews.end())
+    return false;
+  setBothViews(saved->second);
+  return true;
+}
+
 bool showNamedView(const std::wstring& name) {
   struct Named {
     const wchar_t* name;
     AcGeVector3d towards; // from the drawing to the viewer
     AcGeVector3d up;
   };
-  static const Named kViews[] = {{L"front", {0, -1, 0}, {0, 0, 1}}, {L"back", {0, 1, 0}, {0, 0, 1}},
-                                 {L"right", {1, 0, 0}, {0, 0, 1}},  {L"left", {-1, 0, 0}, {0, 0, 1}},
-                                 {L"top", {0, 0, 1}, {0, 1, 0}},    {L"bottom", {0, 0, -1}, {0, 1, 0}}};
+  const double s = 1 / std::sqrt(3.0), h = s / std::sqrt(2.0),
+               u = 2 * h; // of views from a cube's upper corners
+  const Named kViews[] = {{L"front", {0, -1, 0}, {0, 0, 1}},  {L"back", {0, 1, 0}, {0, 0, 1}},
+                          {L"right", {1, 0, 0}, {0, 0, 1}},   {L"left", {-1, 0, 0}, {0, 0, 1}},
+                          {L"top", {0, 0, 1}, {0, 1, 0}},     {L"bottom", {0, 0, -1}, {0, 1, 0}},
+                          {L"swiso", {-s, -s, s}, {h, h, u}}, {L"seiso", {s, -s, s}, {-h, h, u}},
+                          {L"neiso", {s, s, s}, {-h, -h, u}}, {L"nwiso", {-s, s, s}, {h, -h, u}}};
   for (const Named& named : kViews) {
     if (name != named.name)
       continue;

@@ -1,7 +1,7 @@
 #include <windows.h>
 
 #include "acedads.h"
-#include "state.h"
+#include "frames.h"
 #include "trace_types.h"
 
 namespace {
@@ -81,7 +81,11 @@ int acedRedraw(const ads_name entity, int mode) {
   call_log::Call call("acedRedraw", nameNumber(entity), call_log::shown(mode));
   if (call.mustFail() || !entity || entity[1] != kEntityName || !host::find(AcDbObjectId(entity[0])))
     return call.returns(RTERROR);
-  host::document().isRedrawPending = true;
+  host::Document& d = host::document();
+  d.isRedrawPending = true;
+  // The last of the selection completes a step, which the display shows as one frame.
+  if (!d.selected.empty() && d.selected.back() == AcDbObjectId(entity[0]))
+    host::showFrame(host::isLayout());
   return call.returns(RTNORM);
 }
 

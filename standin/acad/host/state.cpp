@@ -31,6 +31,7 @@ void reset() {
   s.hasDocument = true;
   s.hasDocumentManager = true;
   s.history.clear();
+  s.sentTexts = 0;
   s.clock = nullptr;
   s.frameSink = nullptr;
   s.refreshRate = 0;

@@ -28,6 +28,10 @@ struct Document {
   ViewState view;
   ViewState storedView;
   bool isViewValid = true;
+  std::vector<ViewState> previousViews;            // those that ZOOM PREVIOUS returns to, the latest last
+  std::map<std::wstring, ViewState> savedViews;    // by name
+  std::map<int, AcGeMatrix3d> movement;            // by entity number, the way back of this lock's motion
+  std::vector<std::map<int, AcGeMatrix3d>> undone; // the same of each lock before
   std::int64_t nonFiniteCalls = 0;
   std::vector<AcDbObjectId> selected;
   std::map<Adesk::Int64, std::vector<AcDbObjectId>> sets; // by serial number
@@ -43,6 +47,7 @@ struct State {
   bool hasDocumentManager = true;
   std::vector<AcApDocManagerReactor*> reactors;
   std::vector<HistoryLine> history;
+  std::int64_t sentTexts = 0;
   std::function<double()> clock;
   std::function<void(const Frame&)> frameSink;
   double refreshRate = 0;
@@ -55,6 +60,8 @@ inline Document& document() {
   return *state().documentP;
 }
 
+/// Writes a view to the drawing; the one before becomes the previous view.
+void storeView(const ViewState& view);
 /// Returns the host's time in seconds, by its clock.
 double now();
 /// Returns an object without opening it, null if the id is invalid.
