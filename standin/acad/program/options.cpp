@@ -17,11 +17,17 @@ std::string besideProgram(const char* program, const char* name) {
 bool readOptions(int count, char** arguments, Options& options, int& exitStatus) {
   CLI::App app{
       "Opens a drawing, loads a plug-in, plays a session's host lines and leaves a report of what the view "
-      "did.\nEnds with status 0 only if the plug-in loaded, took events, moved the view and unloaded.\n"
+      "did.\nEnds with status 0 only if the plug-in loaded, took events, something came of them, and it "
+      "unloaded.\n"
       "Without a session it runs until its window is closed or Ctrl-C is pressed."};
   app.allow_windows_style_options(false); // a path may begin with a slash there too
   app.add_option("DRAWING", options.mDrawing, "drawing to open, DXF (default: an empty one)");
   app.add_option("--session", options.mSession, "session file; its host lines are played here");
+  app.add_option(
+         "--menu", options.mMenu,
+         "the host's menu, from which the menu reader writes autocad.mnu (default: one that draws and "
+         "looks at the drawing)")
+      ->check(CLI::ExistingFile);
   CLI::Option* const moduleP = app.add_option(
       "--module", options.mModule, "plug-in to load (default: OVAutoCAD2019.arx beside this program)");
   app.add_option("--out", options.mOut, "folder for report.html, session.json and command_line.txt")
@@ -40,8 +46,9 @@ bool readOptions(int count, char** arguments, Options& options, int& exitStatus)
          "where a page, or a session that counts passes, finds the device: the address that ov_daemon "
          "--live writes to its --live-file")
       ->envname("OV_LIVE_DEVICE");
-  app.add_option("--home", options.mHome,
-                 "user's folder, in USERPROFILE for the plug-in (default: OUT/home)");
+  app.add_option(
+      "--home", options.mHome,
+      "user's folder, in USERPROFILE for the plug-in (default: OUT/home); one that exists stays as it is");
   app.add_option("--refresh", options.mRefresh, "frames a second that the display shows, 0 for no waiting")
       ->check(CLI::Range(0.0, 1000.0))
       ->capture_default_str();

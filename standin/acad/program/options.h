@@ -13,6 +13,8 @@ struct Options {
   std::string mDrawing;
   /// Empty: no session, the user acts.
   std::string mSession;
+  /// Empty: the host's own menu.
+  std::string mMenu;
   std::string mModule;
   std::string mOut = "out";
   /// Empty: no record.
