@@ -176,8 +176,11 @@ model::Check& PassCheck::check() {
 }
 
 model::Settings PassCheck::readSettings() {
+  model::Settings s;
   Cnfg file;
-  file.open(mFolder + "\\autocad_addin.ini");
+  if (file.open(mFolder + "\\autocad_addin.ini") !=
+      Cnfg::kOk) // a home without the folder: all is at its default
+    return s;
   const auto text = [&file](const char* key, const char* section) {
     std::string value;
     file.readParameter(key, value, section, true);
@@ -185,7 +188,6 @@ model::Settings PassCheck::readSettings() {
   };
   const auto number = [&text](const char* key) { return std::atoi(text(key, "PROGRAM").c_str()); };
   const auto isOn = [&text](const char* key, const char* section) { return text(key, section) == "on"; };
-  model::Settings s;
   s.traSensBase = number("transSensBase");
   s.rotSensBase = number("rotSensBase");
   s.minThreshold = number("minThreshold");

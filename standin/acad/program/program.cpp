@@ -13,6 +13,7 @@
 #include "pass_gate.h"
 #include "recorder.h"
 #include "session_settings.h"
+#include "wide_text.h"
 #ifdef _WIN32
 #include "recorded_imports.h"
 #else
@@ -46,6 +47,15 @@ extern "C" void onStop(int signal) {
   std::signal(signal, SIG_DFL); // a second one ends the program at once
 }
 
+/// Returns a file's text. Throws Error.
+std::string readFile(const std::string& path) {
+  std::ifstream file(fs::u8path(path), std::ios::binary);
+  std::string text(std::istreambuf_iterator<char>(file), {});
+  if (!file || text.empty())
+    throw Error(path + ": is empty or can't be read");
+  return text;
+}
+
 /// The plug-in's life, from its load message to its unloading.
 class PlugIn {
 public:
@@ -57,6 +67,10 @@ public:
       recordImports(mModule.handle(), std::move(tickSource));
 #else
     desktop::setTickSource(std::move(tickSource));
+    desktop::setMessageBoxAnswer([](const desktop::MessageBox& box) {
+      std::cout << "Dialog \"" << narrowed(box.caption) << "\": " << narrowed(box.text) << '\n' << std::flush;
+      return IDOK;
+    });
 #endif
     if (!mModule.send(AcRx::kInitAppMsg))
       throw Error("plug-in " + path + " refused to be loaded");
@@ -126,6 +140,9 @@ void gather(SessionInput& input, const Recorder& recorder, const Folders& folder
   input.mLog = lastLines(folders.log().u8string(), kLogLines);
   input.mOutcome.mTookEvents = tookEvents(input.mEvents, options, recorder);
   input.mOutcome.mMovedView = recorder.hasViewMoved();
+  input.mOutcome.mMovedObjects = recorder.haveObjectsMoved();
+  input.mOutcome.mScrolled = recorder.scrolls().size() > 1;
+  input.mOutcome.mTyped = host::sentTexts() > input.mSentAtStart;
 }
 
 /// Opens the door for pages and says where it is.
@@ -185,6 +202,7 @@ int runSession(const Options& options, const session::Session& session) {
   PlugIn plugIn(options.mModule, options.mIsToCheck,
                 gateP ? [&gateP] { return gateP->tickCount(); } : std::function<DWORD()>());
   recorder.begin();
+  input.mSentAtStart = host::sentTexts();
   input.mOutcome.mIsLoaded = true;
   std::cout << (options.mSession.empty() ? "Plug-in loaded; Ctrl-C ends the host"
                                          : "Plug-in loaded, playing " + options.mSession)
@@ -266,6 +284,8 @@ int run(const Options& options) {
     }
     std::cout << options.mDrawing << ": " << drawing.summary() << '\n' << std::flush;
   }
+  if (!options.mMenu.empty())
+    host::setMenuText(readFile(options.mMenu));
   if (options.mIsDryRun)
     return kExitGood;
   return runSession(options, session);

@@ -136,8 +136,8 @@ function recordedFacts(session, drawing, duration) {
   addFact(count(c.typed), 'typed lines');
   if (check) addFact(count(check.explained), 'passes explained, ' + count(check.notObservable) + ' not observable, ' +
     count(check.contradicted) + ' contradicted', check.contradicted > 0);
-  const fault = !r.loaded ? 'not loaded' : !r.tookEvents ? 'no events' : !r.movedView ? 'view at rest' : !r.unloaded ? 'not unloaded' : '';
-  addFact(fault || 'complete', 'outcome', !!fault);
+  const fault = !r.loaded ? 'not loaded' : !r.tookEvents ? 'no events' : !r.effects ? 'nothing came of the events' : !r.unloaded ? 'not unloaded' : '';
+  addFact(fault || 'complete', fault ? 'outcome' : 'the plug-in ' + r.effects, !!fault);
   byId('share_note').textContent = 'milliseconds of a frame of 16.7, the host\'s drawing apart' + (c.plugInMs
     ? '; median ' + number(c.plugInMs.median, 2) + ', p99 ' + number(c.plugInMs.most, 2) : '');
 }

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <fstream>
 #include <iomanip>
@@ -52,11 +53,14 @@ std::string oneLine(const std::wstring& text) {
 
 void printView(std::ostream& out, const char* name, const RecordedFrame& frame) {
   const host::ViewState& v = frame.mView;
+  // Coordinates to a ten-thousandth of the picture's width, wherever in the world it is.
+  const double order = std::floor(std::log10(std::fabs(v.fieldWidth)));
+  const int places = std::isfinite(order) ? static_cast<int>(std::clamp(4 - order, 0.0, 12.0)) : 4;
   std::ostringstream line;
-  line << std::setprecision(6) << "eye (" << v.position.x << ", " << v.position.y << ", " << v.position.z
-       << ")  target (" << v.target.x << ", " << v.target.y << ", " << v.target.z << ")  up ("
+  line << std::fixed << std::setprecision(places) << "eye (" << v.position.x << ", " << v.position.y << ", "
+       << v.position.z << ")  target (" << v.target.x << ", " << v.target.y << ", " << v.target.z << ")  up ("
        << std::setprecision(3) << v.up.x << ", " << v.up.y << ", " << v.up.z << ")  field "
-       << std::setprecision(6) << v.fieldWidth << " x " << v.fieldHeight
+       << std::setprecision(places) << v.fieldWidth << " x " << v.fieldHeight
        << (v.perspective ? ", perspective" : ", parallel");
   out << name << line.str() << '\n';
 }
@@ -93,8 +97,11 @@ Folders Folders::make(const std::string& out, const std::string& home) {
   Folders folders;
   folders.mOut = fs::absolute(fs::u8path(out)).lexically_normal();
   folders.mHome = home.empty() ? folders.mOut / "home" : fs::absolute(fs::u8path(home)).lexically_normal();
+  // A home that is there already stays as it is: what is missing in it is missing for the plug-in, too.
+  const bool isOwnHome = home.empty() || !fs::is_directory(folders.mHome);
   makeFolder(folders.mOut);
-  makeFolder(folders.mHome / "Orvaner" / "Applications");
+  if (isOwnHome)
+    makeFolder(folders.mHome / "Orvaner" / "Applications");
   setUserProfile(folders.mHome.make_preferred());
   return folders;
 }
@@ -140,6 +147,7 @@ void printSummary(std::ostream& out, const Folders& folders, const Recorder& rec
   printTyped(out, input.mHistory);
   printView(out, "First view     ", recorder.frames().front());
   printView(out, "Last view      ", recorder.frames().back());
+  const std::string effects = outcome.effects();
   const auto word = [](bool is, const char* yes, const char* no) { return is ? yes : no; };
   if (outcome.mCheckP)
     out << "Model          " << outcome.mCheckP->summary() << '\n';
@@ -147,7 +155,7 @@ void printSummary(std::ostream& out, const Folders& folders, const Recorder& rec
     out << "Contradicted   " << outcome.mCheckP->firstContradiction << '\n';
   out << "Plug-in        " << word(outcome.mIsLoaded, "loaded, ", "NOT loaded, ")
       << word(outcome.mTookEvents, "took events, ", "took NO events, ")
-      << word(outcome.mMovedView, "moved the view, ", "did NOT move the view, ")
+      << (effects.empty() ? "NOTHING came of them" : effects) << ", "
       << word(outcome.mIsUnloaded, "unloaded", "NOT unloaded") << '\n'
       << "Report         " << (folders.mOut / "report.html").u8string() << '\n'
       << std::flush;

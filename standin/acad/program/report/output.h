@@ -15,8 +15,8 @@ struct Folders {
   std::filesystem::path mOut;
   std::filesystem::path mHome;
 
-  /// Makes the folders, with the settings tree that comes with a device's driver, and names the home folder
-  /// in USERPROFILE. Throws Error.
+  /// Makes the folders, and in a new home the settings tree that comes with a device's driver; names the home
+  /// folder in USERPROFILE. Throws Error.
   static Folders make(const std::string& out, const std::string& home);
   std::filesystem::path log() const;
 };

@@ -138,6 +138,7 @@ void Recorder::onFrame(const host::Frame& frame) {
   const RecordedFrame& last = mFrames.back();
   if (frame.is2d ? !isSameLayout(frame.layout, last.mLayout) : !isSameView(frame.view, last.mView))
     mHasViewMoved = true;
+  mHaveObjectsMoved = mHaveObjectsMoved || !frame.moved.empty();
   // Only the state of what is shown comes with a frame.
   keep({now, frame.is2d, frame.is2d ? host::view() : frame.view, frame.is2d ? frame.layout : host::layout(),
         grouped(frame.moved), plugInSeconds});

@@ -116,6 +116,8 @@ public:
   const std::vector<double>& plugInTimes() const { return mPlugInTimes; }
   /// Whether a frame showed another view than the one before it.
   bool hasViewMoved() const { return mHasViewMoved; }
+  /// Whether a frame showed an object elsewhere than the one before it.
+  bool haveObjectsMoved() const { return mHaveObjectsMoved; }
   const DrawingData& drawing() const { return mDrawing; }
   const std::vector<Timestamped<std::string>>& captions() const { return mCaptions; }
   const std::vector<Timestamped<session::Pointer>>& pointers() const { return mPointers; }
@@ -146,6 +148,7 @@ private:
   Steady::time_point mHandedOver = Steady::now();
   std::vector<double> mPlugInTimes;
   bool mHasViewMoved = false;
+  bool mHaveObjectsMoved = false;
   DrawingData mDrawing;
   std::vector<Timestamped<std::string>> mCaptions;
   std::vector<Timestamped<session::Pointer>> mPointers;

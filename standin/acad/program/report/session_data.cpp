@@ -194,6 +194,19 @@ json countsJson(const Recorder& recorder, const SessionInput& input) {
 
 } // namespace
 
+std::string Outcome::effects() const {
+  std::string out;
+  const auto add = [&out](bool is, const char* effect) {
+    if (is)
+      out += (out.empty() ? "" : ", ") + std::string(effect);
+  };
+  add(mMovedView, "moved the view");
+  add(mMovedObjects, "moved objects");
+  add(mScrolled, "scrolled");
+  add(mTyped, "typed");
+  return out;
+}
+
 json MovedWriter::write(const std::vector<MovedGroup>& groups) {
   json out = json::array();
   for (const MovedGroup& group : groups) {
@@ -284,7 +297,7 @@ json sessionData(const Recorder& recorder, const SessionInput& input, MovedWrite
   out["counts"] = countsJson(recorder, input);
   out["result"] = {{"loaded", input.mOutcome.mIsLoaded},
                    {"tookEvents", input.mOutcome.mTookEvents},
-                   {"movedView", input.mOutcome.mMovedView},
+                   {"effects", input.mOutcome.effects()},
                    {"unloaded", input.mOutcome.mIsUnloaded}};
   if (const model::Check* const checkP = input.mOutcome.mCheckP)
     out["check"] = {{"explained", checkP->explained},

@@ -18,12 +18,18 @@ namespace program {
 struct Outcome {
   bool mIsLoaded = false;
   bool mTookEvents = false;
-  bool mMovedView = false;
   bool mIsUnloaded = false;
+  // What came of the events.
+  bool mMovedView = false;
+  bool mMovedObjects = false;
+  bool mScrolled = false;
+  bool mTyped = false;
   /// Null: no pass was held against the model.
   const model::Check* mCheckP = nullptr;
 
-  bool isGood() const { return mIsLoaded && mTookEvents && mMovedView && mIsUnloaded; }
+  /// Returns what came of the events as a list of words; empty if nothing did.
+  std::string effects() const;
+  bool isGood() const { return mIsLoaded && mTookEvents && mIsUnloaded && !effects().empty(); }
   bool isContradicted() const { return mCheckP && mCheckP->contradicted > 0; }
 };
 
@@ -32,6 +38,8 @@ struct SessionInput {
   /// The file's name, without folders.
   std::string mDrawingName;
   std::string mSessionName;
+  /// Texts that the plug-in sent while it was loaded.
+  std::int64_t mSentAtStart = 0;
   /// The session's end, unix seconds.
   double mEnd = 0;
   std::vector<DeviceEvent> mEvents;
