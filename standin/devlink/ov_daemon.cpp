@@ -53,6 +53,11 @@ void declare(CLI::App& app, Arguments& arguments, devlink::DaemonOptions& option
       ->needs(liveP)
       ->capture_default_str();
   app.add_option("--live-file", arguments.mLiveFile, "Write the WebSocket's address there")->needs(liveP);
+  app.add_option("--live-silence", arguments.mLive.mSilence,
+                 "Milliseconds of a silent page after which the cap is released; 0 for never")
+      ->check(CLI::Range(0, 86400000))
+      ->needs(liveP)
+      ->capture_default_str();
   app.add_option("--token", arguments.mLive.mToken, "What a page has to know (default: 128 random bits)")
       ->envname("OV_LIVE_TOKEN");
   app.add_flag("--linger", options.mLingers, "Stay after the last line, when no client is left");

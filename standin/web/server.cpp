@@ -142,7 +142,9 @@ private:
   }
 
   void waitForSilence() {
-    mSilence.expires_after(mOptions.mSilence);
+    if (mOptions.mSilence == 0)
+      return;
+    mSilence.expires_after(std::chrono::milliseconds(mOptions.mSilence));
     mSilence.async_wait([this](const Error& error) {
       if (!error && mSilence.expiry() <= std::chrono::steady_clock::now()) // not set again meanwhile
         mDoor.onSilent();

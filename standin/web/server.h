@@ -55,8 +55,8 @@ struct ServerOptions {
   /// Of the WebSocket, as in "/device".
   std::string mPath;
   std::size_t mMaxLineBytes = 1024;
-
-  std::chrono::milliseconds mSilence{250};
+  /// Milliseconds without a line of the driver that are silence; 0 for never.
+  int mSilence = 250;
   /// For a request, and for the end of a connection.
   std::chrono::milliseconds mHandshake{5000};
   /// How long a client may take nothing.

@@ -176,7 +176,8 @@ TEST_F(EndToEnd, CountedSessionRepeatsExactly) {
   const std::string saved = mFolder.read("out/saved.session");
   EXPECT_THAT(saved, HasSubstr("host    tick"));
 
-  DaemonProcess daemon(mFolder, "", "0", {"--live", "--live-file", mFolder.native("device")});
+  DaemonProcess daemon(mFolder, "", "0",
+                       {"--live", "--live-silence", "0", "--live-file", mFolder.native("device")});
   rig::setEnvironment("OV_DEVLINK_PORT", daemon.port());
   mFolder.write("a.session", saved);
   ASSERT_EQ(runHost(OV_MODULE, {"--device", daemon.line("device")}), 0) << mOutput;

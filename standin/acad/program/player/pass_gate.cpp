@@ -7,8 +7,6 @@ namespace program {
 
 namespace {
 
-/// The daemon releases the cap when it hears nothing for a quarter of a second.
-constexpr double kRepeatSeconds = 0.1;
 constexpr std::chrono::seconds kPatience{10};
 
 bool isDelivery(const call_log::Record& record, const session::Action& action) {
@@ -39,14 +37,8 @@ DWORD PassGate::tickCount() {
     return kStart;
   }
   const std::int64_t pass = mNext++;
-  for (; mNextAction < mActions.size() && mActions[mNextAction].mPass <= pass; ++mNextAction) {
-    session::Action& action = mActions[mNextAction];
-    deliver(action);
-    if (action.mVerb == session::Verb::motion)
-      mHeld = action.mAxes == decltype(action.mAxes){} ? std::nullopt : std::optional(action);
-  }
-  if (mHeld && unixNow() - mSent > kRepeatSeconds)
-    deliver(*mHeld);
+  for (; mNextAction < mActions.size() && mActions[mNextAction].mPass <= pass; ++mNextAction)
+    deliver(mActions[mNextAction]);
   return mNext >= mEnd || mHasFailed || mStarts.count(mNext) != 0 ? kLast : kStart;
 }
 
@@ -57,8 +49,7 @@ void PassGate::deliver(session::Action& action) {
   std::unique_lock<std::mutex> lock(mMutex);
   mAwaitedP = &action;
   mIsDelivered = mIsStored = false;
-  mSent = unixNow();
-  action.mSeconds = mSent - mRecorder.start();
+  action.mSeconds = unixNow() - mRecorder.start();
   const std::string line = session::deviceLine(action);
   mHasFailed = !mSend(line) || !mHasStored.wait_for(lock, kPatience, [this] { return mIsStored; });
   mAwaitedP = nullptr;

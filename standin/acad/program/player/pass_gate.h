@@ -10,7 +10,6 @@
 #include <condition_variable>
 #include <functional>
 #include <mutex>
-#include <optional>
 #include <set>
 
 namespace program {
@@ -47,8 +46,6 @@ private:
   const std::function<bool(const std::string&)> mSend;
   std::vector<session::Action> mActions; // of the device
   std::size_t mNextAction = 0;
-  std::optional<session::Action> mHeld; // the motion in force, if it deflects the cap
-  double mSent = 0;                     // the last line, unix seconds
   std::set<std::int64_t>
       mStarts; // passes that begin a tick, because the host acts before them or its time was up
   std::int64_t mNext = 1, mEnd = 1;
