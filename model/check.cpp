@@ -2,44 +2,39 @@
 
 namespace model {
 
-namespace {
+constexpr std::size_t MOST_TRIES = 10000; // for a pass, on the average
+constexpr int APPL_FUNC_START = 0x20020;  // code of the first key
 
-constexpr int MOST_TRIES = 10000; // for one pass
-const std::set<int> SPECIAL_EVENTS = {0x20009, 0x2000A, 0x2000B, 0x2000C, 0x20016, 0x20017, 0x20018};
-
-/// What of the engine a pass at rest can change.
-std::tuple<int, bool, bool> stateOf(const Engine& engine) {
-  return {engine.viewMode, engine.capIsMoving, engine.menuIsLoaded};
-}
-
-} // namespace
-
-RotationSettings rotationSettings(int code, bool zoomAllAfterView) {
+std::vector<int> rotationValues(int code, bool zoomAllAfterView) {
   code = std::max(code, 0);
   const int digit = code % 10 > 4 ? 0 : code % 10;
   return {digit == 4 ? 2 : digit, code % 100 >= 10, code >= 100 || digit == 4, zoomAllAfterView};
 }
 
-int rotationCode(const RotationSettings& s) {
-  const int mode = s.rotMode == 2 && s.hoverMode ? 4 : s.rotMode;
-  return mode + (s.keepHorizon ? 10 : 0) + (s.hoverMode && mode != 4 ? 100 : 0);
+int Pass::rotationCode() const {
+  return values[ROT_MODE] + 10 * values[KEEP_HORIZON] + 100 * values[HOVER_MODE];
 }
 
 Check::Check(const Settings& settings, std::function<void(const Pass&)> onPass)
-    : mSettings(settings), mOnPass(std::move(onPass)), mEngine(*this), mMotions(1), mRotations(1) {
-  mMotions[0].certain = mRotations[0].certain = 1;
+    : mSettings(settings), mOnPass(std::move(onPass)), mKnown{Engine(*this), {}, {Pass()}}, mTried(mKnown) {
+  for (auto& stored : mStored)
+    stored.push_back({0, 0, 0, 1});
+}
+
+void Check::delivered(int thread, std::int64_t order, Input first, const std::vector<int>& values) {
+  for (std::size_t i = 0; i < values.size(); ++i)
+    mStored.at(first + i).push_back({values[i], thread, order, 0});
 }
 
 void Check::eventDelivered(std::int64_t order, int code) {
-  if (code >= APPL_FUNC_START)
-    mSlots[0].deliveries.emplace_back(order, code - APPL_FUNC_START);
-  else if (SPECIAL_EVENTS.count(code) != 0)
-    mSlots[1].deliveries.emplace_back(order, code);
+  const std::set<int> special = {0x20009, 0x2000A, 0x2000B, 0x2000C, 0x20016, 0x20017, 0x20018};
+  if (code >= APPL_FUNC_START || special.count(code) != 0)
+    mKnown.events[code >= APPL_FUNC_START ? KEY : SPECIAL].emplace_back(order, code);
 }
 
 void Check::entered(int thread, std::int64_t order) {
-  for (History* const historyP : {&mMotions, &mRotations})
-    for (Stored& stored : *historyP)
+  for (auto& inputs : mStored)
+    for (Stored& stored : inputs)
       if (stored.thread == thread && stored.certain == 0)
         stored.certain = order;
 }
@@ -69,133 +64,110 @@ bool Check::advance() {
   mChoices.resize(mNext);
   while (mChoices.size() > mFrozen && ++mChoices.back().first == mChoices.back().second)
     mChoices.pop_back();
-  const bool isOther = mChoices.size() > mFrozen;
-  mNext = mFrozen = 0;
-  return isOther;
+  return mChoices.size() > mFrozen;
 }
 
-/// Returns the tick's time between the call that is made next and the one before.
-Span Check::now() const {
+/// Returns when the engine is at work: between the last call's end and the next one's entry.
+std::pair<std::int64_t, std::int64_t> Check::now() const {
   const std::size_t next = mReplayP->position();
-  return {next == 0 ? mTickP->span.entered : mTickP->spans[next - 1].ended,
-          next == mTickP->spans.size() ? mTickP->span.ended : mTickP->spans[next].entered};
+  return {next == 0 ? mTickP->entered : mTickP->calls[next - 1].order,
+          next == mTickP->calls.size() ? mTickP->ended : mTickP->calls[next].entered};
 }
 
-/// Returns the oldest candidate, and how many there are up to the newest.
-std::pair<std::size_t, int> Check::candidates(const History& history) const {
-  const Span time = now();
-  std::size_t oldest = 0, newest = 0;
-  for (std::size_t i = 0; i < history.size() && history[i].delivered < time.ended; ++i) {
+/// Reads what is certainly stored or what came after it, the newest first. All axes come from one event if that fits.
+int Check::read(std::size_t input) {
+  const auto [from, to] = now();
+  const auto& stored = mStored.at(input);
+  int oldest = 0, newest = 0;
+  for (int i = 0; i < static_cast<int>(stored.size()) && stored[i].delivered < to; ++i) {
     newest = i;
-    if (history[i].certain != 0 && history[i].certain <= time.entered)
+    if (stored[i].certain != 0 && stored[i].certain <= from)
       oldest = i;
   }
-  return {oldest, static_cast<int>(newest - oldest) + 1};
-}
-
-short Check::axis(int index) {
-  const auto [oldest, count] = candidates(mMotions);
-  if (index == 0)
+  const int count = newest - oldest + 1;
+  if (input == X)
     mCommonEvent = count == 1 ? 0 : pick(count + 1);
-  const int back = mCommonEvent < count ? mCommonEvent : pick(count);
-  const auto i = static_cast<std::size_t>(index);
-  return mBegun.back().axes[i] = mMotions[oldest + static_cast<std::size_t>(count - 1 - back)].axes[i];
+  const bool isCommon = input < ROT_MODE && mCommonEvent < count;
+  return mTried.passes.back().values[input] = stored[newest - (isCommon ? mCommonEvent : pick(count))].value;
 }
 
-const RotationSettings& Check::rotation() {
-  const auto [oldest, count] = candidates(mRotations);
-  return mRotations[oldest + static_cast<std::size_t>(count - 1 - pick(count))].rotation;
-}
-
-/// Returns one of those that may be pending, the newest first, if something is served now.
-int Check::pending(Slot& slot, int none) {
-  if (mReplayP->next() != "acDocManagerPtr")
-    return none;
-  const std::int64_t end = now().ended;
-  const auto count = static_cast<int>(std::count_if(slot.deliveries.begin(), slot.deliveries.end(),
-                                                    [end](const auto& one) { return one.first < end; }));
-  slot.chosen = count - pick(count + 1);
-  return slot.chosen == 0 ? none : slot.deliveries[static_cast<std::size_t>(slot.chosen) - 1].second;
-}
-
-void Check::serve(Slot& slot, int firstCode) {
-  const auto chosen = slot.deliveries.begin() + slot.chosen;
-  mBegun.back().served.push_back((chosen - 1)->second + firstCode);
-  slot.deliveries.erase(slot.deliveries.begin(), chosen);
-}
-
-int Check::pendingKey() {
-  mFrozen = mNext;
-  const auto [oldest, count] = candidates(mRotations);
-  Pass pass;
-  pass.axes = mBegun.empty() ? mAxes : mBegun.back().axes;
-  pass.rotation = mRotations[oldest + static_cast<std::size_t>(count) - 1].rotation;
-  pass.entered = mTickP->spans[mReplayP->position() - 1].entered; // GetTickCount
-  mBegun.push_back(pass);
-  return pending(mLeft[0], -1);
-}
-
-/// Reports the passes of the tick, which has been explained.
-void Check::reportPasses() {
-  constexpr std::size_t IDLE_CALLS = 6; // KillTimer, twice GetTickCount, tilemode, cvport, SetTimer
-  const auto isAtRest = [this](int axis) {
-    return std::abs(axis) <= static_cast<short>(mSettings.minThreshold);
-  };
-  for (std::size_t i = 0; i < mBegun.size(); ++i) {
-    Pass& pass = mBegun[i];
-    pass.isLast = i + 1 == mBegun.size();
-    pass.ended = pass.isLast ? mTickP->span.ended : mBegun[i + 1].entered;
-    pass.isAtRest = std::all_of(pass.axes.begin(), pass.axes.end(), isAtRest);
-    pass.isIdle = mTickP->calls.size() == IDLE_CALLS && mBefore == stateOf(mEngine);
-    mAxes = pass.axes;
-    mOnPass(pass);
+/// Of the events that may be pending, if something is served now, chooses one, the newest first. A pass begins
+/// with the question for a key, and what has been chosen before explains those before.
+int Check::pending(Slot slot) {
+  if (slot == KEY) {
+    Pass& before = mTried.passes.back();
+    before.ended = mTickP->calls[mReplayP->position() - 1].entered; // GetTickCount
+    mTried.passes.push_back({before.values, before.ended, mTickP->ended, {}});
+    mFrozen = mNext;
   }
+  if (mReplayP->next() != "acDocManagerPtr")
+    return -1;
+  const auto& events = mTried.events[slot];
+  const auto isDelivered = [to = now().second](const auto& event) { return event.first < to; };
+  mGone = std::count_if(events.begin(), events.end(), isDelivered);
+  mGone -= pick(static_cast<int>(mGone) + 1);
+  return mGone == 0 ? -1 : events[mGone - 1].second - (slot == KEY ? APPL_FUNC_START : 0);
+}
+
+void Check::served(Slot slot) {
+  auto& events = mTried.events[slot];
+  mTried.passes.back().served.push_back(events[mGone - 1].second);
+  events.erase(events.begin(), events.begin() + mGone);
 }
 
 void Check::tick(const Tick& tick) {
-  const auto isLogged = [this](const std::string& type) { return mSettings.loggedTypes.count(type) != 0; };
-  const std::int64_t passes = std::count_if(tick.calls.begin(), tick.calls.end(),
-                                            [](const Call& call) { return call.text == L"tilemode"; });
+  const auto isPass = [](const Call& call) { return call.text == L"tilemode"; };
+  const std::int64_t passes = std::count_if(tick.calls.begin(), tick.calls.end(), isPass);
+  for (auto& stored : mStored)
+    while (stored.size() > 1 && stored[1].certain != 0 && stored[1].certain < tick.entered)
+      stored.pop_front();
+  if (contradicted != 0) {
+    notObservable += passes;
+    return;
+  }
   mTickP = &tick;
   mChoices.clear();
-  mNext = mFrozen = 0;
-  int tries = 0, pass = 0; // the one that no choice has explained yet
-  std::size_t furthest = 0;
+  std::size_t begun = 0, furthest = 0; // passes, counted from the one before the tick; calls
   std::string reason;
-  bool isExplained = false;
-  while (!isExplained && contradicted == 0) {
-    Engine engine(mEngine, *this);
-    Replay replay(tick.calls, tick.records, isLogged);
+  for (std::size_t tries = 0; tries == 0 || (tries < MOST_TRIES * begun && advance()); ++tries) {
+    mTried = mKnown;
+    mNext = mFrozen = 0;
+    Replay replay(tick.calls, tick.records, mSettings.loggedTypes);
     mReplayP = &replay;
-    mBegun.clear();
-    mLeft = mSlots;
     try {
-      engine.timerProc(replay);
+      mTried.engine.timerProc(replay);
       replay.end();
-      mBefore = stateOf(mEngine);
-      mEngine = engine;
-      mSlots = mLeft;
-      isExplained = true;
-    } catch (const std::exception& contradiction) { // also results that a recording hasn't
-      const int begun = static_cast<int>(mBegun.size());
-      if (begun > pass || replay.position() >= furthest)
-        reason = contradiction.what();
-      furthest = std::max(furthest, replay.position());
-      tries = begun > pass ? 1 : tries + 1;
-      pass = std::max(pass, begun);
-      contradicted = advance() && tries < MOST_TRIES ? 0 : 1;
+      explained += passes;
+      return accept();
+    } catch (const Contradiction& contradiction) {
+      if (replay.position() < furthest)
+        continue;
+      furthest = replay.position();
+      begun = mTried.passes.size();
+      reason = contradiction.what();
     }
   }
-  const std::int64_t before = isExplained ? passes : std::clamp<std::int64_t>(pass - 1, 0, passes);
-  if (!reason.empty() && !isExplained)
-    firstContradiction = text("at ", tick.seconds, " s, pass ", explained + before + 1, ": ", reason);
-  if (isExplained && mOnPass)
-    reportPasses();
+  const auto before = std::clamp<std::int64_t>(static_cast<std::int64_t>(begun) - 2, 0, passes);
+  firstContradiction = text("at ", tick.seconds, " s, pass ", explained + before + 1, ": ", reason);
   explained += before;
-  notObservable += std::max<std::int64_t>(passes - before - (reason.empty() ? 0 : 1), 0);
-  for (History* const historyP : {&mMotions, &mRotations})
-    while (historyP->size() > 1 && (*historyP)[1].certain != 0)
-      historyP->pop_front();
+  notObservable += std::max<std::int64_t>(passes - before - 1, 0);
+  contradicted = 1;
+}
+
+/// Takes over what explains the tick, and reports its passes.
+void Check::accept() {
+  constexpr std::size_t IDLE_CALLS = 6; // KillTimer, twice GetTickCount, tilemode, cvport, SetTimer
+  const Engine &before = mKnown.engine, &after = mTried.engine;
+  const bool isIdle = mTickP->calls.size() == IDLE_CALLS && before.viewMode == after.viewMode &&
+                      before.menuIsLoaded == after.menuIsLoaded;
+  auto& passes = mTried.passes;
+  for (std::size_t i = 1; i < passes.size(); ++i) {
+    passes[i].isIdle = isIdle;
+    passes[i].endsTick = i + 1 == passes.size() && after.keepGoing;
+    mOnPass(passes[i]);
+  }
+  passes.erase(passes.begin(), passes.end() - 1);
+  mKnown = mTried;
 }
 
 std::string Check::summary() const {

@@ -3,68 +3,49 @@
 
 #include "engine.h"
 
-#include <cstdint>
 #include <deque>
-#include <functional>
 #include <optional>
-#include <set>
-#include <tuple>
 
 namespace model {
 
-/// What a rotation code of the device says.
-struct RotationSettings {
-  int rotMode = 0;
-  bool keepHorizon = false, hoverMode = false, zoomAllAfterView = false;
-};
-RotationSettings rotationSettings(int code, bool zoomAllAfterView);
-/// Returns a code that says the same.
-int rotationCode(const RotationSettings& settings);
-
-/// Entry and end, counted over all threads.
-struct Span {
-  std::int64_t entered = 0, ended = 0;
-};
+/// Returns what a rotation code of the device says: the inputs from ROT_MODE on.
+std::vector<int> rotationValues(int code, bool zoomAllAfterView);
 
 /// One tick of the timer: its calls and the records that it left.
 struct Tick {
   std::vector<Call> calls;
-  std::vector<Span> spans; // of the calls
-  Span span;
-  std::vector<Record> records;
-  double seconds = 0; // since the session's start
+  std::vector<std::string> records;
+  std::int64_t entered = 0, ended = 0; // in the order of all entries and ends
+  double seconds = 0;                  // since the session's start
 };
 
 /// What a pass was given, by the choice that explains it: of several the one that takes the newest.
 struct Pass {
-  std::array<short, 6> axes{};         // as the engine used them; those of the pass before if it read none
-  RotationSettings rotation;           // the newest, where the engine read none
-  std::vector<int> served;             // codes of the events
+  std::array<int, INPUTS> values{}; // as the engine used them; what it didn't read is as in the pass before
   std::int64_t entered = 0, ended = 0; // in the order of all entries and ends
-  bool isAtRest = false;
-  bool isIdle = false; // its tick only read the time and the mode, and left the engine as it was
-  bool isLast = false; // of its tick
+  std::vector<int> served;             // codes of the events
+  bool isIdle = false;   // its tick only read the time and the mode, and left the engine as it was
+  bool endsTick = false; // whose time was up
+
+  /// Returns a rotation code that says the same as the values.
+  int rotationCode() const;
 };
 
 /// Holds the ticks of a session against the model. What other threads wrote meanwhile is chosen so that it
 /// fits. The first contradiction ends the check: what the plug-in's state is then isn't known.
 class Check : private Inputs {
 public:
-  /// onPass  called with each pass of a tick that is explained, in order; may be empty
-  explicit Check(const Settings& settings, std::function<void(const Pass&)> onPass = nullptr);
+  /// onPass  called with each pass of a tick that is explained, in order
+  explicit Check(const Settings& settings, std::function<void(const Pass&)> onPass);
 
   // What comes before a tick and during it, in the order of its ends.
-  void motionDelivered(int thread, std::int64_t order, const std::array<short, 6>& axes) {
-    mMotions.push_back({axes, {}, thread, order});
-  }
-  void rotationDelivered(int thread, std::int64_t order, const RotationSettings& settings) {
-    mRotations.push_back({{}, settings, thread, order});
-  }
+  /// A thread was given the values of a sample, or those of a rotation code.
+  void delivered(int thread, std::int64_t order, Input first, const std::vector<int>& values);
   void eventDelivered(std::int64_t order, int code);
   /// The thread makes another call: what it was given before is stored.
   void entered(int thread, std::int64_t order);
   /// The first timer, which is armed outside of any tick.
-  void timerArmed(double id) { mEngine.timerId = id; }
+  void timerArmed(double id) { mKnown.engine.timerId = id; }
   /// A line of the command line; those of the toggle commands count.
   void printed(const std::wstring& text);
   /// The content of the menu file, once there is one.
@@ -79,60 +60,42 @@ public:
 
 private:
   const Settings& settings() override { return mSettings; }
-  short axis(int index) override;
-  int pendingKey() override;
-  int pendingSpecial() override { return pending(mLeft[1], 0); }
-  int rotMode() override { return used().rotMode = rotation().rotMode; }
-  bool keepHorizon() override { return used().keepHorizon = rotation().keepHorizon; }
-  bool hoverMode() override { return used().hoverMode = rotation().hoverMode; }
-  bool zoomAllAfterView() override { return used().zoomAllAfterView = rotation().zoomAllAfterView; }
-  void keyServed() override { serve(mLeft[0], APPL_FUNC_START); }
-  void specialServed() override { serve(mLeft[1], 0); }
+  int read(std::size_t input) override;
+  int pending(Slot slot) override;
+  void served(Slot slot) override;
   const MenuFile* menuFile() override { return mMenu && pick(2) == 0 ? &*mMenu : nullptr; }
-
-  /// What another thread stored, some time between its delivery and that thread's next call.
-  struct Stored {
-    std::array<short, 6> axes;
-    RotationSettings rotation;
-    int thread = 0;
-    std::int64_t delivered = 0, certain = 0; // certain: 0 while the thread hasn't called again
-  };
-  using History = std::deque<Stored>;
-
-  /// Deliveries that may still be pending: order and code.
-  struct Slot {
-    std::vector<std::pair<std::int64_t, int>> deliveries;
-    int chosen = 0; // how many are gone once the chosen one is served
-  };
 
   int pick(int count);
   bool advance();
-  Span now() const;
-  std::pair<std::size_t, int> candidates(const History& history) const;
-  const RotationSettings& rotation();
-  int pending(Slot& slot, int none);
-  void serve(Slot& slot, int firstCode);
-  RotationSettings& used() { return mBegun.back().rotation; }
-  void reportPasses();
+  void accept();
+  std::pair<std::int64_t, std::int64_t> now() const;
 
-  static constexpr int APPL_FUNC_START = 0x20020;
+  /// What another thread stored, some time between its delivery and that thread's next call.
+  struct Stored {
+    int value = 0, thread = 0;
+    std::int64_t delivered = 0, certain = 0; // certain: 0 while the thread hasn't called again
+  };
+  /// What ticks change.
+  struct State {
+    Engine engine;
+    std::array<std::vector<std::pair<std::int64_t, int>>, 2> events; // by slot: order and code
+    std::vector<Pass> passes; // the last one of the tick before, then those begun
+  };
+
   Settings mSettings;
   std::function<void(const Pass&)> mOnPass;
-  Engine mEngine;
-  std::array<short, 6> mAxes{};        // of the last pass
-  std::tuple<int, bool, bool> mBefore; // the engine's state before the last tick
-  History mMotions, mRotations;
-  std::array<Slot, 2> mSlots; // keys, special events
+  State mKnown;
+  std::array<std::deque<Stored>, INPUTS> mStored;
   std::optional<MenuFile> mMenu;
 
   // Of the tick that is being played.
+  State mTried;
   const Tick* mTickP = nullptr;
   const Replay* mReplayP = nullptr;
   std::vector<std::pair<int, int>> mChoices; // value and count of each
   std::size_t mNext = 0, mFrozen = 0;        // choice; those before the frozen one stay
-  std::vector<Pass> mBegun;                  // passes
-  int mCommonEvent = 0; // of all axes of the sample; past the candidates: each has its own
-  std::array<Slot, 2> mLeft;
+  int mCommonEvent = 0;     // of all axes of the sample; past the candidates: each has its own
+  std::ptrdiff_t mGone = 0; // events, once the pending one is served
 };
 
 } // namespace model

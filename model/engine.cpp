@@ -5,16 +5,28 @@
 
 namespace model {
 
-Engine::Engine(Inputs& inputs) : mInputsP(&inputs) {
-  readSettings();
+/// Does some work; returns whether the host threw nothing.
+bool Engine::succeeds(const Work& work) {
+  try {
+    work();
+    return true;
+  } catch (const HostException&) {
+    return false;
+  }
+}
+
+/// Does an operation's work, and expects its record if the host throws. Returns whether it didn't.
+bool Engine::guarded(const char* operation, const Work& work) {
+  const bool isDone = succeeds(work);
+  if (!isDone)
+    log("ERR", text("Error ", operation, "()"));
+  return isDone;
 }
 
 void Engine::readSettings() {
-  const Settings& settings = mInputsP->settings();
-  mTraSensBase = settings.traSensBase == 0 ? 20000 : settings.traSensBase;
-  mRotSensBase = settings.rotSensBase == 0 ? 10000 : settings.rotSensBase;
-  mMaxContMoveTime = static_cast<std::uint32_t>(settings.maxContMoveTime);
-  mUseInt3dIntrfce = settings.useInt3dIntrfce;
+  mCopied = mInputsP->settings();
+  mCopied.traSensBase = mCopied.traSensBase == 0 ? 20000 : mCopied.traSensBase;
+  mCopied.rotSensBase = mCopied.rotSensBase == 0 ? 10000 : mCopied.rotSensBase;
 }
 
 void Engine::timerProc(Replay& replay) {
@@ -23,7 +35,7 @@ void Engine::timerProc(Replay& replay) {
     call("KillTimer", {timerId});
     if (!menuIsLoaded)
       loadMenufile();
-    doTransform(replay);
+    doTransform();
     if (!isPumpRunning)
       return;
     timerId = ask("SetTimer", {capIsMoving ? 10.0 : 100.0});
@@ -32,31 +44,29 @@ void Engine::timerProc(Replay& replay) {
   });
 }
 
-void Engine::doTransform(Replay& replay) {
-  mReplayP = &replay;
+void Engine::doTransform() {
   const auto ticks = [this] { return static_cast<std::uint32_t>(ask("GetTickCount")); };
   const std::uint32_t entry = ticks();
   std::uint32_t elapsed = 0;
-  bool keepGoing = true;
-  while (elapsed < mMaxContMoveTime && keepGoing) {
+  keepGoing = true;
+  while (elapsed < static_cast<std::uint32_t>(mCopied.maxContMoveTime) && keepGoing) {
     elapsed = ticks() - entry;
     guarded("doTransform", [&] {
-      handleDeviceKeys(replay);
-      keepGoing = !mUseInt3dIntrfce && handleDeviceCap(replay);
+      handleDeviceKeys();
+      keepGoing = !mCopied.useInt3dIntrfce && handleDeviceCap(*mReplayP);
     });
   }
 }
 
-void Engine::handleDeviceKeys(Replay& replay) {
-  mReplayP = &replay;
+void Engine::handleDeviceKeys() {
   guarded("handleDeviceKeys", [&] {
-    if (const int key = mInputsP->pendingKey(); key >= 0) {
+    if (const int key = mInputsP->pending(KEY); key >= 0) {
       execApplFunction(key);
-      mInputsP->keyServed();
+      mInputsP->served(KEY);
     }
-    if (const int special = mInputsP->pendingSpecial(); special > 0) {
+    if (const int special = mInputsP->pending(SPECIAL); special > 0) {
       execSpecialApplFunction(special);
-      mInputsP->specialServed();
+      mInputsP->served(SPECIAL);
     }
   });
 }
@@ -66,17 +76,17 @@ bool Engine::handleDeviceCap(Replay& replay) {
   const int threshold = static_cast<short>(mInputsP->settings().minThreshold);
   viewMode = isLayout() ? 1 : 2;
   Sample s;
-  for (int i = 0; i < 6; ++i)
-    s[static_cast<std::size_t>(i)] = mInputsP->axis(i);
-  const bool isAtRest = std::all_of(s.begin(), s.end(), [&](int v) { return std::abs(v) <= threshold; });
-  if (isAtRest)
+  for (std::size_t i = 0; i < s.size(); ++i)
+    s[i] = mInputsP->read(X + i);
+  if (std::all_of(s.begin(), s.end(), [&](int v) { return std::abs(v) <= threshold; })) {
     handleCapIsReleased();
-  if (isAtRest || scrollTreesAndLists(s[0], s[1], s[2]))
-    return !isAtRest;
-  if (viewMode == 1)
-    guarded("handleCapIsDeflectedIn2DMode", [&] { handleCapIsDeflectedIn2DMode(s); });
-  else
-    guarded("handleCapIsDeflectedIn3DMode", [&] { handleCapIsDeflectedIn3DMode(s); });
+    return false;
+  }
+  bool isSpent = false; // also after an exception, which leaves no record
+  if (succeeds([&] { isSpent = scrollTreesAndLists(s[0], s[1], s[2]); }) && isSpent)
+    return true;
+  guarded(viewMode == 1 ? "handleCapIsDeflectedIn2DMode" : "handleCapIsDeflectedIn3DMode",
+          [&] { viewMode == 1 ? handleCapIsDeflectedIn2DMode(s) : handleCapIsDeflectedIn3DMode(s); });
   if (!capIsMoving)
     log("INF", "Cap moving.");
   capIsMoving = true;
@@ -89,8 +99,8 @@ bool Engine::isLayout() {
     const Call& read = call("acedGetVar", {}, variable);
     return out(read, 0) == RTNORM ? out(read, 1) == value : viewMode == 1;
   };
-  const bool isTiled = !is(L"tilemode", 0);
-  return is(L"cvport", 1) && !isTiled;
+  const bool isPaper = is(L"tilemode", 0);
+  return is(L"cvport", 1) && isPaper;
 }
 
 void Engine::loadMenufile() {
@@ -121,84 +131,75 @@ void Engine::send(double document, double activate, const std::wstring& what) {
 }
 
 void Engine::execApplFunction(int keyEvent) {
-  const auto document = currentDocument();
+  const double document = currentDocument();
   const int count = static_cast<int>(menuEntries.size());
   if (keyEvent >= count)
     return log("ERR", text("keyEvent (", keyEvent, "') too big (max. is ", count - 1, ")!"));
-  const std::string& entry = menuEntries[static_cast<std::size_t>(keyEvent)];
+  std::wstring entry;
+  for (const unsigned char c : menuEntries[static_cast<std::size_t>(keyEvent)])
+    entry += c;
   if (!entry.empty())
     send(document, 1, L"\x1b\x1b");
-  std::istringstream tokens(entry);
-  for (std::string token; std::getline(tokens, token, ';');) {
-    std::wstring wide;
-    for (const unsigned char c : token)
-      wide += c;
-    const bool isExpression = token.compare(0, 2, "M=") == 0;
-    send(document, 1, isExpression ? L"(command (menucmd \"" + wide + L"\"))\n" : wide + L"\n");
-  }
+  std::wistringstream tokens(entry);
+  for (std::wstring token; std::getline(tokens, token, L';');)
+    send(document, 1,
+         token.compare(0, 2, L"M=") == 0 ? L"(command (menucmd \"" + token + L"\"))\n" : token + L"\n");
 }
 
 void Engine::execSpecialApplFunction(int eventCode) {
   static const std::map<int, std::wstring> views = {{0x20009, L"FRONT"}, {0x2000A, L"RIGHT"},
                                                     {0x2000B, L"TOP"},   {0x20016, L"BACK"},
                                                     {0x20017, L"LEFT"},  {0x20018, L"BOTTOM"}};
-  const auto document = currentDocument();
+  const double document = currentDocument();
   const bool isZoom = eventCode == 0x2000C, is2D = viewMode == 1;
   const auto found = views.find(eventCode);
   if (!isZoom && !is2D && found != views.end())
     send(document, 0, L"'_-VIEW _" + found->second + L" ");
   if (!isZoom && !is2D && found == views.end())
     log("ERR", text("Unknown special command '", eventCode, "' found!"));
-  if (isZoom || (!is2D && mInputsP->zoomAllAfterView()))
+  if (isZoom || (!is2D && read(ZOOM_ALL_AFTER_VIEW) != 0))
     send(document, 0, is2D ? L"_ZOOM _ALL " : L"'_ZOOM _ALL ");
 }
 
 bool Engine::scrollTreesAndLists(int x, int y, int z) {
-  try {
-    if (!mInputsP->settings().scrollTreeAndList)
-      return false;
-    const Call& cursor = call("GetCursorPos");
-    const int left = static_cast<int>(out(cursor, 1)), top = static_cast<int>(out(cursor, 2));
-    const double window = windowUnderPoint(left, top);
-    if (window == 0)
-      return false;
-    const std::wstring name = call("GetClassNameW", {window}).outText;
-    const auto names = {L"SysTreeView32", L"TreeView", L"SysListView32", L"ListBox", L"Edit"};
-    const bool hasBar =
-        std::any_of(names.begin(), names.end(), [&](auto part) { return name.find(part) != name.npos; });
-    const int v = std::abs(y) > std::abs(z) ? -y : z;
-    const bool isVertical = std::abs(v) > std::abs(x), isEven = std::abs(v) == std::abs(x);
-    const int amount = isVertical ? v : x, pause = std::max(1, 150 - std::abs(amount) / 2);
-    if (hasBar)
-      return isEven || moveBar(window, isVertical, amount, pause);
-    if (name != L"QWidget")
-      return false;
-    if (!isEven) {
-      const double delta = amount < 0 ? 0x00780000 : 0xFF880000;
-      const auto position =
-          static_cast<std::uint32_t>(top) << 16 | (static_cast<std::uint32_t>(left) & 0xFFFF);
-      call("SendMessageW", {window, 0x020A, delta, double(position)});
-      call("UpdateWindow", {window});
-    }
-    call("Sleep", {double(pause)});
-    return true;
-  } catch (const HostException&) {
+  if (!mInputsP->settings().scrollTreeAndList)
     return false;
+  const Call& cursor = call("GetCursorPos");
+  const double left = out(cursor, 1), top = out(cursor, 2), window = windowUnderPoint(left, top);
+  if (window == 0)
+    return false;
+  const std::wstring name = call("GetClassNameW", {window}).outText;
+  const auto names = {L"SysTreeView32", L"TreeView", L"SysListView32", L"ListBox", L"Edit"};
+  const bool hasBar =
+      std::any_of(names.begin(), names.end(), [&](auto part) { return name.find(part) != name.npos; });
+  if (!hasBar && name != L"QWidget")
+    return false;
+  const int v = std::abs(y) > std::abs(z) ? -y : z;
+  const bool isVertical = std::abs(v) > std::abs(x), isEven = std::abs(v) == std::abs(x);
+  const int amount = isVertical ? v : x, pause = std::max(1, 150 - std::abs(amount) / 2);
+  if (hasBar)
+    return isEven || moveBar(window, isVertical, amount, pause);
+  if (!isEven) {
+    const std::uint32_t low = 0xFFFF & std::int32_t(left), high = 0xFFFF & std::int32_t(top);
+    const double delta = amount < 0 ? 0x00780000 : 0xFF880000;
+    call("SendMessageW", {window, 0x020A, delta, double(high << 16 | low)});
+    call("UpdateWindow", {window});
   }
+  call("Sleep", {double(pause)});
+  return true;
 }
 
 /// Finds the smallest visible window at a position, 0 if there is none.
-double Engine::windowUnderPoint(int x, int y) {
+double Engine::windowUnderPoint(double x, double y) {
   bool isAt = false; // of the window measured last
   const auto areaOf = [&](double window) {
     const Call& rect = call("GetWindowRect", {window});
-    const auto left = std::int32_t(out(rect, 1)), top = std::int32_t(out(rect, 2));
-    const auto right = std::int32_t(out(rect, 3)), bottom = std::int32_t(out(rect, 4));
+    const double left = out(rect, 1), top = out(rect, 2), right = out(rect, 3), bottom = out(rect, 4);
     isAt = x >= left && x < right && y >= top && y < bottom;
-    return std::int32_t((std::uint32_t(right) - std::uint32_t(left)) *
-                        (std::uint32_t(bottom) - std::uint32_t(top)));
+    const std::int64_t width(right - left), height(bottom - top);
+    return static_cast<std::int32_t>(width * height);
   };
-  double best = ask("WindowFromPoint", {double(x), double(y)});
+  double best = ask("WindowFromPoint", {x, y});
   if (best == 0)
     return 0;
   std::int32_t bestArea = areaOf(best);

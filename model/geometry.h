@@ -7,39 +7,42 @@
 namespace model {
 
 /// A point or a vector.
+/// scale  the largest operand that went into it, 0 for one that is as the host gave it
 struct Vec3 {
-  double x = 0, y = 0, z = 0;
+  double x = 0, y = 0, z = 0, scale = 0;
 
-  friend Vec3 operator+(const Vec3& a, const Vec3& b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
-  friend Vec3 operator-(const Vec3& a, const Vec3& b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
-  friend Vec3 operator*(const Vec3& a, double factor) { return {a.x * factor, a.y * factor, a.z * factor}; }
+  /// Returns the largest magnitude of a coordinate or an operand; NaN doesn't count.
+  friend double largest(const Vec3& a) {
+    return std::max({a.scale, std::abs(a.x), std::abs(a.y), std::abs(a.z)});
+  }
+  friend Vec3 operator+(const Vec3& a, const Vec3& b) {
+    return {a.x + b.x, a.y + b.y, a.z + b.z, std::max(largest(a), largest(b))};
+  }
+  friend Vec3 operator-(const Vec3& a, const Vec3& b) { return a + b * -1; }
+  friend Vec3 operator*(const Vec3& a, double factor) {
+    return {a.x * factor, a.y * factor, a.z * factor, largest(a) * std::abs(factor)};
+  }
   friend Vec3 operator/(const Vec3& a, double divisor) {
-    return {a.x / divisor, a.y / divisor, a.z / divisor};
+    return {a.x / divisor, a.y / divisor, a.z / divisor, largest(a) / std::abs(divisor)};
   }
   friend double dot(const Vec3& a, const Vec3& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
   friend Vec3 cross(const Vec3& a, const Vec3& b) {
-    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x, largest(a) * largest(b)};
   }
   friend double length(const Vec3& a) { return std::sqrt(dot(a, a)); }
-  /// Returns the largest magnitude of a coordinate; NaN doesn't count.
-  friend double largest(const Vec3& a) {
-    return std::max({0.0, std::abs(a.x), std::abs(a.y), std::abs(a.z)});
-  }
   /// Returns whether a vector is long enough to have a direction.
   friend bool hasDirection(const Vec3& a) { return length(a) > 1e-12; }
   /// Scales a vector to length 1; leaves one without direction, as the host does.
-  friend Vec3 normalized(const Vec3& a) { return hasDirection(a) ? a / length(a) : a; }
+  friend Vec3 normalized(const Vec3& a) {
+    const double size = hasDirection(a) ? length(a) : 1;
+    return {a.x / size, a.y / size, a.z / size};
+  }
   /// Turns a vector by the right-hand rule; a zero axis leaves it.
   friend Vec3 rotateBy(const Vec3& v, double angle, const Vec3& axis) {
     const double size = length(axis), c = std::cos(angle);
     const Vec3 a = size == 0 ? axis : axis / size;
     return size == 0 ? v : v * c + cross(a, v) * std::sin(angle) + a * (dot(a, v) * (1 - c));
   }
-};
-
-/// A computed point or vector, and the largest operand that went into it.
-struct Scaled : Vec3 {
-  double scale = 0;
 };
 
 } // namespace model

@@ -3,11 +3,11 @@
 namespace model {
 
 void Engine::retrieveViewParams() {
-  const Call& read = call("acedGetVar", {}, L"CVPORT");
+  const Call& variable = call("acedGetVar", {}, L"CVPORT");
   view = 0;
-  if (out(read, 0) != RTNORM)
-    return log("ERR", text("System variable 'CVPORT'could not be retrieved! rc = ", int(out(read, 0))));
-  cvportNumber = static_cast<int>(out(read, 1));
+  if (out(variable, 0) != RTNORM)
+    return log("ERR", text("System variable 'CVPORT'could not be retrieved! rc = ", int(out(variable, 0))));
+  cvportNumber = static_cast<int>(out(variable, 1));
   view = ask("acgsObtainAcGsView", {double(cvportNumber), 1});
   if (view == 0)
     log("ERR", "AcGsView object could not be retrieved!");
@@ -17,12 +17,10 @@ void Engine::handleCapIsReleased() {
   if (!capIsMoving)
     return;
   guarded("handleCapIsReleased", [&] {
-    if (viewMode == 1 || isDocLocked) {
-      const double document = currentDocument();
-      if (isDocLocked)
-        call("unlockDocument", {document});
-      isDocLocked = false;
-    }
+    const double document = viewMode == 1 || isDocLocked ? currentDocument() : 0;
+    if (isDocLocked)
+      call("unlockDocument", {document});
+    isDocLocked = false;
     if (viewMode == 1)
       return log("TRC", "Document unlocked");
     retrieveViewParams();
@@ -42,12 +40,12 @@ void Engine::handleCapIsDeflectedIn3DMode(const Sample& sample) {
   const bool isFramed = guarded("calcScreenAxesRelativeToObject", [&] {
     const Vec3 p = askPoint("position"), t = askPoint("target"), u = askPoint("upVector");
     mAxes = {normalized(cross(p - t, u)), normalized(u), normalized(p - t)};
-    return true;
   });
   if (!isFramed)
     return;
   mIsPerspective = ask("isPerspective", {view}) != 0;
-  if (!mInputsP->settings().objectMoveMode || !transformSelection(sample)) {
+  if (!mInputsP->settings().objectMoveMode ||
+      !transformSelection(sample, read(HOVER_MODE) != 0, read(KEEP_HORIZON) != 0)) {
     moveXYZ(sample);
     rotateABC(sample);
   }
@@ -57,15 +55,14 @@ void Engine::handleCapIsDeflectedIn3DMode(const Sample& sample) {
 void Engine::moveXYZ(const Sample& sample) {
   if (sample[0] == 0 && sample[1] == 0 && sample[2] == 0)
     return;
-  const double base = mInputsP->rotMode() < 2 ? mTraSensBase : -mTraSensBase;
-  const bool hovers = mInputsP->hoverMode() && mIsPerspective;
+  const double base = (read(ROT_MODE) < 2 ? 1.0 : -1.0) * mCopied.traSensBase;
+  const bool hovers = read(HOVER_MODE) != 0 && mIsPerspective;
   const auto move3D = [&](double value, const Vec3& axis) {
     const Vec3 p = askPoint("position"), t = askPoint("target");
     const double w = ask("fieldWidth", {view}), h = ask("fieldHeight", {view});
-    const double step = value * std::sqrt(h * w);
-    const Vec3 shift{axis.x * step, axis.y * step, hovers ? 0 : axis.z * step};
-    const auto moved = [&](const Vec3& v) { return Scaled{v + shift, std::max(largest(v), std::abs(step))}; };
-    setView(moved(p), moved(t), {askPoint("upVector")}, w, h);
+    Vec3 shift = axis * (value * std::sqrt(h * w));
+    shift.z = hovers ? 0 : shift.z;
+    setView(p + shift, t + shift, askPoint("upVector"), w, h);
   };
   guarded("moveXYZ", [&] {
     for (std::size_t i = 0; i < 3; ++i) {
@@ -84,33 +81,33 @@ void Engine::moveXYZ(const Sample& sample) {
 /// Rotates the view about the selection or what the mode says. A selected line is the axis, and gets its
 /// share of the values.
 void Engine::rotateABC(const Sample& sample) {
-  std::array<short, 3> values{sample[3], sample[4], sample[5]};
-  if (values == std::array<short, 3>{})
+  std::array<int, 3> values{sample[3], sample[4], sample[5]};
+  if (values == std::array<int, 3>{})
     return;
   std::array<Vec3, 3> axes = mAxes;
-  Scaled centre;
+  Vec3 centre;
   if (mInputsP->settings().toggleRotationAxis && getSelObjectAxis()) {
     for (std::size_t i = 0; i < 3; ++i) {
       const double share = std::clamp(dot(selAxisVector, axes[i]), -1.0, 1.0) * values[i];
-      values[i] = static_cast<short>(std::isnan(share) ? 0 : std::min(32767.0, share));
+      values[i] = static_cast<int>(std::isnan(share) ? 0 : std::min(32767.0, share));
       axes[i] = selAxisVector;
     }
     centre = selCenterPoint;
   } else if (mInputsP->settings().toggleRotationCenter && getSelObjectsCenter(0, selCenterPoint)) {
     centre = selCenterPoint;
-  } else if (const int rotMode = mInputsP->rotMode(); rotMode == 0 || rotMode == 3) {
-    centre = {askPoint("target")};
+  } else if (const int rotMode = read(ROT_MODE); rotMode == 0 || rotMode == 3) {
+    centre = askPoint("target");
   } else if (rotMode == 2 && mIsPerspective) {
-    centre = {askPoint("position")};
+    centre = askPoint("position");
   }
   for (std::size_t i = 0; i < 3; ++i)
     if (values[i] != 0)
-      rotate((i == 0 ? values[i] : -values[i]) / mRotSensBase, i, centre, axes[i]);
+      rotate((i == 0 ? 1.0 : -1.0) * values[i] / mCopied.rotSensBase, i, centre, axes[i]);
 }
 
-void Engine::rotate(double angle, std::size_t axisIndex, const Scaled& centre, Vec3 axis) {
-  const int rotMode = mInputsP->rotMode();
-  const bool keepHorizon = mInputsP->keepHorizon();
+void Engine::rotate(double angle, std::size_t axisIndex, const Vec3& centre, Vec3 axis) {
+  const int rotMode = read(ROT_MODE);
+  const bool keepHorizon = read(KEEP_HORIZON) != 0;
   if (axisIndex == 2 && keepHorizon)
     return;
   guarded("rotate", [&] {
@@ -122,20 +119,17 @@ void Engine::rotate(double angle, std::size_t axisIndex, const Scaled& centre, V
     }
     if (!hasDirection(axis))
       return;
-    const auto turned = [&](const Vec3& v) {
-      const double scale = std::max({largest(v), largest(centre), largest(v - centre), centre.scale});
-      return Scaled{centre + rotateBy(v - centre, angle, axis), scale};
-    };
+    const auto turned = [&](const Vec3& v) { return centre + rotateBy(v - centre, angle, axis); };
     const Vec3 p = askPoint("position"), t = askPoint("target"), u = askPoint("upVector");
     const double h = ask("fieldHeight", {view}), w = ask("fieldWidth", {view});
-    setView(turned(p), turned(t), {rotateBy(u, angle, axis), largest(u)}, w, h);
+    setView(turned(p), turned(t), rotateBy(u, angle, axis), w, h);
   });
 }
 
 /// Sets the view, unless one of the numbers isn't finite.
-void Engine::setView(const Scaled& p, const Scaled& t, const Scaled& u, double width, double height) {
+void Engine::setView(const Vec3& p, const Vec3& t, const Vec3& u, double width, double height) {
   Args args{view};
-  for (const Scaled& v : {p, t, u})
+  for (const Vec3& v : {p, t, u})
     args.insert(args.end(), {{v.x, v.scale}, {v.y, v.scale}, {v.z, v.scale}});
   args.insert(args.end(), {width, height, mIsPerspective ? 1.0 : 0.0});
   if (areFinite(args))
@@ -144,7 +138,7 @@ void Engine::setView(const Scaled& p, const Scaled& t, const Scaled& u, double w
 
 void Engine::handleCapIsDeflectedIn2DMode(const Sample& sample) {
   const bool wasLocked = isDocLocked;
-  if (mInputsP->settings().objectMoveMode && transformSelection(sample))
+  if (mInputsP->settings().objectMoveMode && transformSelection(sample, false, false))
     return;
   if (!capIsMoving) {
     const bool isLockedByThisPass = isDocLocked && !wasLocked;
@@ -153,19 +147,20 @@ void Engine::handleCapIsDeflectedIn2DMode(const Sample& sample) {
     isDocLocked = true;
     log("TRC", "Document locked");
   }
+  const double base = mCopied.traSensBase;
   if (sample[0] != 0 || sample[1] != 0)
     changeViewport("setViewCenter", [&](double viewport) {
       const double w = ask("width", {viewport}), h = ask("height", {viewport});
       const double viewHeight = ask("viewHeight", {viewport});
-      const Call& centre = call("viewCenter", {viewport});
-      const auto sum = [](double a, double b) { return Arg(a + b, std::max(std::abs(a), std::abs(b))); };
-      return Args{viewport, sum(out(centre, 0), (w / h) * viewHeight * (-sample[0] / mTraSensBase)),
-                  sum(out(centre, 1), viewHeight * (-sample[1] / mTraSensBase))};
+      const Call& old = call("viewCenter", {viewport});
+      const Vec3 centre = Vec3{out(old, 0), out(old, 1)} +
+                          Vec3{(w / h) * viewHeight * (-sample[0] / base), viewHeight * (-sample[1] / base)};
+      return Args{viewport, {centre.x, centre.scale}, {centre.y, centre.scale}};
     });
   if (sample[2] != 0)
     changeViewport("setViewHeight", [&](double viewport) {
       const double old = ask("viewHeight", {viewport});
-      const double height = std::clamp(1 - sample[2] / mTraSensBase, 0.8, 1.2) * old;
+      const double height = std::clamp(1 - sample[2] / base, 0.8, 1.2) * old;
       return Args{viewport, {height > 0 ? height : NAN, std::abs(old)}}; // no other height is set
     });
 }
@@ -176,16 +171,14 @@ void Engine::changeViewport(const char* setter, const std::function<Args(double 
   const double viewport = out(call("acdbOpenObject", {id, 1}), 1);
   if (viewport == 0)
     log("ERR", "AcDbObjectPointer could not be retrieved!");
-  holding(
-      "close", viewport,
-      [&] {
-        const Args args = values(viewport);
-        if (!areFinite(args))
-          return;
-        call(setter, args);
-        call("updateDisplay", {viewport});
-      },
-      false);
+  const auto change = [&] {
+    const Args args = values(viewport);
+    if (!areFinite(args))
+      return;
+    call(setter, args);
+    call("updateDisplay", {viewport});
+  };
+  holding("close", viewport, change, false);
 }
 
 } // namespace model

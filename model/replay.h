@@ -1,16 +1,12 @@
 #ifndef MODEL_REPLAY_H
 #define MODEL_REPLAY_H
 
-#include <cstddef>
-#include <functional>
+#include "recorded_call.h"
+
 #include <locale>
 #include <set>
 #include <sstream>
 #include <stdexcept>
-#include <string>
-#include <vector>
-
-#include "recorded_call.h"
 
 namespace model {
 
@@ -24,11 +20,6 @@ template <typename... Parts> std::string text(const Parts&... parts) {
   (os << ... << parts);
   return os.str();
 }
-
-/// One log record of the main thread: "ERR", "INF", ... and the text.
-struct Record {
-  std::string type, text;
-};
 
 /// The plug-in did something else than the model.
 struct Contradiction : std::runtime_error {
@@ -50,23 +41,24 @@ inline double out(const Call& call, std::size_t index) {
 struct Arg {
   Arg(double exact) : value(exact) {}
   Arg(double computed, double largestOperand) : value(computed), scale(largestOperand) {}
-  operator double() const { return value; }
   double value, scale = 0;
 };
+using Args = std::vector<Arg>;
 
 /// Plays recorded calls and records back to the model, in order.
 class Replay {
 public:
-  /// isLogged  returns whether records of a type ("INF") reach the log; others are expected nowhere
-  Replay(const std::vector<Call>& calls, const std::vector<Record>& records,
-         const std::function<bool(const std::string& type)>& isLogged)
-      : mCalls(calls), mRecords(records), mIsLogged(isLogged) {}
+  /// records      of the main thread, as in "INF Cap moving."
+  /// loggedTypes  those of the records that reach the log, as "INF"; others are expected nowhere
+  Replay(const std::vector<Call>& calls, const std::vector<std::string>& records,
+         const std::set<std::string>& loggedTypes)
+      : mCalls(calls), mRecords(records), mLoggedTypes(loggedTypes) {}
 
   /// Takes the next recorded call, which has to have this name and these arguments, and returns it. Throws
   /// Contradiction if it differs, HostException if the recorded call threw.
-  const Call& call(const char* name, const std::vector<Arg>& in = {}, const std::wstring& text = {});
+  const Call& call(const char* name, const Args& in = {}, const std::wstring& text = {});
   /// Takes the next record, which has to be this one; nothing if records of the type don't reach the log.
-  void log(const char* type, const std::string& text);
+  void log(const std::string& type, const std::string& text);
   /// Returns the name of the next recorded call, empty at the end.
   std::string next() const { return mCall < mCalls.size() ? mCalls[mCall].name : std::string(); }
   /// Returns the number of calls taken.
@@ -75,45 +67,12 @@ public:
   void end() const;
 
 private:
+  [[noreturn]] void contradict(const std::string& expected) const;
+
   const std::vector<Call>& mCalls;
-  const std::vector<Record>& mRecords;
-  std::function<bool(const std::string& type)> mIsLogged;
+  const std::vector<std::string>& mRecords;
+  const std::set<std::string>& mLoggedTypes;
   std::size_t mCall = 0, mRecord = 0;
-};
-
-/// The values of the settings file, and the toggles as they are now.
-struct Settings {
-  int traSensBase = 20000, rotSensBase = 10000, maxContMoveTime = 500, minThreshold = 0;
-  bool useInt3dIntrfce = false, toggleRotationCenter = true, toggleRotationAxis = false;
-  bool scrollTreeAndList = true, objectMoveMode = false;
-  std::set<std::string> loggedTypes; // empty: nothing is known of the log, and no record is compared
-};
-
-/// What a menu file holds, with values as Cnfg delivers them.
-struct MenuFile {
-  std::string path;
-  std::vector<std::string> modes, values;
-};
-
-/// What the model asks for. The event state, which other threads write, may differ from one question to the
-/// next.
-class Inputs {
-public:
-  virtual ~Inputs() = default;
-
-  virtual const Settings& settings() = 0;
-  virtual short axis(int index) = 0; // 0 to 5: X, Y, Z, A, B, C
-  virtual int pendingKey() = 0;
-  virtual int pendingSpecial() = 0;
-  virtual int rotMode() = 0;
-  virtual bool keepHorizon() = 0;
-  virtual bool hoverMode() = 0;
-  virtual bool zoomAllAfterView() = 0;
-  // The engine empties a slot.
-  virtual void keyServed() = 0;
-  virtual void specialServed() = 0;
-  /// Returns the menu file at a tick, while it isn't loaded; null if it can't be opened.
-  virtual const MenuFile* menuFile() = 0;
 };
 
 } // namespace model

@@ -32,13 +32,10 @@ enum class Code { PlugIn, StandIn };
 /// The calling thread's. It is followed only while there is a recording, a count, a trace or an order.
 Code currentCode();
 
-/// One call of the trace, or the entry into one.
-/// order counts entries and ends of all threads: a record's own place, and in `entered` that of the call's
-///       entry. Equal for the record of an entry, which calls make that no bracket encloses.
+/// One call of the trace, or the entry into one, which calls make that no bracket encloses: order and `entered`
+/// are equal then.
 struct Record : RecordedCall {
-  int thread = 0; // counted from 1
-  std::int64_t entered = 0;
-  std::int64_t order = 0;
+  int thread = 0;           // counted from 1
   double seconds = 0;       // at the entry, unix time
   bool isBracketed = false; // made directly beneath a bracket
   bool isBracket = false;   // the bracket itself

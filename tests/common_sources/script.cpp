@@ -84,7 +84,7 @@ void Script::play(const std::string& text) {
       {"rotation",
        [&] {
          proxy().setRotMode(whole(0));
-         mInputs.mRotation = model::rotationSettings(whole(0), false);
+         mInputs.mRotation = model::rotationValues(whole(0), false);
        }},
       {"threshold", [&] { plugin().mMinThreshold = whole(0); }},
       {"divisors",

@@ -119,8 +119,8 @@ private:
   }
 
   void changeKeys() {
-    mPluginP->mPendingKey = mKey = mDice.of({-2, -1, 0, 1, 2, 3, 4, 0x7FFFFFFF});
-    mPluginP->mPendingSpecial = mSpecial =
+    mPluginP->mPendingKey = mPending[model::KEY] = mDice.of({-2, -1, 0, 1, 2, 3, 4, 0x7FFFFFFF});
+    mPluginP->mPendingSpecial = mPending[model::SPECIAL] =
         mDice.of({0, 0, -1, 0x20009, 0x2000A, 0x2000B, 0x2000C, 0x2000C, 0x2000D, 0x20016, 0x20017, 0x20018});
   }
 
@@ -135,7 +135,7 @@ private:
                          : 100 * mDice.of({0, 0, 1, 7}) + 10 * mDice.of({0, 0, 1, 2}) + mDice.below(10);
     proxy().setRotMode(code);
     proxy().mZoomAllAfterView = mDice.oneIn(2);
-    mRotation = model::rotationSettings(code, proxy().mZoomAllAfterView);
+    mRotation = model::rotationValues(code, proxy().mZoomAllAfterView);
   }
 
   void changeSample() {
@@ -256,8 +256,8 @@ private:
     using State = std::tuple<int, int, int, bool, bool, bool, double, double, int, bool, bool>;
     const AutoCadProxy& e = proxy();
     const motion::Movement& kept = motion::movement;
-    const State expected(mKey, mSpecial, m.viewMode, m.capIsMoving, m.isDocLocked, m.menuIsLoaded, m.timerId,
-                         m.view, m.cvportNumber, m.selCenterValid, m.selAxisValid);
+    const State expected(mPending[0], mPending[1], m.viewMode, m.capIsMoving, m.isDocLocked, m.menuIsLoaded,
+                         m.timerId, m.view, m.cvportNumber, m.selCenterValid, m.selAxisValid);
     const State found(mPluginP->mPendingKey, mPluginP->mPendingSpecial, e.mViewMode, e.mCapIsMoving,
                       e.mIsDocLocked, e.mMenuIsLoaded, e.mTimerId,
                       reinterpret_cast<std::uintptr_t>(motion::viewP), motion::cvportNumber,

@@ -27,9 +27,9 @@ std::string textFrom(const std::filesystem::path& path, std::uintmax_t start) {
 }
 
 /// The records of one thread: time, type, thread and more columns, then the text.
-std::vector<model::Record> recordsIn(const std::string& text, const std::string& thread) {
+std::vector<std::string> recordsIn(const std::string& text, const std::string& thread) {
   constexpr std::size_t kType = 13, kThread = 17, kThreadEnd = 23, kText = 82;
-  std::vector<model::Record> records;
+  std::vector<std::string> records;
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) {
     if (!line.empty() && line.back() == '\r')
@@ -39,7 +39,7 @@ std::vector<model::Record> recordsIn(const std::string& text, const std::string&
       continue;
     const std::string column = line.substr(kThread, end - kThread);
     if (column.substr(column.find_first_not_of(' ')) == thread)
-      records.push_back({line.substr(kType, 3), line.substr(kText + end - kThreadEnd)});
+      records.push_back(line.substr(kType, 3) + ' ' + line.substr(kText + end - kThreadEnd));
   }
   return records;
 }
@@ -82,11 +82,11 @@ void PassCheck::explainFrames(std::int64_t before) {
 
 void PassCheck::passExplained(const model::Pass& pass) {
   explainFrames(pass.entered);
-  mSample = pass.axes;
+  std::copy_n(pass.values.begin(), mSample.size(), mSample.begin());
   explainFrames(pass.ended);
   const std::lock_guard<std::mutex> lock(mMutex);
-  mWriter.pass({pass.axes, model::rotationCode(pass.rotation), pass.rotation.zoomAllAfterView, pass.served,
-                pass.isIdle, pass.isLast && !pass.isAtRest});
+  mWriter.pass({mSample, pass.rotationCode(), pass.values[model::ZOOM_ALL_AFTER_VIEW] != 0, pass.served,
+                pass.isIdle, pass.endsTick});
 }
 
 std::string PassCheck::countedSession() {
@@ -118,12 +118,11 @@ void PassCheck::take(const call_log::Record& record) {
       mCheckP->entered(record.thread, record.order);
     if (record.isBracket) {
       mTick = model::Tick();
-      mTick.span.entered = record.order;
+      mTick.entered = record.order;
       mTick.seconds = record.seconds - mStart;
     }
   } else if (record.isBracketed) {
     mTick.calls.push_back(record);
-    mTick.spans.push_back({record.entered, record.order});
   } else if (record.isBracket) {
     endTick(record);
   } else {
@@ -143,15 +142,14 @@ void PassCheck::takeOutside(const call_log::Record& record) {
     return;
   const auto out = [&record](std::size_t i) { return static_cast<int>(record.out.at(i)); };
   if (record.name == "ovFetchEvent") {
-    std::array<short, 6> axes{};
-    for (std::size_t i = 0; i < axes.size(); ++i)
-      axes[i] = static_cast<short>(out(i + 1));
     if (out(7) < 0)
-      check().motionDelivered(record.thread, record.order, axes);
+      check().delivered(record.thread, record.order, model::X,
+                        {out(1), out(2), out(3), out(4), out(5), out(6)});
     else
       check().eventDelivered(record.order, out(7));
   } else if (record.name == "ovGetAdvancedSettings") {
-    check().rotationDelivered(record.thread, record.order, model::rotationSettings(out(1), out(2) != 0));
+    check().delivered(record.thread, record.order, model::ROT_MODE,
+                      model::rotationValues(out(1), out(2) != 0));
   } else if (record.name == "SetTimer" && record.in.at(0) == kFirstInterval) {
     check().timerArmed(record.out.at(0));
   }
@@ -160,7 +158,7 @@ void PassCheck::takeOutside(const call_log::Record& record) {
 void PassCheck::endTick(const call_log::Record& bracket) {
   if (mTick.calls.empty()) // another timer's, or one that found no plug-in
     return;
-  mTick.span.ended = bracket.order;
+  mTick.ended = bracket.order;
   mTick.records = recordsIn(bracket.note, mThreadColumn);
   readMenu();
   check().tick(mTick);
