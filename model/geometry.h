@@ -22,9 +22,6 @@ struct Vec3 {
   friend Vec3 operator*(const Vec3& a, double factor) {
     return {a.x * factor, a.y * factor, a.z * factor, largest(a) * std::abs(factor)};
   }
-  friend Vec3 operator/(const Vec3& a, double divisor) {
-    return {a.x / divisor, a.y / divisor, a.z / divisor, largest(a) / std::abs(divisor)};
-  }
   friend double dot(const Vec3& a, const Vec3& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
   friend Vec3 cross(const Vec3& a, const Vec3& b) {
     return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x, largest(a) * largest(b)};
@@ -40,7 +37,7 @@ struct Vec3 {
   /// Turns a vector by the right-hand rule; a zero axis leaves it.
   friend Vec3 rotateBy(const Vec3& v, double angle, const Vec3& axis) {
     const double size = length(axis), c = std::cos(angle);
-    const Vec3 a = size == 0 ? axis : axis / size;
+    const Vec3 a = axis * (1 / size);
     return size == 0 ? v : v * c + cross(a, v) * std::sin(angle) + a * (dot(a, v) * (1 - c));
   }
 };

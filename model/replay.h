@@ -22,9 +22,7 @@ template <typename... Parts> std::string text(const Parts&... parts) {
 }
 
 /// The plug-in did something else than the model.
-struct Contradiction : std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
+using Contradiction = std::runtime_error;
 
 /// Thrown by Replay::call where the recorded call ended in an exception of the host.
 struct HostException {};

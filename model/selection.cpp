@@ -87,7 +87,7 @@ bool Engine::getSelObjectsCenter(double given, Vec3& centre) {
     selCenterValid = areNamed && counted > 0;
     if (!selCenterValid)
       return;
-    centre = centre / counted;
+    centre = {centre.x / counted, centre.y / counted, centre.z / counted, centre.scale};
     log("TMP", text("selCenterPoint: ", centre.x, ", ", centre.y, ", ", centre.z));
   });
   return isDone && selCenterValid;
