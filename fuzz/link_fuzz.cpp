@@ -22,7 +22,7 @@ constexpr std::uint8_t kOrders = 0xF0;
 const std::string kGreeting("OVLK\2\0", 6);
 
 /// A message on the wire, parsed without the code under test.
-struct PlainFrame {
+struct PlainMessage {
   unsigned kind = 0;
   std::string payload;
 
@@ -49,14 +49,14 @@ struct PlainFrame {
 };
 
 /// Takes the first message off a stream. False if it is incomplete, or too long, which sets isBroken.
-bool cut(std::string& stream, PlainFrame& frame, bool& isBroken) {
-  const PlainFrame header{0, stream.substr(0, 4)};
+bool cut(std::string& stream, PlainMessage& message, bool& isBroken) {
+  const PlainMessage header{0, stream.substr(0, 4)};
   const std::size_t size = header.number(0, 2);
   if (stream.size() >= 4 && size > 1024)
     isBroken = true;
   if (stream.size() < 4 + size || isBroken)
     return false;
-  frame = {header.number(2, 2), stream.substr(4, size)};
+  message = {header.number(2, 2), stream.substr(4, size)};
   stream.erase(0, 4 + size);
   return true;
 }
@@ -68,8 +68,8 @@ template <class End> struct Plain : End {
 
   void feed(const std::string& piece) {
     stream += piece;
-    for (PlainFrame frame; !isBroken && cut(stream, frame, isBroken);)
-      isBroken = !End::take(frame);
+    for (PlainMessage message; !isBroken && cut(stream, message, isBroken);)
+      isBroken = !End::take(message);
   }
 };
 
@@ -97,28 +97,29 @@ struct PlainClient {
   std::map<std::uint32_t, std::pair<unsigned, std::string>> questions; // the answer's kind, and what it said
   std::uint32_t lastQuestion = 0;
 
-  bool take(const PlainFrame& frame) {
-    const std::size_t size = frame.payload.size();
+  bool take(const PlainMessage& message) {
+    const std::size_t size = message.payload.size();
     if (!isUp)
-      return isUp = frame.isGreeting(0x81) && size == 6;
-    if (frame.kind == 0x86 && size == 12) {
-      lastMotion = frame.payload;
+      return isUp = message.isGreeting(0x81) && size == 6;
+    if (message.kind == 0x86 && size == 12) {
+      lastMotion = message.payload;
       return true;
     }
-    if (frame.kind == 0x87 && size == 4 && frame.number(0) < 0x80000000) {
-      events.push_back(frame.number(0));
+    if (message.kind == 0x87 && size == 4 && message.number(0) < 0x80000000) {
+      events.push_back(message.number(0));
       return true;
     }
-    const std::size_t record = frame.kind == 0x83 ? 96 : frame.kind == 0x84 ? 148 : 0;
-    if (frame.kind < 0x82 || frame.kind > 0x85 || size != 8 + record || frame.number(0) - 1 >= lastQuestion)
+    const std::size_t record = message.kind == 0x83 ? 96 : message.kind == 0x84 ? 148 : 0;
+    if (message.kind < 0x82 || message.kind > 0x85 || size != 8 + record ||
+        message.number(0) - 1 >= lastQuestion)
       return false;
-    const auto found = questions.find(frame.number(0));
+    const auto found = questions.find(message.number(0));
     if (found == questions.end())
       return true; // too late
     auto& [kind, answer] = found->second;
-    if (kind != frame.kind || !answer.empty())
+    if (kind != message.kind || !answer.empty())
       return false;
-    answer = frame.payload.substr(4);
+    answer = message.payload.substr(4);
     return true;
   }
 };
@@ -139,7 +140,7 @@ void fuzzClient(fuzz::Input& input) {
       expected.feed(piece);
     } else if (expected.isUp && (order & 4) == 0) {
       const unsigned kind = 2 + (order & 3);
-      expected.lastQuestion = link.ask(static_cast<Kind>(kind), [](FrameWriter&) {});
+      expected.lastQuestion = link.ask(static_cast<Kind>(kind), [](MessageWriter&) {});
       expected.questions[expected.lastQuestion].first = kind + 0x80;
       wire.drain(); // a daemon that doesn't read would be given up
     } else if (!expected.questions.empty()) {
@@ -153,7 +154,7 @@ void fuzzClient(fuzz::Input& input) {
   }
   for (const auto& [number, question] : expected.questions) {
     const auto& [kind, isAnswered, status, record] = link.mQuestions.at(number);
-    const PlainFrame answer{question.first, question.second};
+    const PlainMessage answer{question.first, question.second};
     require(static_cast<unsigned>(kind) == question.first && isAnswered == !answer.payload.empty() &&
                 status == answer.number(0),
             "answered by its answer only");
@@ -183,21 +184,21 @@ struct PlainDaemon : PeerOwner {
   void onMode(const std::string& mode) override { foundModes.push_back(mode); }
   void onGone(Peer&, const std::string&) override { ++goodbyes; }
 
-  bool take(PlainFrame frame) {
+  bool take(PlainMessage message) {
     std::string text, mode;
-    const std::size_t size = frame.payload.size();
-    const std::pair<unsigned, std::uint32_t> answer(frame.kind + 0x80, frame.number(0));
+    const std::size_t size = message.payload.size();
+    const std::pair<unsigned, std::uint32_t> answer(message.kind + 0x80, message.number(0));
     if (!isGreeted) {
-      const bool isHello = frame.isGreeting(1);
-      frame.payload.erase(0, 6);
-      return isGreeted = isHello && frame.cutText(64, text) && !text.empty() && frame.payload.empty();
+      const bool isHello = message.isGreeting(1);
+      message.payload.erase(0, 6);
+      return isGreeted = isHello && message.cutText(64, text) && !text.empty() && message.payload.empty();
     }
-    if (frame.kind == 5 && size >= 4) {
-      frame.payload.erase(0, 4);
-      if (!frame.cutText(400, text) || !frame.cutText(400, mode) || !frame.payload.empty())
+    if (message.kind == 5 && size >= 4) {
+      message.payload.erase(0, 4);
+      if (!message.cutText(400, text) || !message.cutText(400, mode) || !message.payload.empty())
         return false;
       modes.push_back(mode);
-    } else if (frame.kind < 2 || frame.kind > 4 || size != (frame.kind == 2 ? 4 : 8)) {
+    } else if (message.kind < 2 || message.kind > 4 || size != (message.kind == 2 ? 4 : 8)) {
       return false;
     }
     answers.push_back(answer);
@@ -232,15 +233,15 @@ void fuzzDaemon(fuzz::Input& input) {
   require(expected.greetings == expected.isGreeted, "greeted once, by a good hello only");
   require(expected.modes == expected.foundModes, "modes as announced");
   std::size_t answered = 0;
-  PlainFrame frame;
+  PlainMessage message;
   bool isBroken = false;
-  if (cut(output, frame, isBroken))
-    require(frame.isGreeting(0x81) && frame.payload.size() == 6, "a welcome first");
+  if (cut(output, message, isBroken))
+    require(message.isGreeting(0x81) && message.payload.size() == 6, "a welcome first");
   else
     require(!expected.isGreeted || expected.isBroken, "a welcome");
-  for (; cut(output, frame, isBroken); ++answered)
+  for (; cut(output, message, isBroken); ++answered)
     require(answered < expected.answers.size() &&
-                expected.answers[answered] == std::make_pair(frame.kind, frame.number(0)),
+                expected.answers[answered] == std::make_pair(message.kind, message.number(0)),
             "answers in the order of their questions");
   require(output.empty() && !isBroken, "whole messages");
   require(expected.isBroken || answered == expected.answers.size(), "nothing lost");

@@ -44,8 +44,4 @@ bool EventQueue::take(Event& event) {
   return true;
 }
 
-void EventQueue::clear() {
-  *this = EventQueue();
-}
-
 } // namespace devlink

@@ -39,10 +39,8 @@ public:
   bool take(Event& event);
 
   bool isEmpty() const { return !mHasMotion && mEvents.empty(); }
-  bool hasMotion() const { return mHasMotion; }
   /// Number of events other than motion.
   std::size_t size() const { return mEvents.size(); }
-  void clear();
 
 private:
   /// Arrival and code of each.

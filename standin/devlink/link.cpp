@@ -39,16 +39,16 @@ void Link::connect(std::uint16_t port) {
 
 void Link::greet(const std::string& clientName) {
   Bytes hello;
-  FrameWriter(hello, Kind::hello).number32(kMagic).number16(kVersion).text(clientName);
+  MessageWriter(hello, Kind::hello).number32(kMagic).number16(kVersion).text(clientName);
   send(hello);
 }
 
-std::uint32_t Link::ask(Kind kind, const std::function<void(FrameWriter&)>& addArguments) {
+std::uint32_t Link::ask(Kind kind, const std::function<void(MessageWriter&)>& addArguments) {
   const std::uint32_t number = ++mLastQuestion;
   mQuestions[number] = {answerTo(kind), false, 0, {}};
   Bytes question;
-  FrameWriter frame(question, kind);
-  addArguments(frame.number32(number));
+  MessageWriter message(question, kind);
+  addArguments(message.number32(number));
   send(question);
   return number;
 }
@@ -70,26 +70,26 @@ void Link::read() {
       return;
     if (error)
       return drop();
-    Frame frame;
-    FrameBuffer::Next next;
-    while ((next = mIn.next(frame)) == FrameBuffer::Next::frame)
-      if (!takeFrame(frame))
+    Message message;
+    MessageBuffer::Next next;
+    while ((next = mIn.next(message)) == MessageBuffer::Next::message)
+      if (!takeMessage(message))
         return drop();
-    if (next == FrameBuffer::Next::bad)
+    if (next == MessageBuffer::Next::bad)
       return drop();
   }
 }
 
 /// False if this is no daemon that we can talk to.
-bool Link::takeFrame(const Frame& frame) {
-  FrameReader payload(frame);
+bool Link::takeMessage(const Message& message) {
+  MessageReader payload(message);
   if (mState == State::opening) {
     const std::uint32_t magic = payload.number32();
     const std::uint16_t version = payload.number16();
     mState = State::up;
-    return frame.mKind == Kind::welcome && payload.isGood() && magic == kMagic && version == kVersion;
+    return message.mKind == Kind::welcome && payload.isGood() && magic == kMagic && version == kVersion;
   }
-  if (frame.mKind == Kind::motion) {
+  if (message.mKind == Kind::motion) {
     Axes axes;
     for (std::int16_t& axis : axes)
       axis = static_cast<std::int16_t>(payload.number16());
@@ -97,28 +97,28 @@ bool Link::takeFrame(const Frame& frame) {
       mEvents.addMotion(axes);
     return payload.isGood();
   }
-  if (frame.mKind == Kind::event) {
+  if (message.mKind == Kind::event) {
     const std::int32_t code = payload.signed32();
     return payload.isGood() && code >= 0 && mEvents.add(code);
   }
-  return takeAnswer(frame);
+  return takeAnswer(message);
 }
 
-bool Link::takeAnswer(const Frame& frame) {
-  FrameReader payload(frame);
+bool Link::takeAnswer(const Message& message) {
+  MessageReader payload(message);
   const std::uint32_t number = payload.number32();
   const std::uint32_t status = payload.number32();
-  const Bytes record = payload.record(recordBytes(frame.mKind));
-  if (frame.mKind < Kind::devices || frame.mKind > Kind::modeTaken || !payload.isGood() || number == 0 ||
+  const Bytes record = payload.record(recordBytes(message.mKind));
+  if (message.mKind < Kind::devices || message.mKind > Kind::modeTaken || !payload.isGood() || number == 0 ||
       number > mLastQuestion)
     return false;
   const auto found = mQuestions.find(number);
   if (found == mQuestions.end())
     return true; // came too late, nobody waits for it any more
   Question& question = found->second;
-  if (question.mAnswerKind != frame.mKind || question.mIsAnswered)
+  if (question.mAnswerKind != message.mKind || question.mIsAnswered)
     return false;
-  question = {frame.mKind, true, status, record};
+  question = {message.mKind, true, status, record};
   return true;
 }
 

@@ -36,7 +36,7 @@ public:
   void greet(const std::string& clientName);
   /// Sends a question, and adds it to mQuestions, where the owner removes it. Returns its number.
   /// addArguments  appends what follows the number
-  std::uint32_t ask(Kind kind, const std::function<void(FrameWriter&)>& addArguments);
+  std::uint32_t ask(Kind kind, const std::function<void(MessageWriter&)>& addArguments);
   /// Takes what the socket holds into mEvents and mQuestions; doesn't wait. Whatever isn't valid ends the
   /// link.
   void read();
@@ -56,11 +56,11 @@ public:
 
 private:
   void send(const Bytes& bytes);
-  bool takeFrame(const Frame& frame);
-  bool takeAnswer(const Frame& frame);
+  bool takeMessage(const Message& message);
+  bool takeAnswer(const Message& message);
 
   std::uint32_t mLastQuestion = 0;
-  FrameBuffer mIn;
+  MessageBuffer mIn;
 };
 
 } // namespace devlink

@@ -15,9 +15,6 @@
 
 namespace {
 
-constexpr int kGood = 0;
-constexpr int kBad = 1;
-
 constexpr const char* kOnConnect = "on-connect";
 constexpr const char* kNow = "now";
 
@@ -104,7 +101,7 @@ void playInput(devlink::Daemon& daemon) {
 
 int complain(const std::string& text) {
   std::cerr << "ov_daemon: " << text << std::endl;
-  return kBad;
+  return EXIT_FAILURE;
 }
 
 int serve(const Arguments& arguments, std::ofstream& recordFile, devlink::DaemonOptions options) {
@@ -146,7 +143,7 @@ int serve(const Arguments& arguments, std::ofstream& recordFile, devlink::Daemon
   liveP.reset();
   if (recordFile.is_open() && !recordFile)
     return complain("can't write " + arguments.mRecordFile);
-  return kGood;
+  return EXIT_SUCCESS;
 }
 
 int runProgram(int argc, char** argv) {
@@ -162,7 +159,7 @@ int runProgram(int argc, char** argv) {
     for (const std::string& error : session.mErrors)
       std::cerr << error << std::endl;
     if (!session.isGood())
-      return kBad;
+      return EXIT_FAILURE;
     if (session.isCounted())
       return complain(arguments.mSession +
                       ": counts passes, which acad alone sees; it plays the device's lines then");
@@ -183,7 +180,7 @@ int runProgram(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-  int status = kBad;
+  int status = EXIT_FAILURE;
   try {
     status = runProgram(argc, argv);
   } catch (const std::exception& error) {

@@ -19,11 +19,11 @@
 namespace {
 
 using devlink::Event;
-using devlink::FrameWriter;
 using devlink::Kind;
 using devlink::Link;
+using devlink::MessageWriter;
 using std::chrono::milliseconds;
-using AddArguments = std::function<void(FrameWriter&)>;
+using AddArguments = std::function<void(MessageWriter&)>;
 using Clock = Link::Clock;
 
 constexpr int kSuccess = 0;
@@ -37,7 +37,7 @@ constexpr milliseconds kNoLinkWait{100};
 /// first.
 constexpr std::size_t kEnoughEvents = 1024;
 
-void addNothing(FrameWriter&) {}
+void addNothing(MessageWriter&) {}
 
 /// The library's whole state, behind one lock. There is no thread: of the callers that wait for something,
 /// one reads the socket for all of them, and the others wait until it has found something.
@@ -131,7 +131,7 @@ bool Client::disconnect() {
 }
 
 void Client::close() {
-  mLinkP->mEvents.clear();
+  mLinkP->mEvents = {};
   mLinkP->drop();
   mLinkP.reset();
   mChanged.notify_all();
@@ -144,8 +144,7 @@ bool Client::fetch(Event& event) {
   const LinkPointer link = mLinkP;
   bool isFound = false;
   if (isFetchable()) {
-    if (link->mState == Link::State::up && link->mEvents.hasMotion() &&
-        link->mEvents.size() < kEnoughEvents && !link->mIsAwaited)
+    if (link->mState == Link::State::up && link->mEvents.size() < kEnoughEvents && !link->mIsAwaited)
       link->read(); // a newer sample may wait in the socket
     waitFor(lock, link, Clock::time_point::max(), [&] { return !link->mEvents.isEmpty(); });
     isFound = link->mEvents.take(event);
@@ -214,7 +213,9 @@ int guarded(const char* name, Operation operation, const Out&... out) {
 /// Asks for one of the records of a device; false leaves the caller's record as it was.
 bool askRecord(Kind question, int deviceIndex, void* record) {
   Link::Question answer;
-  const auto addIndex = [=](FrameWriter& frame) { frame.number32(static_cast<std::uint32_t>(deviceIndex)); };
+  const auto addIndex = [=](MessageWriter& message) {
+    message.number32(static_cast<std::uint32_t>(deviceIndex));
+  };
   if (!client().ask(question, addIndex, answer) || answer.mStatus != 0)
     return false;
   if (question == Kind::askInfo)
@@ -307,7 +308,7 @@ int ovSetApplMode(const char* application, const char* mode) {
         !devlink::isText(mode, devlink::kMaxModeBytes))
       return false;
     Link::Question answer;
-    const auto addNames = [&](FrameWriter& frame) { frame.text(application).text(mode); };
+    const auto addNames = [&](MessageWriter& message) { message.text(application).text(mode); };
     return client().ask(Kind::setMode, addNames, answer) && answer.mStatus == 0;
   });
 }

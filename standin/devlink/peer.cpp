@@ -79,17 +79,17 @@ void Peer::read() {
                               return self->close(error.message());
                             self->mIsReading = false;
                             self->mIn.added(got);
-                            self->takeFrames();
+                            self->takeMessages();
                           });
 }
 
-void Peer::takeFrames() {
-  Frame frame;
-  FrameBuffer::Next next;
-  while ((next = mIn.next(frame)) == FrameBuffer::Next::frame)
-    if (!(isGreeted() ? takeQuestion(frame) : takeHello(frame)))
+void Peer::takeMessages() {
+  Message message;
+  MessageBuffer::Next next;
+  while ((next = mIn.next(message)) == MessageBuffer::Next::message)
+    if (!(isGreeted() ? takeQuestion(message) : takeHello(message)))
       return close("broke the protocol");
-  if (next == FrameBuffer::Next::bad)
+  if (next == MessageBuffer::Next::bad)
     return close("broke the protocol");
   write();
   // Whoever asks without taking the answers isn't read any further, so that answers don't pile up.
@@ -97,27 +97,27 @@ void Peer::takeFrames() {
     read();
 }
 
-bool Peer::takeHello(const Frame& frame) {
-  FrameReader payload(frame);
+bool Peer::takeHello(const Message& message) {
+  MessageReader payload(message);
   const std::uint32_t magic = payload.number32();
   const std::uint16_t version = payload.number16();
   const std::string name = payload.text(kMaxNameBytes);
-  if (frame.mKind != Kind::hello || magic != kMagic || version != kVersion || !payload.isGood() ||
+  if (message.mKind != Kind::hello || magic != kMagic || version != kVersion || !payload.isGood() ||
       name.empty())
     return false;
   mHelloTimer.cancel();
   mName = name;
-  FrameWriter(mAnswers, Kind::welcome).number32(kMagic).number16(kVersion);
+  MessageWriter(mAnswers, Kind::welcome).number32(kMagic).number16(kVersion);
   mOwner.onGreeted(*this);
   return true;
 }
 
-bool Peer::takeQuestion(const Frame& frame) {
-  FrameReader payload(frame);
+bool Peer::takeQuestion(const Message& message) {
+  MessageReader payload(message);
   const std::uint32_t number = payload.number32();
   std::uint32_t status = kGood;
   std::string mode;
-  switch (frame.mKind) {
+  switch (message.mKind) {
   case Kind::askDevices:
     status = kDeviceCount;
     break;
@@ -134,17 +134,17 @@ bool Peer::takeQuestion(const Frame& frame) {
   }
   if (!payload.isGood())
     return false;
-  if (frame.mKind == Kind::setMode)
+  if (message.mKind == Kind::setMode)
     mOwner.onMode(mode);
-  Bytes record(recordBytes(answerTo(frame.mKind)));
-  if (frame.mKind == Kind::askInfo && status == kGood)
+  Bytes record(recordBytes(answerTo(message.mKind)));
+  if (message.mKind == Kind::askInfo && status == kGood)
     std::memcpy(&record[kInfoNameOffset], kDeviceName, sizeof kDeviceName);
-  if (frame.mKind == Kind::askSettings && status == kGood) {
+  if (message.mKind == Kind::askSettings && status == kGood) {
     const DeviceState& device = mOwner.device();
     std::memcpy(&record[kSettingsRotationOffset], &device.mRotationCode, sizeof device.mRotationCode);
     record[kSettingsZoomOffset] = device.mZoomsAfterView;
   }
-  FrameWriter(mAnswers, answerTo(frame.mKind)).number32(number).number32(status).record(record);
+  MessageWriter(mAnswers, answerTo(message.mKind)).number32(number).number32(status).record(record);
   return true;
 }
 
@@ -155,11 +155,11 @@ void Peer::write() {
   Event event;
   while (mOut.size() < kBatchBytes && mEvents.take(event)) {
     if (event.mCode == kMotionCode) {
-      FrameWriter frame(mOut, Kind::motion);
+      MessageWriter message(mOut, Kind::motion);
       for (const std::int16_t axis : event.mAxes)
-        frame.number16(static_cast<std::uint16_t>(axis));
+        message.number16(static_cast<std::uint16_t>(axis));
     } else {
-      FrameWriter(mOut, Kind::event).number32(static_cast<std::uint32_t>(event.mCode));
+      MessageWriter(mOut, Kind::event).number32(static_cast<std::uint32_t>(event.mCode));
     }
   }
   if (mOut.empty())
@@ -173,7 +173,7 @@ void Peer::write() {
                         return self->close(error.message());
                       self->write();
                       if (!self->mIsReading)
-                        self->takeFrames();
+                        self->takeMessages();
                     });
 }
 

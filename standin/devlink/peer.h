@@ -50,9 +50,9 @@ public:
 
 private:
   void read();
-  void takeFrames();
-  bool takeHello(const Frame& frame);
-  bool takeQuestion(const Frame& frame);
+  void takeMessages();
+  bool takeHello(const Message& message);
+  bool takeQuestion(const Message& message);
   void write();
 
   asio::ip::tcp::socket mSocket;
@@ -61,7 +61,7 @@ private:
   bool mIsClosed = false;
   /// Empty before the hello.
   std::string mName;
-  FrameBuffer mIn;
+  MessageBuffer mIn;
   /// Answers that go out before the next events.
   Bytes mAnswers;
   /// Bytes on their way to the client.

@@ -6,26 +6,26 @@
 
 namespace devlink {
 
-FrameWriter::FrameWriter(Bytes& out, Kind kind) : mOut(out), mStart(out.size()) {
+MessageWriter::MessageWriter(Bytes& out, Kind kind) : mOut(out), mStart(out.size()) {
   mOut.resize(mStart + 2); // the length
   number16(static_cast<std::uint16_t>(kind));
 }
 
-FrameWriter& FrameWriter::number16(std::uint16_t value) {
+MessageWriter& MessageWriter::number16(std::uint16_t value) {
   return record({static_cast<std::uint8_t>(value & 0xFF), static_cast<std::uint8_t>(value >> 8)});
 }
 
-FrameWriter& FrameWriter::number32(std::uint32_t value) {
+MessageWriter& MessageWriter::number32(std::uint32_t value) {
   number16(static_cast<std::uint16_t>(value & 0xFFFF));
   return number16(static_cast<std::uint16_t>(value >> 16));
 }
 
-FrameWriter& FrameWriter::text(std::string_view value) {
+MessageWriter& MessageWriter::text(std::string_view value) {
   number16(static_cast<std::uint16_t>(value.size()));
   return record({value.begin(), value.end()});
 }
 
-FrameWriter& FrameWriter::record(const Bytes& bytes) {
+MessageWriter& MessageWriter::record(const Bytes& bytes) {
   mOut.insert(mOut.end(), bytes.begin(), bytes.end());
   const std::size_t size = mOut.size() - mStart - kHeaderBytes;
   mOut[mStart] = static_cast<std::uint8_t>(size & 0xFF);
@@ -33,7 +33,7 @@ FrameWriter& FrameWriter::record(const Bytes& bytes) {
   return *this;
 }
 
-bool FrameReader::take(std::size_t size) {
+bool MessageReader::take(std::size_t size) {
   mIsGood = mIsGood && size <= mLeft;
   if (!mIsGood)
     return false;
@@ -42,29 +42,29 @@ bool FrameReader::take(std::size_t size) {
   return true;
 }
 
-std::uint16_t FrameReader::number16() {
+std::uint16_t MessageReader::number16() {
   const std::uint8_t* bytes = mNextP;
   return take(2) ? static_cast<std::uint16_t>(bytes[0] | bytes[1] << 8) : std::uint16_t{0};
 }
 
-std::uint32_t FrameReader::number32() {
+std::uint32_t MessageReader::number32() {
   const std::uint32_t low = number16();
   return low | static_cast<std::uint32_t>(number16()) << 16;
 }
 
-std::string FrameReader::text(std::size_t maxBytes) {
+std::string MessageReader::text(std::size_t maxBytes) {
   const Bytes bytes = record(number16());
   std::string found(bytes.begin(), bytes.end());
   mIsGood = mIsGood && isText(found, maxBytes);
   return mIsGood ? found : std::string{};
 }
 
-Bytes FrameReader::record(std::size_t size) {
+Bytes MessageReader::record(std::size_t size) {
   const std::uint8_t* bytes = mNextP;
   return take(size) ? Bytes(bytes, bytes + size) : Bytes{};
 }
 
-std::uint8_t* FrameBuffer::room(std::size_t& size) {
+std::uint8_t* MessageBuffer::room(std::size_t& size) {
   std::memmove(mBytes.data(), mBytes.data() + mStart, mEnd - mStart);
   mEnd -= mStart;
   mStart = 0;
@@ -72,7 +72,7 @@ std::uint8_t* FrameBuffer::room(std::size_t& size) {
   return mBytes.data() + mEnd;
 }
 
-FrameBuffer::Next FrameBuffer::next(Frame& frame) {
+MessageBuffer::Next MessageBuffer::next(Message& message) {
   const std::uint8_t* header = mBytes.data() + mStart;
   if (mEnd - mStart < kHeaderBytes)
     return Next::incomplete;
@@ -81,11 +81,11 @@ FrameBuffer::Next FrameBuffer::next(Frame& frame) {
     return Next::bad;
   if (mEnd - mStart < kHeaderBytes + size)
     return Next::incomplete;
-  frame.mKind = static_cast<Kind>(header[2] | header[3] << 8);
-  frame.mPayloadP = header + kHeaderBytes;
-  frame.mSize = size;
+  message.mKind = static_cast<Kind>(header[2] | header[3] << 8);
+  message.mPayloadP = header + kHeaderBytes;
+  message.mSize = size;
   mStart += kHeaderBytes + size;
-  return Next::frame;
+  return Next::message;
 }
 
 bool isText(std::string_view text, std::size_t maxBytes) {

@@ -10,7 +10,7 @@
 
 /// What client library and daemon say to each other, over one TCP connection on this machine.
 ///
-/// Each message is a frame: length of the payload (16 bits), kind (16 bits), payload. All numbers are
+/// Each message is: length of the payload (16 bits), kind (16 bits), payload. All numbers are
 /// little-endian, a text is its length (16 bits) and its bytes. The client opens with hello, the daemon
 /// answers with welcome; both carry magic and version, and whoever finds another one there hangs up. After
 /// that the client asks, each question with a number of its own that the answer repeats, and the daemon sends
@@ -30,8 +30,6 @@ constexpr std::size_t kMaxPayloadBytes = 1024;
 constexpr std::size_t kMaxNameBytes = 64;
 /// Of an application's or a mode's name.
 constexpr std::size_t kMaxModeBytes = 400;
-/// Of an answer's status.
-constexpr std::size_t kStatusBytes = 4;
 constexpr std::size_t kInfoBytes = 96;
 constexpr std::size_t kInfoNameOffset = 20;
 constexpr std::size_t kSettingsBytes = 148;
@@ -77,32 +75,32 @@ constexpr std::size_t recordBytes(Kind answer) {
 using Axes = std::array<std::int16_t, 6>;
 using Bytes = std::vector<std::uint8_t>;
 
-/// Appends one frame to a buffer, filled from left to right; whole after each step.
-class FrameWriter {
+/// Appends one message to a buffer, filled from left to right; whole after each step.
+class MessageWriter {
 public:
-  FrameWriter(Bytes& out, Kind kind);
+  MessageWriter(Bytes& out, Kind kind);
 
-  FrameWriter& number16(std::uint16_t value);
-  FrameWriter& number32(std::uint32_t value);
-  FrameWriter& text(std::string_view value);
-  FrameWriter& record(const Bytes& bytes);
+  MessageWriter& number16(std::uint16_t value);
+  MessageWriter& number32(std::uint32_t value);
+  MessageWriter& text(std::string_view value);
+  MessageWriter& record(const Bytes& bytes);
 
 private:
   Bytes& mOut;
   const std::size_t mStart;
 };
 
-/// A received frame; the payload belongs to the FrameBuffer.
-struct Frame {
+/// A received message; the payload belongs to the MessageBuffer.
+struct Message {
   Kind mKind = Kind::hello;
   const std::uint8_t* mPayloadP = nullptr;
   std::size_t mSize = 0;
 };
 
 /// Takes a payload apart from left to right. What isn't there reads as 0 or empty and spoils isGood().
-class FrameReader {
+class MessageReader {
 public:
-  explicit FrameReader(const Frame& frame) : mNextP(frame.mPayloadP), mLeft(frame.mSize) {}
+  explicit MessageReader(const Message& message) : mNextP(message.mPayloadP), mLeft(message.mSize) {}
 
   std::uint16_t number16();
   std::uint32_t number32();
@@ -122,8 +120,8 @@ private:
   bool mIsGood = true;
 };
 
-/// Cuts a stream of bytes into frames. Holds at most one buffer full, whatever the peer sends.
-class FrameBuffer {
+/// Cuts a stream of bytes into messages. Holds at most one buffer full, whatever the peer sends.
+class MessageBuffer {
 public:
   /// Where the next bytes go, and how many fit: never 0 after next() has given Next::incomplete.
   /// Payloads given before are void from here on.
@@ -131,9 +129,9 @@ public:
   /// Notes that this number of bytes was put there.
   void added(std::size_t size) { mEnd += size; }
 
-  enum class Next { frame, incomplete, bad };
-  /// bad: the length is out of bounds; there is no way to find the next frame then.
-  Next next(Frame& frame);
+  enum class Next { message, incomplete, bad };
+  /// bad: the length is out of bounds; there is no way to find the next message then.
+  Next next(Message& message);
 
 private:
   std::array<std::uint8_t, 16 * 1024> mBytes;

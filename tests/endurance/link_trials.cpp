@@ -119,15 +119,16 @@ TEST_F(Link, SurvivesBadPeers) {
     const char* name;
     devlink::Bytes text;
     bool isListening;
-  } kPeers[] = {{"hangs up", {}, false},
-                {"silent", {}, true},
-                {"another program", bytes("HTTP/1.1 400 Bad Request\r\n\r\n"), true},
-                {"older version", frame(devlink::Kind::welcome, devlink::kMagic, std::uint16_t{1}), true},
-                {"noise", noise(), true},
-                {"dies in its greeting", half(kWelcome), false},
-                {"dies in a sample", kWelcome + half(motionFrame({1, 2, 3, 4, 5, 6})), false},
-                {"noise later on", kWelcome + noise(), true},
-                {"silent later on", kWelcome, true}};
+  } kPeers[] = {
+      {"hangs up", {}, false},
+      {"silent", {}, true},
+      {"another program", bytes("HTTP/1.1 400 Bad Request\r\n\r\n"), true},
+      {"older version", message(devlink::Kind::welcome, devlink::kMagic, std::uint16_t{1}), true},
+      {"noise", noise(), true},
+      {"dies in its greeting", half(kWelcome), false},
+      {"dies in a sample", kWelcome + half(message(devlink::Kind::motion, devlink::Bytes(12))), false},
+      {"noise later on", kWelcome + noise(), true},
+      {"silent later on", kWelcome, true}};
   auto good = daemon("motion 1 0 0 0 0 0");
   ASSERT_TRUE(pumpUntilSample(1));
   const Usage before;

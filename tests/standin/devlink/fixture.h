@@ -105,9 +105,9 @@ inline devlink::Bytes half(devlink::Bytes whole) {
 }
 
 /// A message of numbers, texts and records.
-template <class... Parts> devlink::Bytes frame(devlink::Kind kind, const Parts&... parts) {
+template <class... Parts> devlink::Bytes message(devlink::Kind kind, const Parts&... parts) {
   devlink::Bytes out;
-  devlink::FrameWriter writer(out, kind);
+  devlink::MessageWriter writer(out, kind);
   const auto put = [&](const auto& part) {
     using Part = std::decay_t<decltype(part)>;
     if constexpr (std::is_same_v<Part, devlink::Bytes>)
@@ -122,10 +122,7 @@ template <class... Parts> devlink::Bytes frame(devlink::Kind kind, const Parts&.
   (put(parts), ...);
   return out;
 }
-inline devlink::Bytes motionFrame(const devlink::Axes& v) {
-  return frame(devlink::Kind::motion, v[0], v[1], v[2], v[3], v[4], v[5]);
-}
-const devlink::Bytes kWelcome = frame(devlink::Kind::welcome, devlink::kMagic, devlink::kVersion);
+const devlink::Bytes kWelcome = message(devlink::Kind::welcome, devlink::kMagic, devlink::kVersion);
 
 /// A connected socket that the test speaks through; reading ends with the connection.
 class RawEnd {
@@ -143,7 +140,7 @@ public:
     asio::write(mSocket, asio::buffer(data), error);
     return !error;
   }
-  /// The next frame's kind and payload; nothing at the end of the connection.
+  /// The next message's kind and payload; nothing at the end of the connection.
   std::optional<std::pair<devlink::Kind, devlink::Bytes>> receive() {
     std::uint8_t header[devlink::kHeaderBytes];
     asio::error_code error;

@@ -32,15 +32,15 @@ TEST_F(LinkTest, UnfitAnswersAreFailures) {
     end.receive();
     end.receive(); // question 1, not answered in time
     end.receive();
-    end.send(frame(Kind::devices, 1, 9) + frame(Kind::devices, 2, 16));
+    end.send(message(Kind::devices, 1, 9) + message(Kind::devices, 2, 16));
     for (const int count : {-1, 17}) {
       end.receive();
-      end.send(frame(Kind::devices, count < 0 ? 3 : 4, count));
+      end.send(message(Kind::devices, count < 0 ? 3 : 4, count));
     }
     end.receive();
-    end.send(frame(Kind::info, 5, 0, Bytes(96, 'n'))); // a name without an end
+    end.send(message(Kind::info, 5, 0, Bytes(96, 'n'))); // a name without an end
     end.receive();
-    end.send(frame(Kind::modeTaken, 6, 0));
+    end.send(message(Kind::modeTaken, 6, 0));
     end.drain();
   });
   ASSERT_EQ(ovConnect(0, "acad"), 0);
@@ -60,7 +60,7 @@ TEST_F(LinkTest, UnfetchedFloodEndsLink) {
   const FakeDaemon daemon([&](RawEnd& end) {
     Bytes flood;
     for (int i = 0; i < 1000; ++i)
-      flood = flood + frame(Kind::event, i);
+      flood = flood + message(Kind::event, i);
     end.send(kWelcome);
     while (end.send(flood))
       ;
@@ -76,7 +76,7 @@ TEST_F(LinkTest, UnfetchedFloodEndsLink) {
 }
 
 asio::io_context gIo; // of the clients
-const Bytes kHello = frame(Kind::hello, kMagic, kVersion, "raw"s);
+const Bytes kHello = message(Kind::hello, kMagic, kVersion, "raw"s);
 
 TEST_F(LinkTest, MuteClientsAreDropped) {
   RunningDaemon daemon;
@@ -91,7 +91,7 @@ TEST_F(LinkTest, MuteClientsAreDropped) {
 
 TEST_F(LinkTest, LazyClientIsDroppedAlone) {
   RunningDaemon daemon;
-  RawEnd lazy(gIo, daemon.port(), frame(Kind::hello, kMagic, kVersion, "lazy"s));
+  RawEnd lazy(gIo, daemon.port(), message(Kind::hello, kMagic, kVersion, "lazy"s));
   RawEnd busy(gIo, daemon.port(), kHello);
   // A small one of its own: the system's grows to megabytes where events come one by one.
   lazy.socket().set_option(asio::socket_base::receive_buffer_size(8 * 1024));
@@ -117,7 +117,7 @@ TEST_F(LinkTest, UnreadAnswersEndReading) {
   asking.socket().non_blocking(true);
   Bytes questions;
   for (int i = 0; i < 1000; ++i)
-    questions = std::move(questions) + frame(Kind::askSettings, i, 0);
+    questions = std::move(questions) + message(Kind::askSettings, i, 0);
   // Answers are many times larger than questions; in the end the questions stay in the sockets, 10 MB at
   // most.
   std::size_t sent = 0;
