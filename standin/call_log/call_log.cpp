@@ -30,19 +30,11 @@ struct Order {
 struct State {
   std::mutex mutex;
   bool isRecording = false;
-  std::atomic<bool> isJournalOn{false}; // isRecording, for those without the lock
   bool isCounting = false;
   std::vector<std::string> journal;
   std::int64_t count = 0;
-  std::multimap<std::string, Order> byName;
-  Order any;
+  std::multimap<std::string, Order> orders; // by operation; without a name: for any
   std::string lastFault;
-
-  void refresh() {
-    isJournalOn.store(isRecording);
-    detail::gIsActive.store(isRecording || isCounting || any.times > 0 || !byName.empty() ||
-                            detail::gIsTracing);
-  }
 };
 
 State& state() {
@@ -51,21 +43,23 @@ State& state() {
   return *stateP;
 }
 
+/// The state, locked for as long as this object lives.
+class Locked {
+public:
+  Locked() : mLock(state().mutex) {}
+  ~Locked() {
+    const State& s = state();
+    detail::gIsActive.store(s.isRecording || s.isCounting || !s.orders.empty() || detail::gIsTracing);
+  }
+  Locked(const Locked&) = delete;
+  Locked& operator=(const Locked&) = delete;
+  State* operator->() const { return &state(); }
+
+private:
+  std::lock_guard<std::mutex> mLock;
+};
+
 thread_local Code gCode = Code::PlugIn; // threads that no stand-in has made are the plug-in's
-
-void order(const std::string& operation, std::int64_t nth, int times, bool isThrow) {
-  State& s = state();
-  const std::lock_guard<std::mutex> lock(s.mutex);
-  s.byName.insert({operation, Order{nth, times, isThrow}});
-  s.refresh();
-}
-
-void orderAny(std::int64_t nth, bool isThrow) {
-  State& s = state();
-  const std::lock_guard<std::mutex> lock(s.mutex);
-  s.any = Order{nth, 1, isThrow};
-  s.refresh();
-}
 
 } // namespace
 
@@ -75,10 +69,6 @@ std::atomic<bool> gIsActive{false};
 
 Code setCurrentCode(Code code) {
   return std::exchange(gCode, code);
-}
-
-bool isJournalOn() {
-  return state().isJournalOn.load(std::memory_order_relaxed);
 }
 
 void show(std::ostream& os, Hex argument) {
@@ -100,34 +90,25 @@ void show(std::ostream& os, std::wstring_view text) {
 }
 
 void refreshActive() {
-  State& s = state();
-  const std::lock_guard<std::mutex> lock(s.mutex);
-  s.refresh();
+  const Locked refreshes;
 }
 
 bool enterActive(const char* operation, const std::string& arguments) {
-  const Entered standIn(Code::StandIn);
-  State& s = state();
-  const std::lock_guard<std::mutex> lock(s.mutex);
-  ++s.count;
-  if (s.isRecording)
-    s.journal.push_back(operation + arguments);
+  const Locked s;
+  ++s->count;
+  if (s->isRecording)
+    s->journal.push_back(operation + arguments);
   bool isStruck = false;
   bool isThrow = false;
-  if (s.any.strikes()) {
-    isStruck = true;
-    isThrow = s.any.isThrow;
-  }
-  const auto range = s.byName.equal_range(operation);
-  for (auto it = range.first; it != range.second; ++it) {
-    if (it->second.strikes()) {
+  for (auto& [name, order] : s->orders) {
+    if ((name.empty() || name == operation) && order.strikes()) {
       isStruck = true;
-      isThrow = isThrow || it->second.isThrow;
+      isThrow = isThrow || order.isThrow;
     }
   }
   if (!isStruck)
     return false;
-  s.lastFault = operation;
+  s->lastFault = operation;
   if (isThrow)
     throw InjectedFault(std::string("ordered fault in ") + operation);
   return true;
@@ -155,74 +136,47 @@ std::string escaped(std::wstring_view text) {
 }
 
 void startRecording() {
-  State& s = state();
-  const std::lock_guard<std::mutex> lock(s.mutex);
-  s.journal.clear();
-  s.isRecording = true;
-  s.refresh();
+  const Locked s;
+  s->journal.clear();
+  s->isRecording = true;
 }
 
 std::vector<std::string> stopRecording() {
-  State& s = state();
-  const std::lock_guard<std::mutex> lock(s.mutex);
-  s.isRecording = false;
-  s.refresh();
-  return std::move(s.journal);
+  const Locked s;
+  s->isRecording = false;
+  return std::move(s->journal);
 }
 
-std::vector<std::string> recorded() {
-  State& s = state();
-  const std::lock_guard<std::mutex> lock(s.mutex);
-  return s.journal;
+void failAt(const std::string& operation, std::int64_t nth, int times) {
+  Locked()->orders.insert({operation, {nth, times, false}});
 }
 
-void failAt(const std::string& operation, int nth, int times) {
-  order(operation, nth, times, false);
-}
-
-void throwAt(const std::string& operation, int nth, int times) {
-  order(operation, nth, times, true);
-}
-
-void failAny(std::int64_t nth) {
-  orderAny(nth, false);
-}
-
-void throwAny(std::int64_t nth) {
-  orderAny(nth, true);
+void throwAt(const std::string& operation, std::int64_t nth, int times) {
+  Locked()->orders.insert({operation, {nth, times, true}});
 }
 
 void startCounting() {
-  State& s = state();
-  const std::lock_guard<std::mutex> lock(s.mutex);
-  s.count = 0;
-  s.isCounting = true;
-  s.refresh();
+  const Locked s;
+  s->count = 0;
+  s->isCounting = true;
 }
 
 std::int64_t count() {
-  State& s = state();
-  const std::lock_guard<std::mutex> lock(s.mutex);
-  return s.count;
+  return Locked()->count;
 }
 
 std::string lastFault() {
-  State& s = state();
-  const std::lock_guard<std::mutex> lock(s.mutex);
-  return s.lastFault;
+  return Locked()->lastFault;
 }
 
 void clear() {
-  State& s = state();
-  const std::lock_guard<std::mutex> lock(s.mutex);
-  s.isRecording = false;
-  s.isCounting = false;
-  s.journal.clear();
-  s.count = 0;
-  s.byName.clear();
-  s.any = Order{};
-  s.lastFault.clear();
-  s.refresh();
+  const Locked s;
+  s->isRecording = false;
+  s->isCounting = false;
+  s->journal.clear();
+  s->count = 0;
+  s->orders.clear();
+  s->lastFault.clear();
 }
 
 } // namespace call_log

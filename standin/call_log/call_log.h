@@ -48,7 +48,6 @@ namespace detail {
 extern std::atomic<bool> gIsActive;
 /// Gives what it was before.
 Code setCurrentCode(Code code);
-bool isJournalOn();
 /// Writes the journal's line and tells whether the call must fail; throws InjectedFault if it must throw.
 bool enterActive(const char* operation, const std::string& arguments);
 /// Returns the record of a call that begins now, null if it isn't wanted. Sets isEntered if endCall() has to be
@@ -101,17 +100,10 @@ std::string escaped(std::wstring_view text);
 
 namespace detail {
 
-template <class Value>
-void append(std::vector<double>& numbers, std::wstring& text, const Shown<Value>& argument) {
-  append(numbers, text, argument.value);
-}
-inline void append(std::vector<double>& numbers, std::wstring&, Hex argument) {
-  numbers.push_back(static_cast<double>(argument.value));
-}
-inline void append(std::vector<double>& numbers, std::wstring&, Word argument) {
-  numbers.push_back(argument.value);
-}
-inline void append(std::vector<double>& numbers, std::wstring& text, Quoted argument) {
+/// The trace has the value alone of what says how the journal shows it.
+template <class Argument>
+auto append(std::vector<double>& numbers, std::wstring& text, const Argument& argument)
+    -> decltype(static_cast<void>(argument.value)) {
   append(numbers, text, argument.value);
 }
 
@@ -162,8 +154,13 @@ public:
   /// in    its arguments: numbers, enumerators, pointers, text. Other types come with a function
   ///       append(std::vector<double>&, std::wstring&, const Type&) beside them.
   template <class... In> explicit Traced(const char* name, const In&... in) {
+    using detail::append;
     if (detail::gIsActive.load(std::memory_order_relaxed))
-      begin(name, in...);
+      mRecordP = detail::beginCall(name, mIsEntered);
+    if (mRecordP) {
+      (append(mRecordP->in, mRecordP->text, in), ...);
+      detail::enterCall(*mRecordP);
+    }
   }
   ~Traced() {
     if (mIsEntered)
@@ -174,28 +171,15 @@ public:
 
   /// Writes result and outputs down, and gives the result back. A text goes to outText.
   template <class Result, class... Out> Result returns(Result result, const Out&... out) {
-    if (mRecordP)
-      writesDown(result, out...);
+    using detail::append;
+    if (mRecordP) {
+      append(mRecordP->out, mRecordP->outText, result);
+      (append(mRecordP->out, mRecordP->outText, out), ...);
+    }
     return result;
   }
 
-protected:
-  Traced() = default;
-  template <class... In> void begin(const char* name, const In&... in) {
-    using detail::append;
-    mRecordP = detail::beginCall(name, mIsEntered);
-    if (mRecordP) {
-      (append(mRecordP->in, mRecordP->text, in), ...);
-      detail::enterCall(*mRecordP);
-    }
-  }
-
 private:
-  template <class... Out> void writesDown(const Out&... out) {
-    using detail::append;
-    (append(mRecordP->out, mRecordP->outText, out), ...);
-  }
-
   const Entered mEntered{Code::StandIn};
   Record* mRecordP = nullptr;
   bool mIsEntered = false;
@@ -207,12 +191,8 @@ private:
 class Call : public Traced {
 public:
   /// Throws InjectedFault if the call was told to throw.
-  template <class... In> explicit Call(const char* name, const In&... in) {
-    if (detail::gIsActive.load(std::memory_order_relaxed)) {
-      begin(name, in...);
-      mMustFail = report(name, in...);
-    }
-  }
+  template <class... In>
+  explicit Call(const char* name, const In&... in) : Traced(name, in...), mMustFail(report(name, in...)) {}
   /// True: the operation does nothing and gives back its failure value, where it has one.
   bool mustFail() const { return mMustFail; }
 
@@ -220,8 +200,7 @@ public:
   template <class... In> static bool report(const char* name, const In&... in) {
     if (!detail::gIsActive.load(std::memory_order_relaxed))
       return false;
-    if (!detail::isJournalOn())
-      return detail::enterActive(name, {});
+    const Entered standIn(Code::StandIn);
     using detail::show;
     std::ostringstream os;
     (show(os, in), ...);
@@ -229,7 +208,7 @@ public:
   }
 
 private:
-  bool mMustFail = false;
+  const bool mMustFail;
 };
 
 /// Stands around a callback of the plug-in. The trace marks the calls that are made directly beneath it; what
@@ -266,18 +245,14 @@ void noteBrackets(std::function<std::string(bool isEnd)> note);
 
 /// Starts a new, empty journal.
 void startRecording();
-/// Ends the journal and gives its lines, each "operation arguments".
+/// Ends the journal and returns its lines, each "operation arguments".
 std::vector<std::string> stopRecording();
-/// The lines up to now; the recording goes on.
-std::vector<std::string> recorded();
 
 /// The n-th call of that operation from now on (1 is the next one) fails or throws, and the next times - 1
 /// after it.
-void failAt(const std::string& operation, int nth, int times = 1);
-void throwAt(const std::string& operation, int nth, int times = 1);
-/// The n-th call of any operation from now on fails or throws.
-void failAny(std::int64_t nth);
-void throwAny(std::int64_t nth);
+/// operation  empty: any
+void failAt(const std::string& operation, std::int64_t nth, int times = 1);
+void throwAt(const std::string& operation, std::int64_t nth, int times = 1);
 /// Counts the calls from now on, with no fault ordered; count() tells how many there were.
 void startCounting();
 std::int64_t count();

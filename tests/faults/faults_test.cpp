@@ -32,9 +32,9 @@ TEST_F(Faults, SurvivesEachHostFailure) {
     for (const bool isThrow : {false, true}) {
       Session session;
       if (isThrow)
-        call_log::throwAny(k);
+        call_log::throwAt({}, k);
       else
-        call_log::failAny(k);
+        call_log::failAt({}, k);
       session.play();
       const std::string faulted = call_log::lastFault();
       call_log::clear();
