@@ -3,7 +3,6 @@
 
 #include <chrono>
 #include <ctime>
-#include <stdexcept>
 #include <thread>
 
 using desktop::detail::Locked;
@@ -16,11 +15,6 @@ namespace {
 // leaves that thread time to run.
 constexpr std::chrono::microseconds kWatchedNap(50);
 constexpr std::chrono::milliseconds kOtherNap(1);
-
-void requireHeld(const State& s, const char* operation) {
-  if (!s.isClockHeld)
-    throw std::logic_error(std::string(operation) + ": the clock is not held");
-}
 
 SYSTEMTIME partsOf(const timespec& moment) {
   tm parts{};
@@ -36,11 +30,6 @@ SYSTEMTIME partsOf(const timespec& moment) {
   time.wSecond = static_cast<WORD>(parts.tm_sec > 59 ? 59 : parts.tm_sec);
   time.wMilliseconds = static_cast<WORD>(moment.tv_nsec / 1000000);
   return time;
-}
-
-std::function<DWORD()> tickSource() {
-  const Locked s;
-  return s->tickSource;
 }
 
 } // namespace
@@ -68,7 +57,6 @@ void releaseClock() {
 
 void advanceClock(DWORD milliseconds) {
   const Locked s;
-  requireHeld(*s, "advanceClock");
   detail::setHeldTime(*s, s->heldTime + milliseconds);
 }
 
@@ -101,7 +89,7 @@ std::vector<SleepRecord> sleeps() {
 
 DWORD WINAPI GetTickCount(void) {
   call_log::Traced call("GetTickCount");
-  if (const std::function<DWORD()> source = tickSource())
+  if (const std::function<DWORD()> source = Locked()->tickSource)
     return call.returns(source()); // without the lock: it may take its time
   const Locked s;
   const DWORD ticks = desktop::detail::ticksNow(*s);
@@ -110,17 +98,10 @@ DWORD WINAPI GetTickCount(void) {
   return call.returns(ticks);
 }
 
-void WINAPI GetSystemTime(LPSYSTEMTIME time) {
-  {
-    const Locked s;
-    if (s->systemTime) {
-      *time = *s->systemTime;
-      return;
-    }
-  }
+void WINAPI GetSystemTime(SYSTEMTIME* time) {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
-  *time = partsOf(now);
+  *time = Locked()->systemTime.value_or(partsOf(now));
 }
 
 void WINAPI Sleep(DWORD milliseconds) {

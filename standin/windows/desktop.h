@@ -68,7 +68,7 @@ RECT rectangle(int left, int top, int width, int height);
 void holdClock();
 /// Lets the clock run again from the held time.
 void releaseClock();
-/// Advances the held clock. Timers fall due, and threads that wait in GetMessageW receive them.
+/// Advances the held clock; throws std::logic_error if it isn't held. Timers fall due, and threads that wait in GetMessageW receive them.
 void advanceClock(DWORD milliseconds);
 /// Sets the time by which each GetTickCount advances the held clock, so that loops that wait for time to pass
 /// end.
@@ -97,8 +97,7 @@ struct TimerRecord {
 /// Returns the armed timers of all threads, in the order in which they were armed.
 std::vector<TimerRecord> activeTimers();
 
-/// Dispatches the pending timer messages of the calling thread without waiting. Returns their number. A
-/// pending WM_QUIT stays pending.
+/// Dispatches the pending timer messages of the calling thread without waiting. Returns their number.
 int runMessages();
 /// Advances the held clock by that time, and at each due time dispatches the messages of the calling thread.
 /// Returns their number. Time by which a callback advances the clock counts.
@@ -112,9 +111,7 @@ struct MessageBox {
   std::wstring text;
   UINT type = 0;
 };
-/// Returns the boxes shown so far.
-std::vector<MessageBox> messageBoxes();
-/// Sets the function that answers message boxes, called on the thread that shows them. Empty: IDOK.
+/// Sets the function that is shown the message boxes and answers them, on their threads. Empty: IDOK.
 void setMessageBoxAnswer(std::function<int(const MessageBox&)> answer);
 
 /// Sets the path that GetModuleFileNameW returns for every module; without a value, the real one again.

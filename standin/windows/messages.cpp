@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <stdexcept>
 
 using desktop::detail::Locked;
 using desktop::detail::State;
@@ -71,8 +70,6 @@ int runMessages() {
 int runTimers(DWORD milliseconds) {
   State& s = state();
   std::unique_lock<std::mutex> lock(s.mutex);
-  if (!s.isClockHeld)
-    throw std::logic_error("runTimers: the clock is not held");
   const std::int64_t end = s.heldTime + milliseconds;
   int count = 0;
   for (;;) {
@@ -94,14 +91,10 @@ UINT_PTR WINAPI SetTimer(HWND window, UINT_PTR, UINT milliseconds, TIMERPROC pro
   if (call.mustFail() || window)
     return call.returns(UINT_PTR{0});
   const Locked s;
-  Timer timer;
-  timer.id = ++s->lastTimerId;
-  timer.threadId = GetCurrentThreadId();
-  timer.interval = std::clamp(milliseconds, USER_TIMER_MINIMUM, USER_TIMER_MAXIMUM);
-  timer.due = desktop::detail::clockNow(*s) + timer.interval;
-  timer.procedure = procedure;
-  s->timers.push_back(timer);
-  return call.returns(timer.id);
+  const UINT interval = std::clamp(milliseconds, USER_TIMER_MINIMUM, USER_TIMER_MAXIMUM);
+  const std::int64_t due = desktop::detail::clockNow(*s) + interval;
+  s->timers.push_back({++s->lastTimerId, GetCurrentThreadId(), interval, due, procedure});
+  return call.returns(s->lastTimerId);
 }
 
 BOOL WINAPI KillTimer(HWND window, UINT_PTR timerId) {
@@ -114,16 +107,10 @@ BOOL WINAPI KillTimer(HWND window, UINT_PTR timerId) {
   return call.returns(TRUE);
 }
 
-BOOL WINAPI GetMessageW(LPMSG message, HWND, UINT, UINT) {
+BOOL WINAPI GetMessageW(MSG* message, HWND, UINT, UINT) {
   State& s = state();
   std::unique_lock<std::mutex> lock(s.mutex);
   for (;;) {
-    const auto quit = s.quits.find(GetCurrentThreadId());
-    if (quit != s.quits.end()) {
-      *message = {nullptr, WM_QUIT, static_cast<WPARAM>(quit->second), 0, 0, s.pointer};
-      s.quits.erase(quit);
-      return 0;
-    }
     if (takeTimer(s, desktop::detail::clockNow(s), *message))
       return 1;
     const Timer* const timerP = nextTimer(s);
@@ -155,11 +142,4 @@ LRESULT WINAPI DispatchMessageW(const MSG* message) {
   const call_log::Bracket bracket("TimerProc");
   reinterpret_cast<TIMERPROC>(message->lParam)(message->hwnd, message->message, message->wParam, ticks);
   return 0;
-}
-
-void WINAPI PostQuitMessage(int exitCode) {
-  if (desktop::detail::Call("PostQuitMessage", exitCode).mustFail())
-    return;
-  const Locked s;
-  s->quits[GetCurrentThreadId()] = exitCode;
 }

@@ -6,19 +6,13 @@
 #include <dlfcn.h>
 #include <filesystem>
 #include <link.h>
+#include <map>
 #include <optional>
+#include <utility>
 
 using desktop::detail::Locked;
 
 namespace {
-
-using EntryPoint = BOOL(WINAPI*)(HINSTANCE, DWORD, LPVOID);
-
-struct Module {
-  void* loaded = nullptr; // from dlopen; the handle of Windows has the same value
-  int loads = 0;
-  EntryPoint entryPoint = nullptr; // DllMain, or null
-};
 
 /// Serializes loading and unloading. Recursive, since DllMain may load more.
 std::recursive_mutex& loaderMutex() {
@@ -26,19 +20,17 @@ std::recursive_mutex& loaderMutex() {
   return *mutexP;
 }
 
-/// The modules that were loaded through LoadLibrary. Call with the loader's lock held.
-std::vector<Module>& modules() {
-  static auto* const modulesP = new std::vector<Module>;
-  return *modulesP;
+/// The number of loads of each module that was loaded through LoadLibrary. Call with the loader's lock held.
+std::map<HMODULE, int>& loads() {
+  static auto* const loadsP = new std::map<HMODULE, int>;
+  return *loadsP;
 }
 
-HMODULE handle(void* library) {
-  return static_cast<HMODULE>(library);
-}
-
-std::vector<Module>::iterator find(const void* library) {
-  return std::find_if(modules().begin(), modules().end(),
-                      [library](const Module& module) { return module.loaded == library; });
+/// Calls the module's DllMain, if it has one.
+BOOL callEntryPoint(HMODULE module, DWORD reason, LPVOID reserved) {
+  using EntryPoint = BOOL(WINAPI*)(HINSTANCE, DWORD, LPVOID);
+  const auto entryPoint = reinterpret_cast<EntryPoint>(dlsym(module, "DllMain"));
+  return entryPoint ? entryPoint(module, reason, reserved) : TRUE;
 }
 
 /// Returns the path of the module, or of the program for null, with this system's slashes; empty for an
@@ -49,7 +41,7 @@ std::string nativePath(HMODULE module) {
     return std::filesystem::read_symlink("/proc/self/exe", error).string();
   const std::lock_guard<std::recursive_mutex> lock(loaderMutex());
   link_map* map = nullptr;
-  if (find(module) == modules().end() || dlinfo(module, RTLD_DI_LINKMAP, &map) != 0)
+  if (loads().count(module) == 0 || dlinfo(module, RTLD_DI_LINKMAP, &map) != 0)
     return {};
   return std::filesystem::absolute(map->l_name, error).lexically_normal().string();
 }
@@ -58,21 +50,8 @@ std::string nativePath(HMODULE module) {
 /// objects.
 void endProcess() {
   const std::lock_guard<std::recursive_mutex> lock(loaderMutex());
-  const std::vector<Module> loaded = std::move(modules());
-  modules().clear();
-  for (const Module& module : loaded) {
-    if (module.entryPoint)
-      module.entryPoint(handle(module.loaded), DLL_PROCESS_DETACH, module.loaded);
-  }
-}
-
-void unload(std::vector<Module>::iterator module) {
-  void* const library = module->loaded;
-  const EntryPoint entryPoint = module->entryPoint;
-  if (entryPoint)
-    entryPoint(handle(library), DLL_PROCESS_DETACH, nullptr);
-  modules().erase(find(library));
-  dlclose(library);
+  for (const auto& [module, count] : std::exchange(loads(), {}))
+    callEntryPoint(module, DLL_PROCESS_DETACH, module);
 }
 
 } // namespace
@@ -92,24 +71,13 @@ HMODULE WINAPI LoadLibraryA(LPCSTR path) {
   if (native.empty())
     return nullptr;
   const std::lock_guard<std::recursive_mutex> lock(loaderMutex());
-  void* const library = dlopen(native.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (!library)
-    return nullptr;
-  const auto known = find(library);
-  if (known != modules().end()) {
-    ++known->loads;
-    return handle(library);
-  }
-  Module module;
-  module.loaded = library;
-  module.loads = 1;
-  module.entryPoint = reinterpret_cast<EntryPoint>(dlsym(library, "DllMain"));
-  modules().push_back(module);
+  const auto module = static_cast<HMODULE>(dlopen(native.c_str(), RTLD_NOW | RTLD_LOCAL));
+  if (!module || ++loads()[module] > 1)
+    return module;
   std::atexit(endProcess);
-  if (!module.entryPoint || module.entryPoint(handle(library), DLL_PROCESS_ATTACH, nullptr) != FALSE)
-    return handle(library);
-  // As on Windows, a module that has refused to load is still detached.
-  unload(find(library));
+  if (callEntryPoint(module, DLL_PROCESS_ATTACH, nullptr))
+    return module;
+  FreeLibrary(module); // as on Windows, a module that has refused to load is still detached
   return nullptr;
 }
 
@@ -125,13 +93,14 @@ HMODULE WINAPI LoadLibraryW(LPCWSTR path) {
 
 BOOL WINAPI FreeLibrary(HMODULE module) {
   const std::lock_guard<std::recursive_mutex> lock(loaderMutex());
-  const auto known = find(module);
-  if (known == modules().end())
+  const auto known = loads().find(module);
+  if (known == loads().end())
     return FALSE;
-  if (--known->loads > 0)
-    dlclose(known->loaded);
-  else
-    unload(known);
+  if (known->second == 1)
+    callEntryPoint(module, DLL_PROCESS_DETACH, nullptr);
+  if (--loads()[module] == 0)
+    loads().erase(module);
+  dlclose(module);
   return TRUE;
 }
 
@@ -146,18 +115,14 @@ BOOL WINAPI GetModuleHandleExW(DWORD flags, LPCWSTR address, HMODULE* module) {
 
 FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name) {
   const std::lock_guard<std::recursive_mutex> lock(loaderMutex());
-  return reinterpret_cast<FARPROC>(find(module) == modules().end() ? nullptr : dlsym(module, name));
+  return reinterpret_cast<FARPROC>(loads().count(module) == 0 ? nullptr : dlsym(module, name));
 }
 
 DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD count) {
   const desktop::detail::Call call("GetModuleFileNameW", count);
   if (call.mustFail() || count == 0)
     return 0;
-  std::optional<std::wstring> path;
-  {
-    const Locked s;
-    path = s->modulePath;
-  }
+  std::optional<std::wstring> path = Locked()->modulePath;
   if (!path) {
     path = std::wstring();
     for (const char c : nativePath(module))

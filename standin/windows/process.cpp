@@ -11,11 +11,6 @@ using desktop::detail::Quoted;
 
 namespace desktop {
 
-std::vector<MessageBox> messageBoxes() {
-  const Locked s;
-  return s->boxes;
-}
-
 void setMessageBoxAnswer(std::function<int(const MessageBox&)> answer) {
   const Locked s;
   s->boxAnswer = std::move(answer);
@@ -26,17 +21,9 @@ void setMessageBoxAnswer(std::function<int(const MessageBox&)> answer) {
 int WINAPI MessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type) {
   if (Call("MessageBoxW", owner, Quoted{text}, Quoted{caption}, type).mustFail())
     return 0;
-  desktop::MessageBox box;
-  box.owner = owner;
-  box.caption = caption ? caption : L"Error"; // the default of Windows
-  box.text = text ? text : L"";
-  box.type = type;
-  std::function<int(const desktop::MessageBox&)> answer;
-  {
-    const Locked s;
-    s->boxes.push_back(box);
-    answer = s->boxAnswer;
-  }
+  // The default caption of Windows.
+  const desktop::MessageBox box{owner, caption ? caption : L"Error", text ? text : L"", type};
+  const auto answer = Locked()->boxAnswer;
   return answer ? answer(box) : IDOK;
 }
 
@@ -56,5 +43,5 @@ DWORD WINAPI GetFileAttributesA(LPCSTR path) {
   struct stat status {};
   if (!path || stat(path, &status) != 0)
     return INVALID_FILE_ATTRIBUTES;
-  return S_ISDIR(status.st_mode) ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_NORMAL;
+  return S_ISDIR(status.st_mode) ? FILE_ATTRIBUTE_DIRECTORY : 0;
 }

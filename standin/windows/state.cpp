@@ -1,6 +1,7 @@
 #include "state.h"
 
 #include <chrono>
+#include <stdexcept>
 
 namespace desktop {
 
@@ -23,6 +24,8 @@ DWORD ticksNow(const State& s) {
 }
 
 void setHeldTime(State& s, std::int64_t time) {
+  if (!s.isClockHeld)
+    throw std::logic_error("the clock is not held");
   s.heldTime = time;
   s.changed.notify_all();
 }
@@ -36,24 +39,9 @@ Window* find(State& s, HWND window) {
 
 void reset() {
   releaseClock();
-  detail::State& s = detail::state();
-  const std::lock_guard<std::mutex> lock(s.mutex);
-  s.windows.clear();
-  s.lastNumber = 0;
-  s.pointer = POINT{0, 0};
-  s.tickOffset = 0;
-  s.tickStep = 0;
-  s.tickSource = nullptr;
-  s.watchedThread = 0;
-  s.systemTime.reset();
-  s.sleeps.clear();
-  s.quits.clear();
-  // Timer numbers aren't reused: a callback that is about to kill its timer must not kill a new one.
-  s.timers.clear();
-  s.boxes.clear();
-  s.boxAnswer = nullptr;
-  s.modulePath.reset();
-  s.changed.notify_all();
+  const detail::Locked s;
+  static_cast<detail::Records&>(*s) = {};
+  s->changed.notify_all();
 }
 
 } // namespace desktop

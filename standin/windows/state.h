@@ -19,16 +19,12 @@ struct Timer {
   TIMERPROC procedure = nullptr;
 };
 
-struct State {
-  std::mutex mutex;
-
+/// What desktop::reset() restores.
+struct Records {
   std::map<unsigned long, Window> windows; // by number; siblings topmost first
   unsigned long lastNumber = 0;
   POINT pointer{0, 0};
 
-  bool isClockHeld = false;
-  std::int64_t heldTime = 0;   // milliseconds, while held
-  std::int64_t clockSkew = 0;  // from the system's clock to ours, while running
   std::int64_t tickOffset = 0; // from our clock to the tick count
   DWORD tickStep = 0;
   std::function<DWORD()> tickSource;
@@ -36,14 +32,20 @@ struct State {
   std::optional<SYSTEMTIME> systemTime;
   std::vector<SleepRecord> sleeps;
 
-  std::map<DWORD, int> quits;      // threads whose message loop is to end, with their exit codes
-  std::condition_variable changed; // the clock or the messages changed; wakes GetMessageW
-  std::vector<Timer> timers;       // in the order in which they were armed
-  UINT_PTR lastTimerId = 0;
+  std::vector<Timer> timers; // in the order in which they were armed
 
-  std::vector<MessageBox> boxes;
   std::function<int(const MessageBox&)> boxAnswer;
   std::optional<std::wstring> modulePath;
+};
+
+struct State : Records {
+  std::mutex mutex;
+  std::condition_variable changed; // the clock or the timers changed; wakes GetMessageW
+
+  bool isClockHeld = false;
+  std::int64_t heldTime = 0;  // milliseconds, while held
+  std::int64_t clockSkew = 0; // from the system's clock to ours, while running
+  UINT_PTR lastTimerId = 0;   // not reset: a callback that is about to kill its timer must not kill a new one
 };
 
 /// Returns the one state. Never destroyed: other threads may still be in a call while the process ends.
@@ -65,7 +67,7 @@ private:
 /// Returns the time of our clock in milliseconds. It never runs backwards, and tests may hold it.
 std::int64_t clockNow(const State& s);
 DWORD ticksNow(const State& s);
-/// Sets the held clock and wakes the threads that wait for it.
+/// Sets the held clock and wakes the threads that wait for it. Throws std::logic_error if it isn't held.
 void setHeldTime(State& s, std::int64_t time);
 /// Returns a window's record, null if there is no such window.
 Window* find(State& s, HWND window);

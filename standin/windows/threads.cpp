@@ -34,7 +34,7 @@ void run(LPTHREAD_START_ROUTINE start, LPVOID argument) {
 
 } // namespace
 
-HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES, std::size_t, LPTHREAD_START_ROUTINE start, LPVOID argument,
+HANDLE WINAPI CreateThread(SECURITY_ATTRIBUTES*, std::size_t, LPTHREAD_START_ROUTINE start, LPVOID argument,
                            DWORD, DWORD*) {
   std::packaged_task<void()> task([start, argument] { run(start, argument); });
   auto* const threadP = new Thread;

@@ -22,7 +22,6 @@
 #define APIENTRY
 
 using BOOL = int;
-using BYTE = std::uint8_t;
 using WORD = std::uint16_t;
 using DWORD = std::uint32_t;
 using UINT = std::uint32_t;
@@ -31,18 +30,13 @@ using INT_PTR = std::intptr_t;
 using UINT_PTR = std::uintptr_t;
 using LONG_PTR = std::intptr_t;
 using ULONG_PTR = std::uintptr_t;
-using DWORD_PTR = std::uintptr_t;
 using WPARAM = UINT_PTR;
 using LPARAM = LONG_PTR;
 using LRESULT = LONG_PTR;
 using LPVOID = void*;
-using LPSTR = char*;
 using LPCSTR = const char*;
 using LPWSTR = wchar_t*;
 using LPCWSTR = const wchar_t*;
-using LPCCH = const char*;
-using LPCWCH = const wchar_t*;
-using LPBOOL = BOOL*;
 using HANDLE = void*;
 using HWND = struct HWND__*;
 using HINSTANCE = struct HINSTANCE__*;
@@ -102,17 +96,12 @@ struct SYSTEMTIME {
 
 struct SECURITY_ATTRIBUTES;
 
-using LPSECURITY_ATTRIBUTES = SECURITY_ATTRIBUTES*;
 using LPPOINT = POINT*;
 using LPRECT = RECT*;
-using LPMSG = MSG*;
 using LPSCROLLINFO = SCROLLINFO*;
-using LPSYSTEMTIME = SYSTEMTIME*;
 
 static_assert(sizeof(SCROLLINFO) == 28, "the record's size travels in cbSize");
 static_assert(sizeof(SYSTEMTIME) == 16, "eight words");
-
-constexpr DWORD INFINITE = 0xFFFFFFFF;
 
 constexpr int DLL_PROCESS_DETACH = 0;
 constexpr int DLL_PROCESS_ATTACH = 1;
@@ -122,7 +111,6 @@ constexpr DWORD GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS = 0x00000004;
 constexpr DWORD WAIT_OBJECT_0 = 0;
 constexpr DWORD WAIT_TIMEOUT = 258;
 
-constexpr int WM_QUIT = 0x0012;
 constexpr int WM_TIMER = 0x0113;
 constexpr int WM_HSCROLL = 0x0114;
 constexpr int WM_VSCROLL = 0x0115;
@@ -153,12 +141,11 @@ constexpr int IDOK = 1;
 
 constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
 constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x00000010;
-constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x00000080;
 
-constexpr WORD LOWORD(DWORD_PTR value) {
+constexpr WORD LOWORD(ULONG_PTR value) {
   return static_cast<WORD>(value & 0xFFFF);
 }
-constexpr WORD HIWORD(DWORD_PTR value) {
+constexpr WORD HIWORD(ULONG_PTR value) {
   return static_cast<WORD>((value >> 16) & 0xFFFF);
 }
 
@@ -169,7 +156,7 @@ extern "C" {
 /// Returns the milliseconds since the system started; wraps at 32 bits. Not reported.
 DWORD WINAPI GetTickCount(void);
 /// Writes the current time in UTC. Not reported.
-void WINAPI GetSystemTime(LPSYSTEMTIME time);
+void WINAPI GetSystemTime(SYSTEMTIME* time);
 /// Suspends the calling thread. Reported only on the thread that called desktop::holdClock(), so that
 /// background threads don't disturb a transcript.
 void WINAPI Sleep(DWORD milliseconds);
@@ -185,15 +172,13 @@ UINT_PTR WINAPI SetTimer(HWND window, UINT_PTR timerId, UINT milliseconds, TIMER
 /// Ends a timer of the calling thread, together with a message of it that hasn't been dispatched yet.
 BOOL WINAPI KillTimer(HWND window, UINT_PTR timerId);
 
-/// Waits for the calling thread's next message: WM_QUIT first, then due timers. Returns 0 for WM_QUIT, else
-/// 1. Ignores window and filter, as there are no other messages. Not reported.
-BOOL WINAPI GetMessageW(LPMSG message, HWND window, UINT first, UINT last);
+/// Waits for the calling thread's next due timer and returns 1. Ignores window and filter, as there are no other
+/// messages. Not reported.
+BOOL WINAPI GetMessageW(MSG* message, HWND window, UINT first, UINT last);
 /// Does nothing, as there are no key messages. Not reported.
 BOOL WINAPI TranslateMessage(const MSG* message);
 /// Calls the procedure of a timer that is still armed. Ignores other messages. Not reported.
 LRESULT WINAPI DispatchMessageW(const MSG* message);
-/// Ends the calling thread's message loop.
-void WINAPI PostQuitMessage(int exitCode);
 
 // ---- Pointer and windows ----------------------------------------------------------------------------------
 
@@ -228,10 +213,10 @@ BOOL WINAPI UpdateWindow(HWND window);
 /// codePage     must be CP_ACP
 /// textCount    characters, or -1 for all up to and including the terminator
 /// bufferCount  0 asks for the bytes needed
-int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, LPCWCH text, int textCount, LPSTR buffer,
-                               int bufferCount, LPCCH defaultChar, LPBOOL usedDefaultChar);
+int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, const wchar_t* text, int textCount, char* buffer,
+                               int bufferCount, const char* defaultChar, BOOL* usedDefaultChar);
 /// Converts narrow to wide text, with the arguments of WideCharToMultiByte the other way round. Not reported.
-int WINAPI MultiByteToWideChar(UINT codePage, DWORD flags, LPCCH text, int textCount, LPWSTR buffer,
+int WINAPI MultiByteToWideChar(UINT codePage, DWORD flags, const char* text, int textCount, LPWSTR buffer,
                                int bufferCount);
 /// Records the box and returns the answer of desktop::setMessageBoxAnswer(), IDOK if none is set.
 int WINAPI MessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type);
@@ -241,15 +226,15 @@ BOOL WINAPI Beep(DWORD frequency, DWORD milliseconds);
 DWORD WINAPI GetCurrentProcessId(void);
 /// Not reported.
 DWORD WINAPI GetCurrentThreadId(void);
-/// Returns the attributes of a file, by its native path; INVALID_FILE_ATTRIBUTES if there is none. Not
-/// reported.
+/// Returns FILE_ATTRIBUTE_DIRECTORY for a folder, 0 for another file, by its native path; INVALID_FILE_ATTRIBUTES
+/// if there is none. Not reported.
 DWORD WINAPI GetFileAttributesA(LPCSTR path);
 
 // ---- Threads ----------------------------------------------------------------------------------------------
 
 /// Starts a thread and returns its handle. Attributes, stack size, flags and threadId have to be null or 0.
 /// Not reported, and neither are the next two.
-HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES attributes, std::size_t stackSize,
+HANDLE WINAPI CreateThread(SECURITY_ATTRIBUTES* attributes, std::size_t stackSize,
                            LPTHREAD_START_ROUTINE start, LPVOID argument, DWORD flags, DWORD* threadId);
 /// Waits for the end of a thread. Returns WAIT_OBJECT_0, or WAIT_TIMEOUT if it still runs after that time.
 DWORD WINAPI WaitForSingleObject(HANDLE thread, DWORD milliseconds);
