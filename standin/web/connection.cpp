@@ -37,9 +37,18 @@ std::string fitting(const std::string& reason) {
   return reason.substr(0, size);
 }
 
-const auto kNoBarrier = [](const auto&) { return false; };
-
 } // namespace
+
+void enqueue(std::deque<Waiting>& queue, Waiting entry) {
+  for (auto at = queue.end(); at != queue.begin() && (--at)->mTo == kEveryone;) {
+    if (MessageP joinedP = entry.mMessageP->joinedTo(*at->mMessageP)) {
+      queue.erase(at);
+      entry.mMessageP = std::move(joinedP);
+      break;
+    }
+  }
+  queue.push_back(std::move(entry));
+}
 
 Connection::Connection(tcp::socket socket, ClientId id, ConnectionOwner& owner)
     : mStream(std::move(socket)), mPatience(mStream.get_executor()), mId(id), mOwner(owner),
@@ -171,7 +180,7 @@ void Connection::send(MessageP messageP) {
     return;
   if (mQueue.size() >= kMaxWaiting)
     return drop();
-  enqueue(mQueue, Entry{std::move(messageP)}, kNoBarrier);
+  enqueue(mQueue, {std::move(messageP)});
   write();
 }
 

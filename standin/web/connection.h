@@ -30,19 +30,15 @@ public:
   virtual void onEnd(Connection& connection) = 0;
 };
 
-/// Puts a message behind those that wait, or in the place of one.
-/// isBarrier  says of one that waits that none behind it may take the place of one before it
-template <class Entry, class IsBarrier>
-void enqueue(std::deque<Entry>& queue, Entry entry, const IsBarrier& isBarrier) {
-  for (auto at = queue.end(); at != queue.begin() && !isBarrier(*--at);) {
-    if (MessageP joinedP = entry.mMessageP->joinedTo(*at->mMessageP)) {
-      queue.erase(at);
-      entry.mMessageP = std::move(joinedP);
-      break;
-    }
-  }
-  queue.push_back(std::move(entry));
-}
+/// A message that waits to go out.
+struct Waiting {
+  MessageP mMessageP;
+  ClientId mTo = kEveryone;
+};
+
+/// Puts a message behind those that wait, or in the place of one. None takes the place of one before a message to
+/// a single client: that is a hello, which may tell of frames before it.
+void enqueue(std::deque<Waiting>& queue, Waiting entry);
 
 /// One client's connection, from its first byte on.
 class Connection : public std::enable_shared_from_this<Connection> {
@@ -67,9 +63,6 @@ public:
 private:
   enum class State { opening, open, closing };
   using Error = boost::beast::error_code;
-  struct Entry {
-    MessageP mMessageP;
-  };
 
   void takeRequest(const Error& error);
   void respond(boost::beast::http::status status, std::string text);
@@ -88,7 +81,7 @@ private:
   boost::beast::flat_buffer mIn;
   std::optional<boost::beast::http::request_parser<boost::beast::http::empty_body>> mParser;
   boost::beast::http::response<boost::beast::http::string_body> mResponse;
-  std::deque<Entry> mQueue;
+  std::deque<Waiting> mQueue;
   /// The message on its way.
   std::string mOut;
   bool mIsWriting = false;

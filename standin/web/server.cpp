@@ -69,9 +69,7 @@ public:
     const std::lock_guard<std::mutex> lock(mMutex);
     if (mOutbox.empty())
       boost::asio::post(mIo, [this] { handOut(); });
-    // Who is sent something of its own has a hello that may tell of frames before it.
-    enqueue(mOutbox, Addressed{std::move(messageP), to},
-            [](const Addressed& waiting) { return waiting.mTo != kEveryone; });
+    enqueue(mOutbox, {std::move(messageP), to});
   }
 
   void end() {
@@ -99,11 +97,6 @@ public:
   }
 
 private:
-  struct Addressed {
-    MessageP mMessageP;
-    ClientId mTo;
-  };
-
   std::string page(const std::string& authority) override {
     return mDoor.page(authority);
   }
@@ -182,12 +175,12 @@ private:
   }
 
   void handOut() {
-    std::deque<Addressed> messages;
+    std::deque<Waiting> messages;
     {
       const std::lock_guard<std::mutex> lock(mMutex);
       messages.swap(mOutbox);
     }
-    for (const Addressed& message : messages) {
+    for (const Waiting& message : messages) {
       const auto connections = mConnections; // one that is dropped for its backlog leaves the list
       for (const auto& connection : connections) {
         if (message.mTo == connection->id())
@@ -211,7 +204,7 @@ private:
   bool mIsEnding = false;
 
   std::mutex mMutex;
-  std::deque<Addressed> mOutbox;
+  std::deque<Waiting> mOutbox;
 };
 
 Server::Server(const ServerOptions& options, Door& door)
