@@ -70,7 +70,7 @@ void resetView() {
   state.position = AcGePoint3d(40, -60, 50);
   state.target = AcGePoint3d(1, 2, 3);
   state.up = AcGeVector3d(-0.3, 0.5, 0.8).normalize();
-  host::setView(state);
+  host::view() = state;
 }
 
 void setSample(int x, int y, int z, int a, int b, int c) {

@@ -3,8 +3,6 @@
 //
 // Input: the file.
 
-#include <cmath>
-
 #include "dxf_reader.h"
 #include "host.h"
 #include "require.h"
@@ -25,24 +23,20 @@ rig::TempFolder& scratch() {
 constexpr char kFile[] = "fuzz.dxf";
 constexpr int kMaxDrawn = 50; // entities; an insert may stand for millions
 
-bool isFinite(const AcGePoint3d& p) {
-  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
-}
-
 void checkDrawing(const dxf::Result& result) {
   require(host::entityCount() == result.entities, "as many entities as were counted");
   for (int number = 1; number <= std::min(result.entities, kMaxDrawn); ++number) {
     const AcDbEntity* const entityP = host::entity(number);
     require(entityP != nullptr, "entities count from 1");
     AcDbExtents own;
-    entityP->subAddExtents(nullptr, own);
-    require(!own.isEmpty() && isFinite(own.minPoint()) && isFinite(own.maxPoint()),
+    entityP->subAddExtents({}, own);
+    require(!own.isEmpty() && host::isFinite(own.minPoint()) && host::isFinite(own.maxPoint()),
             "each entity lies somewhere");
     if (entityP->isKindOf(AcDbBlockReference::desc()))
       continue;
     for (const AcDbStroke& stroke : host::strokes(number))
       for (const AcGePoint3d& point : stroke)
-        require(isFinite(point), "lines go through points that exist");
+        require(host::isFinite(point), "lines go through points that exist");
   }
 }
 

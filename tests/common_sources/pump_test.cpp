@@ -19,7 +19,7 @@ TEST_F(Pump, ServesKeysAndSamplesBetweenPasses) {
     if (places.size() == 2)
       plugin().mPendingKey = 0;
     if (places.size() == 3) {
-      EXPECT_EQ(host::queueLength(), 2) << "the cancel and the macro";
+      EXPECT_EQ(host::runQueue(), 2) << "the cancel and the macro";
       setSample(-2000, 0, 0);
     }
     if (places.size() == 5)

@@ -78,8 +78,8 @@ void Script::play(const std::string& text) {
   const std::map<std::string, std::function<void()>> words = {
       {"view",
        [&] {
-         host::setView({point(0), point(3), point(6).asVector(), v.at(9), v.at(10),
-                        rest.find("perspective") != std::string::npos});
+         host::view() = {point(0), point(3), point(6).asVector(),
+                         v.at(9),  v.at(10), rest.find("perspective") != std::string::npos};
        }},
       {"rotation",
        [&] {
@@ -99,7 +99,7 @@ void Script::play(const std::string& text) {
        }},
       {"layout",
        [&] {
-         host::setLayoutState({v.at(0), v.at(1), v.at(2), {v.at(3), v.at(4)}});
+         host::layout() = {v.at(0), v.at(1), v.at(2), {v.at(3), v.at(4)}};
        }},
       {"select",
        [&] {
@@ -108,8 +108,9 @@ void Script::play(const std::string& text) {
       {"pointer", [&] { SetCursorPos(whole(0), whole(1)); }},
       {"mark",
        [&] {
-         host::setCannotBeOpened(host::entityId(whole(0)), rest.find("closed") != std::string::npos);
-         host::setRefusesTransform(host::entityId(whole(0)), rest.find("locked") != std::string::npos);
+         AcDbHostRecord& record = host::entity(whole(0))->mHost;
+         record.cannotBeOpened = rest.find("closed") != std::string::npos;
+         record.refusesTransform = rest.find("locked") != std::string::npos;
        }},
       {"toggle center", [&] { plugin().mToggleRotationCenter = isOn; }},
       {"toggle axis", [&] { plugin().mToggleRotationAxis = isOn; }},

@@ -47,7 +47,7 @@ TEST_F(LinkLife, FindsDaemonAgain) {
   const std::string session = "0.0 device rotation 13\n0.3 device motion 300 0 0 0 0 300\n";
   for (int round = 0; round < 2; ++round) {
     SCOPED_TRACE(round);
-    host::setView(host::ViewState());
+    host::view() = {};
     auto daemonP = std::make_unique<DaemonProcess>(mHome, session, mPort);
     EXPECT_GE(rig::loopUntil(kLongestWait, [&] { return daemonP->isRecorded("client connected acad"); }), 0);
     EXPECT_GE(

@@ -166,7 +166,7 @@ private:
     const double width = mDice.size({300.0, 300.0, 0.0, 1e200});
     const double height = mDice.size({200.0, 200.0, 0.0, 50.0});
     const double viewHeight = mDice.size({100.0, 100.0, 0.0, -5.0, 1.7e308, 5e-324});
-    host::setLayoutState({width, height, viewHeight, {mDice.real(), mDice.size({0.0, 2.0})}});
+    host::layout() = {width, height, viewHeight, {mDice.real(), mDice.size({0.0, 2.0})}};
   }
 
   void changeSelection() {
@@ -174,9 +174,9 @@ private:
     for (int& number : numbers)
       number = 1 + mDice.below(kEntities);
     host::selectNumbers(numbers);
-    const AcDbObjectId id = host::entityId(1 + mDice.below(kEntities));
-    for (const auto setMark : {host::setCannotBeOpened, host::setHasNoExtents, host::setRefusesTransform})
-      setMark(id, mDice.oneIn(3));
+    AcDbHostRecord& record = host::entity(1 + mDice.below(kEntities))->mHost;
+    for (bool* const markP : {&record.cannotBeOpened, &record.hasNoExtents, &record.refusesTransform})
+      *markP = mDice.oneIn(3);
   }
 
   void changeView() {
@@ -189,7 +189,7 @@ private:
     view.up.z = mDice.size({view.up.z});
     view.fieldWidth = mDice.size({40.0, 0.0, 1e-3, 1e308, -1.0, 7.0});
     view.fieldHeight = mDice.size({10.0, 0.0, 1e-3, 1e150, 3.0});
-    host::setView(view);
+    host::view() = view;
   }
 
   void changeWindows() {

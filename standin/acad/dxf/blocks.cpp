@@ -51,7 +51,8 @@ std::unique_ptr<Blocks::Insert> Blocks::readInsert(const Record& record) {
   const double scale[] = {record.number(41, 1), record.number(42, 1), record.number(43, 1)};
   for (const double factor : scale)
     insertP->maxScale = std::max(insertP->maxScale, std::fabs(factor));
-  insertP->scale = AcGeMatrix3d::scaling(scale[0], scale[1], scale[2]);
+  insertP->scale =
+      AcGeMatrix3d::alignCoordSys(AcGePoint3d::kOrigin, {scale[0], 0, 0}, {0, scale[1], 0}, {0, 0, scale[2]});
   insertP->place = AcGeMatrix3d::planeToWorld(record.normal()) *
                    AcGeMatrix3d::translation(record.point(10).asVector()) *
                    AcGeMatrix3d::rotation(record.number(50) * kDegree, AcGeVector3d::kZAxis);
@@ -124,7 +125,7 @@ std::vector<std::unique_ptr<AcDbEntity>> Blocks::takeEntities() {
     if (total > kMaxTotal)
       throw BadFile("its inserts stand for too many entities");
     AcDbExtents box;
-    entityP->subAddExtents(nullptr, box);
+    entityP->subAddExtents({}, box);
     if (box.isEmpty())
       skip("INSERT of an empty block");
     else

@@ -32,14 +32,13 @@ private:
   void cancel();
   void start(const std::wstring& typedName, bool isTransparent);
 
-  std::wstring mInput;      // typed, not yet ended
-  int mDepth = 0;           // open brackets of the expression that is being typed
-  bool mIsInString = false; // inside a quoted text of the expression
-  bool mIsEscaped = false;  // directly after a backslash in that text
-  bool mEndIsDue = false;   // an expression has run; the blank or Enter that follows is ignored
-  std::vector<std::unique_ptr<RunningCommand>>
-      mRunning;       // a transparent command is after the one it interrupts
-  std::wstring mLast; // the command that a bare Enter repeats
+  std::wstring mInput;                  // typed, not yet ended
+  int mDepth = 0;                       // open brackets of the expression that is being typed
+  bool mIsInString = false;             // inside a quoted text of the expression
+  bool mIsEscaped = false;              // directly after a backslash in that text
+  bool mEndIsDue = false;               // an expression has run; the blank or Enter that follows is ignored
+  std::vector<RunningCommand> mRunning; // a transparent command is after the one it interrupts
+  std::wstring mLast;                   // the command that a bare Enter repeats
 };
 
 void CommandLine::run(const std::wstring& text) {
@@ -116,9 +115,8 @@ void CommandLine::cancel() {
 void CommandLine::take(const std::wstring& input) {
   const bool isTransparent = !input.empty() && input[0] == L'\'';
   if (!mRunning.empty() && !isTransparent) {
-    const size_t own = mRunning.size() - 1;
-    if (mRunning[own]->take(input) == RunningCommand::kIsOver)
-      mRunning.erase(mRunning.begin() + static_cast<std::ptrdiff_t>(own));
+    if (!mRunning.back()(input))
+      mRunning.pop_back();
     return;
   }
   if (!input.empty())
@@ -134,14 +132,12 @@ void CommandLine::start(const std::wstring& typedName, bool isTransparent) {
   const bool isGlobal = typedName.find(L'_') < begin;
   if (!isTransparent)
     mLast = typedName;
-  if (runRegisteredCommand(name, isGlobal))
+  if (runRegisteredCommand(name, isGlobal) || runCommand(lowered(name)))
     return;
-  if (std::unique_ptr<RunningCommand> commandP = makeCommand(lowered(name))) {
-    if (commandP->begin() == RunningCommand::kGoesOn)
-      mRunning.push_back(std::move(commandP));
-  } else {
+  if (RunningCommand command = makeCommand(lowered(name)))
+    mRunning.push_back(std::move(command));
+  else
     print(L"Unknown command \"" + typedName + L"\".\n");
-  }
 }
 
 void CommandLine::clear() {
@@ -166,10 +162,6 @@ int runQueue() {
     line.run(text);
   }
   return count;
-}
-
-int queueLength() {
-  return static_cast<int>(commandLine().mQueue.size());
 }
 
 void type(const std::wstring& text) {

@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <memory>
 #include <vector>
 
 #include "accmd.h"
@@ -14,11 +13,7 @@
 
 namespace {
 
-class Command : public AcEdCommand {
-public:
-  const ACHAR* globalName() const override { return mGlobal.c_str(); }
-  const ACHAR* localName() const override { return mLocal.c_str(); }
-
+struct Command {
   std::wstring mGroup;
   std::wstring mGlobal;
   std::wstring mLocal;
@@ -33,7 +28,7 @@ class CommandStack : public AcEdCommandStack {
 public:
   Acad::ErrorStatus addCommand(const ACHAR* group, const ACHAR* globalName, const ACHAR* localName,
                                Adesk::Int32, AcRxFunctionPtr function, AcEdUIContext*, int, HINSTANCE,
-                               AcEdCommand** out) override {
+                               AcEdCommand**) override {
     const call_log::Call call("addCommand", group, globalName);
     if (call.mustFail())
       return Acad::eNotApplicable;
@@ -41,14 +36,7 @@ public:
       return Acad::eInvalidInput;
     if (find(group, globalName) != mCommands.end())
       return Acad::eDuplicateKey;
-    auto command = std::make_unique<Command>();
-    command->mGroup = group;
-    command->mGlobal = globalName;
-    command->mLocal = localName ? localName : globalName;
-    command->mFunction = function;
-    if (out)
-      *out = command.get();
-    mCommands.push_back(std::move(command));
+    mCommands.push_back({group, globalName, localName ? localName : globalName, function});
     return Acad::eOk;
   }
 
@@ -63,14 +51,13 @@ public:
     return Acad::eOk;
   }
 
-  std::vector<std::unique_ptr<Command>>::const_iterator find(const ACHAR* group,
-                                                             const ACHAR* globalName) const {
-    return std::find_if(mCommands.begin(), mCommands.end(), [&](const auto& commandP) {
-      return isSame(commandP->mGroup, group) && isSame(commandP->mGlobal, globalName);
+  std::vector<Command>::const_iterator find(const ACHAR* group, const ACHAR* globalName) const {
+    return std::find_if(mCommands.begin(), mCommands.end(), [&](const Command& command) {
+      return isSame(command.mGroup, group) && isSame(command.mGlobal, globalName);
     });
   }
 
-  std::vector<std::unique_ptr<Command>> mCommands;
+  std::vector<Command> mCommands;
 };
 
 CommandStack& commandStack() {
@@ -107,32 +94,13 @@ AcRxDictionary* acrxSysRegistry() {
   return registryP;
 }
 
-// No application here defines functions for the command line, so none is ever called.
-
-int acedDefun(const ACHAR* name, short) {
-  return call_log::Call("acedDefun", name).mustFail() ? RTERROR : RTNORM;
-}
-
-int acedUndef(const ACHAR* name, short) {
-  return call_log::Call("acedUndef", name).mustFail() ? RTERROR : RTNORM;
-}
-
-int acedRegFunc(int (*)(), int code) {
-  return call_log::Call("acedRegFunc", call_log::shown(code)).mustFail() ? RTERROR : RTNORM;
-}
-
-int acedGetFunCode() {
-  const call_log::Call call("acedGetFunCode");
-  return RTERROR;
-}
-
 namespace host {
 
 bool runRegisteredCommand(const std::wstring& name, bool isGlobal) {
-  for (const auto& commandP : commandStack().mCommands) {
-    if (!isSame(isGlobal ? commandP->mGlobal : commandP->mLocal, name))
+  for (const Command& command : commandStack().mCommands) {
+    if (!isSame(isGlobal ? command.mGlobal : command.mLocal, name))
       continue;
-    const AcRxFunctionPtr function = commandP->mFunction; // the command may remove itself
+    const AcRxFunctionPtr function = command.mFunction; // the command may remove itself
     try {
       const call_log::Entered plugIn(call_log::Code::PlugIn);
       function();

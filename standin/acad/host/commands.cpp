@@ -18,7 +18,6 @@ namespace host {
 namespace {
 
 constexpr double kMaxCoordinate = 1e15; // beyond this doubles hold no useful fraction
-constexpr double kMargin = 1.05;
 
 bool readNumber(const std::string& text, double& value) {
   std::istringstream in(text);
@@ -46,144 +45,98 @@ std::wstring option(const std::wstring& input) {
   return lowered(input.substr(std::min(input.size(), input.find_first_not_of(L'_'))));
 }
 
-class Line : public RunningCommand {
-public:
-  Progress take(const std::wstring& input) override {
+RunningCommand line() {
+  return [count = 0, first = AcGePoint3d(), last = AcGePoint3d()](const std::wstring& input) mutable {
     if (input.empty())
-      return kIsOver;
-    if (option(input) == L"c" && mCount > 2) {
-      add(std::make_unique<AcDbLine>(mLast, mFirst));
-      return kIsOver;
+      return false;
+    if (option(input) == L"c" && count > 2) {
+      add(std::make_unique<AcDbLine>(last, first));
+      return false;
     }
     AcGePoint3d point;
     if (!readPoint(input, point)) {
       print(L"Invalid point.\n");
-      return kGoesOn;
+      return true;
     }
-    if (mCount++ == 0)
-      mFirst = point;
+    if (count++ == 0)
+      first = point;
     else
-      add(std::make_unique<AcDbLine>(mLast, point));
-    mLast = point;
-    return kGoesOn;
-  }
+      add(std::make_unique<AcDbLine>(last, point));
+    last = point;
+    return true;
+  };
+}
 
-private:
-  int mCount = 0;
-  AcGePoint3d mFirst;
-  AcGePoint3d mLast;
-};
-
-class Circle : public RunningCommand {
-public:
-  Progress take(const std::wstring& input) override {
+RunningCommand circle() {
+  return [hasCentre = false, centre = AcGePoint3d()](const std::wstring& input) mutable {
     if (input.empty())
-      return kIsOver;
+      return false;
     double radius = 0;
-    if (!mHasCentre) {
-      mHasCentre = readPoint(input, mCentre);
-      if (!mHasCentre)
+    if (!hasCentre) {
+      hasCentre = readPoint(input, centre);
+      if (!hasCentre)
         print(L"Invalid point.\n");
-      return kGoesOn;
+      return true;
     }
     if (!readNumber(narrow(input), radius) || radius <= 0) {
       print(L"Value must be positive and nonzero.\n");
-      return kGoesOn;
+      return true;
     }
-    add(std::make_unique<AcDbCircle>(mCentre, AcGeVector3d::kZAxis, radius));
-    return kIsOver;
-  }
+    add(std::make_unique<AcDbCircle>(centre, AcGeVector3d::kZAxis, radius));
+    return false;
+  };
+}
 
-private:
-  bool mHasCentre = false;
-  AcGePoint3d mCentre;
-};
-
-class View : public RunningCommand {
-public:
-  Progress take(const std::wstring& input) override {
+RunningCommand changeView() {
+  // save or restore, whose name comes next
+  return [chosen = std::wstring()](const std::wstring& input) mutable {
     if (input.empty())
-      return kIsOver;
+      return false;
     const std::wstring word = option(input);
-    if (mOption.empty() && (word == L"save" || word == L"s" || word == L"restore" || word == L"r")) {
-      mOption = word;
-      return kGoesOn;
+    if (chosen.empty() && (word == L"save" || word == L"s" || word == L"restore" || word == L"r")) {
+      chosen = word;
+      return true;
     }
-    if (!mOption.empty() && mOption[0] == L's')
+    if (!chosen.empty() && chosen[0] == L's')
       saveView(word);
-    else if (mOption.empty() ? showNamedView(word) : restoreView(word))
+    else if (chosen.empty() ? showNamedView(word) : restoreView(word))
       showFrame(isLayout());
     else
       print(L"Invalid view \"" + input + L"\".\n");
-    return kIsOver;
-  }
-
-private:
-  std::wstring mOption; // save or restore, whose name comes next
-};
-
-/// Looks straight down on all of the drawing. The coordinate system that it asks for makes no difference here.
-class Plan : public RunningCommand {
-public:
-  Progress take(const std::wstring&) override {
-    showNamedView(L"top");
-    zoomExtents();
-    showFrame(isLayout());
-    return kIsOver;
-  }
-};
-
-class Undo : public RunningCommand {
-public:
-  Progress begin() override {
-    if (undo())
-      showFrame(isLayout());
-    else
-      print(L"Everything has been undone.\n");
-    return kIsOver;
-  }
-  Progress take(const std::wstring&) override { return kIsOver; }
-};
-
-/// Fits all of model space into the layout's viewport.
-void fitLayout() {
-  const AcDbExtents box = extents();
-  if (box.isEmpty())
-    return;
-  const AcGeVector3d size = box.maxPoint() - box.minPoint();
-  LayoutState shown = layout();
-  const double height = kMargin * std::max(size.y, size.x * shown.height / shown.width);
-  if (height > 0 && std::isfinite(height))
-    shown.viewHeight = height;
-  shown.centre = {box.minPoint().x + size.x / 2, box.minPoint().y + size.y / 2};
-  setLayoutState(shown);
+    return false;
+  };
 }
 
-class Zoom : public RunningCommand {
-public:
-  Progress take(const std::wstring& input) override {
-    if (input.empty())
-      return kIsOver;
-    const std::wstring what = option(input);
-    if (what == L"previous" || what == L"p") {
-      if (showPreviousView())
-        showFrame(isLayout());
-      else
-        print(L"No previous view saved.\n");
-      return kIsOver;
-    }
-    if (what != L"all" && what != L"a" && what != L"extents" && what != L"e") {
-      print(L"Invalid option \"" + input + L"\".\n");
-      return kIsOver;
-    }
-    if (isLayout())
-      fitLayout();
+/// Looks straight down on all of the drawing. The coordinate system that it asks for makes no difference here.
+bool plan(const std::wstring&) {
+  showNamedView(L"top");
+  zoomExtents();
+  showFrame(isLayout());
+  return false;
+}
+
+bool zoom(const std::wstring& input) {
+  if (input.empty())
+    return false;
+  const std::wstring what = option(input);
+  if (what == L"previous" || what == L"p") {
+    if (showPreviousView())
+      showFrame(isLayout());
     else
-      zoomExtents();
-    showFrame(isLayout());
-    return kIsOver;
+      print(L"No previous view saved.\n");
+    return false;
   }
-};
+  if (what != L"all" && what != L"a" && what != L"extents" && what != L"e") {
+    print(L"Invalid option \"" + input + L"\".\n");
+    return false;
+  }
+  if (isLayout())
+    fitLayout();
+  else
+    zoomExtents();
+  showFrame(isLayout());
+  return false;
+}
 
 /// Writes the menu file, as the menu reader does. Returns an error text, empty on success.
 std::string writeMenuFile() {
@@ -201,38 +154,43 @@ std::string writeMenuFile() {
 }
 
 /// Loads the menu reader, the only .NET library that the host knows, by doing its work.
-class Netload : public RunningCommand {
-public:
-  Progress take(const std::wstring& input) override {
-    const std::wstring file = input.substr(input.find_last_of(L"/\\") + 1); // all of it if there is no slash
-    std::string error;
-    if (lowered(file) != L"ovscribe2018.dll" || !std::ifstream(narrow(input), std::ios::binary))
-      error = "Cannot load assembly \"" + narrow(input) + "\".";
-    else
-      error = writeMenuFile();
-    if (!error.empty())
-      print(widen(error) + L"\n");
-    return kIsOver;
-  }
-};
+bool netload(const std::wstring& input) {
+  const std::wstring file = input.substr(input.find_last_of(L"/\\") + 1); // all of it if there is no slash
+  std::string error;
+  if (lowered(file) != L"ovscribe2018.dll" || !std::ifstream(narrow(input), std::ios::binary))
+    error = "Cannot load assembly \"" + narrow(input) + "\".";
+  else
+    error = writeMenuFile();
+  if (!error.empty())
+    print(widen(error) + L"\n");
+  return false;
+}
 
 } // namespace
 
-std::unique_ptr<RunningCommand> makeCommand(const std::wstring& name) {
+bool runCommand(const std::wstring& name) {
+  if (name != L"u")
+    return false;
+  if (undo())
+    showFrame(isLayout());
+  else
+    print(L"Everything has been undone.\n");
+  return true;
+}
+
+RunningCommand makeCommand(const std::wstring& name) {
   if (name == L"line")
-    return std::make_unique<Line>();
+    return line();
   if (name == L"circle")
-    return std::make_unique<Circle>();
+    return circle();
   if (name == L"-view" || name == L"view")
-    return std::make_unique<View>();
+    return changeView();
   if (name == L"plan")
-    return std::make_unique<Plan>();
-  if (name == L"u")
-    return std::make_unique<Undo>();
+    return plan;
   if (name == L"zoom")
-    return std::make_unique<Zoom>();
+    return zoom;
   if (name == L"netload")
-    return std::make_unique<Netload>();
+    return netload;
   return nullptr;
 }
 

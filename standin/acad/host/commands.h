@@ -1,24 +1,19 @@
 #ifndef COMMANDS_H
 #define COMMANDS_H
 
-#include <memory>
+#include <functional>
 #include <string>
 
 namespace host {
 
-/// One of the host's own commands while it waits for its inputs.
-class RunningCommand {
-public:
-  enum Progress { kGoesOn, kIsOver };
-  virtual ~RunningCommand() = default;
-  /// Does what needs no input.
-  virtual Progress begin() { return kGoesOn; }
-  /// Takes what was typed up to a blank or Enter; empty for a bare Enter.
-  virtual Progress take(const std::wstring& input) = 0;
-};
+/// One of the host's own commands while it waits for its inputs. Takes what was typed up to a blank or Enter, empty
+/// for a bare Enter. Returns true if it goes on.
+using RunningCommand = std::function<bool(const std::wstring& input)>;
 
-/// Returns the command of a name in lower case and without marks, null if the host has none.
-std::unique_ptr<RunningCommand> makeCommand(const std::wstring& name);
+/// Runs a command that takes no input, by its name in lower case and without marks. Returns false if there is none.
+bool runCommand(const std::wstring& name);
+/// Returns the command of such a name that takes input, an empty function if there is none.
+RunningCommand makeCommand(const std::wstring& name);
 
 } // namespace host
 

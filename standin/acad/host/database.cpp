@@ -19,10 +19,7 @@ Acad::ErrorStatus openForWrite(AcDbObject& object) {
   if (count != 0)
     return count < 0 ? Acad::eWasOpenForWrite : Acad::eWasOpenForRead;
   count = -1;
-  host::Document& d = host::document();
-  ++d.held.openForWrite;
-  if (d.held.locks == 0)
-    ++d.writesWithoutLock;
+  ++host::document().held.openForWrite;
   return Acad::eOk;
 }
 
@@ -97,15 +94,10 @@ int entityCount() {
   return static_cast<int>(document().modelSpace.size());
 }
 
-const AcDbEntity* entity(int number) {
+AcDbEntity* entity(int number) {
   const auto& space = document().modelSpace;
   return number >= 1 && static_cast<size_t>(number) <= space.size() ? space[static_cast<size_t>(number) - 1]
                                                                     : nullptr;
-}
-
-AcDbObjectId entityId(int number) {
-  const AcDbEntity* const entityP = entity(number);
-  return entityP ? entityP->objectId() : AcDbObjectId::kNull;
 }
 
 int entityNumber(AcDbObjectId id) {
@@ -123,48 +115,19 @@ int firstLine() {
 AcDbExtents extents() {
   AcDbExtents result;
   for (const AcDbEntity* const entityP : document().modelSpace)
-    entityP->subAddExtents(nullptr, result);
-  return result;
-}
-
-std::vector<AcDbStroke> strokes(const AcDbEntity& shown) {
-  std::vector<AcDbStroke> result;
-  shown.subAddStrokes(nullptr, result);
+    entityP->subAddExtents({}, result);
   return result;
 }
 
 std::vector<AcDbStroke> strokes(int number) {
-  const AcDbEntity* const entityP = entity(number);
-  return entityP ? strokes(*entityP) : std::vector<AcDbStroke>();
-}
-
-namespace {
-
-void mark(AcDbObjectId id, bool AcDbHostRecord::*flag, bool isOn) {
-  if (AcDbObject* const objectP = find(id))
-    objectP->mHost.*flag = isOn;
-}
-
-} // namespace
-
-void setCannotBeOpened(AcDbObjectId id, bool isOn) {
-  mark(id, &AcDbHostRecord::cannotBeOpened, isOn);
-}
-
-void setHasNoExtents(AcDbObjectId id, bool isOn) {
-  mark(id, &AcDbHostRecord::hasNoExtents, isOn);
-}
-
-void setRefusesTransform(AcDbObjectId id, bool isOn) {
-  mark(id, &AcDbHostRecord::refusesTransform, isOn);
+  std::vector<AcDbStroke> result;
+  if (const AcDbEntity* const entityP = entity(number))
+    entityP->subAddStrokes({}, result);
+  return result;
 }
 
 Held held() {
   return document().held;
-}
-
-std::int64_t writesWithoutLock() {
-  return document().writesWithoutLock;
 }
 
 } // namespace host

@@ -24,43 +24,35 @@ public:
   Acad::ErrorStatus lockDocument(AcApDocument* document, AcAp::DocLockMode mode, const ACHAR*, const ACHAR*,
                                  bool prompt) override {
     call_log::Call call("lockDocument", document, call_log::shown(mode), prompt);
-    if (call.mustFail())
-      return call.returns(Acad::eNotApplicable);
-    if (!isOpen(document))
-      return call.returns(Acad::eNoDocument);
-    ++host::document().held.locks;
-    return call.returns(Acad::eOk);
+    const Acad::ErrorStatus status = refusal(call, document);
+    if (status == Acad::eOk)
+      ++host::document().held.locks;
+    return call.returns(status);
   }
 
   Acad::ErrorStatus unlockDocument(AcApDocument* document) override {
     call_log::Call call("unlockDocument", document);
-    if (call.mustFail())
-      return call.returns(Acad::eNotApplicable);
-    if (!isOpen(document))
-      return call.returns(Acad::eNoDocument);
-    if (host::document().held.locks == 0)
-      return call.returns(Acad::eNotLocked);
+    Acad::ErrorStatus status = refusal(call, document);
     host::Document& d = host::document();
-    if (--d.held.locks == 0 && !d.movement.empty()) {
+    if (status == Acad::eOk && d.held.locks == 0)
+      status = Acad::eNotLocked;
+    if (status == Acad::eOk && --d.held.locks == 0 && !d.movement.empty()) {
       d.undone.push_back(std::move(d.movement));
       d.movement.clear();
     }
-    return call.returns(Acad::eOk);
+    return call.returns(status);
   }
 
   Acad::ErrorStatus sendStringToExecute(AcApDocument* document, const ACHAR* text, bool activate,
                                         bool wrapUpInactiveDoc, bool echoString) override {
     call_log::Call call("sendStringToExecute", call_log::Quoted{text}, document, call_log::shown(activate),
                         call_log::shown(wrapUpInactiveDoc), call_log::shown(echoString));
-    if (call.mustFail())
-      return call.returns(Acad::eNotApplicable);
-    if (!isOpen(document))
-      return call.returns(Acad::eNoDocument);
-    if (!text)
-      return call.returns(Acad::eInvalidInput);
-    host::type(text);
-    ++host::state().sentTexts;
-    return call.returns(Acad::eOk);
+    const Acad::ErrorStatus status = refusal(call, document);
+    if (status == Acad::eOk) {
+      host::type(text);
+      ++host::state().sentTexts;
+    }
+    return call.returns(status);
   }
 
   void addReactor(AcApDocManagerReactor* reactor) override {
@@ -75,8 +67,11 @@ public:
   }
 
 private:
-  static bool isOpen(const AcApDocument* document) {
-    return document == &currentDocument() && host::state().hasDocument;
+  /// Returns why an operation on a document isn't done, eOk if it is.
+  static Acad::ErrorStatus refusal(const call_log::Call& call, const AcApDocument* document) {
+    if (call.mustFail())
+      return Acad::eNotApplicable;
+    return document == &currentDocument() && host::state().hasDocument ? Acad::eOk : Acad::eNoDocument;
   }
 };
 

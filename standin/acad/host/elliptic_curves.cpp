@@ -84,33 +84,32 @@ AcDbStroke AcDbEllipticArc::stroke() const {
   return points;
 }
 
-void AcDbEllipticCurve::subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const {
-  if (transform)
-    mArc.transformedBy(*transform).addExtents(extents);
-  else
-    mArc.addExtents(extents);
+void AcDbEllipticCurve::subAddExtents(const AcGeMatrix3d& transform, AcDbExtents& extents) const {
+  mArc.transformedBy(transform).addExtents(extents);
 }
 
 Acad::ErrorStatus AcDbEllipticCurve::subTransformBy(const AcGeMatrix3d& transform) {
   const AcDbEllipticArc moved = mArc.transformedBy(transform);
-  if (mustStayRound() && !isRound(moved))
+  if (mMustStayRound && !isRound(moved))
     return Acad::eCannotScaleNonUniformly;
   mArc = moved;
   return Acad::eOk;
 }
 
-void AcDbEllipticCurve::subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const {
-  strokes.push_back(transform ? mArc.transformedBy(*transform).stroke() : mArc.stroke());
+void AcDbEllipticCurve::subAddStrokes(const AcGeMatrix3d& transform, std::vector<AcDbStroke>& strokes) const {
+  strokes.push_back(mArc.transformedBy(transform).stroke());
 }
 
 AcDbCircle::AcDbCircle(const AcGePoint3d& centre, const AcGeVector3d& normal, double radius)
-    : AcDbEllipticCurve(roundArc(centre, normal, radius, 0, kFullTurn)) {}
+    : AcDbEllipticCurve(roundArc(centre, normal, radius, 0, kFullTurn), true) {}
 
 AcDbArc::AcDbArc(const AcGePoint3d& centre, const AcGeVector3d& normal, double radius, double startAngle,
                  double endAngle)
-    : AcDbEllipticCurve(roundArc(centre, normal, radius, startAngle, sweepFrom(startAngle, endAngle))) {}
+    : AcDbEllipticCurve(roundArc(centre, normal, radius, startAngle, sweepFrom(startAngle, endAngle)), true) {
+}
 
 AcDbEllipse::AcDbEllipse(const AcGePoint3d& centre, const AcGeVector3d& normal, const AcGeVector3d& majorAxis,
                          double ratio, double startAngle, double endAngle)
     : AcDbEllipticCurve({centre, majorAxis, normal.normal().crossProduct(majorAxis) * ratio, startAngle,
-                         sweepFrom(startAngle, endAngle)}) {}
+                         sweepFrom(startAngle, endAngle)},
+                        false) {}

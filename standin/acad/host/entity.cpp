@@ -21,14 +21,12 @@ void AcDbExtents::addPoint(const AcGePoint3d& p) {
 Acad::ErrorStatus AcDbEntity::getGeomExtents(AcDbExtents& extents) const {
   call_log::Call call("getGeomExtents", this);
   const auto status = [&] {
-    if (call.mustFail())
+    if (call.mustFail() || mHost.hasNoExtents)
       return Acad::eInvalidExtents;
     if (!objectId().isNull() && !isReadEnabled())
       return Acad::eNotOpen;
-    if (mHost.hasNoExtents)
-      return Acad::eInvalidExtents;
     AcDbExtents own;
-    subAddExtents(nullptr, own);
+    subAddExtents({}, own);
     if (own.isEmpty()) // an insert of an empty block
       return Acad::eInvalidExtents;
     extents = own;
@@ -36,6 +34,14 @@ Acad::ErrorStatus AcDbEntity::getGeomExtents(AcDbExtents& extents) const {
   }();
   return call.returns(status, extents.minPoint(), extents.maxPoint());
 }
+
+void AcDbEntity::subAddExtents(const AcGeMatrix3d&, AcDbExtents&) const {}
+
+Acad::ErrorStatus AcDbEntity::subTransformBy(const AcGeMatrix3d&) {
+  return Acad::eNotApplicable;
+}
+
+void AcDbEntity::subAddStrokes(const AcGeMatrix3d&, std::vector<AcDbStroke>&) const {}
 
 Acad::ErrorStatus AcDbEntity::transformBy(const AcGeMatrix3d& transform) {
   call_log::Call call("transformBy", this, transform);

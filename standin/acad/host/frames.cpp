@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cmath>
 #include <thread>
 
 #include "frames.h"
@@ -10,25 +9,19 @@ namespace {
 
 /// Waits for the display's next refresh. Refreshes come at whole multiples of the period, whether or not
 /// anybody waits, and each shows one frame at most.
-void waitForRefresh(double hz) {
+void waitForRefresh() {
   using Clock = std::chrono::steady_clock;
+  using Seconds = std::chrono::duration<double>;
   static const Clock::time_point sFirst = Clock::now();
-  static Clock::time_point sLast = sFirst;
-  const auto refreshAfter = [hz](Clock::time_point time) {
-    const double count = std::floor(std::chrono::duration<double>(time - sFirst).count() * hz) + 1;
-    return sFirst + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(count / hz));
-  };
-  const Clock::time_point next = std::max(refreshAfter(Clock::now()), refreshAfter(sLast));
+  State& s = state();
+  const auto passed = static_cast<std::int64_t>(Seconds(Clock::now() - sFirst).count() * s.refreshRate);
+  s.lastRefresh = std::max(passed, s.lastRefresh) + 1;
+  const auto next = sFirst + std::chrono::duration_cast<Clock::duration>(
+                                 Seconds(static_cast<double>(s.lastRefresh) / s.refreshRate));
   // Sleeps end early on systems that round them down to their own ticks.
   while (Clock::now() < next)
     std::this_thread::sleep_until(next);
-  // A quarter period later, so that rounding can't make the same refresh the next one.
-  sLast = next + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(0.25 / hz));
 }
-
-} // namespace
-
-namespace {
 
 /// Returns the way back of a motion that turns and shifts.
 AcGeMatrix3d reversed(const AcGeMatrix3d& motion) {
@@ -75,7 +68,7 @@ void showFrame(bool is2d) {
   d.isRedrawPending = false;
   const auto asked = std::chrono::steady_clock::now();
   if (s.refreshRate > 0)
-    waitForRefresh(s.refreshRate);
+    waitForRefresh();
   if (!s.frameSink)
     return;
   Frame frame{is2d, d.view, layout(), {}, asked};
@@ -93,6 +86,7 @@ void setFrameSink(std::function<void(const Frame&)> sink) {
 
 void setRefreshRate(double hz) {
   state().refreshRate = hz > 0 ? hz : 0;
+  state().lastRefresh = 0;
 }
 
 void showPending() {

@@ -7,15 +7,6 @@ const AcGeVector3d AcGeVector3d::kXAxis(1, 0, 0);
 const AcGeVector3d AcGeVector3d::kYAxis(0, 1, 0);
 const AcGeVector3d AcGeVector3d::kZAxis(0, 0, 1);
 
-AcGeVector3d AcGeVector3d::perpVector() const {
-  // The world axis with the smallest component yields the best conditioned cross product.
-  const double ax = std::fabs(x), ay = std::fabs(y), az = std::fabs(z);
-  const AcGeVector3d other = ax <= ay && ax <= az ? AcGeVector3d(1, 0, 0)
-                             : ay <= az           ? AcGeVector3d(0, 1, 0)
-                                                  : AcGeVector3d(0, 0, 1);
-  return crossProduct(other).normalize();
-}
-
 AcGeVector3d& AcGeVector3d::rotateBy(double angle, const AcGeVector3d& axis) {
   const double size = axis.length();
   if (!(size > 0))
@@ -54,14 +45,6 @@ AcGeMatrix3d AcGeMatrix3d::rotation(double angle, const AcGeVector3d& axis, cons
   e[2][2] = c + a.z * a.z * r;
   // The translation keeps the centre in place.
   return m.setTranslation(centre.asVector() - m * centre.asVector());
-}
-
-AcGeMatrix3d AcGeMatrix3d::scaling(double fx, double fy, double fz) {
-  AcGeMatrix3d m;
-  m.entry[0][0] = fx;
-  m.entry[1][1] = fy;
-  m.entry[2][2] = fz;
-  return m;
 }
 
 AcGeMatrix3d AcGeMatrix3d::alignCoordSys(const AcGePoint3d& origin, const AcGeVector3d& x,

@@ -8,10 +8,6 @@ namespace {
 
 const AcUniqueString kThreeDDrawing;
 
-bool isFinite(const AcGePoint3d& p) {
-  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
-}
-
 /// The one graphics view, shared by all viewports. Its state is in the document.
 class GraphicsView : public AcGsView {
 public:
@@ -61,8 +57,9 @@ void GraphicsView::setView(const AcGePoint3d& position, const AcGePoint3d& targe
   if (call.mustFail())
     return;
   host::Document& d = host::document();
-  if (!isFinite(position) || !isFinite(target) || !isFinite(AcGePoint3d::kOrigin + upVector) ||
-      !std::isfinite(fieldWidth) || !std::isfinite(fieldHeight))
+  if (!host::isFinite(position) || !host::isFinite(target) ||
+      !host::isFinite(AcGePoint3d::kOrigin + upVector) || !std::isfinite(fieldWidth) ||
+      !std::isfinite(fieldHeight))
     ++d.nonFiniteCalls;
   d.view = {position, target, upVector, fieldWidth, fieldHeight, projection == kPerspective};
 }
@@ -101,9 +98,9 @@ bool isCurrent(int viewport) {
 const AcUniqueString* AcGsKernelDescriptor::k3DDrawing = &kThreeDDrawing;
 
 AcGsView* acgsObtainAcGsView(int viewport, const AcGsKernelDescriptor& descriptor) {
-  const bool isFor3d = descriptor.supports(AcGsKernelDescriptor::k3DDrawing);
-  call_log::Call call("acgsObtainAcGsView", call_log::shown(viewport), isFor3d);
-  return call.returns(call.mustFail() || !isCurrent(viewport) || !isFor3d ? nullptr : &graphicsView());
+  call_log::Call call("acgsObtainAcGsView", call_log::shown(viewport), descriptor.is3d());
+  const bool isRefused = call.mustFail() || !isCurrent(viewport) || !descriptor.is3d();
+  return call.returns(isRefused ? nullptr : &graphicsView());
 }
 
 bool acgsSetViewParameters(int viewport, const AcGsView* view, bool regenRequired, bool rescaleRequired,
@@ -120,15 +117,11 @@ bool acgsSetViewParameters(int viewport, const AcGsView* view, bool regenRequire
 
 namespace host {
 
-ViewState view() {
+ViewState& view() {
   return document().view;
 }
 
-void setView(const ViewState& newState) {
-  document().view = newState;
-}
-
-ViewState storedView() {
+ViewState& storedView() {
   return document().storedView;
 }
 
@@ -139,10 +132,6 @@ void storeView(const ViewState& view) {
   if (d.previousViews.size() > kMaxPrevious)
     d.previousViews.erase(d.previousViews.begin());
   d.storedView = view;
-}
-
-void setStoredView(const ViewState& newState) {
-  document().storedView = newState;
 }
 
 void setViewValid(bool isValid) {

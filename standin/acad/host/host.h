@@ -2,6 +2,7 @@
 #define HOST_H
 
 #include <chrono>
+#include <cmath>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -14,10 +15,15 @@
 /// the journal of calls or takes part in ordered faults.
 namespace host {
 
+/// Returns true if no coordinate is NaN or infinite.
+inline bool isFinite(const AcGePoint3d& p) {
+  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
+}
+
 /// Restores the initial state: a document without entities, one layout with the default viewport, the model
 /// tab (tilemode 1, cvport 2), the default view in memory and in the drawing, nothing selected, locked or
 /// open; queue, history, counters and refusals empty; no registered commands and no frame sink; default
-/// refresh rate, clock and menu. The reactors of the document manager stay.
+/// refresh rate and menu. The reactors of the document manager stay.
 void reset();
 
 /// Informs the reactors, closes the document and opens an empty one. Commands, queue and history stay.
@@ -44,29 +50,21 @@ bool isLayout();
 /// Adds an entity to model space and returns its id. Entities count from 1 in the order of adding.
 AcDbObjectId add(std::unique_ptr<AcDbEntity> entity);
 int entityCount();
-/// Returns null for an invalid number.
-AcDbObjectId entityId(int number);
 /// Returns the number of an entity, 0 if it isn't in model space.
 int entityNumber(AcDbObjectId id);
-/// Returns an entity without opening it, null for an invalid number. Owned by the drawing.
-const AcDbEntity* entity(int number);
+/// Returns an entity without opening it, null for an invalid number. Owned by the drawing. What its host record
+/// refuses, it refuses until that is reset.
+AcDbEntity* entity(int number);
 /// Returns the number of the first AcDbLine, 0 if there is none.
 int firstLine();
 /// Returns the extents of model space, empty if there is no entity.
 AcDbExtents extents();
 /// Returns the entity's shape as lines through world points. Curves are drawn in pieces of at most 6 degrees.
 std::vector<AcDbStroke> strokes(int number);
-std::vector<AcDbStroke> strokes(const AcDbEntity& entity);
 
-/// Make an entity refuse operations, until set to false or reset().
-void setCannotBeOpened(AcDbObjectId id, bool isOn = true);   // eCannotBeOpened
-void setHasNoExtents(AcDbObjectId id, bool isOn = true);     // getGeomExtents: eInvalidExtents
-void setRefusesTransform(AcDbObjectId id, bool isOn = true); // transformBy: eOnLockedLayer
-
-/// What the layout's viewport shows.
+/// Returns what the layout's viewport shows, to be read and set.
 using LayoutState = AcDbViewport::Layout;
-LayoutState layout();
-void setLayoutState(const LayoutState& state);
+LayoutState& layout();
 
 // ---- The graphics view ----
 
@@ -78,12 +76,11 @@ struct ViewState {
   double fieldHeight = 10;
   bool perspective = false;
 };
-/// Return and set the view in memory. A view that is obtained again continues from there.
-ViewState view();
-void setView(const ViewState& state);
-/// Return and set the view in the drawing. Only acgsSetViewParameters and the view commands write it.
-ViewState storedView();
-void setStoredView(const ViewState& state);
+/// Returns the view in memory, to be read and set. A view that is obtained again continues from there.
+ViewState& view();
+/// Returns the view in the drawing, to be read and set. Of callers only acgsSetViewParameters and the view
+/// commands write it.
+ViewState& storedView();
 /// Sets the result of the view's isValid().
 void setViewValid(bool isValid);
 /// Centres the view on the drawing and makes the drawing fill the field, as ZOOM EXTENTS does. Changes the
@@ -110,23 +107,19 @@ struct Held {
   int locks = 0;
 };
 Held held();
-/// Returns the number of openings for write since reset() without a lock.
-std::int64_t writesWithoutLock();
 
 // ---- The command line ----
 
 /// Runs the queued texts, and what they send in turn, as if typed. Returns the number of texts run. Ends
 /// after 10000, so that commands that send themselves can't run for ever.
 int runQueue();
-/// Returns the number of queued texts.
-int queueLength();
 /// Returns the number of texts that the plug-in has queued since reset().
 std::int64_t sentTexts();
 /// Queues a text as typed by the user; "\n" is the Enter key, U+001B the Escape key.
 void type(const std::wstring& text);
 
 struct HistoryLine {
-  double seconds = 0; // by the clock
+  double seconds = 0; // unix time
   bool isTyped = false;
   std::wstring text; // may hold line feeds, and U+001B where Escape was typed
 };
@@ -136,8 +129,6 @@ std::wstring printed();
 /// Returns the history for a person to read: typed lines start with "> ", Escape shows as <ESC>, an Enter
 /// alone as <ENTER>.
 std::string historyText();
-/// Sets the clock of the times; null: seconds since the first use.
-void setClock(std::function<double()> clock);
 
 // ---- Frames ----
 

@@ -1,4 +1,4 @@
-// The standard views, the view of the whole drawing, the previous one and those saved by name.
+// The standard views, the views of the whole drawing, the previous one and those saved by name.
 
 #include "named_views.h"
 
@@ -25,7 +25,7 @@ PictureAxes axesOf(const ViewState& v) {
     axes.towards = AcGeVector3d::kZAxis;
   axes.right = v.up.crossProduct(axes.towards).normalize();
   if (axes.right.isZeroLength())
-    axes.right = axes.towards.perpVector();
+    axes.right = AcGeMatrix3d::planeToWorld(axes.towards) * AcGeVector3d::kXAxis;
   axes.up = axes.towards.crossProduct(axes.right);
   return axes;
 }
@@ -67,6 +67,18 @@ void zoomExtents() {
   v.target = middle(box);
   v.position = v.target + axes.towards * newDistance;
   setBothViews(v);
+}
+
+void fitLayout() {
+  const AcDbExtents box = extents();
+  if (box.isEmpty())
+    return;
+  const AcGeVector3d size = box.maxPoint() - box.minPoint();
+  LayoutState& shown = layout();
+  const double height = kMargin * std::max(size.y, size.x * shown.height / shown.width);
+  if (height > 0 && std::isfinite(height))
+    shown.viewHeight = height;
+  shown.centre = {middle(box).x, middle(box).y};
 }
 
 bool showPreviousView() {

@@ -15,6 +15,8 @@ void saveView(const std::wstring& name);
 bool restoreView(const std::wstring& name);
 /// Shows the view before the last change. Returns false if there is none.
 bool showPreviousView();
+/// Fits all of model space into the layout's viewport. Does nothing if the drawing is empty.
+void fitLayout();
 
 } // namespace host
 

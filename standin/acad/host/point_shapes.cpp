@@ -3,9 +3,9 @@
 #include "state.h"
 #include "trace_types.h"
 
-void AcDbPointShape::subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const {
+void AcDbPointShape::subAddExtents(const AcGeMatrix3d& transform, AcDbExtents& extents) const {
   for (const AcGePoint3d& point : mPoints)
-    extents.addPoint(placed(transform, point));
+    extents.addPoint(transform * point);
 }
 
 Acad::ErrorStatus AcDbPointShape::subTransformBy(const AcGeMatrix3d& transform) {
@@ -14,10 +14,10 @@ Acad::ErrorStatus AcDbPointShape::subTransformBy(const AcGeMatrix3d& transform) 
   return Acad::eOk;
 }
 
-void AcDbPointShape::subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const {
+void AcDbPointShape::subAddStrokes(const AcGeMatrix3d& transform, std::vector<AcDbStroke>& strokes) const {
   AcDbStroke stroke;
   for (const AcGePoint3d& point : mPoints)
-    stroke.push_back(placed(transform, point));
+    stroke.push_back(transform * point);
   if (mIsClosed && !stroke.empty())
     stroke.push_back(AcGePoint3d(stroke.front()));
   strokes.push_back(std::move(stroke));

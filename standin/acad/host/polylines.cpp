@@ -42,15 +42,15 @@ AcDbPolyline::AcDbPolyline(const std::vector<Vertex>& vertices, bool isClosed, d
       continue;
     // The centre of a piece with hardly any bulge overflows: such a piece counts as straight.
     const AcDbEllipticArc arc = bulgeArc(from, to, vertices[i].bulge, up);
-    if (std::isfinite(arc.centre.x) && std::isfinite(arc.centre.y) && std::isfinite(arc.centre.z))
+    if (host::isFinite(arc.centre))
       mRoundPieces.push_back({i, arc});
   }
 }
 
-void AcDbPolyline::subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const {
+void AcDbPolyline::subAddExtents(const AcGeMatrix3d& transform, AcDbExtents& extents) const {
   AcDbPointShape::subAddExtents(transform, extents);
   for (const RoundPiece& piece : mRoundPieces)
-    (transform ? piece.arc.transformedBy(*transform) : piece.arc).addExtents(extents);
+    piece.arc.transformedBy(transform).addExtents(extents);
 }
 
 Acad::ErrorStatus AcDbPolyline::subTransformBy(const AcGeMatrix3d& transform) {
@@ -59,14 +59,14 @@ Acad::ErrorStatus AcDbPolyline::subTransformBy(const AcGeMatrix3d& transform) {
   return AcDbPointShape::subTransformBy(transform);
 }
 
-void AcDbPolyline::subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const {
+void AcDbPolyline::subAddStrokes(const AcGeMatrix3d& transform, std::vector<AcDbStroke>& strokes) const {
   AcDbStroke stroke;
   auto round = mRoundPieces.begin();
   for (size_t i = 0; i < mPoints.size(); ++i) {
-    stroke.push_back(placed(transform, mPoints[i]));
+    stroke.push_back(transform * mPoints[i]);
     if (round == mRoundPieces.end() || round->from != i)
       continue;
-    const AcDbStroke arc = (transform ? round->arc.transformedBy(*transform) : round->arc).stroke();
+    const AcDbStroke arc = round->arc.transformedBy(transform).stroke();
     stroke.insert(stroke.end(), arc.begin() + 1, arc.end() - 1); // without the corners
     ++round;
   }
@@ -86,7 +86,7 @@ AcDbPolyFaceMesh::AcDbPolyFaceMesh(std::vector<AcGePoint3d> vertices, const std:
   }
 }
 
-void AcDbPolyFaceMesh::subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const {
+void AcDbPolyFaceMesh::subAddStrokes(const AcGeMatrix3d& transform, std::vector<AcDbStroke>& strokes) const {
   std::vector<std::pair<int, int>> edges;
   for (const Face& face : mFaces) {
     const int corners = face.corner[3] < 0 ? 3 : 4;
@@ -96,6 +96,6 @@ void AcDbPolyFaceMesh::subAddStrokes(const AcGeMatrix3d* transform, std::vector<
   std::sort(edges.begin(), edges.end());
   edges.erase(std::unique(edges.begin(), edges.end()), edges.end());
   for (const auto& edge : edges)
-    strokes.push_back({placed(transform, mPoints[static_cast<size_t>(edge.first)]),
-                       placed(transform, mPoints[static_cast<size_t>(edge.second)])});
+    strokes.push_back({transform * mPoints[static_cast<size_t>(edge.first)],
+                       transform * mPoints[static_cast<size_t>(edge.second)]});
 }

@@ -32,7 +32,6 @@ void reset() {
   s.hasDocumentManager = true;
   s.history.clear();
   s.sentTexts = 0;
-  s.clock = nullptr;
   s.frameSink = nullptr;
   s.refreshRate = 0;
   s.menuText.clear();
@@ -41,14 +40,7 @@ void reset() {
 }
 
 double now() {
-  static const auto sStart = std::chrono::steady_clock::now();
-  const State& s = state();
-  return s.clock ? s.clock()
-                 : std::chrono::duration<double>(std::chrono::steady_clock::now() - sStart).count();
-}
-
-void setClock(std::function<double()> clock) {
-  state().clock = std::move(clock);
+  return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
 }
 
 } // namespace host

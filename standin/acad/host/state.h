@@ -36,7 +36,6 @@ struct Document {
   std::vector<AcDbObjectId> selected;
   std::map<Adesk::Int64, std::vector<AcDbObjectId>> sets; // by serial number
   Held held;
-  std::int64_t writesWithoutLock = 0;
   std::map<int, AcGeMatrix3d> moved; // by entity number, since the last frame
   bool isRedrawPending = false;
 };
@@ -48,10 +47,10 @@ struct State {
   std::vector<AcApDocManagerReactor*> reactors;
   std::vector<HistoryLine> history;
   std::int64_t sentTexts = 0;
-  std::function<double()> clock;
   std::function<void(const Frame&)> frameSink;
   double refreshRate = 0;
-  std::string menuText; // empty: the host's own menu
+  std::int64_t lastRefresh = 0; // number of the last one that showed a frame
+  std::string menuText;         // empty: the host's own menu
 };
 
 /// Returns the one state. Never destroyed: modules and static objects call the host while the process ends.
@@ -62,7 +61,7 @@ inline Document& document() {
 
 /// Writes a view to the drawing; the one before becomes the previous view.
 void storeView(const ViewState& view);
-/// Returns the host's time in seconds, by its clock.
+/// Returns the time, unix seconds.
 double now();
 /// Returns an object without opening it, null if the id is invalid.
 AcDbObject* find(AcDbObjectId id);

@@ -25,19 +25,11 @@ int acedGetVar(const ACHAR* name, resbuf* result) {
 int acutPrintf(const ACHAR* format, ...) {
   constexpr size_t kMaxText = 1 << 16;
   const call_log::Entered standIn(call_log::Code::StandIn);
-  std::wstring text(256, 0);
-  int length = -1;
-  while (length < 0 && text.size() <= kMaxText) {
-    va_list arguments;
-    va_start(arguments, format);
-    length = std::vswprintf(&text[0], text.size(), format, arguments);
-    va_end(arguments);
-    // For a text that doesn't fit, some libraries return -1, others the length that it would have.
-    if (length >= static_cast<int>(text.size()))
-      length = -1;
-    if (length < 0)
-      text.resize(text.size() * 2);
-  }
+  std::wstring text(kMaxText, 0);
+  va_list arguments;
+  va_start(arguments, format);
+  const int length = std::vswprintf(&text[0], text.size(), format, arguments);
+  va_end(arguments);
   text.resize(length < 0 ? 0 : static_cast<size_t>(length));
   if (call_log::Call("acutPrintf", text).mustFail() || length < 0)
     return RTERROR;

@@ -60,18 +60,6 @@ Acad::ErrorStatus AcDbViewport::updateDisplay() const {
   return Acad::eOk;
 }
 
-void AcDbViewport::subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const {
-  for (const double sx : {-0.5, 0.5})
-    for (const double sy : {-0.5, 0.5})
-      extents.addPoint(placed(transform, AcGePoint3d(sx * mLayout.width, sy * mLayout.height, 0)));
-}
-
-Acad::ErrorStatus AcDbViewport::subTransformBy(const AcGeMatrix3d&) {
-  return Acad::eNotApplicable; // a viewport can't be moved
-}
-
-void AcDbViewport::subAddStrokes(const AcGeMatrix3d*, std::vector<AcDbStroke>&) const {}
-
 AcDbObjectId acedActiveViewportId() {
   call_log::Call call("acedActiveViewportId");
   return call.returns(call.mustFail() || host::variable("tilemode") != 0 ? AcDbObjectId::kNull
@@ -80,20 +68,8 @@ AcDbObjectId acedActiveViewportId() {
 
 namespace host {
 
-namespace {
-
-AcDbViewport& layoutViewport() {
-  return static_cast<AcDbViewport&>(*find(document().viewport));
-}
-
-} // namespace
-
-LayoutState layout() {
-  return layoutViewport().mLayout;
-}
-
-void setLayoutState(const LayoutState& newState) {
-  layoutViewport().mLayout = newState;
+LayoutState& layout() {
+  return static_cast<AcDbViewport&>(*find(document().viewport)).mLayout;
 }
 
 } // namespace host

@@ -165,7 +165,6 @@ int runSession(const Options& options, const session::Session& session) {
   const Folders folders = Folders::make(options.mOut, options.mHome);
   writeSettings(session, folders.mHome.string());
   fitFirstView();
-  host::setClock(unixNow);
   host::setRefreshRate(options.mRefresh);
   const std::unique_ptr<Controls> controlsP = makeControls();
   controlsP->point(session::Pointer::view);

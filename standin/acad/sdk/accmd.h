@@ -10,14 +10,7 @@ typedef void (*AcRxFunctionPtr)();
 
 class AcEdUIContext : public AcRxObject {};
 
-/// One registered command.
-class AcEdCommand : public AcRxObject {
-public:
-  static AcRxClass* desc();
-  AcRxClass* isA() const override;
-  virtual const ACHAR* globalName() const = 0;
-  virtual const ACHAR* localName() const = 0;
-};
+class AcEdCommand : public AcRxObject {};
 
 /// The commands that applications have added to the host's own.
 class AcEdCommandStack : public AcRxObject {
@@ -26,7 +19,7 @@ public:
   AcRxClass* isA() const override;
   /// Adds a command. Names compare without case. Returns eDuplicateKey if the group has that global name
   /// already.
-  /// out  the new command, owned by the stack; may be null
+  /// out  must be null
   virtual Acad::ErrorStatus addCommand(const ACHAR* group, const ACHAR* globalName, const ACHAR* localName,
                                        Adesk::Int32 flags, AcRxFunctionPtr function,
                                        AcEdUIContext* context = nullptr, int commandId = -1,

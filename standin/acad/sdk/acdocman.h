@@ -8,25 +8,16 @@ namespace AcAp {
 enum DocLockMode { kWrite = 4 };
 } // namespace AcAp
 
-class AcApDocument : public AcRxObject {
-public:
-  static AcRxClass* desc();
-  AcRxClass* isA() const override;
-};
+class AcApDocument : public AcRxObject {};
 
 /// Is informed about documents, on the host's main thread.
 class AcApDocManagerReactor : public AcRxObject {
 public:
-  static AcRxClass* desc();
-  AcRxClass* isA() const override;
   virtual void documentToBeDestroyed(AcApDocument* document);
 };
 
 class AcApDocManager : public AcRxObject {
 public:
-  static AcRxClass* desc();
-  AcRxClass* isA() const override;
-
   /// Returns the current document, null if none is open.
   virtual AcApDocument* curDocument() const = 0;
   /// Locks a document for changes from outside a command; locks add up.

@@ -26,11 +26,4 @@ int acedRedraw(const ads_name entity, int mode);
 /// Returns the viewport of the layout, null on the model tab.
 AcDbObjectId acedActiveViewportId();
 
-/// Functions that an application defines for the command line, each with a code.
-int acedDefun(const ACHAR* name, short code);
-int acedUndef(const ACHAR* name, short code);
-int acedRegFunc(int (*function)(), int code);
-/// Returns the code of the function that is called now, RTERROR if there is none.
-int acedGetFunCode();
-
 #endif

@@ -1,9 +1,6 @@
 #ifndef ACGS_H
 #define ACGS_H
 
-#include <algorithm>
-#include <vector>
-
 #include "adesk.h"
 #include "gemat.h"
 
@@ -15,13 +12,12 @@ class AcGsKernelDescriptor {
 public:
   static const AcUniqueString* k3DDrawing;
 
-  void addRequirement(const AcUniqueString* requirement) { mRequirements.push_back(requirement); }
-  bool supports(const AcUniqueString* requirement) const {
-    return std::find(mRequirements.begin(), mRequirements.end(), requirement) != mRequirements.end();
-  }
+  void addRequirement(const AcUniqueString* requirement) { mIs3d = mIs3d || requirement == k3DDrawing; }
+  /// Returns true if k3DDrawing is required, the only requirement that this host knows.
+  bool is3d() const { return mIs3d; }
 
 private:
-  std::vector<const AcUniqueString*> mRequirements;
+  bool mIs3d = false;
 };
 
 /// The camera of a viewport, in memory. acgsSetViewParameters writes it into the drawing.

@@ -24,7 +24,7 @@ private:
 /// A line through points, as the screen shows it.
 typedef std::vector<AcGePoint3d> AcDbStroke;
 
-/// Something with a shape.
+/// Something with a shape. Without operations of its own a class has none, and can't be moved.
 class AcDbEntity : public AcDbObject {
 public:
   static AcRxClass* desc();
@@ -35,17 +35,11 @@ public:
   /// Moves the entity, which must be open for write if it lives in a drawing.
   virtual Acad::ErrorStatus transformBy(const AcGeMatrix3d& transform);
 
-  /// Adds the extents of the shape as the transform would leave it; no transform if null.
-  virtual void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const = 0;
-  virtual Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) = 0;
-  /// Adds the shape's lines, as the transform would leave them; no transform if null.
-  virtual void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const = 0;
-
-protected:
-  /// Returns the point as the transform would leave it; no transform if null.
-  static AcGePoint3d placed(const AcGeMatrix3d* transform, const AcGePoint3d& p) {
-    return transform ? *transform * p : p;
-  }
+  /// Adds the extents of the shape as the transform would leave it.
+  virtual void subAddExtents(const AcGeMatrix3d& transform, AcDbExtents& extents) const;
+  virtual Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform);
+  /// Adds the shape's lines, as the transform would leave them.
+  virtual void subAddStrokes(const AcGeMatrix3d& transform, std::vector<AcDbStroke>& strokes) const;
 };
 
 #endif

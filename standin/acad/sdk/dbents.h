@@ -13,9 +13,9 @@
 /// otherwise.
 class AcDbPointShape : public AcDbEntity {
 public:
-  void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
+  void subAddExtents(const AcGeMatrix3d& transform, AcDbExtents& extents) const override;
   Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
-  void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
+  void subAddStrokes(const AcGeMatrix3d& transform, std::vector<AcDbStroke>& strokes) const override;
 
 protected:
   AcDbPointShape(std::vector<AcGePoint3d> points, bool isClosed)
@@ -28,8 +28,6 @@ protected:
 class AcDbPoint : public AcDbPointShape {
 public:
   explicit AcDbPoint(const AcGePoint3d& position) : AcDbPointShape({position}, false) {}
-  static AcRxClass* desc();
-  AcRxClass* isA() const override;
 };
 
 class AcDbLine : public AcDbPointShape {
@@ -46,8 +44,6 @@ class AcDb3dPolyline : public AcDbPointShape {
 public:
   AcDb3dPolyline(std::vector<AcGePoint3d> points, bool isClosed)
       : AcDbPointShape(std::move(points), isClosed) {}
-  static AcRxClass* desc();
-  AcRxClass* isA() const override;
 };
 
 class AcDbFace : public AcDbPointShape {
@@ -76,31 +72,27 @@ struct AcDbEllipticArc {
 /// Base of circle, arc and ellipse.
 class AcDbEllipticCurve : public AcDbEntity {
 public:
-  static AcRxClass* desc();
-  AcRxClass* isA() const override;
   AcGePoint3d center() const { return mArc.centre; }
   AcGeVector3d normal() const { return mArc.major.crossProduct(mArc.minor).normalize(); }
-  const AcDbEllipticArc& geometry() const { return mArc; }
+  double radius() const { return mArc.major.length(); }
 
-  void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
+  void subAddExtents(const AcGeMatrix3d& transform, AcDbExtents& extents) const override;
   Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
-  void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
+  void subAddStrokes(const AcGeMatrix3d& transform, std::vector<AcDbStroke>& strokes) const override;
 
 protected:
-  explicit AcDbEllipticCurve(const AcDbEllipticArc& arc) : mArc(arc) {}
-  /// Returns true if transformBy refuses a transform that distorts: a circle must stay a circle.
-  virtual bool mustStayRound() const { return true; }
+  /// mustStayRound  transformBy refuses a transform that distorts: a circle must stay a circle
+  AcDbEllipticCurve(const AcDbEllipticArc& arc, bool mustStayRound)
+      : mArc(arc), mMustStayRound(mustStayRound) {}
 
 private:
   AcDbEllipticArc mArc;
+  const bool mMustStayRound;
 };
 
 class AcDbCircle : public AcDbEllipticCurve {
 public:
   AcDbCircle(const AcGePoint3d& centre, const AcGeVector3d& normal, double radius);
-  static AcRxClass* desc();
-  AcRxClass* isA() const override;
-  double radius() const { return geometry().major.length(); }
 };
 
 /// Runs counter-clockwise about its normal. Angles are measured from the direction that an arc with that
@@ -109,9 +101,6 @@ class AcDbArc : public AcDbEllipticCurve {
 public:
   AcDbArc(const AcGePoint3d& centre, const AcGeVector3d& normal, double radius, double startAngle,
           double endAngle);
-  static AcRxClass* desc();
-  AcRxClass* isA() const override;
-  double radius() const { return geometry().major.length(); }
 };
 
 class AcDbEllipse : public AcDbEllipticCurve {
@@ -120,11 +109,6 @@ public:
   /// at the end of the major axis; 0 to 2 pi is the whole ellipse.
   AcDbEllipse(const AcGePoint3d& centre, const AcGeVector3d& normal, const AcGeVector3d& majorAxis,
               double ratio, double startAngle, double endAngle);
-  static AcRxClass* desc();
-  AcRxClass* isA() const override;
-
-protected:
-  bool mustStayRound() const override { return false; }
 };
 
 /// A flat line of straight and round pieces.
@@ -140,12 +124,10 @@ public:
   /// elevation  distance of the plane from the origin along the normal
   AcDbPolyline(const std::vector<Vertex>& vertices, bool isClosed, double elevation = 0,
                const AcGeVector3d& normal = AcGeVector3d::kZAxis);
-  static AcRxClass* desc();
-  AcRxClass* isA() const override;
 
-  void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
+  void subAddExtents(const AcGeMatrix3d& transform, AcDbExtents& extents) const override;
   Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
-  void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
+  void subAddStrokes(const AcGeMatrix3d& transform, std::vector<AcDbStroke>& strokes) const override;
 
 private:
   struct RoundPiece {
@@ -167,7 +149,7 @@ public:
   AcRxClass* isA() const override;
 
   /// Adds each edge once, also if faces share it.
-  void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
+  void subAddStrokes(const AcGeMatrix3d& transform, std::vector<AcDbStroke>& strokes) const override;
 
 private:
   std::vector<Face> mFaces;
@@ -188,12 +170,13 @@ public:
   static AcRxClass* desc();
   AcRxClass* isA() const override;
 
-  void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
+  void subAddExtents(const AcGeMatrix3d& transform, AcDbExtents& extents) const override;
   Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
-  void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
+  void subAddStrokes(const AcGeMatrix3d& transform, std::vector<AcDbStroke>& strokes) const override;
 
 private:
-  AcGeMatrix3d fromBlock(const AcGeMatrix3d* transform) const;
+  /// Returns the way from the block's coordinates to where the transform would leave them.
+  AcGeMatrix3d fromBlock(const AcGeMatrix3d& transform) const;
 
   std::shared_ptr<const AcDbBlock> mBlockP;
   AcGeMatrix3d mTransform;
@@ -223,10 +206,6 @@ public:
   Acad::ErrorStatus setViewHeight(double height);
   /// Shows the view as it is now.
   Acad::ErrorStatus updateDisplay() const;
-
-  void subAddExtents(const AcGeMatrix3d* transform, AcDbExtents& extents) const override;
-  Acad::ErrorStatus subTransformBy(const AcGeMatrix3d& transform) override;
-  void subAddStrokes(const AcGeMatrix3d* transform, std::vector<AcDbStroke>& strokes) const override;
 
   Layout mLayout; // the host reads and sets it without a call
 };

@@ -27,14 +27,14 @@ private:
   Adesk::Int64 mValue = 0;
 };
 
-/// What the host keeps about an object. Applications leave it alone.
+/// What the host keeps about an object, and what it is to refuse. Applications leave it alone.
 struct AcDbHostRecord {
   AcDbObjectId id;
-  int openCount = 0; // openings for read, or -1: open for write
-  int number = 0;    // position in model space from 1; 0: not in model space
-  bool cannotBeOpened = false;
-  bool hasNoExtents = false;
-  bool refusesTransform = false;
+  int openCount = 0;             // openings for read, or -1: open for write
+  int number = 0;                // position in model space from 1; 0: not in model space
+  bool cannotBeOpened = false;   // eCannotBeOpened
+  bool hasNoExtents = false;     // getGeomExtents: eInvalidExtents
+  bool refusesTransform = false; // transformBy: eOnLockedLayer
 };
 
 /// An object that can be part of a drawing. The drawing then owns it, and callers open and close it.
@@ -79,9 +79,7 @@ Acad::ErrorStatus acdbOpenObject(T*& object, AcDbObjectId id, AcDb::OpenMode mod
 template <class T> class AcDbObjectPointer {
 public:
   AcDbObjectPointer() = default;
-  AcDbObjectPointer(AcDbObjectId id, AcDb::OpenMode mode, bool openErased = false) {
-    open(id, mode, openErased);
-  }
+  AcDbObjectPointer(AcDbObjectId id, AcDb::OpenMode mode) { open(id, mode); }
   AcDbObjectPointer(const AcDbObjectPointer&) = delete;
   AcDbObjectPointer& operator=(const AcDbObjectPointer&) = delete;
   ~AcDbObjectPointer() {

@@ -20,8 +20,6 @@ public:
   /// have any length but zero, which yields the identity.
   static AcGeMatrix3d rotation(double angle, const AcGeVector3d& axis,
                                const AcGePoint3d& centre = AcGePoint3d::kOrigin);
-  /// Factors along the world's axes, from the world's origin.
-  static AcGeMatrix3d scaling(double fx, double fy, double fz);
   /// Takes the world's axes and origin to the given ones.
   static AcGeMatrix3d alignCoordSys(const AcGePoint3d& origin, const AcGeVector3d& x, const AcGeVector3d& y,
                                     const AcGeVector3d& z);
@@ -32,10 +30,8 @@ public:
 
   /// M * R applies R first.
   AcGeMatrix3d operator*(const AcGeMatrix3d& r) const;
-  AcGeMatrix3d& operator*=(const AcGeMatrix3d& r) { return *this = *this * r; }
   bool isEqualTo(const AcGeMatrix3d& m, const AcGeTol& tol = AcGeContext::gTol) const;
   bool operator==(const AcGeMatrix3d& m) const { return isEqualTo(m); }
-  bool operator!=(const AcGeMatrix3d& m) const { return !isEqualTo(m); }
 
   AcGePoint3d operator*(const AcGePoint3d& p) const {
     const auto& e = entry;

@@ -48,13 +48,9 @@ public:
   AcGeVector3d operator*(double f) const { return {x * f, y * f, z * f}; }
   AcGeVector3d operator/(double f) const { return {x / f, y / f, z / f}; }
   AcGeVector3d& operator+=(const AcGeVector3d& v) { return *this = *this + v; }
-  AcGeVector3d& operator-=(const AcGeVector3d& v) { return *this = *this - v; }
-  AcGeVector3d& operator*=(double f) { return *this = *this * f; }
   AcGeVector3d& operator/=(double f) { return *this = *this / f; }
   bool operator==(const AcGeVector3d& v) const { return isEqualTo(v); }
-  bool operator!=(const AcGeVector3d& v) const { return !isEqualTo(v); }
 
-  AcGeVector3d& set(double xx, double yy, double zz) { return *this = AcGeVector3d(xx, yy, zz); }
   double dotProduct(const AcGeVector3d& v) const { return x * v.x + y * v.y + z * v.z; }
   AcGeVector3d crossProduct(const AcGeVector3d& v) const {
     return {y * v.z - z * v.y, z * v.x - x * v.z, x * v.y - y * v.x};
@@ -73,16 +69,10 @@ public:
   AcGeVector3d normal(const AcGeTol& tol = AcGeContext::gTol) const {
     return AcGeVector3d(*this).normalize(tol);
   }
-  /// Returns a unit vector perpendicular to this one.
-  AcGeVector3d perpVector() const;
   /// Turns about the axis, right-handed. angle in radians; the axis may have any length but zero, which turns
   /// nothing.
   AcGeVector3d& rotateBy(double angle, const AcGeVector3d& axis);
 };
-
-inline AcGeVector3d operator*(double f, const AcGeVector3d& v) {
-  return v * f;
-}
 
 class AcGePoint3d {
 public:
@@ -97,20 +87,15 @@ public:
   AcGeVector3d operator-(const AcGePoint3d& p) const { return {x - p.x, y - p.y, z - p.z}; }
   AcGePoint3d operator+(const AcGeVector3d& v) const { return {x + v.x, y + v.y, z + v.z}; }
   AcGePoint3d operator-(const AcGeVector3d& v) const { return {x - v.x, y - v.y, z - v.z}; }
-  AcGePoint3d operator*(double f) const { return {x * f, y * f, z * f}; }
   AcGePoint3d operator/(double f) const { return {x / f, y / f, z / f}; }
   AcGePoint3d& operator+=(const AcGeVector3d& v) { return *this = *this + v; }
-  AcGePoint3d& operator-=(const AcGeVector3d& v) { return *this = *this - v; }
-  AcGePoint3d& operator*=(double f) { return *this = *this * f; }
   AcGePoint3d& operator/=(double f) { return *this = *this / f; }
   bool operator==(const AcGePoint3d& p) const { return isEqualTo(p); }
-  bool operator!=(const AcGePoint3d& p) const { return !isEqualTo(p); }
 
   AcGePoint3d& set(double xx, double yy, double zz) { return *this = AcGePoint3d(xx, yy, zz); }
   AcGeVector3d asVector() const { return {x, y, z}; }
-  double distanceTo(const AcGePoint3d& p) const { return (*this - p).length(); }
   bool isEqualTo(const AcGePoint3d& p, const AcGeTol& tol = AcGeContext::gTol) const {
-    return distanceTo(p) <= tol.equalPoint();
+    return (*this - p).length() <= tol.equalPoint();
   }
   /// Turns about the line through the centre along the axis, as AcGeVector3d::rotateBy does.
   AcGePoint3d& rotateBy(double angle, const AcGeVector3d& axis, const AcGePoint3d& centre = kOrigin) {

@@ -1,30 +1,12 @@
 #ifndef RXAPP_H
 #define RXAPP_H
 
-#include "acedads.h"
 #include "rxobject.h"
 
 namespace AcRx {
 
-/// The messages of the host to an application.
-enum AppMsgCode {
-  kNullMsg = 0,
-  kInitAppMsg = 1,
-  kUnloadAppMsg = 2,
-  kLoadDwgMsg = 3,
-  kUnloadDwgMsg = 4,
-  kInvkSubrMsg = 5,
-  kEndMsg = 6,
-  kQuitMsg = 7,
-  kSaveMsg = 8,
-  kCfgMsg = 9,
-  kDependencyMsg = 10,
-  kSuspendMsg = 11,
-  kResumeMsg = 12,
-  kPreEndMsg = 13,
-  kPreQuitMsg = 14,
-  kPreSaveMsg = 15
-};
+/// The messages to an application that this host sends.
+enum AppMsgCode { kInitAppMsg = 1, kUnloadAppMsg = 2, kLoadDwgMsg = 3, kUnloadDwgMsg = 4 };
 
 enum AppRetCode { kRetOK = 0, kRetError = 3 };
 
@@ -77,45 +59,10 @@ private:
   }
 };
 
-/// A function that an application defines for the command line.
-struct AcRxFunctionEntry {
-  const ACHAR* name;
-  int (*function)();
-};
-
-/// An application that works with documents.
+/// An application that works with documents. None here defines functions for the command line, so none is invoked.
 class AcRxArxApp : public AcRxDbxApp {
 public:
-  AcRx::AppRetCode On_kLoadDwgMsg(void* pkt) override {
-    const FunctionTable table = functionTable();
-    for (int i = 0; i < table.count; ++i) {
-      acedDefun(table.entries[i].name, static_cast<short>(i));
-      acedRegFunc(table.entries[i].function, i);
-    }
-    return AcRxDbxApp::On_kLoadDwgMsg(pkt);
-  }
-  AcRx::AppRetCode On_kUnloadDwgMsg(void* pkt) override {
-    const FunctionTable table = functionTable();
-    for (int i = 0; i < table.count; ++i)
-      acedUndef(table.entries[i].name, static_cast<short>(i));
-    return AcRxDbxApp::On_kUnloadDwgMsg(pkt);
-  }
-  AcRx::AppRetCode On_kInvkSubrMsg(void* pkt) override {
-    const FunctionTable table = functionTable();
-    const int code = acedGetFunCode();
-    if (code < 0 || code >= table.count)
-      return AcRx::kRetError;
-    table.entries[code].function();
-    return AcRxDbxApp::On_kInvkSubrMsg(pkt);
-  }
-
-protected:
-  struct FunctionTable {
-    const AcRxFunctionEntry* entries = nullptr;
-    int count = 0;
-  };
-  /// Empty unless the application has such functions.
-  virtual FunctionTable functionTable() const { return {}; }
+  AcRx::AppRetCode On_kInvkSubrMsg(void*) override { return AcRx::kRetError; }
 };
 
 #endif

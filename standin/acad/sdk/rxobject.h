@@ -37,8 +37,6 @@ public:
 /// Finds objects by name.
 class AcRxDictionary : public AcRxObject {
 public:
-  static AcRxClass* desc();
-  AcRxClass* isA() const override;
   /// Returns the object of a name, owned by the host; null if there is none. Case counts.
   virtual AcRxObject* at(const ACHAR* name) const = 0;
 };

@@ -120,14 +120,6 @@ TEST_F(Dxf, CountsWhatItLeavesOut) {
   EXPECT_EQ(loadText(section("HEADER", "9 $ACADVER 1 AC1015") + lines("0 EOF")).summary(), "0 entities");
 }
 
-TEST_F(Dxf, TakesLineEndsBlanksComments) {
-  EXPECT_EQ(loadText("999\r\nmade by hand\r\n  0\r\nSECTION\r\n  2\r\nENTITIES\r\n 0 \r\nPOINT\r\n"
-                     " 10\r\n 1.5e1\r\n  0\r\nENDSEC\r\n  0\r\nEOF\r\n\x1a")
-                .error,
-            "");
-  expectBox({15, 0, 0}, {15, 0, 0});
-}
-
 TEST_F(Dxf, RejectsBadFilesInOneLine) {
   const std::string good = section("ENTITIES", "0 POINT 10 1 20 2 30 3");
   const std::pair<std::string, std::string> cases[] = {

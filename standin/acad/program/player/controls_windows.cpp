@@ -52,7 +52,7 @@ public:
       SetCursorPos(2, 2); // a corner of the screen that the window leaves free
   }
 
-  void show(const host::Frame& frame) override { mWindow.show(frame); }
+  void show(const host::Frame&) override { mWindow.show(); }
   void refresh() override { mWindow.refresh(); }
 
 private:

@@ -21,8 +21,7 @@ constexpr double kEyeDistance = 1.7;
 constexpr double kFlat = 0.02;
 
 void setBothViews(const host::ViewState& view) {
-  host::setView(view);
-  host::setStoredView(view);
+  host::view() = host::storedView() = view;
 }
 
 /// The vector across the line of sight that leans most towards world Z.

@@ -2,12 +2,8 @@
 
 #include "host.h"
 
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
-#include <cmath>
-#include <limits>
-#include <numeric>
+#include <functional>
 
 namespace program {
 
@@ -25,26 +21,45 @@ std::string kindOf(const AcDbEntity& entity) {
   return entity.isKindOf(AcDbLine::desc()) ? "line" : "curve";
 }
 
-bool isFinite(const AcGePoint3d& p) {
-  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
-}
+/// Decides which segments stay, of all of them in order.
+class Thinning {
+public:
+  /// Keeps all.
+  Thinning() = default;
+  Thinning(std::vector<double> lengths, std::size_t budget) {
+    if (lengths.size() <= budget)
+      return;
+    const std::size_t longest = budget / 2;
+    const auto last = lengths.begin() + static_cast<std::ptrdiff_t>(longest);
+    std::nth_element(lengths.begin(), last, lengths.end(), std::greater<>());
+    mLimit = *last;
+    mStep = (lengths.size() - longest - 1) / (budget - longest) + 1;
+  }
 
-double distance(const std::array<double, 3>& a, const std::array<double, 3>& b) {
-  return std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]);
-}
+  bool keeps(double length) {
+    const bool isKept = length > mLimit || mOthers++ % mStep == 0;
+    mKept += isKept ? 1 : 0;
+    return isKept;
+  }
+  std::size_t kept() const { return mKept; }
+
+private:
+  /// Longer ones stay, of the others each mStep-th.
+  double mLimit = -1;
+  std::size_t mStep = 1;
+  std::size_t mOthers = 0;
+  std::size_t mKept = 0;
+};
 
 /// A line without the segments that don't stay; falls into pieces where some are missing.
-void addKept(const Line& line, std::vector<bool>::const_iterator keep, json& lines) {
+void addKept(const AcDbStroke& line, Thinning& thinning, json& lines) {
   json piece = json::array();
-  const auto addPoint = [&piece](const std::array<double, 3>& p) {
-    for (const double c : p)
-      piece.push_back(c);
-  };
-  for (std::size_t i = 0; i + 1 < line.size(); ++i) {
-    if (keep[static_cast<std::ptrdiff_t>(i)]) {
+  const auto addPoint = [&piece](const AcGePoint3d& p) { piece.insert(piece.end(), {p.x, p.y, p.z}); };
+  for (std::size_t i = 1; i < line.size(); ++i) {
+    if (thinning.keeps((line[i] - line[i - 1]).length())) {
       if (piece.empty())
-        addPoint(line[i]);
-      addPoint(line[i + 1]);
+        addPoint(line[i - 1]);
+      addPoint(line[i]);
     } else if (!piece.empty()) {
       lines.push_back(std::move(piece));
       piece = json::array();
@@ -54,13 +69,11 @@ void addKept(const Line& line, std::vector<bool>::const_iterator keep, json& lin
     lines.push_back(std::move(piece));
 }
 
-/// An object with those of its segments that stay, if any; the iterator moves past them all.
-void addObject(const DrawnObject& object, std::vector<bool>::const_iterator& keep, json& objects) {
+/// An object with those of its segments that stay, if any.
+void addObject(const DrawnObject& object, Thinning& thinning, json& objects) {
   json lines = json::array();
-  for (const Line& line : object.mLines) {
-    addKept(line, keep, lines);
-    keep += static_cast<std::ptrdiff_t>(line.size()) - 1;
-  }
+  for (const AcDbStroke& line : object.mLines)
+    addKept(line, thinning, lines);
   if (lines.empty())
     return;
   json entry = {{"id", object.mNumber}, {"kind", object.mKind}, {"lines", std::move(lines)}};
@@ -71,43 +84,13 @@ void addObject(const DrawnObject& object, std::vector<bool>::const_iterator& kee
 
 } // namespace
 
-std::vector<bool> segmentsToKeep(const std::vector<double>& lengths, std::size_t budget) {
-  std::vector<bool> keep(lengths.size(), lengths.size() <= budget);
-  if (lengths.size() <= budget)
-    return keep;
-  std::vector<std::size_t> order(lengths.size());
-  std::iota(order.begin(), order.end(), std::size_t{0});
-  const std::size_t longest = budget / 2;
-  std::nth_element(order.begin(), order.begin() + static_cast<std::ptrdiff_t>(longest), order.end(),
-                   [&lengths](std::size_t a, std::size_t b) { return lengths[a] > lengths[b]; });
-  for (std::size_t i = 0; i < longest; ++i)
-    keep[order[i]] = true;
-  std::sort(order.begin() + static_cast<std::ptrdiff_t>(longest), order.end());
-  const std::size_t others = order.size() - longest;
-  const std::size_t wanted = budget - longest;
-  for (std::size_t i = 0; i < wanted; ++i)
-    keep[order[longest + i * others / wanted]] = true;
-  return keep;
-}
-
 void DrawingData::takeNew(double seconds) {
-  const int count = host::entityCount();
-  for (int number = static_cast<int>(mObjects.size()) + 1; number <= count; ++number) {
-    const AcDbEntity* const entityP = host::entity(number);
-    if (!entityP)
-      break;
-    DrawnObject object;
-    object.mNumber = number;
-    object.mKind = kindOf(*entityP);
-    object.mSeconds = seconds;
-    for (const AcDbStroke& stroke : host::strokes(*entityP)) {
-      Line line;
-      for (const AcGePoint3d& p : stroke) {
-        if (isFinite(p))
-          line.push_back({p.x, p.y, p.z});
-      }
+  for (int number = static_cast<int>(mObjects.size()) + 1; number <= host::entityCount(); ++number) {
+    DrawnObject object{number, kindOf(*host::entity(number)), seconds, {}};
+    for (AcDbStroke& line : host::strokes(number)) {
+      line.erase(std::remove_if(line.begin(), line.end(), std::not_fn(host::isFinite)), line.end());
       if (line.size() == 1)
-        line.push_back(line.front()); // a point is drawn as a line without length
+        line.push_back(AcGePoint3d(line.front())); // a point is drawn as a line without length
       if (!line.empty())
         object.mLines.push_back(std::move(line));
     }
@@ -115,56 +98,39 @@ void DrawingData::takeNew(double seconds) {
   }
 }
 
-std::size_t DrawingData::segmentCount() const {
-  std::size_t count = 0;
-  for (const DrawnObject& object : mObjects) {
-    for (const Line& line : object.mLines)
-      count += line.size() - 1;
-  }
-  return count;
-}
-
 json DrawingData::toJson(const std::string& name, std::size_t budget) const {
   std::vector<double> lengths;
-  lengths.reserve(segmentCount());
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  std::array<double, 3> low{kInfinity, kInfinity, kInfinity};
-  std::array<double, 3> high{-kInfinity, -kInfinity, -kInfinity};
+  AcDbExtents box;
   for (const DrawnObject& object : mObjects) {
-    for (const Line& line : object.mLines) {
+    for (const AcDbStroke& line : object.mLines) {
       for (std::size_t i = 0; i < line.size(); ++i) {
+        box.addPoint(line[i]);
         if (i > 0)
-          lengths.push_back(distance(line[i - 1], line[i]));
-        for (std::size_t axis = 0; axis < 3; ++axis) {
-          low[axis] = std::min(low[axis], line[i][axis]);
-          high[axis] = std::max(high[axis], line[i][axis]);
-        }
+          lengths.push_back((line[i] - line[i - 1]).length());
       }
     }
   }
-  const std::vector<bool> keep = segmentsToKeep(lengths, budget);
-
+  if (box.isEmpty())
+    box.addPoint(AcGePoint3d::kOrigin);
+  const std::size_t segments = lengths.size();
+  Thinning thinning(std::move(lengths), budget);
   json objects = json::array();
-  auto at = keep.begin();
   for (const DrawnObject& object : mObjects)
-    addObject(object, at, objects);
-  if (lengths.empty())
-    low = high = {0, 0, 0};
+    addObject(object, thinning, objects);
   return {{"name", name},
           {"entities", mObjects.size()},
-          {"segments", lengths.size()},
-          {"shownSegments", std::count(keep.begin(), keep.end(), true)},
-          {"min", low},
-          {"max", high},
+          {"segments", segments},
+          {"shownSegments", thinning.kept()},
+          {"min", xyz(box.minPoint())},
+          {"max", xyz(box.maxPoint())},
           {"objects", std::move(objects)}};
 }
 
 json DrawingData::objectsFrom(std::size_t first) const {
-  const std::vector<bool> keep(segmentCount(), true);
+  Thinning all;
   json objects = json::array();
-  auto at = keep.begin();
   for (std::size_t i = first; i < mObjects.size(); ++i)
-    addObject(mObjects[i], at, objects);
+    addObject(mObjects[i], all, objects);
   return objects;
 }
 

@@ -1,16 +1,20 @@
 #ifndef DRAWING_DATA_H
 #define DRAWING_DATA_H
 
-#include <nlohmann/json_fwd.hpp>
+#include "dbents.h"
 
-#include <array>
+#include <nlohmann/json.hpp>
+
 #include <cstddef>
 #include <string>
 #include <vector>
 
 namespace program {
 
-using Line = std::vector<std::array<double, 3>>;
+/// The coordinates of a point or a vector.
+template <class Xyz> nlohmann::json xyz(const Xyz& v) {
+  return {v.x, v.y, v.z};
+}
 
 /// One object of the drawing as it stood when the host opened or drew it.
 struct DrawnObject {
@@ -19,7 +23,7 @@ struct DrawnObject {
   std::string mKind;
   /// When it came into the drawing, since the session's start.
   double mSeconds = 0;
-  std::vector<Line> mLines;
+  std::vector<AcDbStroke> mLines;
 };
 
 /// The drawing as the report shows it: lines through points, in world coordinates.
@@ -27,22 +31,18 @@ class DrawingData {
 public:
   /// Takes in the objects of the host's drawing that it hasn't seen yet.
   void takeNew(double seconds);
-  /// Returns the picture, thinned out to that number of segments: half of them are the longest ones, which
-  /// give a drawing its shape, the rest evenly to the others.
+  /// Returns the picture, thinned out to about that number of segments: half of them are the longest ones, which
+  /// give a drawing its shape, the rest evenly of the others.
   nlohmann::json toJson(const std::string& name, std::size_t budget) const;
 
   /// Returns the objects from an index on, in full, as toJson() has them.
   nlohmann::json objectsFrom(std::size_t first) const;
 
-  std::size_t segmentCount() const;
   const std::vector<DrawnObject>& objects() const { return mObjects; }
 
 private:
   std::vector<DrawnObject> mObjects;
 };
-
-/// Which segments stay: true for those that do. Lengths in any unit; at most budget entries are true.
-std::vector<bool> segmentsToKeep(const std::vector<double>& lengths, std::size_t budget);
 
 } // namespace program
 

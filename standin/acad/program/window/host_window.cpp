@@ -170,8 +170,7 @@ int HostWindow::wheelNotches() const {
   return gWheelNotches;
 }
 
-void HostWindow::show(const host::Frame& frame) {
-  mPainter.forget(frame.moved);
+void HostWindow::show() {
   InvalidateRect(mView, nullptr, FALSE);
   UpdateWindow(mView);
 }
@@ -210,7 +209,7 @@ void HostWindow::refresh() {
 void HostWindow::paintView() {
   PAINTSTRUCT paint;
   const HDC dc = BeginPaint(mView, &paint);
-  mPainter.paint(dc, sizeOf(mView));
+  program::paintView(dc, sizeOf(mView));
   EndPaint(mView, &paint);
 }
 
@@ -218,9 +217,9 @@ void HostWindow::pick(POINT point, bool isAdding) {
   std::vector<AcDbObjectId> ids;
   if (isAdding)
     ids = host::selected();
-  const int number = mPainter.objectAt(point, sizeOf(mView));
+  const int number = objectAt(point, sizeOf(mView));
   if (number != 0)
-    ids.push_back(host::entityId(number));
+    ids.push_back(host::entity(number)->objectId());
   host::select(ids);
   SetFocus(mInput);
   InvalidateRect(mView, nullptr, FALSE);
@@ -237,9 +236,7 @@ void HostWindow::press(int button) {
   if (button == kModelButton || button == kLayoutButton) {
     host::setLayout(button == kLayoutButton);
   } else if (button == kProjectionButton) {
-    host::ViewState state = host::view();
-    state.perspective = !state.perspective;
-    host::setView(state);
+    host::view().perspective = !host::view().perspective;
   }
   InvalidateRect(mView, nullptr, FALSE);
   SetFocus(mInput);

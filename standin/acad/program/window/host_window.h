@@ -23,7 +23,7 @@ public:
   HostWindow& operator=(const HostWindow&) = delete;
 
   /// Paints a frame now.
-  void show(const host::Frame& frame);
+  void show();
   /// Paints what has changed without a frame, and takes new lines of the command line over.
   void refresh();
 
@@ -68,7 +68,6 @@ private:
   };
   bool takeChange();
 
-  ViewPainter mPainter;
   Seen mSeen;
   std::size_t mShownLines = 0;
 };

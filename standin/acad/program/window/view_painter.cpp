@@ -74,37 +74,23 @@ double distance(const Pixel& a, const Pixel& b, POINT p) {
   return std::hypot(a.x + t * dx - p.x, a.y + t * dy - p.y);
 }
 
-} // namespace
-
-void ViewPainter::forget(const std::vector<host::Moved>& moved) {
-  for (const host::Moved& one : moved) {
-    const auto index = static_cast<std::size_t>(one.entity - 1);
-    if (index < mObjects.size())
-      mObjects[index].strokes = host::strokes(one.entity);
-  }
-}
-
-void ViewPainter::takeNew() {
-  for (int number = static_cast<int>(mObjects.size()) + 1; number <= host::entityCount(); ++number)
-    mObjects.push_back({number, host::strokes(number)});
-}
-
-template <class Visit> void ViewPainter::forEachSegment(SIZE size, Visit visit) {
-  takeNew();
+template <class Visit> void forEachSegment(SIZE size, Visit visit) {
   const Projection project(size);
-  for (const Object& object : mObjects) {
-    for (const AcDbStroke& stroke : object.strokes) {
+  for (int number = 1; number <= host::entityCount(); ++number) {
+    for (const AcDbStroke& stroke : host::strokes(number)) {
       for (std::size_t i = 1; i < stroke.size(); ++i) {
         const Pixel a = project(stroke[i - 1]);
         const Pixel b = project(stroke[i]);
         if (a.isVisible && b.isVisible)
-          visit(object.number, a, b);
+          visit(number, a, b);
       }
     }
   }
 }
 
-void ViewPainter::paint(HDC dc, SIZE size) {
+} // namespace
+
+void paintView(HDC dc, SIZE size) {
   // Into a picture in memory first: a frame appears whole, without flicker.
   const HDC memory = CreateCompatibleDC(dc);
   const HBITMAP bitmap = CreateCompatibleBitmap(dc, size.cx, size.cy);
@@ -134,7 +120,7 @@ void ViewPainter::paint(HDC dc, SIZE size) {
   DeleteDC(memory);
 }
 
-int ViewPainter::objectAt(POINT point, SIZE size) {
+int objectAt(POINT point, SIZE size) {
   int best = 0;
   double nearest = kPickRadius;
   forEachSegment(size, [&](int number, const Pixel& a, const Pixel& b) {
