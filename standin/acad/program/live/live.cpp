@@ -16,9 +16,8 @@ using nlohmann::json;
 constexpr std::size_t kMaxLineBytes = 1 << 20;
 /// More lines than this don't wait for the main thread.
 constexpr std::size_t kMaxAsked = 1000;
-/// How often the log is looked at, seconds; what is read of it in one go, bytes; lines that a page gets at first.
+/// How often the log is looked at, seconds; lines that a page gets at first.
 constexpr double kLogInterval = 0.1;
-constexpr std::size_t kLogPiece = 1 << 16;
 constexpr std::size_t kLogLines = 1000;
 
 web::ServerOptions forHost(web::ServerOptions options) {
@@ -39,7 +38,7 @@ class ReportMessage : public web::Message {
 public:
   explicit ReportMessage(json session) : mSession(std::move(session)) {}
   std::string text() const override {
-    return jsonText(json{{"file", {{"name", "report.html"}, {"text", reportPage(mSession)}}}});
+    return jsonText(json{{"file", {{"name", "report.html"}, {"text", pageWith(mSession)}}}});
   }
 
 private:
@@ -63,23 +62,25 @@ template <class Value> void Live::send(const char* key, Value&& value, web::Clie
 // On the server's thread.
 
 void Live::onOpened(web::ClientId client, bool isDriver) {
-  put({Asked::What::hello, client, isDriver});
+  put([this, client, isDriver](HostPlayer&) { sayHello(client, isDriver); });
 }
 
 void Live::onDriver(web::ClientId client) {
-  put({Asked::What::drive, client, true});
+  put([this, client](HostPlayer&) { send("driver", true, client); });
 }
 
 std::string Live::onLine(web::ClientId client, bool isDriver, const std::string& line) {
-  Asked asked{Asked::What::act, client, isDriver};
-  if (line == "save session" || line == "save report") {
-    asked.mWhat = line == "save session" ? Asked::What::saveSession : Asked::What::saveReport;
-    return put(std::move(asked));
-  }
+  if (line == "save session")
+    return put([this, client](HostPlayer&) {
+      send("file", json{{"name", "saved.session"}, {"text", mSources.mSavedSession()}}, client);
+    });
+  if (line == "save report")
+    return put([this, client](HostPlayer&) { sendReport(client); });
+  session::Action action;
   std::string reason;
-  if (!session::parseHostLine(line, asked.mAction, reason) || !isDriver)
+  if (!session::parseHostLine(line, action, reason) || !isDriver)
     return reason;
-  return put(std::move(asked));
+  return put([action](HostPlayer& player) { player.perform(action); });
 }
 
 std::string Live::page(const std::string& authority) {
@@ -126,30 +127,16 @@ void Live::doLines(HostPlayer& player) {
     const std::lock_guard<std::mutex> lock(mMutex);
     inbox.swap(mInbox);
   }
-  for (const Asked& asked : inbox) {
-    switch (asked.mWhat) {
-    case Asked::What::hello:
-      sayHello(asked);
-      break;
-    case Asked::What::drive:
-      send("driver", true, asked.mClient);
-      break;
-    case Asked::What::act:
-      player.perform(asked.mAction);
-      break;
-    case Asked::What::saveSession:
-      send("file", json{{"name", "saved.session"}, {"text", mSources.mSavedSession()}}, asked.mClient);
-      break;
-    case Asked::What::saveReport: {
-      MovedWriter moved;
-      mServer.send(std::make_shared<ReportMessage>(mSources.mSoFar(true, moved)), asked.mClient);
-      break;
-    }
-    }
-  }
+  for (const Asked& asked : inbox)
+    asked(player);
 }
 
-void Live::sayHello(const Asked& asked) {
+void Live::sendReport(web::ClientId client) {
+  MovedWriter moved;
+  mServer.send(std::make_shared<ReportMessage>(mSources.mSoFar(true, moved)), client);
+}
+
+void Live::sayHello(web::ClientId client, bool isDriver) {
   mIsWatched = true;
   mRecorder.look();
   look();
@@ -157,13 +144,13 @@ void Live::sayHello(const Asked& asked) {
   sendLists(); // to the others: the newcomer finds them in its data
   data["log"] = mLog;
   send("hello",
-       json{{"driver", asked.mIsDriver},
+       json{{"driver", isDriver},
             {"device", mSources.mDevice},
             {"keys", keyNames(mSources.mMenu)},
             {"data", std::move(data)}},
-       asked.mClient);
-  send("selected", numbersOf(mSelected), asked.mClient);
-  send("layout", mIsLayout, asked.mClient);
+       client);
+  send("selected", numbersOf(mSelected), client);
+  send("layout", mIsLayout, client);
 }
 
 void Live::sendLists() {
@@ -217,10 +204,8 @@ void Live::lookAtHistory() {
   for (; mHistory < history.size(); ++mHistory) {
     const host::HistoryLine& line = history[mHistory];
     send(line.isTyped ? "command" : "printed", lineData(line, mRecorder.start()));
-    std::string name;
-    bool isOn = false;
-    if (readToggle(line, name, isOn))
-      send("state", json{{name, isOn}});
+    if (const auto toggle = readToggle(line))
+      send("state", json{{toggle->first, toggle->second}});
   }
 }
 
@@ -233,25 +218,18 @@ void Live::lookAtLog() {
   const std::uintmax_t size = std::filesystem::file_size(mSources.mLog, failure);
   if (failure || size == mLogRead)
     return;
-  if (size < mLogRead) { // a new file
+  if (size < mLogRead) // a new file
     mLogRead = 0;
-    mLogRest.clear();
-  }
   std::ifstream file(mSources.mLog, std::ios::binary);
   file.seekg(static_cast<std::streamoff>(mLogRead));
-  std::string piece(kLogPiece, 0);
-  file.read(&piece[0], static_cast<std::streamsize>(piece.size()));
-  piece.resize(static_cast<std::size_t>(file.gcount()));
-  mLogRead += piece.size();
-  mLogRest += piece;
   json lines = json::array();
-  std::size_t start = 0;
-  for (std::size_t end = 0; (end = mLogRest.find('\n', start)) != std::string::npos; start = end + 1) {
-    const bool hasReturn = end > start && mLogRest[end - 1] == '\r';
-    mLog.push_back(mLogRest.substr(start, end - start - (hasReturn ? 1 : 0)));
-    lines.push_back(mLog.back());
+  for (std::string line; std::getline(file, line) && !file.eof();) { // the last one may not be complete yet
+    mLogRead += line.size() + 1;
+    if (!line.empty() && line.back() == '\r')
+      line.pop_back();
+    lines.push_back(line);
+    mLog.push_back(std::move(line));
   }
-  mLogRest.erase(0, start);
   if (mLog.size() > kLogLines)
     mLog.erase(mLog.begin(), mLog.end() - static_cast<std::ptrdiff_t>(kLogLines));
   if (!lines.empty())

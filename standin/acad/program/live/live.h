@@ -55,14 +55,8 @@ public:
   void scrolled(const std::vector<ScrollState>& states);
 
 private:
-  /// What a page did, for the main thread.
-  struct Asked {
-    enum class What { hello, drive, act, saveSession, saveReport };
-    What mWhat;
-    web::ClientId mClient;
-    bool mIsDriver = false;
-    session::Action mAction{};
-  };
+  /// What a page wants done on the main thread.
+  using Asked = std::function<void(HostPlayer& player)>;
 
   void onOpened(web::ClientId client, bool isDriver) override;
   void onDriver(web::ClientId client) override;
@@ -70,7 +64,8 @@ private:
   std::string page(const std::string& authority) override;
 
   std::string put(Asked asked);
-  void sayHello(const Asked& asked);
+  void sayHello(web::ClientId client, bool isDriver);
+  void sendReport(web::ClientId client);
   void sendLists();
   void lookAtHistory();
   void lookAtLog();
@@ -91,10 +86,8 @@ private:
   bool mIsLayout = false;
   /// The last lines of the plug-in's log.
   std::vector<std::string> mLog;
-  /// Bytes of the log file that have been read.
+  /// Bytes of the log file that have been read, whole lines.
   std::uintmax_t mLogRead = 0;
-  /// The beginning of a line that isn't complete yet.
-  std::string mLogRest;
   /// When the log is looked at next, unix seconds.
   double mNextLook = 0;
 

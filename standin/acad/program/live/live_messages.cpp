@@ -1,6 +1,7 @@
 #include "live_messages.h"
 
 #include "cnfg.h"
+#include "report_page.h"
 
 namespace program {
 
@@ -30,10 +31,6 @@ bool isSameGroup(json a, json b) {
 }
 
 } // namespace
-
-std::string jsonText(const json& value) {
-  return value.dump(-1, ' ', false, json::error_handler_t::replace);
-}
 
 std::string JsonMessage::text() const {
   return "{\"" + std::string(mKey) + "\":" + jsonText(mValue) + "}";

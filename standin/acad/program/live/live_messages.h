@@ -37,9 +37,6 @@ private:
 /// Returns the names of the device's keys in order: the items of a menu file that type something.
 std::vector<std::string> keyNames(const std::string& menuFile);
 
-/// Returns the text of a value; what isn't UTF-8 in it is replaced.
-std::string jsonText(const nlohmann::json& value);
-
 } // namespace program
 
 #endif

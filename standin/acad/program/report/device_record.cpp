@@ -31,13 +31,10 @@ bool readLine(const std::string& line, DeviceEvent& event) {
     // Codes are in decimal or, after 0x, in hexadecimal.
     if (!(values >> std::setbase(0) >> event.mCode))
       return false;
-  } else if (kind == "mode") {
-    event.mKind = DeviceEvent::Kind::mode;
-    event.mText = rest;
   } else {
-    event.mText = rest.empty() ? kind : kind + " " + rest;
+    event.mText = rest;
   }
-  return true;
+  return kind == "motion" || kind == "event" || kind == "mode";
 }
 
 } // namespace
@@ -56,12 +53,9 @@ std::vector<DeviceEvent> readDeviceRecord(const std::string& path) {
   return events;
 }
 
-const std::array<int, 6>& SampleCursor::at(double unixSeconds) {
-  for (; mNext < mEvents.size() && mEvents[mNext].mUnixSeconds <= unixSeconds; ++mNext) {
-    if (mEvents[mNext].mKind == DeviceEvent::Kind::motion)
-      mSample = mEvents[mNext].mSample;
-  }
-  return mSample;
+std::ptrdiff_t countOf(const std::vector<DeviceEvent>& events, DeviceEvent::Kind kind) {
+  return std::count_if(events.begin(), events.end(),
+                       [kind](const DeviceEvent& event) { return event.mKind == kind; });
 }
 
 } // namespace program

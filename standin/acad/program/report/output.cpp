@@ -12,7 +12,6 @@
 #include <fstream>
 #include <iomanip>
 #include <ostream>
-#include <sstream>
 
 namespace program {
 
@@ -56,13 +55,11 @@ void printView(std::ostream& out, const char* name, const RecordedFrame& frame) 
   // Coordinates to a ten-thousandth of the picture's width, wherever in the world it is.
   const double order = std::floor(std::log10(std::fabs(v.fieldWidth)));
   const int places = std::isfinite(order) ? static_cast<int>(std::clamp(4 - order, 0.0, 12.0)) : 4;
-  std::ostringstream line;
-  line << std::fixed << std::setprecision(places) << "eye (" << v.position.x << ", " << v.position.y << ", "
-       << v.position.z << ")  target (" << v.target.x << ", " << v.target.y << ", " << v.target.z << ")  up ("
-       << std::setprecision(3) << v.up.x << ", " << v.up.y << ", " << v.up.z << ")  field "
-       << std::setprecision(places) << v.fieldWidth << " x " << v.fieldHeight
-       << (v.perspective ? ", perspective" : ", parallel");
-  out << name << line.str() << '\n';
+  out << name << std::fixed << std::setprecision(places) << "eye (" << v.position.x << ", " << v.position.y
+      << ", " << v.position.z << ")  target (" << v.target.x << ", " << v.target.y << ", " << v.target.z
+      << ")  up (" << std::setprecision(3) << v.up.x << ", " << v.up.y << ", " << v.up.z << ")  field "
+      << std::setprecision(places) << v.fieldWidth << " x " << v.fieldHeight
+      << (v.perspective ? ", perspective" : ", parallel") << std::defaultfloat << '\n';
 }
 
 void printTyped(std::ostream& out, const std::vector<host::HistoryLine>& history) {
@@ -119,23 +116,19 @@ void writeFile(const fs::path& path, const std::string& text) {
 }
 
 void writeOutputs(const Folders& folders, const Recorder& recorder, const SessionInput& input) {
-  const nlohmann::json data = sessionData(recorder, input);
+  MovedWriter moved;
+  const nlohmann::json data = sessionData(recorder, input, moved);
   writeFile(folders.mOut / "command_line.txt", host::historyText());
-  writeFile(folders.mOut / "session.json",
-            data.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
-  writeFile(folders.mOut / "report.html", reportPage(data));
+  writeFile(folders.mOut / "session.json", jsonText(data) + "\n");
+  writeFile(folders.mOut / "report.html", pageWith(data));
   if (!input.mCounted.empty())
     writeFile(folders.mOut / "saved.session", input.mCounted);
 }
 
 void printSummary(std::ostream& out, const Folders& folders, const Recorder& recorder,
                   const SessionInput& input) {
-  std::int64_t motions = 0;
-  std::int64_t others = 0;
-  for (const DeviceEvent& event : input.mEvents) {
-    motions += event.mKind == DeviceEvent::Kind::motion ? 1 : 0;
-    others += event.mKind == DeviceEvent::Kind::event ? 1 : 0;
-  }
+  const auto motions = countOf(input.mEvents, DeviceEvent::Kind::motion);
+  const auto others = countOf(input.mEvents, DeviceEvent::Kind::event);
   const Outcome& outcome = input.mOutcome;
   out << "\nDevice events  " << motions + others << " (" << motions << " motion, " << others
       << " other); modes heard: " << modesHeard(input.mEvents) << '\n'

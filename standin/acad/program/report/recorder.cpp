@@ -17,8 +17,6 @@ constexpr double kLongestGap = 0.25;
 constexpr std::chrono::milliseconds kScrollInterval{33};
 /// More frames than this are not kept: an hour and a half of motion at 60 Hz.
 constexpr std::size_t kMaxFrames = 300000;
-/// More objects than this are not listed as selected.
-constexpr std::size_t kMaxListed = 100000;
 
 bool isSamePoint(const AcGePoint3d& a, const AcGePoint3d& b) {
   return a.x == b.x && a.y == b.y && a.z == b.z;
@@ -184,11 +182,8 @@ void Recorder::pointer(session::Pointer where) {
 
 void Recorder::selection() {
   std::vector<int> numbers;
-  for (const AcDbObjectId& id : host::selected()) {
-    if (numbers.size() == kMaxListed)
-      break;
+  for (const AcDbObjectId& id : host::selected())
     numbers.push_back(host::entityNumber(id));
-  }
   mSelections.push_back({unixNow(), std::move(numbers)});
 }
 

@@ -20,14 +20,6 @@ constexpr std::size_t kSegmentBudget = 60000;
 /// Longer lists of objects that move together are written once, under a number.
 constexpr std::size_t kLongList = 24;
 
-json point(const AcGePoint3d& p) {
-  return {p.x, p.y, p.z};
-}
-
-json vector(const AcGeVector3d& v) {
-  return {v.x, v.y, v.z};
-}
-
 json matrix(const AcGeMatrix3d& m) {
   json out = json::array();
   for (int row = 0; row < 3; ++row) {
@@ -39,13 +31,18 @@ json matrix(const AcGeMatrix3d& m) {
 
 json framesJson(const Recorder& recorder, const SessionInput& input, MovedWriter& moved) {
   json out = json::array();
-  SampleCursor delivered(input.mEvents);
+  auto nextEvent = input.mEvents.begin();
+  std::array<int, 6> delivered{};
   double before = 0;
   std::vector<MovedGroup> earlier;
   for (std::size_t n = 0; n < recorder.frames().size(); ++n) {
     const RecordedFrame& frame = recorder.frames()[n];
     const double gap = frame.mUnixSeconds - before;
     before = frame.mUnixSeconds;
+    for (; nextEvent != input.mEvents.end() && nextEvent->mUnixSeconds <= before; ++nextEvent) {
+      if (nextEvent->mKind == DeviceEvent::Kind::motion)
+        delivered = nextEvent->mSample;
+    }
     if (n <= input.mFirstFrame)
       joinMotion(earlier, frame.mMoved);
     if (n < input.mFirstFrame)
@@ -53,9 +50,8 @@ json framesJson(const Recorder& recorder, const SessionInput& input, MovedWriter
     json entry = frameData(frame, recorder.start(), moved);
     if (n == input.mFirstFrame)
       entry["moved"] = moved.write(earlier);
-    entry["sample"] = delivered.at(frame.mUnixSeconds);
-    if (const auto explained = input.mSamples.find(n); explained != input.mSamples.end())
-      entry["sample"] = explained->second;
+    const auto explained = input.mSamples.find(n);
+    entry["sample"] = explained == input.mSamples.end() ? json(delivered) : json(explained->second);
     if (gap < 0.25) // a longer gap is rest
       entry["ms"] = gap * 1000;
     if (input.mFirstFrame > 0)
@@ -82,10 +78,6 @@ json eventsJson(const std::vector<DeviceEvent>& events, double start) {
     case DeviceEvent::Kind::mode:
       entry["kind"] = "mode";
       entry["name"] = event.mText;
-      break;
-    case DeviceEvent::Kind::other:
-      entry["kind"] = "other";
-      entry["text"] = event.mText;
       break;
     }
     out.push_back(std::move(entry));
@@ -148,20 +140,16 @@ json statesJson(const SessionInput& input, double start) {
   }
   json out = json::array({{{"name", "rotation"}, {"rest", ""}, {"changes", rotation}}});
   for (const host::HistoryLine& line : input.mHistory) {
-    std::string name;
-    bool isOn = false;
-    if (!readToggle(line, name, isOn))
+    const auto toggle = readToggle(line);
+    if (!toggle)
       continue;
-    const json change = {line.seconds - start, isOn};
-    bool isKnown = false;
-    for (json& state : out) {
-      if (state["name"] == name) {
-        state["changes"].push_back(change);
-        isKnown = true;
-      }
+    auto state = std::find_if(out.begin(), out.end(),
+                              [&](const json& known) { return known["name"] == toggle->first; });
+    if (state == out.end()) {
+      out.push_back({{"name", toggle->first}, {"rest", false}, {"changes", json::array()}});
+      state = out.end() - 1;
     }
-    if (!isKnown)
-      out.push_back({{"name", name}, {"rest", false}, {"changes", json::array({change})}});
+    (*state)["changes"].push_back({line.seconds - start, toggle->second});
   }
   return out;
 }
@@ -173,15 +161,10 @@ json plugInTimeJson(const std::vector<double>& times) {
 }
 
 json countsJson(const Recorder& recorder, const SessionInput& input) {
-  std::int64_t motions = 0;
-  std::int64_t others = 0;
-  for (const DeviceEvent& event : input.mEvents) {
-    motions += event.mKind == DeviceEvent::Kind::motion ? 1 : 0;
-    others += event.mKind == DeviceEvent::Kind::event ? 1 : 0;
-  }
-  std::int64_t typed = 0;
-  for (const host::HistoryLine& line : input.mHistory)
-    typed += line.isTyped ? 1 : 0;
+  const auto motions = countOf(input.mEvents, DeviceEvent::Kind::motion);
+  const auto others = countOf(input.mEvents, DeviceEvent::Kind::event);
+  const auto typed = std::count_if(input.mHistory.begin(), input.mHistory.end(),
+                                   [](const host::HistoryLine& line) { return line.isTyped; });
   return {{"deviceEvents", motions + others},
           {"motions", motions},
           {"keys", others},
@@ -231,9 +214,9 @@ std::size_t MovedWriter::listNumber(const std::vector<int>& objects) {
 
 json frameData(const RecordedFrame& frame, double start, MovedWriter& moved) {
   json entry = {{"t", frame.mUnixSeconds - start},
-                {"eye", point(frame.mView.position)},
-                {"target", point(frame.mView.target)},
-                {"up", vector(frame.mView.up)},
+                {"eye", xyz(frame.mView.position)},
+                {"target", xyz(frame.mView.target)},
+                {"up", xyz(frame.mView.up)},
                 {"field", {frame.mView.fieldWidth, frame.mView.fieldHeight}},
                 {"perspective", frame.mView.perspective},
                 {"mode", frame.mIs2d ? 1 : 2},
@@ -252,20 +235,13 @@ json lineData(const host::HistoryLine& line, double start) {
   return {{"t", std::max(0.0, line.seconds - start)}, {"text", narrowed(line.text)}};
 }
 
-bool readToggle(const host::HistoryLine& line, std::string& name, bool& isOn) {
+std::optional<std::pair<std::string, bool>> readToggle(const host::HistoryLine& line) {
   const std::string text = narrowed(line.text);
   const std::size_t from = text.find("=> ");
   const std::size_t to = text.find(':');
   if (line.isTyped || from == std::string::npos || to == std::string::npos || to < from)
-    return false;
-  name = text.substr(from + 3, to - from - 3);
-  isOn = text.find(" on", to) != std::string::npos;
-  return true;
-}
-
-json sessionData(const Recorder& recorder, const SessionInput& input) {
-  MovedWriter moved;
-  return sessionData(recorder, input, moved);
+    return std::nullopt;
+  return std::pair(text.substr(from + 3, to - from - 3), text.find(" on", to) != std::string::npos);
 }
 
 json sessionData(const Recorder& recorder, const SessionInput& input, MovedWriter& moved) {

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -73,14 +74,13 @@ private:
 /// The session as session.json holds it. Times are in seconds since its start, `unix` is that start.
 /// moved  knows the lists of objects from here on
 nlohmann::json sessionData(const Recorder& recorder, const SessionInput& input, MovedWriter& moved);
-nlohmann::json sessionData(const Recorder& recorder, const SessionInput& input);
 
 /// A frame as session.json holds it.
 nlohmann::json frameData(const RecordedFrame& frame, double start, MovedWriter& moved);
 /// A line of the command line as session.json holds it.
 nlohmann::json lineData(const host::HistoryLine& line, double start);
-/// Finds the setting that a toggle command printed, and whether it is on now. Returns false for other lines.
-bool readToggle(const host::HistoryLine& line, std::string& name, bool& isOn);
+/// Returns the setting that a toggle command printed, and whether it is on now; nothing for other lines.
+std::optional<std::pair<std::string, bool>> readToggle(const host::HistoryLine& line);
 
 /// Returns a quantile: 0.5 is the median, 1 the largest value; 0 if there are no values.
 double shareOf(std::vector<double> values, double share);
