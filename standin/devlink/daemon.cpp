@@ -54,6 +54,8 @@ template <class After> void wait(asio::steady_timer& timer, std::chrono::nanosec
 
 Daemon::Daemon(DaemonOptions options)
     : mOptions(std::move(options)), mPort(mOptions.mPort), mIsAwaited(mOptions.mStartsOnConnect) {
+  for (const Action& setting : mOptions.mPanel)
+    playNow(setting);
   listen();
   mPort = mAcceptor.local_endpoint().port();
   accept();
@@ -148,14 +150,22 @@ void Daemon::playDue() {
 
 void Daemon::playNow(const Action& action) {
   if (action.mVerb == Verb::away)
-    return goAway(action.mDuration);
+    return goAway(action.mValue);
+  if (mPanel.take(action)) { // acts at once
+    if (mHand && mHand->mAxes != Axes{})
+      playNow(*mHand);
+    return;
+  }
   const bool isMotion = action.mVerb == Verb::motion;
-  if (isMotion)
-    mCap = action.mAxes;
+  Action made = action;
+  if (isMotion) {
+    mHand = action;
+    mCap = made.mAxes = mPanel.apply(action.mAxes);
+  }
   if (action.mVerb == Verb::rotation)
     mDevice = {action.mRotationCode, action.mIsOn};
   const std::string text =
-      isMotion ? session::deviceLine(action) : "event " + std::to_string(action.mEventCode);
+      isMotion ? session::deviceLine(made) : "event " + std::to_string(action.mEventCode);
   const auto peers = mPeers; // one that is dropped for its backlog leaves the list
   const auto isGreeted = [](const auto& peer) { return peer->isGreeted(); };
   report(mOptions.mIsVerbose ? text : "", std::any_of(peers.begin(), peers.end(), isGreeted) ? text : "");
@@ -163,7 +173,7 @@ void Daemon::playNow(const Action& action) {
     if (!peer->isGreeted())
       continue;
     if (isMotion)
-      peer->giveMotion(action.mAxes);
+      peer->giveMotion(made.mAxes);
     else
       peer->giveEvent(action.mEventCode);
   }

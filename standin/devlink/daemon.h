@@ -1,6 +1,7 @@
 #ifndef DAEMON_H
 #define DAEMON_H
 
+#include "panel.h"
 #include "peer.h"
 #include "session.h"
 
@@ -27,6 +28,8 @@ struct DaemonOptions {
   /// with run(); without, everything comes through play().
   bool mHasSession = false;
   std::vector<session::Action> mActions;
+  /// Lines that set the panel and the rotation settings before any client comes.
+  std::vector<session::Action> mPanel;
   bool mStartsOnConnect = true;
   /// Stays after the last line, when no client is left.
   bool mLingers = false;
@@ -99,6 +102,9 @@ private:
   asio::steady_timer mRetryTimer{mIo};
   std::vector<std::shared_ptr<Peer>> mPeers;
   DeviceState mDevice;
+  Panel mPanel;
+  /// The last motion, as the hand made it.
+  std::optional<session::Action> mHand;
   /// Empty until the first motion.
   std::optional<Axes> mCap;
   /// The session's clock runs.

@@ -22,11 +22,30 @@ web::ServerOptions withPath(web::ServerOptions options) {
 
 } // namespace
 
-LiveDoor::LiveDoor(web::ServerOptions options, Daemon& daemon)
-    : mDaemon(daemon), mServer(withPath(std::move(options)), *this) {}
+LiveDoor::LiveDoor(web::ServerOptions options, const std::vector<session::Action>& panel, Daemon& daemon)
+    : mDaemon(daemon), mSettings(panel), mServer(withPath(std::move(options)), *this) {}
+
+LiveDoor::Settings::Settings(const std::vector<session::Action>& lines) {
+  for (const session::Action& line : lines)
+    take(line);
+}
+
+void LiveDoor::Settings::take(const session::Action& line) {
+  mPanel.take(line);
+  if (line.mVerb == session::Verb::rotation)
+    mRotation = line;
+}
 
 void LiveDoor::onOpened(web::ClientId client, bool isDriver) {
   mServer.send(message("driver", isDriver), client);
+  const Panel& panel = mSettings.mPanel;
+  mServer.send(message("panel", {{"gain", panel.mGain},
+                                 {"deadzone", panel.mDeadZone},
+                                 {"axes", panel.mSource},
+                                 {"dominant", panel.mIsDominant},
+                                 {"rotation", mSettings.mRotation.mRotationCode},
+                                 {"zoomall", mSettings.mRotation.mIsOn}}),
+               client);
 }
 
 std::string LiveDoor::onLine(web::ClientId, bool isDriver, const std::string& line) {
@@ -35,6 +54,7 @@ std::string LiveDoor::onLine(web::ClientId, bool isDriver, const std::string& li
   const bool isAction = session::parseDeviceLine(line, action, reason);
   if (!isAction || !isDriver)
     return reason;
+  mSettings.take(action);
   if (action.mVerb == session::Verb::motion)
     mIsDeflected = action.mAxes != Axes{};
   mDaemon.play(action);

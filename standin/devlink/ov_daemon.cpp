@@ -22,6 +22,7 @@ struct Arguments {
   std::string mSession;
   std::string mPortFile;
   std::string mRecordFile;
+  std::string mPanelFile;
   std::string mStart = kOnConnect;
   bool mIsLive = false;
   std::string mLiveFile;
@@ -39,6 +40,11 @@ void declare(CLI::App& app, Arguments& arguments, devlink::DaemonOptions& option
       ->capture_default_str();
   app.add_option("--port-file", arguments.mPortFile, "Write the port there once clients can connect");
   app.add_option("--record", arguments.mRecordFile, "Write there what is delivered, a line each");
+  app.add_option(
+      "--panel", arguments.mPanelFile,
+      "The device's panel: a file of lines that are also verbs of a session: gain AXIS FACTOR (below "
+      "0 inverts), deadzone AXIS COUNTS, swap AXIS AXIS, dominant on|off, rotation CODE [zoomall]; "
+      "axes are x y z a b c");
   app.add_option("--start", arguments.mStart, "When the session's clock starts: on-connect, now")
       ->check(CLI::IsMember({kOnConnect, kNow}))
       ->capture_default_str();
@@ -99,6 +105,28 @@ void playInput(devlink::Daemon& daemon) {
   daemon.endOfInput();
 }
 
+/// Reads the panel's file. Returns false after saying what is wrong with it.
+bool readPanel(const std::string& path, std::vector<session::Action>& panel) {
+  std::ifstream file(path);
+  std::string line;
+  for (int number = 1; std::getline(file, line); ++number) {
+    session::Action action;
+    std::string reason;
+    const bool isLine = session::parseDeviceLine(line, action, reason);
+    if (isLine && action.mVerb != session::Verb::rotation && !devlink::Panel().take(action))
+      reason = "doesn't belong to the panel: " + action.mSource;
+    if (!reason.empty()) {
+      std::cerr << path << ':' << number << ": " << reason << std::endl;
+      return false;
+    }
+    if (isLine)
+      panel.push_back(action);
+  }
+  if (!file.eof())
+    std::cerr << path << ": can't be read" << std::endl;
+  return file.eof();
+}
+
 int complain(const std::string& text) {
   std::cerr << "ov_daemon: " << text << std::endl;
   return EXIT_FAILURE;
@@ -126,7 +154,7 @@ int serve(const Arguments& arguments, std::ofstream& recordFile, devlink::Daemon
     daemon = std::make_shared<devlink::Daemon>(options);
     port = std::to_string(arguments.mLive.mPort);
     if (arguments.mIsLive)
-      liveP = std::make_unique<devlink::LiveDoor>(arguments.mLive, *daemon);
+      liveP = std::make_unique<devlink::LiveDoor>(arguments.mLive, options.mPanel, *daemon);
   } catch (const std::system_error& error) {
     return complain("can't listen on port " + port + ": " + error.code().message());
   }
@@ -166,6 +194,8 @@ int runProgram(int argc, char** argv) {
     options.mHasSession = true;
     options.mActions = session.actionsOf(session::Who::device);
   }
+  if (!arguments.mPanelFile.empty() && !readPanel(arguments.mPanelFile, options.mPanel))
+    return kBad;
   if (arguments.mIsLive)
     options.mHasSession = true; // one without lines, if there is no other
   std::ofstream recordFile;

@@ -39,8 +39,8 @@ Action readLine(std::string_view line, const Action* above) {
   readVerb(words, action);
   if (action.mVerb == Verb::tick && action.mPass == 0)
     throw LineError("only a session that counts passes has ticks");
-  if (action.mVerb == Verb::away && action.mPass > 0)
-    throw LineError("no pass tells that the daemon is away");
+  if (action.mVerb >= Verb::away && action.mVerb <= Verb::dominant && action.mPass > 0)
+    throw LineError("a session that counts passes has the samples that come of it");
   return action;
 }
 

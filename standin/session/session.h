@@ -46,8 +46,17 @@ enum class Verb {
   mode,
   /// mEventCode, as given, 0 or more.
   event,
-  /// mDuration: the daemon is gone for so long.
+  /// mValue: the daemon is gone for so many seconds.
   away,
+  // device, its panel
+  /// mAxis, mValue: the axis is multiplied by so much.
+  gain,
+  /// mAxis, mValue: so many counts are taken off the axis.
+  deadzone,
+  /// mAxis, mOtherAxis: each gets what the other had.
+  swap,
+  /// mIsOn: only the strongest axis acts.
+  dominant,
   // host
   /// mSelection, mObjects.
   select,
@@ -125,8 +134,11 @@ struct Action {
   std::array<std::int16_t, 6> mAxes{};
   std::int32_t mEventCode = 0;
   std::int32_t mRotationCode = 0;
-  /// Seconds.
-  double mDuration = 0;
+  /// Seconds, a factor, or counts.
+  double mValue = 0;
+  /// 0 to 5 for x y z a b c.
+  std::size_t mAxis = 0;
+  std::size_t mOtherAxis = 0;
   bool mIsOn = false;
   Selection mSelection = Selection::none;
   /// Numbers of objects in drawing order, from 1.

@@ -70,7 +70,26 @@ void readEvent(Words& words, Action& action) {
 }
 
 void readAway(Words& words, Action& action) {
-  action.mDuration = words.number("seconds", 0, kMaxSeconds);
+  action.mValue = words.number("seconds", 0, kMaxSeconds);
+}
+
+std::size_t readAxis(Words& words) {
+  return oneOf<std::size_t>(words, "axis", {{"x", 0}, {"y", 1}, {"z", 2}, {"a", 3}, {"b", 4}, {"c", 5}});
+}
+
+void readGain(Words& words, Action& action) {
+  action.mAxis = readAxis(words);
+  action.mValue = words.number("factor", -100, 100);
+}
+
+void readDeadZone(Words& words, Action& action) {
+  action.mAxis = readAxis(words);
+  action.mValue = words.number("counts", 0, kMax<std::int16_t>);
+}
+
+void readSwap(Words& words, Action& action) {
+  action.mAxis = readAxis(words);
+  action.mOtherAxis = readAxis(words);
 }
 
 void readSelect(Words& words, Action& action) {
@@ -140,6 +159,10 @@ constexpr VerbEntry kVerbs[] = {
     {"mode", Who::device, Verb::mode, readMode},
     {"event", Who::device, Verb::event, readEvent},
     {"away", Who::device, Verb::away, readAway},
+    {"gain", Who::device, Verb::gain, readGain},
+    {"deadzone", Who::device, Verb::deadzone, readDeadZone},
+    {"swap", Who::device, Verb::swap, readSwap},
+    {"dominant", Who::device, Verb::dominant, readOnOff},
     {"select", Who::host, Verb::select, readSelect},
     {"type", Who::host, Verb::type, readText},
     {"layout", Who::host, Verb::layout, readOnOff},

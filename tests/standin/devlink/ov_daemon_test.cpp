@@ -84,14 +84,33 @@ TEST_F(OvDaemonTest, PlaysInputAndNamesBadLines) {
   leaving.join();
 }
 
+TEST_F(OvDaemonTest, PanelShapesSamples) {
+  mFolder.write("panel", "# mine\nswap x y\ngain x -2\ndeadzone a 10\nrotation 13 zoomall\n");
+  startListening("--panel panel");
+  const auto sampleOf = [this](const std::string& line) {
+    std::fputs((line + "\n").c_str(), mInput);
+    std::fflush(mInput);
+    return fetched();
+  };
+  EXPECT_EQ(sampleOf("motion 1 20 3 12 5 6"), "motion -40 1 3 2 5 6");
+  EXPECT_EQ(sampleOf("gain y 0.5"), "motion -40 1 3 2 5 6") << "0.5 is rounded to 1";
+  EXPECT_EQ(sampleOf("dominant on"), "motion -40 0 0 0 0 0") << "acts while the cap is held";
+  EXPECT_EQ(sampleOf("motion 0 0 0 -40 0 30"), "motion 0 0 0 -30 0 0") << "the first of the strongest";
+  EXPECT_EQ(sampleOf("motion 0 0 0 0 30000 0\ngain b -3"), "motion 0 0 0 0 30000 0");
+  EXPECT_EQ(fetched(), "motion 0 0 0 0 -32768 0");
+}
+
 TEST_F(OvDaemonTest, BadArgumentsAreNamed) {
   mFolder.write("bad", "0 device key 1\n1 device wobble\n");
+  mFolder.write("keys", "gain x 1\nkey 3\n");
   const RunningDaemon other;
   const std::string port = std::to_string(other.port());
   const std::pair<std::string, std::string> cases[] = {
       {"bad --port 0", "bad:2: unknown device verb \"wobble\""},
       {"--port 0 --record no/such/folder", "can't write"},
       {"--port 70000", "70000"},
+      {"--port 0 --panel keys", "keys:2: doesn't belong to the panel: key 3"},
+      {"--port 0 --panel none", "none: can't be read"},
       {"--port " + port, "can't listen on port " + port + ": Address already in use"}};
   for (const auto& [arguments, reason] : cases) {
     start(arguments);

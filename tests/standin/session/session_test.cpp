@@ -44,7 +44,7 @@ TEST(SessionTest, LinesMayCountPasses) {
   EXPECT_FALSE(session::parse("1 host wait", "s").isCounted());
   for (const auto& [line, reason] : {std::make_pair("p6 host tick", "time is before that of the line above"),
                                      {"8 host wait", "the line above counts passes"},
-                                     {"p8 device away 1", "no pass tells"}})
+                                     {"p8 device away 1", "has the samples that come of it"}})
     EXPECT_THAT(session::parse("p7 host wait\n" + std::string(line), "s").mErrors,
                 ElementsAre(AllOf(StartsWith("s:2: "), HasSubstr(reason))));
 }

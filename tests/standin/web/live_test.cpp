@@ -32,7 +32,7 @@ TEST(LiveTest, SilentPageReleasesCap) {
   devlink::Daemon daemon(options);
   std::thread running([&] { daemon.run(); });
   {
-    devlink::LiveDoor door({}, daemon);
+    devlink::LiveDoor door({}, {}, daemon);
     auto driver = std::make_unique<web::Client>(door.address());
     web::Client watcher(door.address());
     watcher.send("key 5");

@@ -66,7 +66,7 @@ HostPlayer::HostPlayer(const session::Session& session, Controls& controls, Reco
     : mActions(session.actionsOf(session::Who::host)), mControls(controls), mRecorder(recorder), mLog(log) {
   for (const session::Action& action : session.mActions) {
     const bool isAway = action.mVerb == session::Verb::away;
-    mEnd = std::max(mEnd, action.mSeconds + (isAway ? action.mDuration : 0));
+    mEnd = std::max(mEnd, action.mSeconds + (isAway ? action.mValue : 0));
   }
 }
 

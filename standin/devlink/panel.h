@@ -1,0 +1,29 @@
+#ifndef PANEL_H
+#define PANEL_H
+
+#include "protocol.h"
+#include "session.h"
+
+namespace devlink {
+
+/// The device's control panel: what a user sets for their own hand. A sample passes through it before it leaves the
+/// daemon: axes are swapped, then each loses its dead zone, then all but the strongest may go, then each is
+/// multiplied by its gain.
+class Panel {
+public:
+  /// Takes a setting. Returns false for other lines of the device.
+  bool take(const session::Action& action);
+  /// Returns the sample as clients get it. Values beyond 16 bits end at their limit.
+  Axes apply(const Axes& hand) const;
+
+  /// By axis: factor, and counts that are taken off, with no effect below.
+  std::array<double, 6> mGain{1, 1, 1, 1, 1, 1};
+  std::array<double, 6> mDeadZone{};
+  /// By axis, the axis of the hand that moves it.
+  std::array<std::size_t, 6> mSource{0, 1, 2, 3, 4, 5};
+  bool mIsDominant = false;
+};
+
+} // namespace devlink
+
+#endif
