@@ -278,6 +278,14 @@ TEST_F(EngineTest, StartsAndStopsInOrder) {
   for (const desktop::SleepRecord& sleep : desktop::sleeps())
     EXPECT_TRUE(sleep.milliseconds == 2000 || (sleep.isWatched && sleep.milliseconds == 200))
         << sleep.milliseconds;
+  fake_devlink::fail("ovGetDevNum", {1000000, 0, true}); // the watch sleeps between its looks all the same
+  const auto looks = [] { return fake_devlink::state()->counts["ovGetDevNum"]; };
+  const int looksBefore = looks();
+  const std::size_t sleepsBefore = desktop::sleeps().size();
+  EXPECT_TRUE(waitFor([&] { return looks() > looksBefore + 5; }));
+  const auto looked = static_cast<std::size_t>(looks() - looksBefore);
+  EXPECT_LE(looked, desktop::sleeps().size() - sleepsBefore + 1);
+  fake_devlink::reset();
 #endif
 }
 

@@ -38,7 +38,12 @@ TEST_F(Pump, ServesKeysAndSamplesBetweenPasses) {
 TEST_F(Pump, TickNeedsAnEngine) {
   AutoCadProxy* const engineP = gAutoCadProxyP;
   ASSERT_EQ(engineP, &proxy());
-  gAutoCadProxyP = nullptr;
+  {
+    auto olderP = std::make_unique<AutoCadProxy>(&plugin());
+    const AutoCadProxy newer(&plugin());
+    olderP.reset(); // leaves the pointer to the other one
+    EXPECT_EQ(gAutoCadProxyP, &newer);
+  }
   call_log::startRecording();
   TimerProc(nullptr, 0, 0, 0);
   gAutoCadProxyP = engineP;

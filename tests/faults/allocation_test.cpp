@@ -10,6 +10,7 @@
 #include <functional>
 #include <limits>
 #include <new>
+#include <regex>
 #include <thread>
 
 #include "event_codes.h"
@@ -19,6 +20,8 @@
 namespace {
 
 constexpr std::int64_t kNever = (std::numeric_limits<std::int64_t>::max)();
+
+const std::regex kSecondRecord(R"(\d\d:\d\d:\d\d\.\d{3}\|)");
 
 std::atomic<std::int64_t> gNth{0}; // of each thread; 0: allocations aren't counted
 std::atomic<bool> gIsForGood{false};
@@ -116,6 +119,8 @@ protected:
         run(nth, isForGood, play);
         expectBalance("");
         EXPECT_EQ(host::historyText().find("Error in OV_"), std::string::npos);
+        for (const rig::Record& record : rig::allRecords(0)) // none has an earlier one in front
+          EXPECT_FALSE(std::regex_search(record.text, kSecondRecord)) << record.text;
         const std::string kept = rig::home().read(rig::kSettingsFile);
         EXPECT_TRUE(kept == settings || kept == mSettings) << kept;
         if (++tried % 20 == 0 || gFailed == 0) {
