@@ -19,6 +19,11 @@
 
 namespace {
 
+#ifdef _WIN32
+constexpr int kEvery = 50; // of the n is tried; the sleeps are real ones there
+#else
+constexpr int kEvery = 7;
+#endif
 constexpr std::int64_t kNever = (std::numeric_limits<std::int64_t>::max)();
 
 const std::regex kSecondRecord(R"(\d\d:\d\d:\d\d\.\d{3}\|)");
@@ -110,7 +115,7 @@ protected:
     const std::string settings = rig::home().read(rig::kSettingsFile);
     Trial trial(std::string("Each allocation of ") + what + " fails, alone and with all that follow");
     const char* const everyP = std::getenv("OV_EVERY");
-    const int every = everyP ? (std::max)(1, std::atoi(everyP)) : 50;
+    const int every = everyP ? (std::max)(1, std::atoi(everyP)) : kEvery;
     int tried = 0;
     std::int64_t nth = 1;
     for (; gFailed > 0 || nth == 1; nth += every) {
