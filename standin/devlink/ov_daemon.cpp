@@ -195,7 +195,7 @@ int runProgram(int argc, char** argv) {
     options.mActions = session.actionsOf(session::Who::device);
   }
   if (!arguments.mPanelFile.empty() && !readPanel(arguments.mPanelFile, options.mPanel))
-    return kBad;
+    return EXIT_FAILURE;
   if (arguments.mIsLive)
     options.mHasSession = true; // one without lines, if there is no other
   std::ofstream recordFile;
