@@ -124,6 +124,21 @@ test('EachAxisFollowsTheHand', async () => {
   }
 });
 
+test('PanelShapesTheHand', async () => {
+  await page.locator('#panel summary').click();
+  await page.getByLabel('Gain of x').fill('-1');
+  const inverted = await drag('#cap_top', 26, 0);
+  const by = dot(minus(inverted.after.target, inverted.before.target), basis(inverted.before).x);
+  expect(by > 1, 'the other way round: ' + by);
+  await page.getByLabel('Gain of x').fill('1');
+  await page.getByLabel('What moves x').selectOption('y');
+  expect(await page.getByLabel('What moves y').inputValue() === 'x', 'y gets what x had');
+  const swapped = await drag('#cap_top', 26, 0), moved = minus(swapped.after.target, swapped.before.target);
+  expect(Math.abs(dot(moved, basis(swapped.before).y)) > 1, 'a push aside lifts: ' + moved);
+  await page.getByLabel('What moves x').selectOption('x');
+  await page.locator('#panel summary').click();
+});
+
 test('KeysAndViewsDoWhatTheySay', async () => {
   const from = {front: [0, -1, 0], right: [1, 0, 0], back: [0, 1, 0], left: [-1, 0, 0], top: [0, 0, 1], bottom: [0, 0, -1]};
   for (const [name, way] of Object.entries(from)) {

@@ -21,7 +21,11 @@ function lastAt(list, t, timeOf = e => e.t) {
 }
 
 const number = (v, digits = 4) => Math.abs(v) < 1e-9 ? '0' : String(Number(v.toPrecision(digits)));
-const triple = p => p.map(v => number(v, 6)).join(', ');
+// Coordinates to a ten-thousandth of the picture's size, wherever in the world it is.
+function coordinates(values, size) {
+  const order = Math.floor(Math.log10(Math.abs(size)));
+  return values.map(v => v.toFixed(Number.isFinite(order) ? Math.min(12, Math.max(0, 4 - order)) : 4)).join(', ');
+}
 const count = n => (n || 0).toLocaleString('en');
 
 // Makes an element; what is null in `more` is left out.

@@ -54,6 +54,7 @@ function playLive({host}) {
   }
   function hearDevice(key, value) {
     if (key === 'driver') setDriver('device', value);
+    else if (key === 'panel') live.panel.show(value);
     else if (key === 'say') live.said = value;
     else if (key === 'away') say('The daemon is away for ' + value + ' s.');
     else if (key === 'back') say('');
@@ -160,6 +161,7 @@ function playLive({host}) {
     for (const id of ['rotation', 'horizon', 'hover', 'zoom_after'])
       byId(id).addEventListener('change', () => drive('rotation ' + (kRotations.indexOf(byId('rotation').value) +
         (byId('horizon').checked ? 10 : 0) + (byId('hover').checked ? 100 : 0)) + (byId('zoom_after').checked ? ' zoomall' : '')));
+    live.panel = new Panel(drive);
     byId('ask_mode').addEventListener('click', () => drive('mode'));
     byId('away').addEventListener('click', () => drive('away 1.0'));
   }

@@ -20,8 +20,8 @@ const nowCells = new Map();
 function showNow(frame, selected, more = []) {
   const chosen = selected.size ? selected.size > 8 ? count(selected.size) + ' objects' : [...selected].join(', ') : 'nothing';
   const rows = frame.mode === 1
-    ? [['centre', frame.centre.map(v => number(v, 6)).join(', ')], ['height', number(frame.height, 6)]]
-    : [['eye', triple(frame.eye)], ['target', triple(frame.target)], ['up', triple(frame.up)],
+    ? [['centre', coordinates(frame.centre, frame.height)], ['height', number(frame.height, 6)]]
+    : [['eye', coordinates(frame.eye, frame.field[0])], ['target', coordinates(frame.target, frame.field[0])], ['up', coordinates(frame.up, 1)],
       ['field', frame.field.map(v => number(v, 6)).join(' × ')]];
   rows.push(['selected', chosen], ...more);
   const names = rows.map(r => r[0]).join();
