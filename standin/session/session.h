@@ -51,7 +51,7 @@ enum class Verb {
   // device, its panel
   /// mAxis, mValue: the axis is multiplied by so much.
   gain,
-  /// mAxis, mValue: so many counts are taken off the axis.
+  /// mAxis, mValue: the axis is shortened by so many counts.
   deadzone,
   /// mAxis, mOtherAxis: each gets what the other had.
   swap,
@@ -64,6 +64,12 @@ enum class Verb {
   type,
   /// mIsOn.
   layout,
+  /// mIsOn: the layout's viewport is entered, so that its view is turned; off returns to the layout itself.
+  viewport,
+  /// mObjects: they are on a locked layer from now on, and can't be moved.
+  lock,
+  /// mObjects: they aren't any more.
+  unlock,
   /// mIsOn.
   perspective,
   /// mPointer: what the mouse pointer rests on from now on.

@@ -92,6 +92,12 @@ void readSwap(Words& words, Action& action) {
   action.mOtherAxis = readAxis(words);
 }
 
+void readObjects(Words& words, Action& action) {
+  do
+    action.mObjects.push_back(static_cast<int>(words.integer("object number", 1, kMax<int>)));
+  while (!words.isAtEnd());
+}
+
 void readSelect(Words& words, Action& action) {
   const std::map<std::string_view, Selection> sets = {
       {"all", Selection::all}, {"none", Selection::none}, {"line", Selection::line}};
@@ -103,8 +109,7 @@ void readSelect(Words& words, Action& action) {
     return;
   }
   action.mSelection = Selection::objects;
-  while (!words.isAtEnd())
-    action.mObjects.push_back(static_cast<int>(words.integer("object number", 1, kMax<int>)));
+  readObjects(words, action);
 }
 
 void readText(Words& words, Action& action) {
@@ -166,6 +171,9 @@ constexpr VerbEntry kVerbs[] = {
     {"select", Who::host, Verb::select, readSelect},
     {"type", Who::host, Verb::type, readText},
     {"layout", Who::host, Verb::layout, readOnOff},
+    {"viewport", Who::host, Verb::viewport, readOnOff},
+    {"lock", Who::host, Verb::lock, readObjects},
+    {"unlock", Who::host, Verb::unlock, readObjects},
     {"perspective", Who::host, Verb::perspective, readOnOff},
     {"pointer", Who::host, Verb::pointer, readPointer},
     {"look", Who::host, Verb::look, readLook},

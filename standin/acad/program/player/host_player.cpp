@@ -113,6 +113,17 @@ void HostPlayer::perform(const session::Action& action) {
   case Verb::layout:
     host::setLayout(action.mIsOn);
     break;
+  case Verb::viewport:
+    host::setLayout(true);
+    if (action.mIsOn)
+      host::setVariable("cvport", 2);
+    break;
+  case Verb::lock:
+  case Verb::unlock:
+    for (const int number : action.mObjects)
+      if (AcDbEntity* const entityP = host::entity(number))
+        entityP->mHost.refusesTransform = action.mVerb == Verb::lock;
+    break;
   case Verb::perspective: {
     host::ViewState view = host::view();
     view.perspective = action.mIsOn;
