@@ -1,9 +1,7 @@
-// The counts that tests of the plug-in rely on, and the limits of what the command line works out.
+// The counts that tests of the plug-in rely on.
 
-#include <algorithm>
 #include <cmath>
 
-#include "acdocman.h"
 #include "acedads.h"
 #include "acgs.h"
 #include "host_test.h"
@@ -61,64 +59,6 @@ TEST_F(HostTest, CountsNaN) {
   EXPECT_EQ(viewport->setViewHeight(std::nan("")), Acad::eInvalidInput);
   EXPECT_EQ(viewport->setViewCenter({0, std::nan("")}), Acad::eInvalidInput);
   EXPECT_EQ(host::nonFiniteCalls(), 5);
-}
-
-// A key's line and circle, on a survey's coordinates and on a part of a millimetre.
-TEST_F(HostTest, MenuDrawsInsideDrawing) {
-  for (const double size : {1e-3, 300.0}) {
-    host::reset();
-    const AcGePoint3d corner(size * 15000, size * 2000, size * 3);
-    addLine(corner, corner + AcGeVector3d(size, size / 2, 0));
-    const AcDbExtents before = host::extents();
-    const std::string menu = host::menuText();
-    std::string macro = menu.substr(menu.find("_LINE;"));
-    macro.erase(macro.find('|'));
-    std::replace(macro.begin(), macro.end(), ';', '\n');
-    host::type(std::wstring(macro.begin(), macro.end()));
-    host::runQueue();
-    ASSERT_EQ(host::entityCount(), 2) << macro;
-    AcDbExtents drawn;
-    host::entity(2)->subAddExtents({}, drawn);
-    EXPECT_NEAR((drawn.maxPoint() - drawn.minPoint()).length(), size, size * 0.02);
-    EXPECT_NEAR((drawn.minPoint() - before.minPoint()).length(), size / 4, size * 0.02);
-  }
-}
-
-TEST_F(HostTest, UndoReturnsWhatMoved) {
-  const AcDbObjectId id = addLine({1, 0, 0}, {2, 3, 4});
-  AcApDocManager* const managerP = acDocManagerPtr();
-  managerP->lockDocument(managerP->curDocument());
-  for (const AcGeMatrix3d& step :
-       {AcGeMatrix3d::translation({5, 6, 7}), AcGeMatrix3d::rotation(1, {1, 2, 3}, {4, 5, 6})})
-    AcDbObjectPointer<AcDbEntity>(id, AcDb::kForWrite)->transformBy(step);
-  managerP->unlockDocument(managerP->curDocument());
-  host::type(L"_U\n");
-  host::runQueue();
-  expectBox(host::extents(), {1, 0, 0}, {2, 3, 4});
-}
-
-TEST_F(HostTest, ShowsViewsKeptAndPrevious) {
-  host::type(L"_-VIEW\n_TOP\n_-VIEW\n_S\nmine\n_-VIEW\n_SWISO\n_-VIEW\n_R\nMINE\n");
-  host::runQueue();
-  EXPECT_EQ(host::view().up.y, 1);
-  host::type(L"_ZOOM\n_P\n");
-  host::runQueue();
-  EXPECT_NEAR(host::view().up.z, 2 / std::sqrt(6.0), 1e-12);
-}
-
-TEST_F(HostTest, RefusesBadMenuExpressions) {
-  const auto answerTo = [](const std::wstring& expression) {
-    const std::size_t before = host::printed().size();
-    host::type(L"(command (menucmd \"" + expression + L"\"))\n");
-    host::runQueue();
-    return host::printed().substr(before);
-  };
-  EXPECT_EQ(answerTo(L"M=$(if,$(=,$(getvar,CVPORT),2),a,b)"), L"Unknown command \"a\".\n");
-  std::wstring deep = L"M=";
-  for (int i = 0; i < 1000; ++i)
-    deep += L"$(if,1,";
-  for (const std::wstring& bad : {std::wstring(L"M=$("), std::wstring(L"M=$(if,1"), deep})
-    EXPECT_EQ(answerTo(bad).find(L"; error: bad expression"), 0u);
 }
 
 } // namespace

@@ -138,20 +138,6 @@ TEST_F(WebTest, HostileClientsEndWithReason) {
   EXPECT_FALSE(deaf.isOpen());
 }
 
-TEST_F(WebTest, HalfHandshakesMakeRoom) {
-  mOptions.mHandshake = 60s;
-  SetUp();
-  web::Client driver = page();
-  EXPECT_EQ(next(driver), "driver");
-  std::vector<tcp::socket> halves;
-  for (int i = 0; i < 100; ++i)
-    halves.push_back(raw("GET /door?token=se"));
-  web::Client watcher = page();
-  EXPECT_EQ(next(watcher), "watcher");
-  driver.send("echo");
-  EXPECT_EQ(next(driver), "echo");
-}
-
 TEST_F(WebTest, SlowPageMissesFramesOnly) {
   mOptions.mPatience = 20s;
   SetUp();
