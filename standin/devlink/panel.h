@@ -16,8 +16,9 @@ public:
   /// Returns the sample as clients get it. Values beyond 16 bits end at their limit.
   Axes apply(const Axes& hand) const;
 
-  /// By axis: factor, and counts that are taken off, with no effect below.
+  /// By axis, a factor.
   std::array<double, 6> mGain{1, 1, 1, 1, 1, 1};
+  /// By axis, counts by which a deflection is shortened; a smaller one becomes 0.
   std::array<double, 6> mDeadZone{};
   /// By axis, the axis of the hand that moves it.
   std::array<std::size_t, 6> mSource{0, 1, 2, 3, 4, 5};

@@ -44,7 +44,7 @@ bool readOptions(int count, char** arguments, Options& options, int& exitStatus)
   app.add_option(
          "--device", options.mDevice,
          "where a page, or a session that counts passes, finds the device: the address that ov_daemon "
-         "--live writes to its --live-file")
+         "--live writes to its --live-file; a session that counts passes needs ov_daemon --live-silence 0")
       ->envname("OV_LIVE_DEVICE");
   app.add_option(
       "--home", options.mHome,

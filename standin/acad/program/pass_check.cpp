@@ -176,8 +176,8 @@ model::Check& PassCheck::check() {
 model::Settings PassCheck::readSettings() {
   model::Settings s;
   Cnfg file;
-  if (file.open(mFolder + "\\autocad_addin.ini") !=
-      Cnfg::kOk) // a home without the folder: all is at its default
+  // In a home without the folder all is at its default.
+  if (file.open(mFolder + "\\autocad_addin.ini") != Cnfg::kOk)
     return s;
   const auto text = [&file](const char* key, const char* section) {
     std::string value;

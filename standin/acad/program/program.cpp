@@ -47,13 +47,10 @@ extern "C" void onStop(int signal) {
   std::signal(signal, SIG_DFL); // a second one ends the program at once
 }
 
-/// Returns a file's text. Throws Error.
+/// Returns a file's text, empty if it can't be read.
 std::string readFile(const std::string& path) {
   std::ifstream file(fs::u8path(path), std::ios::binary);
-  std::string text(std::istreambuf_iterator<char>(file), {});
-  if (!file || text.empty())
-    throw Error(path + ": is empty or can't be read");
-  return text;
+  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 /// The plug-in's life, from its load message to its unloading.
@@ -283,8 +280,14 @@ int run(const Options& options) {
     }
     std::cout << options.mDrawing << ": " << drawing.summary() << '\n' << std::flush;
   }
-  if (!options.mMenu.empty())
-    host::setMenuText(readFile(options.mMenu));
+  if (!options.mMenu.empty()) {
+    const std::string menu = readFile(options.mMenu);
+    if (menu.empty()) {
+      std::cerr << options.mMenu << ": is empty or can't be read\n";
+      return kExitUnusable;
+    }
+    host::setMenuText(menu);
+  }
   if (options.mIsDryRun)
     return kExitGood;
   return runSession(options, session);
