@@ -126,7 +126,10 @@ function playLive({host}) {
     live.view.show({frame, index: frame.n, t, selected: live.selected, line});
     showBadges([...badgesOf(frame, live.drawing.isThinned), ...[...live.states].filter(s => s[1]).map(s => [s[0], true]), ...(live.said ? [[live.said, false]] : [])]);
     if (live.hand && live.hand.last.every(v => v === 0)) drawCap(t - frame.t < kLongestGap ? frame.sample : kRest);
-    byId('perspective').checked = !!frame.perspective;
+    if (live.perspective !== !!frame.perspective) { // not before the host has answered a click
+      live.perspective = !!frame.perspective;
+      byId('perspective').checked = live.perspective;
+    }
   }
   function refresh() {
     const {frames, samples} = live, last = frames[frames.length - 1], t = hostTime();
