@@ -121,6 +121,7 @@ protected:
     EXPECT_FALSE(rig::isMapped(OV_DEVLINK));
     EXPECT_FALSE(mDaemon && doesViewMove(0.3));
     mDaemon.reset();
+    rig::loopUntil(1, [this] { return rig::holdings() == mHoldings; }); // a thread ends after what it freed
     EXPECT_EQ(rig::holdings(), mHoldings);
     rig::runLoop(150);     // a timer that is left would call what isn't there,
     host::closeDocument(); // and so would a reactor
