@@ -252,7 +252,7 @@ async function interrupt(how, driver) {
 
 test('ReloadAndEndRelease', async () => {
   await interrupt(() => page.evaluate(() => { setTimeout(() => location.reload(), 0); }), page);
-  await page.waitForFunction(() => shown.frames.length && shown.deviceDriver);
+  await page.waitForFunction(() => typeof shown === 'object' && shown.frames.length && shown.deviceDriver);
   await interrupt(() => page.evaluate(() => window.dispatchEvent(new Event('blur'))), page);
   await page.mouse.up();
   const other = await programs.openLive(false);

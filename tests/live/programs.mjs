@@ -22,12 +22,13 @@ export async function until(what, ask, seconds = 15) {
 }
 
 export class Programs {
+  constructor(drawing = path.join(source, 'demo/house.dxf'), wrapper = '') { Object.assign(this, {drawing, wrapper}); }
   async start() {
     this.folder = fs.mkdtempSync(path.join(os.tmpdir(), 'ov_live_'));
     const file = name => path.join(this.folder, name);
     this.daemon = this.run('ov_daemon', ['--port', '0', '--port-file', file('port'), '--record', file('record'), '--live', '--live-file', file('device')]);
     const [port, device] = await Promise.all(['port', 'device'].map(name => this.written(name)));
-    this.host = this.run('acad', [path.join(source, 'demo/house.dxf'), '--module', path.join(bin, 'OVAutoCAD2019.arx'), '--out', file('out'),
+    this.host = this.run('acad', [this.drawing, '--module', path.join(bin, 'OVAutoCAD2019.arx'), '--out', file('out'),
       '--device-record', file('record'), '--live', '--live-file', file('page')], {OV_DEVLINK_PORT: port, OV_LIVE_DEVICE: device});
     this.address = await this.written('page');
     this.browser = await chromium.launch({executablePath: '/usr/bin/chromium', args: ['--no-sandbox', '--disable-gpu',
@@ -40,7 +41,8 @@ export class Programs {
     return until(name, () => fs.existsSync(file) && fs.readFileSync(file, 'utf8').trim());
   }
   run(program, options, environment = {}) {
-    const child = spawn(path.join(bin, program), options, {env: {...process.env, ...environment}});
+    const file = path.join(bin, program), command = this.wrapper ? [this.wrapper, file + '.exe'] : [file];
+    const child = spawn(command[0], [...command.slice(1), ...options], {env: {...process.env, ...environment}});
     child.text = '';
     for (const stream of [child.stdout, child.stderr]) stream.on('data', data => { child.text += data; });
     child.done = new Promise(done => child.on('close', done));

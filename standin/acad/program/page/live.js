@@ -3,13 +3,14 @@
 
 const kStripSeconds = 30;
 const kRefreshMs = 250;
+const kSlowStrips = 4; // refreshes until the strips are drawn again, without a graphics card
 const kViews = ['front', 'right', 'back', 'left', 'top', 'bottom'];
 const kRotations = ['objscreen', 'objorigin', 'camstandard', 'camtarget', 'camhover'];
 const kCommands = ['OV_Toggle_Rotation_Center', 'OV_Toggle_Rotation_Axis', 'OV_Toggle_Scroll_Mode', 'OV_Toggle_Object_Move_Mode'];
 
 function playLive({host}) {
   const live = {frames: [], samples: [], selected: new Set(), states: new Map(), positions: new Map(), pointer: 'view',
-    latency: new Latency(), facts: {}, said: '', hostTime, recolour() { if (live.view) { live.view.setColours(); live.strips.redraw(); } }};
+    latency: new Latency(), refreshes: 0, facts: {}, said: '', hostTime, recolour() { if (live.view) { live.view.setColours(); live.strips.redraw(); } }};
   const say = text => { byId('connection').textContent = text; };
   say('Connecting …');
   live.host = connect(host, hear, 'host');
@@ -138,7 +139,7 @@ function playLive({host}) {
     showNow(last, live.selected, [['rotation', byId('rotation').value + (byId('horizon').checked ? ', horizon kept' : '')],
       ['frame', last.ms ? number(last.ms, 3) + ' ms' : '–'], ['sample', last.sample.join(' ')]]);
     const isResting = t - last.t > kLongestGap;
-    live.strips.fill(isResting ? [...samples, {t: last.t + 0.05, sample: kRest}] : samples, frames, Math.max(0, t - kStripSeconds), t);
+    if (!live.view.isSlow || ++live.refreshes % kSlowStrips === 0) live.strips.fill(isResting ? [...samples, {t: last.t + 0.05, sample: kRest}] : samples, frames, Math.max(0, t - kStripSeconds), t);
     const took = live.latency.settle(), second = frames.filter(f => f.t > last.t - 1);
     const values = [count(last.n + 1), isResting ? '0' : String(second.length), took ? took.median.toFixed(0) : '–', took ? took.p99.toFixed(0) : '–'];
     Object.values(live.facts).forEach((b, i) => { b.textContent = values[i]; });

@@ -2,7 +2,11 @@
 
 const kTiltLimit = 1.5;
 const kMarkedSegments = 6000; // what is selected gets thick lines up to this many
-const kBusySegments = 8000;  // without a graphics card, more than this are thinned out while the picture moves
+// Without a graphics card, while the picture moves: more segments than this are thinned out, more triangles are left
+// out, and the picture is drawn at a part of its size.
+const kBusySegments = 4000;
+const kBusyTriangles = 4000;
+const kCoarseRatio = 0.5;
 const kStillMs = 150;         // after so long without a change it is at rest
 const kJustMoved = 0.35;      // seconds for which a moved object keeps its colour
 
@@ -112,7 +116,9 @@ class View {
   render() {
     const {frame, index, t, selected, line} = this.state, {canvas, renderer, drawing} = this;
     const w = Math.max(1, canvas.clientWidth), h = Math.max(1, canvas.clientHeight);
-    const ratio = Math.min(window.devicePixelRatio || 1, 2);
+    const now = performance.now(), isCoarse = this.isSlow && now - this.drawnAt < kStillMs;
+    this.drawnAt = now;
+    const ratio = isCoarse ? kCoarseRatio : Math.min(window.devicePixelRatio || 1, 2);
     if (this.size !== w + '/' + h + '/' + ratio) {
       this.size = w + '/' + h + '/' + ratio;
       renderer.setPixelRatio(ratio);
@@ -122,11 +128,11 @@ class View {
     if (Math.hypot(...frame.target.map((v, i) => v - drawing.origin[i])) > 1000 * Math.max(...frame.field.map(Math.abs)))
       drawing.centre(frame.target);
     const hasMoved = drawing.moveTo(index);
-    const now = performance.now(), isMoving = now - this.drawnAt < kStillMs;
-    this.drawnAt = now;
-    drawing.showUntil(t, this.isSlow && isMoving ? kBusySegments : Infinity);
+    drawing.showUntil(t, isCoarse ? kBusySegments : Infinity);
+    this.faces.visible = !isCoarse || this.faces.geometry.attributes.position.count <= kBusyTriangles * 3;
+    drawing.isThinned = drawing.isThinned || !this.faces.visible;
     clearTimeout(this.fullTimer);
-    if (drawing.isThinned) this.fullTimer = setTimeout(() => this.draw(), kStillMs + 10);
+    if (isCoarse) this.fullTimer = setTimeout(() => this.draw(), kStillMs + 10);
     this.colourObjects(t, selected, hasMoved);
     this.drawGround(isFlat);
     this.drawLine(line, frame);
@@ -239,6 +245,9 @@ class View {
     const svg = byId('axis_mark'), right = new L.Vector3(), up = new L.Vector3(), towards = new L.Vector3();
     this.camera.matrixWorld.extractBasis(right, up, towards);
     const ends = ['x', 'y', 'z'].map(name => ({name, x: right[name] * 30, y: -up[name] * 30, depth: towards[name]}));
+    const key = JSON.stringify(ends);
+    if (this.axisKey === key) return; // new elements cost more than the rest of a picture
+    this.axisKey = key;
     svg.replaceChildren(...ends.sort((a, b) => a.depth - b.depth).flatMap(e => [
       make('line', {svg: true, x2: e.x, y2: e.y, class: e.name}),
       make('text', {svg: true, x: e.x * 1.3, y: e.y * 1.3, class: e.name}, e.name.toUpperCase())]));
