@@ -90,7 +90,7 @@ async function pictures(programs, count) {
   await push(page, 10);
   const [after, drawn, spent] = await page.evaluate(() => [shown.frames.at(-1).n, window.count, window.spent]);
   await sleep(1500);
-  const released = programs.record().filter(line => line.text.startsWith('motion')).at(-1).text === 'motion 0 0 0 0 0 0';
+  const released = programs.record().filter(line => line.text.startsWith('motion')).at(-1).text.trim() === 'motion 0 0 0 0 0 0';
   row(`${count} objects: host's frames and pictures a second`, `${((after - before) / 10).toFixed(1)} and ${(drawn / 10).toFixed(1)}`);
   row(`${count} objects: released at the end`, released ? 'yes' : 'NO');
   row(`${count} objects: ms of a picture`, Object.entries(spent).filter(e => e[0] !== 'all').map(([name, ms]) => name + ' ' + (ms / drawn).toFixed(2)).join(', '));
