@@ -68,16 +68,16 @@ TEST_F(EndToEnd, SessionMovesViewAndObjects) {
                              "2.8 host select 1\n"
                              "2.8 host type OV_Toggle_Object_Move_Mode\n"
                              "3.2 device motion 0 4 0 0 0 0\n"
-                             "3.6 device motion 0 0 0 0 0 0\n"
-                             "4.0 host type OV_Toggle_Object_Move_Mode\n"
-                             "4.2 host pointer list\n"
-                             "4.4 device motion 0 0 310 0 0 0\n"
-                             "4.8 device motion 0 0 0 0 0 0\n"
-                             "5.0 host pointer view\n"
-                             "5.0 host layout on\n"
-                             "5.4 device motion 300 0 0 0 0 0\n"
-                             "5.8 device motion 0 0 0 0 0 0\n"
-                             "6.0 host caption The end\n");
+                             "4.4 device motion 0 0 0 0 0 0\n"
+                             "4.8 host type OV_Toggle_Object_Move_Mode\n"
+                             "5.0 host pointer list\n"
+                             "5.2 device motion 0 0 310 0 0 0\n"
+                             "5.6 device motion 0 0 0 0 0 0\n"
+                             "5.8 host pointer view\n"
+                             "5.8 host layout on\n"
+                             "6.2 device motion 300 0 0 0 0 0\n"
+                             "6.6 device motion 0 0 0 0 0 0\n"
+                             "6.8 host caption The end\n");
   ASSERT_EQ(status, 0) << mOutput;
   EXPECT_THAT(mOutput, HasSubstr("Device events  12 (10 motion"));
   const json session = report();
