@@ -7,6 +7,7 @@
 #include <windows.h>
 
 #include "cnfg.h"
+#include "util.h"
 
 #include <algorithm>
 #include <fstream>
@@ -185,7 +186,7 @@ model::Settings PassCheck::readSettings() {
     return value;
   };
   const auto number = [&text](const char* key) { return std::atoi(text(key, "PROGRAM").c_str()); };
-  const auto isOn = [&text](const char* key, const char* section) { return text(key, section) == "on"; };
+  const auto isOn = [&text](const char* key, const char* section) { return Util::isOn(text(key, section)); };
   s.traSensBase = number("transSensBase");
   s.rotSensBase = number("rotSensBase");
   s.minThreshold = number("minThreshold");
@@ -200,7 +201,7 @@ model::Settings PassCheck::readSettings() {
     mWriter.host(std::string("setting ") + key + " " + text(key, "PROGRAM"));
   }
   if (!isOn("logToFile", "LOGGING") || text("logFile", "LOGGING") != kLogName ||
-      !text("fileToLog", "LOGGING").empty())
+      !text("fileToLog", "LOGGING").empty() || !std::ofstream(mLog, std::ios::app))
     return s;
   s.loggedTypes = {"ERR"};
   const char* const types[][2] = {{"warning", "WRN"}, {"creation", "CRT"}, {"trace", "TRC"},
