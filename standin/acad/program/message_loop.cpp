@@ -9,30 +9,20 @@ namespace {
 /// Often enough that a session's lines seem to be on time, seldom enough to cost nothing at rest.
 constexpr UINT kWakeMilliseconds = 20;
 
-class WakeTimer {
-public:
-  // Without a procedure: the message alone is what wakes the loop.
-  WakeTimer() : mId(SetTimer(nullptr, 0, kWakeMilliseconds, nullptr)) {}
-  ~WakeTimer() { KillTimer(nullptr, mId); }
-  WakeTimer(const WakeTimer&) = delete;
-  WakeTimer& operator=(const WakeTimer&) = delete;
-
-private:
-  UINT_PTR mId;
-};
-
 } // namespace
 
 void runMessageLoop(const std::function<void()>& handOver, const std::function<bool()>& step) {
-  const WakeTimer wakeTimer;
+  // Without a procedure: the message alone is what wakes the loop.
+  const UINT_PTR timer = SetTimer(nullptr, 0, kWakeMilliseconds, nullptr);
   MSG message{};
-  while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+  do {
+    if (GetMessageW(&message, nullptr, 0, 0) <= 0)
+      break;
     TranslateMessage(&message);
     handOver();
     DispatchMessageW(&message);
-    if (!step())
-      return;
-  }
+  } while (step());
+  KillTimer(nullptr, timer);
 }
 
 } // namespace program

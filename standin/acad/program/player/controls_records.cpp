@@ -4,17 +4,9 @@
 #include "desktop.h"
 #include "wide_text.h"
 
-#include <iostream>
-
 namespace program {
 
 namespace {
-
-/// Nobody is there to click: the box is printed, and answered with OK.
-int answerBox(const desktop::MessageBox& box) {
-  std::cerr << "[" << narrowed(box.caption) << "] " << narrowed(box.text) << '\n';
-  return IDOK;
-}
 
 desktop::ScrollBar bar(const ScrollRange& range) {
   return {range.mMin, range.mMax, static_cast<UINT>(range.mPage), range.mMin};
@@ -27,7 +19,6 @@ bool isScrollable(const ScrollRange& range) {
 class RecordControls : public Controls {
 public:
   RecordControls() {
-    desktop::setMessageBoxAnswer(answerBox);
     desktop::Window frame;
     frame.className = L"HostFrame";
     frame.rect = desktop::rectangle(0, 0, 1600, 900);
