@@ -16,7 +16,7 @@
 ///     6.0        host    select 1 4
 ///
 /// A line holds time, player, verb and arguments, separated by blanks or tabs. A word that begins with #
-/// starts a comment, except in the text of `type` and `caption`. Times never decrease; lines of equal time
+/// starts a comment, except in the text of `type`, `caption` and `open`. Times never decrease; lines of equal time
 /// are played in the order in which they stand.
 ///
 /// A session may count the plug-in's passes in place of seconds. It says exactly what happened, so that it
@@ -78,6 +78,13 @@ enum class Verb {
   look,
   /// Zooms to extents without the command line.
   fit,
+  /// mText: path of a DXF file, from the folder that the host was started in. It becomes the current drawing, with a
+  /// view, a selection, a lock and variables of its own.
+  open,
+  /// mObjects[0]: number of the drawing that becomes current; they count from 1 in the order of opening.
+  drawing,
+  /// The current drawing is closed, and the one before it is current again. After the last one, an empty one is.
+  close,
   /// mText, for the report.
   caption,
   /// No action; keeps the host going until this time.

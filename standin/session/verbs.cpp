@@ -146,6 +146,10 @@ void readLook(Words& words, Action& action) {
     throw LineError("up lies along the line of sight");
 }
 
+void readDrawing(Words& words, Action& action) {
+  action.mObjects = {static_cast<int>(words.integer("drawing number", 1, kMax<int>))};
+}
+
 void readNothing(Words&, Action&) {}
 
 struct VerbEntry {
@@ -178,6 +182,9 @@ constexpr VerbEntry kVerbs[] = {
     {"pointer", Who::host, Verb::pointer, readPointer},
     {"look", Who::host, Verb::look, readLook},
     {"fit", Who::host, Verb::fit, readNothing},
+    {"open", Who::host, Verb::open, readText},
+    {"drawing", Who::host, Verb::drawing, readDrawing},
+    {"close", Who::host, Verb::close, readNothing},
     {"caption", Who::host, Verb::caption, readText},
     {"wait", Who::host, Verb::wait, readNothing},
     {"setting", Who::host, Verb::setting, readText},

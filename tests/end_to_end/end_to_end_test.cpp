@@ -190,6 +190,39 @@ TEST_F(EndToEnd, CountedSessionRepeatsExactly) {
     EXPECT_EQ(again["controls"][i]["positions"].back()[1], first["controls"][i]["positions"].back()[1]);
 }
 
+// A drawing's view, selection and lock are its own, also while the cap is held. Host lines wait for a tick's end.
+TEST_F(EndToEnd, SecondDrawingOpensInMidMovement) {
+  ASSERT_EQ(runBoth("0.2 host select 1\n"
+                    "0.2 host type OV_Toggle_Object_Move_Mode\n"
+                    "0.4 device motion 0 4 0 0 0 0\n"
+                    "0.6 host open " OV_DRAWING "\n"
+                    "2.0 device motion 0 0 0 0 0 0\n"
+                    "2.2 host drawing 1\n"
+                    "2.4 device motion 0 0 0 0 50 0\n"
+                    "2.6 host drawing 2\n"
+                    "2.6 host close\n"
+                    "3.4 device motion 0 0 0 0 0 0\n"),
+            0)
+      << mOutput;
+  EXPECT_THAT(mOutput, HasSubstr("2.2 s  (house.dxf is locked)")) << "its unlocking met the other drawing";
+  const json session = report();
+  std::vector<json> parts; // drawing, whether objects move, first and last view
+  for (const json& frame : session["frames"]) {
+    const json part = {frame["drawing"], !frame["moved"].empty()};
+    if (parts.empty() || parts.back()[0] != part)
+      parts.push_back({part, frame["eye"], frame["eye"]});
+    parts.back()[2] = frame["eye"];
+    for (const json& group : frame["moved"])
+      EXPECT_EQ(group["drawing"], 1);
+  }
+  ASSERT_GE(parts.size(), 4u);
+  const json kinds = {parts[0][0], parts[1][0], parts[2][0], parts[3][0]};
+  EXPECT_EQ(kinds, json::parse("[[1, false], [1, true], [2, false], [1, false]]"));
+  EXPECT_EQ(parts[1][1], parts[1][2]) << "the roof moves, not the view";
+  EXPECT_NE(parts[2][1], parts[2][2]) << "nothing is selected there, so its view moves";
+  EXPECT_EQ(parts[3][1], parts[0][2]) << "the first drawing has kept its view";
+}
+
 #ifdef OV_SDK_MODULE
 TEST_F(EndToEnd, ModuleFromSdkFoldersMovesView) {
   EXPECT_EQ(runBoth("0.5 device motion 0 0 0 0 500 0\n0.8 device motion 0 0 0 0 0 0\n", OV_SDK_MODULE), 0);

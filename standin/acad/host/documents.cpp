@@ -8,17 +8,11 @@ void AcApDocManagerReactor::documentToBeDestroyed(AcApDocument*) {}
 
 namespace {
 
-/// One document is open at a time. This object represents it.
-AcApDocument& currentDocument() {
-  static AcApDocument* const documentP = new AcApDocument; // see host::state()
-  return *documentP;
-}
-
 class DocManager : public AcApDocManager {
 public:
   AcApDocument* curDocument() const override {
     call_log::Call call("curDocument");
-    return call.returns(call.mustFail() || !host::state().hasDocument ? nullptr : &currentDocument());
+    return call.returns(call.mustFail() || !host::state().hasDocument ? nullptr : &host::document().handle);
   }
 
   Acad::ErrorStatus lockDocument(AcApDocument* document, AcAp::DocLockMode mode, const ACHAR*, const ACHAR*,
@@ -67,11 +61,11 @@ public:
   }
 
 private:
-  /// Returns why an operation on a document isn't done, eOk if it is.
+  /// Returns why an operation on a document isn't done, eOk if it is. Only the current one can be worked on.
   static Acad::ErrorStatus refusal(const call_log::Call& call, const AcApDocument* document) {
     if (call.mustFail())
       return Acad::eNotApplicable;
-    return document == &currentDocument() && host::state().hasDocument ? Acad::eOk : Acad::eNoDocument;
+    return document == &host::document().handle && host::state().hasDocument ? Acad::eOk : Acad::eNoDocument;
   }
 };
 
@@ -85,14 +79,36 @@ AcApDocManager* acDocManagerPtr() {
 
 namespace host {
 
+void openDocument() {
+  State& s = state();
+  s.documents.push_back(std::make_unique<Document>(++s.opened));
+}
+
+bool switchDocument(int number) {
+  auto& all = state().documents;
+  const auto found =
+      std::find_if(all.begin(), all.end(), [number](const auto& d) { return d->number == number; });
+  if (found != all.end())
+    std::rotate(found, found + 1, all.end());
+  return document().number == number;
+}
+
 void closeDocument() {
   State& s = state();
   // A reactor may remove and destroy itself or others.
   const auto reactors = s.reactors;
   for (AcApDocManagerReactor* const reactorP : reactors)
     if (std::find(s.reactors.begin(), s.reactors.end(), reactorP) != s.reactors.end())
-      reactorP->documentToBeDestroyed(&currentDocument());
-  s.documentP = std::make_unique<Document>();
+      reactorP->documentToBeDestroyed(&document().handle);
+  s.documents.pop_back();
+}
+
+int documentNumber() {
+  return document().number;
+}
+
+std::string& documentName() {
+  return document().name;
 }
 
 std::int64_t sentTexts() {

@@ -26,8 +26,18 @@ inline bool isFinite(const AcGePoint3d& p) {
 /// refresh rate and menu. The reactors of the document manager stay.
 void reset();
 
-/// Informs the reactors, closes the document and opens an empty one. Commands, queue and history stay.
+/// Opens an empty document, which becomes the current one. View, layout, variables, selection and locks are each
+/// document's own; commands, queue and history are the host's. All that follows is about the current document.
+void openDocument();
+/// Makes another open document the current one. Documents count from 1 in the order of opening; returns false
+/// if none of that number is open.
+bool switchDocument(int number);
+/// Informs the reactors and closes the current document. The one that was current before it follows, an empty one
+/// if there is none.
 void closeDocument();
+int documentNumber();
+/// Returns the current document's name, to be read and set.
+std::string& documentName();
 /// Set whether there is a document, and whether there is a document manager. Both are true after reset().
 /// Without them curDocument() and acDocManagerPtr() return null, and the manager's operations eNoDocument.
 void setHasDocument(bool hasDocument);

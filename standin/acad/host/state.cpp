@@ -5,7 +5,7 @@
 
 namespace host {
 
-Document::Document() : objects(1), variables({{L"tilemode", 1}, {L"cvport", 2}}) {
+Document::Document(int aNumber) : number(aNumber), objects(1), variables({{L"tilemode", 1}, {L"cvport", 2}}) {
   static Adesk::Int64 sGeneration = 0;
   generation = ++sGeneration;
   viewport = addObject(std::make_unique<AcDbViewport>());
@@ -20,14 +20,15 @@ AcDbObjectId Document::addObject(std::unique_ptr<AcDbObject> object) {
 
 State& state() {
   static State* const stateP = new State;
-  if (!stateP->documentP)
-    stateP->documentP = std::make_unique<Document>();
+  if (stateP->documents.empty())
+    stateP->documents.push_back(std::make_unique<Document>(++stateP->opened));
   return *stateP;
 }
 
 void reset() {
   State& s = state();
-  s.documentP = std::make_unique<Document>();
+  s.documents.clear();
+  s.opened = 0;
   s.hasDocument = true;
   s.hasDocumentManager = true;
   s.history.clear();

@@ -16,10 +16,13 @@ namespace host {
 
 /// A document, with all that is lost when it is closed.
 struct Document {
-  Document();
+  explicit Document(int number);
 
   AcDbObjectId addObject(std::unique_ptr<AcDbObject> object);
 
+  const int number;
+  std::string name;
+  AcApDocument handle;                              // as callers know it
   Adesk::Int64 generation = 0;                      // the upper half of all its ids
   std::vector<std::unique_ptr<AcDbObject>> objects; // element 0 is empty, so that no id is null
   std::vector<AcDbEntity*> modelSpace;              // by number - 1
@@ -41,7 +44,8 @@ struct Document {
 };
 
 struct State {
-  std::unique_ptr<Document> documentP;
+  std::vector<std::unique_ptr<Document>> documents; // the current one last, before it the one current before
+  int opened = 0;                                   // documents since reset()
   bool hasDocument = true;
   bool hasDocumentManager = true;
   std::vector<AcApDocManagerReactor*> reactors;
@@ -56,7 +60,7 @@ struct State {
 /// Returns the one state. Never destroyed: modules and static objects call the host while the process ends.
 State& state();
 inline Document& document() {
-  return *state().documentP;
+  return *state().documents.back();
 }
 
 /// Writes a view to the drawing; the one before becomes the previous view.

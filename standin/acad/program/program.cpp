@@ -4,7 +4,6 @@
 #include "arx_module.h"
 #include "client.h"
 #include "controls.h"
-#include "dxf_reader.h"
 #include "host_player.h"
 #include "live.h"
 #include "message_loop.h"
@@ -64,6 +63,7 @@ public:
       recordImports(mModule.handle(), std::move(tickSource));
 #else
     desktop::setTickSource(std::move(tickSource));
+    // Nobody is there to click.
     desktop::setMessageBoxAnswer([](const desktop::MessageBox& box) {
       std::cout << "Dialog \"" << narrowed(box.caption) << "\": " << narrowed(box.text) << '\n' << std::flush;
       return IDOK;
@@ -158,16 +158,26 @@ std::unique_ptr<Live> openDoor(const Options& options, LiveSources sources, Reco
   return liveP;
 }
 
+/// Makes a drawing the host's only one; an empty path stands for an empty one. Returns false and says why if that
+/// can't be done.
+bool openAlone(const std::string& path) {
+  host::reset();
+  const dxf::Result drawing = path.empty() ? dxf::Result() : loadDrawing(path);
+  if (!drawing.isLoaded())
+    std::cerr << drawing.error << '\n';
+  else if (!path.empty())
+    std::cout << path << ": " << drawing.summary() << '\n' << std::flush;
+  return drawing.isLoaded();
+}
+
 int runSession(const Options& options, const session::Session& session) {
   const Folders folders = Folders::make(options.mOut, options.mHome);
   writeSettings(session, folders.mHome.string());
-  fitFirstView();
   host::setRefreshRate(options.mRefresh);
   const std::unique_ptr<Controls> controlsP = makeControls();
   controlsP->point(session::Pointer::view);
 
   SessionInput input;
-  input.mDrawingName = fs::u8path(options.mDrawing).filename().u8string();
   input.mSessionName = fs::u8path(options.mSession).filename().u8string();
   input.mDeviceActions = session.actionsOf(session::Who::device);
   input.mControls = controlsP->infos();
@@ -271,15 +281,12 @@ int run(const Options& options) {
     std::cerr << options.mSession << ": counts passes, so it is played with --device and --check\n";
     return kExitUnusable;
   }
-  host::reset();
-  if (!options.mDrawing.empty()) {
-    const dxf::Result drawing = dxf::load(options.mDrawing);
-    if (!drawing.isLoaded()) {
-      std::cerr << drawing.error << '\n';
+  // Those that the session opens are tried before anything is played.
+  for (const session::Action& action : session.mActions)
+    if (action.mVerb == session::Verb::open && !openAlone(action.mText))
       return kExitUnusable;
-    }
-    std::cout << options.mDrawing << ": " << drawing.summary() << '\n' << std::flush;
-  }
+  if (!openAlone(options.mDrawing))
+    return kExitUnusable;
   if (!options.mMenu.empty()) {
     const std::string menu = readFile(options.mMenu);
     if (menu.empty()) {

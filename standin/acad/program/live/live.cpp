@@ -164,6 +164,7 @@ void Live::sendLists() {
 void Live::frameShown(std::size_t number) {
   if (!mIsWatched)
     return;
+  sendNewObjects();
   json frame = frameData(mRecorder.frames()[number], mRecorder.start(), mMoved);
   sendLists();
   frame["n"] = number;
@@ -177,11 +178,7 @@ void Live::frameShown(std::size_t number) {
 void Live::look() {
   lookAtHistory();
   lookAtLog();
-  if (mObjects < mRecorder.drawing().objects().size()) {
-    if (mIsWatched)
-      send("drawing", json{{"objects", mRecorder.drawing().objectsFrom(mObjects)}});
-    mObjects = mRecorder.drawing().objects().size();
-  }
+  sendNewObjects();
   if (mSelected != host::selected()) {
     mSelected = host::selected();
     send("selected", numbersOf(mSelected));
@@ -197,6 +194,17 @@ void Live::look() {
   }
   if (!pairs.empty())
     send("explained", std::move(pairs));
+}
+
+void Live::sendNewObjects() {
+  mObjects.resize(mRecorder.drawings().size());
+  for (std::size_t i = 0; i < mObjects.size(); ++i) {
+    const DrawingData& drawing = mRecorder.drawings()[i];
+    if (mIsWatched && mObjects[i] < drawing.objects().size())
+      send("drawing",
+           json{{"number", i + 1}, {"name", drawing.name()}, {"objects", drawing.objectsFrom(mObjects[i])}});
+    mObjects[i] = drawing.objects().size();
+  }
 }
 
 void Live::lookAtHistory() {

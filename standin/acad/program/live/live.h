@@ -67,6 +67,7 @@ private:
   void sayHello(web::ClientId client, bool isDriver);
   void sendReport(web::ClientId client);
   void sendLists();
+  void sendNewObjects();
   void lookAtHistory();
   void lookAtLog();
   template <class Value> void send(const char* key, Value&& value, web::ClientId to = web::kEveryone);
@@ -81,7 +82,8 @@ private:
   MovedWriter mMoved;
   std::size_t mLists = 0;
   std::size_t mHistory = 0;
-  std::size_t mObjects = 0;
+  /// Number of objects by drawing.
+  std::vector<std::size_t> mObjects;
   std::vector<AcDbObjectId> mSelected;
   bool mIsLayout = false;
   /// The last lines of the plug-in's log.

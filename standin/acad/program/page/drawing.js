@@ -20,8 +20,9 @@ function times(m, n) {
 }
 
 class Drawing {
-  constructor(data, lists) {
+  constructor(data, lists, number) {
     this.name = data.name || 'Drawing';
+    this.number = number;
     this.lists = lists || [];
     this.byNumber = new Map();
     this.moved = new Set(); // objects that have been moved at some time
@@ -63,6 +64,7 @@ class Drawing {
   follow(n, frame, keepsAll) {
     for (const group of frame.moved || []) {
       const known = new Map();
+      if (group.drawing !== this.number) continue;
       for (const id of group.objects || this.lists[group.list] || []) {
         const o = this.byNumber.get(id);
         if (!o) continue;

@@ -41,8 +41,8 @@ function playLive({host}) {
     else if (key === 'frame') takeFrame(value);
     else if (key === 'explained') explain(value);
     else if (key === 'driver') setDriver('host', value);
-    else if (key === 'drawing') live.drawing.add(value.objects);
-    else if (key === 'lists') live.drawing.lists.push(...value);
+    else if (key === 'drawing') { if (live.drawings[value.number - 1]) drawingOf(value.number).add(value.objects); else drawingOf(value.number, value); }
+    else if (key === 'lists') live.lists.push(...value);
     else if (key === 'selected') { live.selected = new Set(value); showLatest(); }
     else if (key === 'command') live.commands.add([{...value, kind: 'typed'}]);
     else if (key === 'printed') live.commands.add([value]);
@@ -63,10 +63,12 @@ function playLive({host}) {
 
   function start(hello) {
     const {data} = hello;
-    byId('title').textContent = (data.drawing.name || 'Drawing') + ' – live';
-    document.title = (data.drawing.name || 'Drawing') + ' · Orvaner live';
-    byId('subtitle').textContent = count(data.drawing.entities) + ' objects';
-    live.drawing = new Drawing(data.drawing, data.lists);
+    live.lists = data.lists;
+    live.drawings = data.drawings.map((d, i) => new Drawing(d, live.lists, i + 1));
+    live.drawing = live.drawings[0];
+    byId('title').textContent = live.drawing.name + ' – live';
+    document.title = live.drawing.name + ' · Orvaner live';
+    byId('subtitle').textContent = count(data.drawings[0].entities) + ' objects';
     live.view = new View(live.drawing);
     live.view.sheet = data.layout;
     live.view.onDrawn = n => live.latency.draw(n);
@@ -94,6 +96,9 @@ function playLive({host}) {
     setInterval(refresh, kRefreshMs);
   }
 
+  // A drawing by its number; one without objects comes without a message.
+  const drawingOf = (n, data = {}) => live.drawings[n - 1] || (live.drawings[n - 1] = new Drawing(data, live.lists, n));
+
   // The host's clock: seconds since the session began.
   function hostTime() { return live.clock === undefined ? 0 : performance.now() / 1000 + live.clock; }
 
@@ -107,7 +112,7 @@ function playLive({host}) {
     if (before && gap > kLongestGap) samples.push({t: before.t + 0.05, sample: kRest});
     samples.push(frame);
     frames.push(frame);
-    live.drawing.follow(frame.n, frame, false);
+    for (const d of live.drawings) if (d) d.follow(frame.n, frame, false);
     const old = frame.t - kStripSeconds;
     for (const list of [frames, samples]) while (list.length > 2 && list[1].t < old) list.shift();
     showLatest();
@@ -124,8 +129,9 @@ function playLive({host}) {
     if (!frame) return;
     const t = hostTime(), line = lineAt(frames, index, t);
     live.isWarm = !!line || (frame.moved || []).length > 0;
-    live.view.show({frame, index: frame.n, t, selected: live.selected, line});
-    showBadges([...badgesOf(frame, live.drawing.isThinned), ...[...live.states].filter(s => s[1]).map(s => [s[0], true]), ...(live.said ? [[live.said, false]] : [])]);
+    live.drawing = drawingOf(frame.drawing);
+    live.view.show({drawing: live.drawing, frame, index: frame.n, t, selected: live.selected, line});
+    showBadges([...badgesOf(frame, live.drawing, live.drawings), ...[...live.states].filter(s => s[1]).map(s => [s[0], true]), ...(live.said ? [[live.said, false]] : [])]);
     if (live.hand && live.hand.last.every(v => v === 0)) drawCap(t - frame.t < kLongestGap ? frame.sample : kRest);
     if (live.perspective !== !!frame.perspective) { // not before the host has answered a click
       live.perspective = !!frame.perspective;

@@ -12,9 +12,9 @@ function showBadges(names) {
   shownBadges = names.join();
   byId('badges').replaceChildren(...names.map(([name, isOn]) => make('span', {class: isOn ? 'on' : null}, name)));
 }
-const badgesOf = (frame, isThinned) => [...frame.mode === 1 ? [['layout, flat', true]]
+const badgesOf = (frame, drawing, drawings) => [...drawings.length > 1 ? [[drawing.name, false]] : [], ...frame.mode === 1 ? [['layout, flat', true]]
   : [['model', false], [frame.perspective ? 'perspective' : 'parallel', !!frame.perspective]],
-...isThinned ? [['thinned while it moves', false]] : []];
+...drawing.isThinned ? [['thinned while it moves', false]] : []];
 
 const nowCells = new Map();
 function showNow(frame, selected, more = []) {

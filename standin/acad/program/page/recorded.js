@@ -7,8 +7,8 @@ function playRecorded(session) {
   const frames = session.frames || [], captions = session.captions || [], events = session.events || [];
   const duration = Math.max(session.seconds || 0, frames.length ? frames[frames.length - 1].t : 0, 0.001);
   const motions = events.filter(e => e.kind === 'motion'), controls = (session.controls || []).filter(c => c.positions);
-  const drawing = new Drawing(session.drawing || {}, session.lists), view = new View(drawing);
-  frames.forEach((frame, n) => drawing.follow(n, frame, true));
+  const drawings = (session.drawings || [{}]).map((d, i) => new Drawing(d, session.lists, i + 1)), view = new View(drawings[0]);
+  frames.forEach((frame, n) => { for (const d of drawings) d.follow(n, frame, true); });
   view.sheet = session.layout;
   let now = 0, isPlaying = false, rate = 1, stamp = 0;
 
@@ -40,8 +40,9 @@ function playRecorded(session) {
     const chosen = (session.selection || [])[lastAt(session.selection || [], now)];
     const selected = new Set(chosen ? chosen.objects : []);
     if (frame) {
-      view.show({frame, index, t: now, selected, line: lineAt(frames, index, now)});
-      showBadges([...badgesOf(frame, drawing.isThinned), ...statesAt(now)]);
+      const drawing = drawings[frame.drawing - 1];
+      view.show({drawing, frame, index, t: now, selected, line: lineAt(frames, index, now)});
+      showBadges([...badgesOf(frame, drawing, drawings), ...statesAt(now)]);
       showNow(frame, selected);
     }
     drawCap(sampleAt(now, index));
@@ -115,21 +116,22 @@ function playRecorded(session) {
   window.addEventListener('hashchange', () => goTo(timeOfAddress()));
   lookAround(view, null);
 
-  recordedFacts(session, drawing, duration);
+  recordedFacts(session, drawings, duration);
   byId('marks').setAttribute('viewBox', '0 0 1000 10');
   byId('marks').append(make('path', {svg: true, d: captions.map(c => 'M' + c.t / duration * 1000 + ' 1V9').join('')}));
   byId('speed').textContent = '1×';
   byId('play').textContent = '▶';
   goTo(timeOfAddress());
-  return {recolour() { view.setColours(); strips.redraw(); }, view, drawing, frames};
+  return {recolour() { view.setColours(); strips.redraw(); }, view, drawing: drawings[0], frames};
 }
 
-function recordedFacts(session, drawing, duration) {
-  const c = session.counts || {}, r = session.result || {}, d = session.drawing || {}, {check} = session;
-  byId('title').textContent = drawing.name + ' – session replay';
-  document.title = drawing.name + ' · Orvaner session';
-  byId('subtitle').textContent = [session.session, number(duration, 3) + ' s', count(d.entities) + ' objects',
-    d.segments > d.shownSegments ? count(d.shownSegments) + ' of ' + count(d.segments) + ' segments shown' : ''].filter(Boolean).join(' · ');
+function recordedFacts(session, drawings, duration) {
+  const c = session.counts || {}, r = session.result || {}, {check} = session, names = drawings.map(d => d.name).join(', ');
+  const sum = what => (session.drawings || []).reduce((n, d) => n + d[what], 0);
+  byId('title').textContent = names + ' – session replay';
+  document.title = names + ' · Orvaner session';
+  byId('subtitle').textContent = [session.session, number(duration, 3) + ' s', count(sum('entities')) + ' objects',
+    sum('segments') > sum('shownSegments') ? count(sum('shownSegments')) + ' of ' + count(sum('segments')) + ' segments shown' : ''].filter(Boolean).join(' · ');
   addFact(count(c.deviceEvents), 'device events', !c.deviceEvents);
   addFact(count(c.frames), 'frames', !c.frames);
   addFact(number(c.framesPerSecond || 0, 3), 'frames a second');

@@ -16,7 +16,8 @@ function basisOf(frame) {
 
 // Returns {point, direction} in coordinates of the drawing, null if the view didn't turn.
 function turningLine(before, after) {
-  if (!before || !after || before.mode === 1 || after.mode === 1 || after.t - before.t > kLongestGap) return null;
+  if (!before || !after || before.drawing !== after.drawing || before.mode === 1 || after.mode === 1 ||
+    after.t - before.t > kLongestGap) return null;
   const a = basisOf(before), b = basisOf(after);
   // The turn as a matrix: the sum of b's vectors times a's.
   const m = [0, 1, 2].map(i => [0, 1, 2].map(k => a.reduce((sum, v, n) => sum + b[n][i] * v[k], 0)));

@@ -39,6 +39,14 @@ class View {
     this.canvas.addEventListener('webglcontextrestored', () => this.draw());
   }
 
+  setDrawing(drawing) {
+    this.drawing = drawing;
+    for (const name of Object.keys(kWidths)) this[name].geometry = drawing.buffers[name];
+    for (const o of drawing.objects) o.colour = '';
+    this.groundOrigin = this.markedOrigin = null;
+    byId('sheet').replaceChildren();
+  }
+
   setColours() {
     const colour = name => new L.Color(paint[name]);
     const tinted = name => [colour(name), colour('face').lerp(colour(name), 0.4)];
@@ -114,7 +122,8 @@ class View {
   }
 
   render() {
-    const {frame, index, t, selected, line} = this.state, {canvas, renderer, drawing} = this;
+    const {drawing, frame, index, t, selected, line} = this.state, {canvas, renderer} = this;
+    if (this.drawing !== drawing) this.setDrawing(drawing);
     const w = Math.max(1, canvas.clientWidth), h = Math.max(1, canvas.clientHeight);
     const now = performance.now(), isCoarse = this.isSlow && now - this.drawnAt < kStillMs;
     this.drawnAt = now;

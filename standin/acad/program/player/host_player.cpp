@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <iomanip>
 #include <ostream>
 
@@ -30,18 +31,12 @@ AcGeVector3d uprightFor(const AcGeVector3d& look) {
   return look.crossProduct(sideways).normalize();
 }
 
-double larger(double a, double b) {
-  return a > b ? a : b;
-}
-
-} // namespace
-
 void fitFirstView() {
   const AcDbExtents extents = host::extents();
   if (extents.isEmpty())
     return;
   const AcGeVector3d size = extents.maxPoint() - extents.minPoint();
-  const bool isFlat = size.z < kFlat * larger(size.x, size.y);
+  const bool isFlat = size.z < kFlat * std::max(size.x, size.y);
   const AcGeVector3d look =
       (isFlat ? AcGeVector3d(0.25, -0.9, 1.6) : AcGeVector3d(0.75, -1, 0.62)).normalize();
   host::ViewState view;
@@ -54,11 +49,22 @@ void fitFirstView() {
   host::zoomExtents();
 
   view = host::view();
-  view.fieldHeight = larger(view.fieldHeight, view.fieldWidth / kAspect) * kRoom;
+  view.fieldHeight = std::max(view.fieldHeight, view.fieldWidth / kAspect) * kRoom;
   view.fieldWidth = view.fieldHeight * kAspect;
-  const double distance = larger(kEyeDistance * view.fieldWidth, size.length());
+  const double distance = std::max(kEyeDistance * view.fieldWidth, size.length());
   view.position = view.target + look * distance;
   setBothViews(view);
+}
+
+} // namespace
+
+dxf::Result loadDrawing(const std::string& path) {
+  dxf::Result drawing = dxf::load(path);
+  if (drawing.isLoaded()) {
+    host::documentName() = std::filesystem::u8path(path).filename().u8string();
+    fitFirstView();
+  }
+  return drawing;
 }
 
 HostPlayer::HostPlayer(const session::Session& session, Controls& controls, Recorder& recorder,
@@ -99,6 +105,25 @@ void HostPlayer::select(const session::Action& action) {
   mRecorder.selection();
 }
 
+/// Opens one, switches to another or closes the current one.
+void HostPlayer::changeDrawing(const session::Action& action) {
+  if (action.mVerb == session::Verb::open) {
+    host::openDocument();
+    const dxf::Result drawing = loadDrawing(action.mText);
+    if (!drawing.isLoaded()) {
+      report(action, drawing.error);
+      host::closeDocument();
+    }
+  } else if (action.mVerb == session::Verb::close) {
+    host::closeDocument();
+  } else if (!host::switchDocument(action.mObjects.front())) {
+    report(action, "(no such drawing is open)");
+  }
+  mRecorder.selection();
+  if (host::held().locks > 0)
+    report(action, "(" + host::documentName() + " is locked)");
+}
+
 void HostPlayer::perform(const session::Action& action) {
   using session::Verb;
   if (action.mVerb != Verb::wait && action.mVerb != Verb::setting && action.mVerb != Verb::tick)
@@ -111,11 +136,9 @@ void HostPlayer::perform(const session::Action& action) {
     host::type(widened(action.mText) + L"\n");
     break;
   case Verb::layout:
-    host::setLayout(action.mIsOn);
-    break;
   case Verb::viewport:
-    host::setLayout(true);
-    if (action.mIsOn)
+    host::setLayout(action.mIsOn || action.mVerb == Verb::viewport);
+    if (action.mIsOn && action.mVerb == Verb::viewport)
       host::setVariable("cvport", 2);
     break;
   case Verb::lock:
@@ -145,6 +168,11 @@ void HostPlayer::perform(const session::Action& action) {
   }
   case Verb::fit:
     host::zoomExtents();
+    break;
+  case Verb::open:
+  case Verb::drawing:
+  case Verb::close:
+    changeDrawing(action);
     break;
   case Verb::caption:
     mRecorder.caption(action.mText);

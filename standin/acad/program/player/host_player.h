@@ -2,6 +2,7 @@
 #define HOST_PLAYER_H
 
 #include "controls.h"
+#include "dxf_reader.h"
 #include "recorder.h"
 #include "session.h"
 
@@ -29,6 +30,7 @@ public:
 
 private:
   void select(const session::Action& action);
+  void changeDrawing(const session::Action& action);
   void report(const session::Action& action, const std::string& text);
 
   std::vector<session::Action> mActions;
@@ -39,9 +41,9 @@ private:
   std::ostream& mLog;
 };
 
-/// Turns the host to a first view of the drawing that shows its depth: from the front right, above, with some
-/// room around.
-void fitFirstView();
+/// Reads a DXF file into the host's current document, which gets the file's name and a first view that shows its
+/// depth: from the front right, above, with some room around. Changes nothing if the file can't be read.
+dxf::Result loadDrawing(const std::string& path);
 
 } // namespace program
 

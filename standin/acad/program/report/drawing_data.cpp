@@ -85,6 +85,7 @@ void addObject(const DrawnObject& object, Thinning& thinning, json& objects) {
 } // namespace
 
 void DrawingData::takeNew(double seconds) {
+  mName = host::documentName();
   for (int number = static_cast<int>(mObjects.size()) + 1; number <= host::entityCount(); ++number) {
     DrawnObject object{number, kindOf(*host::entity(number)), seconds, {}};
     for (AcDbStroke& line : host::strokes(number)) {
@@ -98,7 +99,7 @@ void DrawingData::takeNew(double seconds) {
   }
 }
 
-json DrawingData::toJson(const std::string& name, std::size_t budget) const {
+json DrawingData::toJson(std::size_t budget) const {
   std::vector<double> lengths;
   AcDbExtents box;
   for (const DrawnObject& object : mObjects) {
@@ -117,7 +118,7 @@ json DrawingData::toJson(const std::string& name, std::size_t budget) const {
   json objects = json::array();
   for (const DrawnObject& object : mObjects)
     addObject(object, thinning, objects);
-  return {{"name", name},
+  return {{"name", mName},
           {"entities", mObjects.size()},
           {"segments", segments},
           {"shownSegments", thinning.kept()},

@@ -21,26 +21,28 @@ struct DrawnObject {
   int mNumber = 0;
   /// "face", "mesh", "block", "line" or "curve".
   std::string mKind;
-  /// When it came into the drawing, since the session's start.
+  /// When it came into the drawing, since the session's start; 0 for what was there when that was opened.
   double mSeconds = 0;
   std::vector<AcDbStroke> mLines;
 };
 
-/// The drawing as the report shows it: lines through points, in world coordinates.
+/// A drawing as the report shows it: lines through points, in world coordinates.
 class DrawingData {
 public:
-  /// Takes in the objects of the host's drawing that it hasn't seen yet.
+  /// Takes in the objects of the host's current drawing that it hasn't seen yet.
   void takeNew(double seconds);
   /// Returns the picture, thinned out to about that number of segments: half of them are the longest ones, which
   /// give a drawing its shape, the rest evenly of the others.
-  nlohmann::json toJson(const std::string& name, std::size_t budget) const;
+  nlohmann::json toJson(std::size_t budget) const;
 
   /// Returns the objects from an index on, in full, as toJson() has them.
   nlohmann::json objectsFrom(std::size_t first) const;
 
   const std::vector<DrawnObject>& objects() const { return mObjects; }
+  const std::string& name() const { return mName; }
 
 private:
+  std::string mName;
   std::vector<DrawnObject> mObjects;
 };
 

@@ -140,6 +140,8 @@ void printSummary(std::ostream& out, const Folders& folders, const Recorder& rec
   printTyped(out, input.mHistory);
   printView(out, "First view     ", recorder.frames().front());
   printView(out, "Last view      ", recorder.frames().back());
+  if (recorder.drawings().size() > 1)
+    out << "Last drawing   " << host::documentName() << '\n';
   const std::string effects = outcome.effects();
   const auto word = [](bool is, const char* yes, const char* no) { return is ? yes : no; };
   if (outcome.mCheckP)

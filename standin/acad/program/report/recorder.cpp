@@ -35,7 +35,7 @@ std::vector<MovedGroup> grouped(const std::vector<host::Moved>& moved) {
   std::vector<MovedGroup> groups;
   for (const host::Moved& m : moved) {
     if (groups.empty() || !isSameEntries(groups.back().mTransform, m.transform))
-      groups.push_back({{}, m.transform});
+      groups.push_back({host::documentNumber(), {}, m.transform});
     groups.back().mObjects.push_back(m.entity);
   }
   return groups;
@@ -44,7 +44,8 @@ std::vector<MovedGroup> grouped(const std::vector<host::Moved>& moved) {
 } // namespace
 
 void joinMotion(std::vector<MovedGroup>& earlier, const std::vector<MovedGroup>& later) {
-  if (earlier.size() == 1 && later.size() == 1 && earlier[0].mObjects == later[0].mObjects) {
+  if (earlier.size() == 1 && later.size() == 1 && earlier[0].mDrawing == later[0].mDrawing &&
+      earlier[0].mObjects == later[0].mObjects) {
     earlier[0].mTransform = later[0].mTransform * earlier[0].mTransform;
     return;
   }
@@ -102,8 +103,8 @@ std::vector<Timestamped<std::vector<ScrollState>>> ScrollWatch::scrolls() const 
 }
 
 Recorder::Recorder(Controls& controls) : mControls(controls), mStart(unixNow()), mScrollWatch(controls) {
-  mFrames.push_back({mStart, host::isLayout(), host::view(), host::layout(), {}, 0});
-  mDrawing.takeNew(0);
+  mFrames.push_back({mStart, host::documentNumber(), host::isLayout(), host::view(), host::layout(), {}, 0});
+  takeNewObjects(0);
   host::setFrameSink([this](const host::Frame& frame) { onFrame(frame); });
 }
 
@@ -134,12 +135,13 @@ void Recorder::onFrame(const host::Frame& frame) {
     mLastCapFrame = now;
   }
   const RecordedFrame& last = mFrames.back();
-  if (frame.is2d ? !isSameLayout(frame.layout, last.mLayout) : !isSameView(frame.view, last.mView))
+  if (host::documentNumber() == last.mDrawing &&
+      (frame.is2d ? !isSameLayout(frame.layout, last.mLayout) : !isSameView(frame.view, last.mView)))
     mHasViewMoved = true;
   mHaveObjectsMoved = mHaveObjectsMoved || !frame.moved.empty();
   // Only the state of what is shown comes with a frame.
-  keep({now, frame.is2d, frame.is2d ? host::view() : frame.view, frame.is2d ? frame.layout : host::layout(),
-        grouped(frame.moved), plugInSeconds});
+  keep({now, host::documentNumber(), frame.is2d, frame.is2d ? host::view() : frame.view,
+        frame.is2d ? frame.layout : host::layout(), grouped(frame.moved), plugInSeconds});
   handOver();
 }
 
@@ -147,7 +149,9 @@ void Recorder::keep(RecordedFrame frame) {
   RecordedFrame& last = mFrames.back();
   mCredit = std::min(kMostAtOnce, mCredit + std::max(0.0, frame.mUnixSeconds - mLastKeep) * kFramesPerSecond);
   mLastKeep = frame.mUnixSeconds;
-  if ((mCredit < 1 && frame.mIs2d == last.mIs2d) || mFrames.size() >= kMaxFrames) {
+  const bool isSameTab = frame.mDrawing == last.mDrawing && frame.mIs2d == last.mIs2d;
+  if ((mCredit < 1 && isSameTab) || mFrames.size() >= kMaxFrames) {
+    last.mDrawing = frame.mDrawing;
     last.mIs2d = frame.mIs2d;
     last.mView = frame.mView;
     last.mLayout = frame.mLayout;
@@ -164,12 +168,19 @@ void Recorder::keep(RecordedFrame frame) {
 void Recorder::look() {
   const double now = unixNow();
   const RecordedFrame& last = mFrames.back();
-  RecordedFrame frame{now, host::isLayout(), host::view(), host::layout(), {}, 0};
-  if (frame.mIs2d != last.mIs2d || !isSameView(frame.mView, last.mView) ||
+  RecordedFrame frame{now, host::documentNumber(), host::isLayout(), host::view(), host::layout(), {}, 0};
+  takeNewObjects(now - mStart);
+  if (frame.mDrawing != last.mDrawing || frame.mIs2d != last.mIs2d || !isSameView(frame.mView, last.mView) ||
       !isSameLayout(frame.mLayout, last.mLayout))
     keep(std::move(frame));
-  mDrawing.takeNew(now - mStart);
   mScrollWatch.look();
+}
+
+void Recorder::takeNewObjects(double seconds) {
+  const auto number = static_cast<std::size_t>(host::documentNumber());
+  const bool isNew = number > mDrawings.size();
+  mDrawings.resize(std::max(mDrawings.size(), number));
+  mDrawings[number - 1].takeNew(isNew ? 0 : seconds);
 }
 
 void Recorder::caption(const std::string& text) {

@@ -24,6 +24,8 @@ inline double unixNow() {
 
 /// Objects that moved together since the frame before, and how.
 struct MovedGroup {
+  /// Number of their drawing.
+  int mDrawing = 1;
   /// Numbers of objects.
   std::vector<int> mObjects;
   AcGeMatrix3d mTransform;
@@ -34,6 +36,8 @@ void joinMotion(std::vector<MovedGroup>& earlier, const std::vector<MovedGroup>&
 
 struct RecordedFrame {
   double mUnixSeconds = 0;
+  /// Number of the drawing that was current.
+  int mDrawing = 1;
   bool mIs2d = false;
   host::ViewState mView;
   host::LayoutState mLayout;
@@ -118,7 +122,8 @@ public:
   bool hasViewMoved() const { return mHasViewMoved; }
   /// Whether a frame showed an object elsewhere than the one before it.
   bool haveObjectsMoved() const { return mHaveObjectsMoved; }
-  const DrawingData& drawing() const { return mDrawing; }
+  /// Those that have been opened, by number - 1; closed ones stay.
+  const std::vector<DrawingData>& drawings() const { return mDrawings; }
   const std::vector<Timestamped<std::string>>& captions() const { return mCaptions; }
   const std::vector<Timestamped<session::Pointer>>& pointers() const { return mPointers; }
   const std::vector<Timestamped<std::vector<int>>>& selections() const { return mSelections; }
@@ -132,6 +137,7 @@ private:
 
   void onFrame(const host::Frame& frame);
   void keep(RecordedFrame frame);
+  void takeNewObjects(double seconds);
 
   Controls& mControls;
   double mStart = 0;
@@ -149,7 +155,7 @@ private:
   std::vector<double> mPlugInTimes;
   bool mHasViewMoved = false;
   bool mHaveObjectsMoved = false;
-  DrawingData mDrawing;
+  std::vector<DrawingData> mDrawings;
   std::vector<Timestamped<std::string>> mCaptions;
   std::vector<Timestamped<session::Pointer>> mPointers;
   std::vector<Timestamped<std::vector<int>>> mSelections;

@@ -193,7 +193,8 @@ std::string Outcome::effects() const {
 json MovedWriter::write(const std::vector<MovedGroup>& groups) {
   json out = json::array();
   for (const MovedGroup& group : groups) {
-    json entry = {{"count", group.mObjects.size()}, {"matrix", matrix(group.mTransform)}};
+    json entry = {
+        {"drawing", group.mDrawing}, {"count", group.mObjects.size()}, {"matrix", matrix(group.mTransform)}};
     if (group.mObjects.size() <= kLongList)
       entry["objects"] = group.mObjects;
     else
@@ -214,6 +215,7 @@ std::size_t MovedWriter::listNumber(const std::vector<int>& objects) {
 
 json frameData(const RecordedFrame& frame, double start, MovedWriter& moved) {
   json entry = {{"t", frame.mUnixSeconds - start},
+                {"drawing", frame.mDrawing},
                 {"eye", xyz(frame.mView.position)},
                 {"target", xyz(frame.mView.target)},
                 {"up", xyz(frame.mView.up)},
@@ -250,7 +252,8 @@ json sessionData(const Recorder& recorder, const SessionInput& input, MovedWrite
   out["session"] = input.mSessionName;
   out["unix"] = start;
   out["seconds"] = input.mEnd - start;
-  out["drawing"] = recorder.drawing().toJson(input.mDrawingName, kSegmentBudget);
+  for (const DrawingData& drawing : recorder.drawings())
+    out["drawings"].push_back(drawing.toJson(kSegmentBudget));
   out["frames"] = framesJson(recorder, input, moved);
   out["lists"] = moved.lists();
   out["layout"] = {{"width", host::layout().width}, {"height", host::layout().height}};

@@ -37,7 +37,6 @@ struct Outcome {
 /// Everything there is to say of a session that has ended.
 struct SessionInput {
   /// The file's name, without folders.
-  std::string mDrawingName;
   std::string mSessionName;
   /// Texts that the plug-in sent while it was loaded.
   std::int64_t mSentAtStart = 0;
