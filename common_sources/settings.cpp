@@ -6,35 +6,12 @@
 
 #include "cnfg.h"
 #include "logging.h"
-#include "parameter.h"
+#include "settings_parameters.h"
 #include "util.h"
 
 namespace {
 
-constexpr char kProgramSection[] = "PROGRAM";
-constexpr int kValueWidth = 50;        // columns that a value takes in the file
 constexpr std::size_t kNameWidth = 23; // columns that a name takes in the dump
-
-/// In the order of the file.
-const Parameter<Settings> kParameters[] = {
-    {"name", &Settings::mName, "(AutoCAD Plug-in) mName", "# program's name"},
-    {"version", &Settings::mVersion, "mVersion", "# program's version number"},
-    {"transSensBase", &Settings::mTraSensBase, "mTraSensBase", "# base sensitivity divisor for translation"},
-    {"rotSensBase", &Settings::mRotSensBase, "mRotSensBase", "# base sensitivity divisor for rotation"},
-    {"minThreshold", &Settings::mMinThreshold, "mMinThreshold",
-     "# minimal threshold (overrides setting in control panel)"},
-    {"maxContMoveTime", &Settings::mMaxContMoveTime, "mMaxContMoveTime",
-     "# maximal time for continuous cap movement in milliseconds"},
-    {"toggleRotationCenter", &Settings::mToggleRotationCenter, "mToggleRotationCenter",
-     "# if true a selected object will define the rotation center"},
-    {"toggleRotationAxis", &Settings::mToggleRotationAxis, "mToggleRotationAxis",
-     "# if true a selected line will define the rotation axis"},
-    {"scrollTreeAndList", &Settings::mScrollTreeAndList, "mScrollTreeAndList",
-     "# scroll trees and lists within Catia if the mouse is above (on/off)"},
-    {"useInt3dIntrfce", &Settings::mUseInt3dIntrfce, "mUseInt3dIntrfce",
-     "# if true no rotations/translations are done by this plugin; the Omnibus Plug-in must be used "
-     "instead."},
-};
 
 } // namespace
 
@@ -71,16 +48,8 @@ Settings::~Settings() {
 }
 
 void Settings::setDefaults() {
-  mName = "AutoCAD Plug-in";
-  mVersion = "2.9.0";
-  mTraSensBase = kDefaultTraSensBase;
-  mRotSensBase = kDefaultRotSensBase;
-  mMinThreshold = 0;
-  mMaxContMoveTime = 500;
-  mToggleRotationCenter = true;
-  mToggleRotationAxis = false;
-  mScrollTreeAndList = true;
-  mUseInt3dIntrfce = false;
+  for (const auto& parameter : kProgramParameters)
+    parameter.read(*this, parameter.defaultValue);
   mLogPars = LogPars();
 }
 
@@ -106,7 +75,7 @@ int Settings::readSettingsFile(const std::string& path) {
     return -1;
   int sum = 0;
   std::string value;
-  for (const auto& parameter : kParameters) {
+  for (const auto& parameter : kProgramParameters) {
     sum += readParameter(cnfg, parameter.key, value, kProgramSection);
     parameter.read(*this, value);
   }
@@ -121,8 +90,8 @@ int Settings::readSettingsFile(const std::string& path) {
 std::string Settings::fileText() const {
   std::ostringstream os;
   os.exceptions(std::ios::badbit); // without memory no text, rather than a part of it
-  os << "# Configuration file for Orvaner's AutoCAD plug-in\n\n[" << kProgramSection << "]\n";
-  for (const auto& parameter : kParameters)
+  os << kSettingsHead << '[' << kProgramSection << "]\n";
+  for (const auto& parameter : kProgramParameters)
     parameter.write(os, *this, kValueWidth);
   os << '\n';
   mLogPars.write(os, kValueWidth);
@@ -153,7 +122,7 @@ int Settings::writeSettingsFile(const std::string& path) {
 std::string Settings::dump() const {
   std::ostringstream os;
   os.imbue(std::locale::classic()); // no grouping dots in numbers if the host sets a locale
-  for (const auto& parameter : kParameters) {
+  for (const auto& parameter : kProgramParameters) {
     parameter.dump(os, *this, kNameWidth);
     os << '\n';
   }

@@ -22,8 +22,9 @@ std::int32_t toNumber(const std::string& text);
 template <class Owner> struct Parameter {
   const char* key;
   std::variant<std::string Owner::*, std::int32_t Owner::*, bool Owner::*> field;
-  const char* name;    // of the field, for the dump
-  const char* comment; // in the file, with its "#"
+  const char* name;         // of the field, for the dump
+  const char* defaultValue; // as the file writes it
+  const char* comment;      // in the file, with its "#"
 
   /// Sets the field from the file's text.
   void read(Owner& owner, const std::string& text) const {
@@ -38,7 +39,6 @@ template <class Owner> struct Parameter {
   /// Writes the file's line.
   /// width  columns that the value takes; a longer one takes its own length
   void write(std::ostream& os, const Owner& owner, int width) const {
-    constexpr std::size_t kKeyWidth = 22;
     std::string text;
     if (const auto* const textP = std::get_if<std::string Owner::*>(&field))
       text = owner.**textP;
@@ -46,6 +46,12 @@ template <class Owner> struct Parameter {
       text = std::to_string(owner.**numberP);
     else
       text = Util::onOffText(owner.*std::get<bool Owner::*>(field));
+    writeLine(os, text, width);
+  }
+
+  /// Writes the file's line with that value.
+  void writeLine(std::ostream& os, const std::string& text, int width) const {
+    constexpr std::size_t kKeyWidth = 22;
     os << '\t' << padded(key, kKeyWidth) << "= " << padded(text, static_cast<std::size_t>(width)) << comment
        << '\n';
   }
