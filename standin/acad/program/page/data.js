@@ -24,7 +24,8 @@ const number = (v, digits = 4) => Math.abs(v) < 1e-9 ? '0' : String(Number(v.toP
 // Coordinates to a ten-thousandth of the picture's size, wherever in the world it is.
 function coordinates(values, size) {
   const order = Math.floor(Math.log10(Math.abs(size)));
-  return values.map(v => v.toFixed(Number.isFinite(order) ? Math.min(12, Math.max(0, 4 - order)) : 4)).join(', ');
+  const places = Number.isFinite(order) ? Math.min(12, Math.max(0, 4 - order)) : 4;
+  return values.map(v => v.toFixed(places).replace(/^-(?=[0.]*$)/, '')).join(', '); // no -0
 }
 const count = n => (n || 0).toLocaleString('en');
 

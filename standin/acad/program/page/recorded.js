@@ -16,7 +16,7 @@ function playRecorded(session) {
   strips.keys = events.filter(e => e.kind === 'event');
   strips.fill(motions.length ? motions : frames, frames, 0, duration);
   const boxes = new Controls(controls, null);
-  const modes = new TimedList('modes', (node, e) => node.append(e.name, make('i', {}, ' ' + e.t.toFixed(1))), t => goTo(t));
+  const modes = new TimedList('modes', (node, e) => node.append(e.name, make('i', {}, ' ' + Math.max(0, e.t).toFixed(1))), t => goTo(t));
   modes.add(events.filter(e => e.kind === 'mode').map(e => ({...e, kind: ''})));
   const commands = new TimedList('commands', fillWithTime, t => goTo(t));
   commands.add([...(session.commands || []).map(c => ({...c, kind: 'typed'})), ...(session.printed || [])]

@@ -39,7 +39,7 @@ class Strips {
       scales: {x: {time: false, range: () => [this.from, this.to]}, y: {distr: distr || 1, asinh, range}},
       cursor: {drag: {x: false, y: false}, points: {show: false}, y: false},
       axes: [{stroke: soft, grid: line(), ticks: {...line(), size: 4}, gap: 2, size: 24, font: '11px system-ui', values: (u, v) => v.map(t => number(t, 6) + ' s')},
-        {stroke: soft, grid: line(), ticks: {...line(), size: 4}, gap: 3, size: 76, font: '11px system-ui', splits, filter: (u, all) => all, values: (u, v) => values(v)}],
+        {stroke: soft, grid: line(), ticks: {...line(), size: 4}, gap: 3, size: 84, font: '11px system-ui', splits, filter: (u, all) => all, values: (u, v) => values(v)}],
       hooks: {draw: [u => { this.placeMark(u); if (id === 'pushes') this.drawKeys(u); }]},
     }, [[0], ...series.map(() => [null])], element);
     if (this.onTime) {
