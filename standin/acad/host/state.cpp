@@ -26,16 +26,9 @@ State& state() {
 }
 
 void reset() {
-  State& s = state();
-  s.documents.clear();
-  s.opened = 0;
-  s.hasDocument = true;
-  s.hasDocumentManager = true;
-  s.history.clear();
-  s.sentTexts = 0;
-  s.frameSink = nullptr;
-  s.refreshRate = 0;
-  s.menuText.clear();
+  State fresh;
+  fresh.reactors = std::move(state().reactors);
+  state() = std::move(fresh);
   clearCommands();
   clearCommandLine();
 }

@@ -96,10 +96,8 @@ void HostPlayer::select(const session::Action& action) {
       report(action, "(no line to select)");
     host::selectNumbers(line == 0 ? std::vector<int>{} : std::vector<int>{line});
   } else {
-    const std::vector<int> numbers =
-        action.mSelection == Selection::objects ? action.mObjects : std::vector<int>{};
-    host::selectNumbers(numbers);
-    if (host::selected().size() < numbers.size())
+    host::selectNumbers(action.mObjects);
+    if (host::selected().size() < action.mObjects.size())
       report(action, "(only " + std::to_string(host::selected().size()) + " of these objects to select)");
   }
   mRecorder.selection();
