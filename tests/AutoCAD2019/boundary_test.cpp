@@ -206,8 +206,9 @@ TEST_F(Boundary, UnloadedByMessageLeavesNothing) {
 TEST_F(Boundary, ProcessEndsWithoutMessage) {
   rig::setEnvironment("ASAN_OPTIONS", "detect_leaks=0"); // nothing is given back at such an end
   std::string keys; // each makes a record of the reading thread, which so is nearly always inside one
-  for (int i = 0; i < 40000; ++i)
-    keys += "0.0 device key 0\n";
+  for (const char* const line : {"0.0 device key 0\n", "5.0 device key 0\n"}) // later for a second connection
+    for (int i = 0; i < 40000; ++i)
+      keys += line;
   live(); // writes the settings
   const std::string before =
       std::regex_replace(mHome.read(kSettings), std::regex("(debug +=) off"), "$1 on ");
