@@ -1,0 +1,18 @@
+# Makes HTML of the pages, for cmake --install.
+find_program(converter cmark-gfm)
+if(NOT converter)
+  message(FATAL_ERROR "cmark-gfm is missing; run: scripts/install windows")
+endif()
+set(folder $ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/docs)
+file(GLOB pages ${source}/*.md)
+file(GLOB pictures ${source}/*.png)
+foreach(page ${pages})
+  get_filename_component(name ${page} NAME_WE)
+  execute_process(COMMAND ${converter} -e table ${page} OUTPUT_VARIABLE body COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX REPLACE "href=\"([a-z_]+)\\.md" "href=\"\\1.html" body "${body}")
+  file(WRITE ${folder}/${name}.html "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\"><title>${title}: ${name}</title>\n"
+    "<style>body { font: 16px/1.5 sans-serif; max-width: 60em; margin: 2em auto; padding: 0 1em }\n"
+    "table { border-collapse: collapse } td, th { border: 1px solid #aaa; padding: 0.3em 0.6em; text-align: left }</style>\n"
+    "</head><body>\n${body}</body></html>\n")
+endforeach()
+file(COPY ${pictures} DESTINATION ${folder})
