@@ -33,15 +33,21 @@ nlohmann::ordered_json json() {
                     {"unit", r.unit},
                     {"against", r.reference},
                     {"difference", r.isDifference},
-                    {"met", r.ratio <= r.goal}});
+                    {"met", r.isMet()}});
   return {{"rows", rows}};
+}
+
+std::string goalOf(const bench::Result& r) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%g", r.goal);
+  return r.goal == 0 ? "-" : text;
 }
 
 void printTable() {
   std::printf("%-52s %12s %12s    %8s %8s\n", "what", "ours", "reference", "ratio", "goal");
   for (const bench::Result& r : bench::results())
-    std::printf("%-52s %12.5g %12.5g %-2s %8.3f %8g %s\n", r.what.c_str(), r.ours, r.theirs, r.unit.c_str(),
-                r.ratio, r.goal, r.ratio <= r.goal ? "" : "  not met");
+    std::printf("%-52s %12.5g %12.5g %-2s %8.3f %8s %s\n", r.what.c_str(), r.ours, r.theirs, r.unit.c_str(),
+                r.ratio, goalOf(r).c_str(), r.isMet() ? "" : "  not met");
 }
 
 } // namespace

@@ -11,10 +11,6 @@
 
 namespace bench {
 
-namespace {
-
-constexpr char kBare[] = "the bare host calls and arithmetic";
-
 void passOurs(int count) {
   for (int i = 0; i < count; ++i) {
     turnSample(i);
@@ -28,6 +24,10 @@ void passBare(int count) {
     barePass(plugin());
   }
 }
+
+namespace {
+
+constexpr char kBare[] = "the bare host calls and arithmetic";
 
 /// Runs the counting program under callgrind. Returns the instructions of one pass.
 double instructionsOf(const std::string& side) {
@@ -49,7 +49,6 @@ void addMotionRows() {
   Row row;
   row.what = "a 3D pass, six axes, log filtered";
   row.reference = kBare;
-  row.goal = 1.3;
   row.batch = 200;
   row.prepare = resetView;
   row.start = [] {
@@ -69,7 +68,7 @@ void addMotionRows() {
   const std::string what = row.what + ", instructions";
   add(what, [what] {
     const double ours = instructionsOf("ours"), bare = instructionsOf("bare");
-    return Result{what, kBare, "", ours, bare, ours / bare, 1.3, false};
+    return Result{what, kBare, "", ours, bare, ours / bare, 0, false};
   });
 }
 
