@@ -134,6 +134,8 @@ TEST_F(Doctor, NamesWhatIsBrokenAndTouchesNothing) {
       {"menu cut", [&] { replaceIn(kMenu, "# c", ""); }, "menu cut short", "from line 10 on"},
       {"one error", [&] { addToLog("Error move3D()"), addToLog("ViewP could not be retrieved!", 500); },
        "error in log", "500 times"},
+      {"two causes", [&] { replaceIn(kSettings, "20000", "0    "), mHome.remove(kMenu); }, "menu missing",
+       "no menu"},
       {"log missing", [&] { mHome.remove(kLog); }, "never loaded", "no log"},
       {"reader missing", [&] { mModules.remove(kReader); }, "reader missing", kReader},
       {"daemon absent", [&] { rig::setEnvironment("OV_DEVLINK_PORT", "1"); }, "daemon absent", "port 1."},
