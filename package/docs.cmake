@@ -9,6 +9,7 @@ file(GLOB pictures ${source}/*.png)
 foreach(page ${pages})
   get_filename_component(name ${page} NAME_WE)
   execute_process(COMMAND ${converter} -e table ${page} OUTPUT_VARIABLE body COMMAND_ERROR_IS_FATAL ANY)
+  string(REPLACE "href=\"../demo/menus" "href=\"../menus" body "${body}")
   string(REGEX REPLACE "href=\"([a-z_]+)\\.md" "href=\"\\1.html" body "${body}")
   file(WRITE ${folder}/${name}.html "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\"><title>${title}: ${name}</title>\n"
     "<style>body { font: 16px/1.5 sans-serif; max-width: 60em; margin: 2em auto; padding: 0 1em }\n"

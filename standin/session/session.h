@@ -83,7 +83,8 @@ enum class Verb {
   open,
   /// mObjects[0]: number of the drawing that becomes current; they count from 1 in the order of opening.
   drawing,
-  /// The current drawing is closed, and the one before it is current again. After the last one, an empty one is.
+  /// The current drawing is closed, and the one before it is current again. After the last one, an empty one is,
+  /// which counts too.
   close,
   /// mText, for the report.
   caption,

@@ -195,16 +195,16 @@ TEST_F(EndToEnd, SecondDrawingOpensInMidMovement) {
   ASSERT_EQ(runBoth("0.2 host select 1\n"
                     "0.2 host type OV_Toggle_Object_Move_Mode\n"
                     "0.4 device motion 0 4 0 0 0 0\n"
-                    "0.6 host open " OV_DRAWING "\n"
-                    "2.0 device motion 0 0 0 0 0 0\n"
-                    "2.2 host drawing 1\n"
-                    "2.4 device motion 0 0 0 0 50 0\n"
-                    "2.6 host drawing 2\n"
-                    "2.6 host close\n"
-                    "3.4 device motion 0 0 0 0 0 0\n"),
+                    "1.4 host open " OV_DRAWING "\n"
+                    "2.8 device motion 0 0 0 0 0 0\n"
+                    "3.2 host drawing 1\n"
+                    "3.4 device motion 0 0 0 0 50 0\n"
+                    "4.2 host drawing 2\n"
+                    "4.2 host close\n"
+                    "5.0 device motion 0 0 0 0 0 0\n"),
             0)
       << mOutput;
-  EXPECT_THAT(mOutput, HasSubstr("2.2 s  (house.dxf is locked)")) << "its unlocking met the other drawing";
+  EXPECT_THAT(mOutput, HasSubstr("3.2 s  (house.dxf is locked)")) << "its unlocking met the other drawing";
   const json session = report();
   std::vector<json> parts; // drawing, whether objects move, first and last view
   for (const json& frame : session["frames"]) {
