@@ -19,26 +19,17 @@ namespace doctor {
 
 namespace {
 
-#ifdef _WIN32
-constexpr char kLibrary[] = "ov_devlink_64.dll";
-#else
-constexpr char kLibrary[] = "libov_devlink_64.so";
-#endif
-
 /// The device library, as the plug-in gets it: from the module's folder, or else from where the system looks.
 /// It stays loaded until the program's end.
 struct DeviceLibrary {
   explicit DeviceLibrary(const Report& report) {
-    if (!load(report.mModuleFolder + kLibrary) && !load(kLibrary))
-      return;
-    isWhole = take(connect, 104, "ovConnect") && take(disconnect, 106, "ovDisconnect") &&
+    for (const std::string& path : {report.mModuleFolder + OV_DEVICE_LIBRARY, std::string(OV_DEVICE_LIBRARY)})
+      if (!module)
+        module = LoadLibraryW(Util::toWideByCodePage(Util::nativePath(path)).c_str());
+    isWhole = module && take(connect, 104, "ovConnect") && take(disconnect, 106, "ovDisconnect") &&
               take(fetchEvent, 108, "ovFetchEvent") && take(getSettings, 110, "ovGetAdvancedSettings") &&
               take(getInfo, 116, "ovGetDevInfo") && take(getCount, 117, "ovGetDevNum") &&
               take(setMode, 180, "ovSetApplMode");
-  }
-  bool load(const std::string& path) {
-    module = LoadLibraryW(Util::toWideByCodePage(Util::nativePath(path)).c_str());
-    return module;
   }
   template <class Function>
   bool take(Function& function, [[maybe_unused]] UINT_PTR ordinal, [[maybe_unused]] const char* name) {
@@ -60,20 +51,7 @@ struct DeviceLibrary {
   decltype(&ovSetApplMode) setMode = nullptr; // not called: the plug-in alone announces modes
 };
 
-/// Finds out why there is no link.
-void findNoDaemon(Report& report, std::uint16_t port) {
-  boost::asio::io_context io;
-  boost::system::error_code failure;
-  boost::asio::ip::tcp::socket(io).connect({boost::asio::ip::address_v4::loopback(), port}, failure);
-  if (failure)
-    report.find("daemon absent",
-                "The device's daemon isn't there: nobody listens on port " + std::to_string(port) + ".");
-  else
-    report.find("daemon differs",
-                "The daemon on port " + std::to_string(port) + " isn't of the device library's version.");
-}
-
-/// Asks the daemon. The link is open.
+/// Asks the daemon over an open link, and closes it.
 void listDevices(Report& report, const DeviceLibrary& library, Json& data) {
   constexpr const char* kWords[] = {"scene about the point looked at", "scene about the drawing's origin",
                                     "camera about the eye", "camera about the point looked at"};
@@ -94,6 +72,7 @@ void listDevices(Report& report, const DeviceLibrary& library, Json& data) {
   data["rotation"] = std::to_string(code) + ": " + kWords[mode.rotMode] +
                      (mode.keepHorizon ? ", level horizon" : "") + (mode.hoverMode ? ", hovering" : "");
   data["zoom after view"] = record[devlink::kSettingsZoomOffset] != 0;
+  library.disconnect();
 }
 
 /// Returns a name and a bar, as in "X[    |##  ]". A deflection, however small, shows.
@@ -122,13 +101,19 @@ void checkDevice(Report& report) {
   const bool answers = library.isWhole && library.connect(0, "ov_doctor") == 0;
   Json& data = report.mData["device"] = {{"port", port}, {"daemon answers", answers}};
   if (!library.isWhole)
-    return report.find("library missing", std::string(kLibrary) +
+    return report.find("library missing", std::string(OV_DEVICE_LIBRARY) +
                                               (library.module ? " lacks functions" : " is missing") +
                                               ": the plug-in can't be loaded.");
-  if (!answers)
-    return findNoDaemon(report, port);
-  listDevices(report, library, data);
-  library.disconnect();
+  if (answers)
+    return listDevices(report, library, data);
+  boost::asio::io_context io;
+  boost::system::error_code failure;
+  boost::asio::ip::tcp::socket(io).connect({boost::asio::ip::address_v4::loopback(), port}, failure);
+  if (failure)
+    report.find("daemon absent", "No daemon: nobody listens on port " + std::to_string(port) + ".");
+  else
+    report.find("daemon differs",
+                "The daemon on port " + std::to_string(port) + " hangs, or is of another version.");
 }
 
 void watch(Report& report) {
@@ -145,7 +130,7 @@ void watch(Report& report) {
     while (isConnected && library.fetchEvent(0, axes, axes + 1, axes + 2, axes + 3, axes + 4, axes + 5,
                                              &unused, &unused, &code, &unused, &unused) == 0) {
       std::string line; // the bars stay in the last line, and keys stand above
-      if (code >= 0)
+      if (code >= 0 && code != kAnnounceModeEvent)
         line = nameOf(code, report.mKeyNames) + std::string(40, ' ') + '\n';
       for (std::size_t i = 0; i < 6; ++i) {
         largest = std::max(largest, std::abs(static_cast<int>(axes[i])));

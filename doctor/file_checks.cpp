@@ -25,10 +25,12 @@ struct Oddity {
 };
 
 constexpr Oddity kOddities[] = {
-    {"SensBase", 0, 0, "divisor zero", "is no divisor: the default acts in its place"},
-    {"SensBase", INT_MIN, -1, "divisor negative", "turns every direction round"},
-    {"minThreshold", 32767, 32767, "threshold too high", "is more than an axis reaches"},
-    {"maxContMoveTime", 0, 0, "no time to move", "switches cap and keys off"},
+    {"SensBase", 0, 0, "divisor odd", "is no divisor: the default acts in its place"},
+    {"SensBase", INT_MIN, -1, "divisor odd", "turns every direction round"},
+    {"minThreshold", 1000, INT_MAX, "threshold odd", "is more than most devices reach"},
+    {"minThreshold", INT_MIN, -1, "threshold odd", "never lets a movement end"},
+    {"maxContMoveTime", 0, 0, "time odd", "switches cap and keys off"},
+    {"maxContMoveTime", INT_MIN, -1, "time odd", "lets nobody type while the cap is held"},
     {"useInt3dIntrfce", 1, 1, "other plug-in", "leaves the cap to another plug-in"},
 };
 
@@ -142,6 +144,8 @@ constexpr Advice kAdvice[] = {
     {"Error: OvScribe does not exist", "See the menu reader.", true},
     {"keyEvent (N') too big (max. is -N)", "A key came before the menu file: wait until it is loaded."},
     {"keyEvent (", "The menu file has fewer entries than the device has keys."},
+    {"Error creating reading thread!", "Nothing comes from the device: restart the host."},
+    {"Error AutoCadProxy()", "The pump didn't start: unload the plug-in, load it again, and keep the log."},
     {"Error TimerProc()", "The pump has stopped: unload the plug-in, load it again, and keep the log."},
     {"ViewP could not be retrieved!", "Click into a viewport with a 3D view, or restart the host."},
     {"Error transformSelection()", "Unlock the layers of what is selected."},
@@ -151,8 +155,8 @@ constexpr Advice kAdvice[] = {
 
 /// Records of errors that differ in numbers alone.
 struct ErrorKind {
-  int mCount = 0, mInLastSession = 0;
-  std::string mLast; // date and time
+  int mCount = 0, mSinceHeader = 0; // a header begins each load and each new file
+  std::string mLast;                // date and time
 };
 
 } // namespace
@@ -162,7 +166,7 @@ void checkLog(Report& report) {
   Json& data = report.mData["log"] = {{"file", report.mLogFile}, {"there", text.has_value()}};
   if (!text)
     return report.find("never loaded",
-                       "There is no log: the plug-in was never loaded, or the host refused it.");
+                       "There is no log: the plug-in never ran, or logToFile is off, or logFile is no good.");
   const std::regex header("Orvane logfile '.*' opened at (.{15}).*"), number("[0-9]+(?=[')])");
   const std::regex record("([0-9:.]{12})\\|(...)(?:\\|[^|]*){4}\\| ([^\\r]*)\\r?");
   std::map<std::string, ErrorKind> byText;
@@ -170,25 +174,27 @@ void checkLog(Report& report) {
   std::istringstream in(*text);
   std::smatch found;
   for (std::string line; std::getline(in, line);) {
+    // The regular expressions take stack for each character.
+    line.resize(std::min<std::size_t>(line.size(), 500));
     if (std::regex_match(line, found, header)) {
       date = found[1];
       load = "";
       for (auto& kind : byText)
-        kind.second.mInLastSession = 0;
+        kind.second.mSinceHeader = 0;
     } else if (std::regex_match(line, found, record)) {
       const std::string time = date + " " + found[1].str() + " UTC";
       load = load.empty() ? time : load;
       unload = found[3] == "Logging::~Logging(): destructing ..." ? time : "not yet";
       if (found[2] == "ERR") {
         ErrorKind& kind = byText[std::regex_replace(found[3].str(), number, "N")];
-        kind = {kind.mCount + 1, kind.mInLastSession + 1, time};
+        kind = {kind.mCount + 1, kind.mSinceHeader + 1, time};
       }
     }
   }
-  data.update({{"bytes", text->size()}, {"limit, kB", report.mLogLimit}});
-  data.update({{"loaded", load}, {"unloaded", unload}});
+  data.update(
+      {{"bytes", text->size()}, {"limit, kB", report.mLogLimit}, {"begun", load}, {"unloaded", unload}});
   std::vector<std::pair<std::string, ErrorKind>> kinds(byText.begin(), byText.end());
-  const auto isBefore = [](auto& a, auto& b) { return a.second.mInLastSession > b.second.mInLastSession; };
+  const auto isBefore = [](auto& a, auto& b) { return a.second.mSinceHeader > b.second.mSinceHeader; };
   std::stable_sort(kinds.begin(), kinds.end(), isBefore);
   for (const auto& [kind, seen] : kinds) {
     const Advice* advice = kAdvice;
@@ -196,8 +202,9 @@ void checkLog(Report& report) {
       ++advice;
     data["errors"].push_back(
         {{"count", seen.mCount}, {"last", seen.mLast}, {"text", kind}, {"next", advice->mNext}});
-    if (seen.mInLastSession > 0 && !advice->mIsSeenToday)
-      report.find("error in log", std::to_string(seen.mInLastSession) + " times in the last session: " + kind,
+    if (seen.mSinceHeader > 0 && !advice->mIsSeenToday)
+      report.find("error in log",
+                  "Since " + load + ", count " + std::to_string(seen.mSinceHeader) + ": " + kind,
                   advice->mNext);
   }
 }

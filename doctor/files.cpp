@@ -34,13 +34,16 @@ std::string folded(std::string text) {
   return text;
 }
 
-/// Replaces a name wherever it stands, in any case and with either slash.
+/// Replaces a name wherever it stands, unless as a part of a word, in any case and with either slash.
 void replace(std::string& text, const std::string& name, const std::string& by) {
   std::string search = folded(text);
+  const auto isInWord = [&](std::size_t i) { return i < search.size() && std::isalnum(search[i] & 0xFF); };
   for (std::size_t at = 0; !name.empty() && (at = search.find(folded(name), at)) != std::string::npos;) {
-    text.replace(at, name.size(), by);
-    search.replace(at, name.size(), by);
-    at += by.size();
+    const bool isPart = isInWord(at - 1) || isInWord(at + name.size());
+    const std::string& put = isPart ? text.substr(at, name.size()) : by;
+    text.replace(at, name.size(), put);
+    search.replace(at, name.size(), put);
+    at += put.size();
   }
 }
 
@@ -81,9 +84,8 @@ std::string zipOf(const Files& files) {
     out += "PK\3\4" + facts + name + bytes;
   }
   // Disks, entries, the directory's size and place, comment.
-  const std::string end = words({0, 0, files.size(), files.size()}) + twoWords(directory.size()) +
-                          twoWords(out.size()) + words({0});
-  return out + directory + "PK\5\6" + end;
+  return out + directory + "PK\5\6" + words({0, 0, files.size(), files.size()}) + twoWords(directory.size()) +
+         twoWords(out.size()) + words({0});
 }
 
 } // namespace
@@ -96,7 +98,7 @@ void writeDefaults(const Report& report) {
   if (Util::fileExists(path)) {
     if (std::rename(Util::nativePath(path).c_str(), Util::nativePath(kept).c_str()) != 0)
       throw std::runtime_error("'" + path + "' can't be renamed");
-    std::cout << "The old settings are in '" << kept << "'.\n";
+    std::cerr << "The old settings are in '" << kept << "'.\n";
   }
   std::ostringstream os;
   os << kSettingsHead << '[' << kProgramSection << "]\n";
@@ -106,7 +108,7 @@ void writeDefaults(const Report& report) {
   for (const auto& parameter : kLogParameters)
     parameter.writeLine(os, parameter.defaultValue, kValueWidth);
   write(path, os.str());
-  std::cout << "'" << path << "' has the defaults. A plug-in that is loaded overwrites it at its end.\n\n";
+  std::cerr << "'" << path << "' has the defaults. A plug-in that is loaded overwrites it at its end.\n\n";
 }
 
 void writeReport(Report& report, const std::string& path) {

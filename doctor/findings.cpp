@@ -28,20 +28,20 @@ constexpr Kind kKinds[] = {
     {"folder missing", "Start the device's driver, which makes it, and load the plug-in again."},
     {"library missing", "Put the one that came with the plug-in beside it; --module says where that is."},
     {"daemon absent", "Start the device's driver. If it uses another port, set OV_DEVLINK_PORT."},
-    {"daemon differs", "Install driver and device library in the same version."},
+    {"daemon differs", "Restart the driver. Install it and the device library in the same version."},
     {"device absent", "Look at the device's cable and driver."},
-    {"no time to move", kSet},
+    {"module missing", "Put it back from the package; --module says where it is."},
+    {"time odd", kSet},
     {"other plug-in", kSet},
-    {"threshold too high", kSet},
+    {"threshold odd", kSet},
     {"key missing", "Unload the plug-in, and complete the file, or run ov_doctor defaults."},
     {"reader missing", "Put it beside the plug-in."},
     {"menu missing", "Load the plug-in, and wait until the menu reader has written it."},
     {"modes missing", "Name start, layout and 3D in the section Modes of the host's menu, a line each."},
     {"menu cut short", "Remove that line from the host's menu."},
-    {"never loaded", "Load it in the host; if that fails, see the page on troubleshooting."},
+    {"never loaded", "Load it in the host. logFile is a name, or a whole path with backslashes."},
     {"error in log", nullptr},
-    {"divisor zero", kSet},
-    {"divisor negative", kSet},
+    {"divisor odd", kSet},
 };
 
 std::size_t indexOf(const Json& finding) {
@@ -85,6 +85,7 @@ Report::Report(const std::string& module)
   std::string file = module.empty() ? Util::toNarrow(own) : module;
   std::replace(file.begin(), file.end(), '/', '\\');
   mModuleFolder = file.substr(0, file.rfind('\\') + 1);
+  mModule = module.empty() ? mModuleFolder + "OVAutoCAD2019.arx" : file;
 }
 
 std::optional<std::string> Report::read(const std::string& path) {
@@ -105,8 +106,9 @@ void Report::find(const std::string& code, const std::string& cause, const char*
 
 void checkHome(Report& report) {
   const std::string folder = report.mFolder + "\\Applications";
-  report.mData["home"] = folder;
-  report.mData["plug-in"] = report.mModuleFolder;
+  report.mData = {{"home", folder}, {"plug-in", report.mModule}};
+  if (!Util::fileExists(report.mModule))
+    report.find("module missing", "'" + report.mModule + "' is missing.");
   if (report.mHome.empty())
     report.find("no home", "The environment variable USERPROFILE isn't set.");
   else if (!Util::folderExists(folder))
@@ -118,7 +120,9 @@ int Report::examine() {
     check(*this);
   const auto isBefore = [](const Json& a, const Json& b) { return indexOf(a) < indexOf(b); };
   std::stable_sort(mFindings.begin(), mFindings.end(), isBefore);
-  const Json allWell = {{"code", "all well"}, {"cause", "All well."}, {"next", "Load the plug-in."}};
+  const Json allWell = {{"code", "all well"},
+                        {"cause", "All well."},
+                        {"next", "Load the plug-in. ov_doctor watch shows what the cap does."}};
   mData["findings"] = mFindings;
   mData["verdict"] = mFindings.empty() ? allWell : mFindings[0];
   return mFindings.empty() ? 0 : indexOf(mFindings[0]) < kCantLook ? 2 : 1;

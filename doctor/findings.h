@@ -30,8 +30,8 @@ struct Report {
   std::string text() const;
 
   std::string mHome, mFolder, mSettingsFile, mMenuFile, mLogFile;
-  std::string mModuleFolder; // with a backslash at its end
-  std::string mLogLimit;     // kB
+  std::string mModule, mModuleFolder; // the folder has a backslash at its end
+  std::string mLogLimit;              // kB
   Json mData;
   Json mFindings = Json::array();
   std::vector<std::string> mKeyNames; // by the keys' numbers

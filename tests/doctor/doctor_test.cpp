@@ -24,6 +24,7 @@ constexpr char kSettings[] = "Orvaner/Applications/autocad_addin.ini";
 constexpr char kMenu[] = "Orvaner/Applications/autocad.mnu";
 constexpr char kLog[] = "Orvaner/autocad_addin_log.txt";
 constexpr char kReader[] = "OvScribe2018.dll";
+constexpr char kModule[] = "OVAutoCAD2019.arx";
 
 std::string record(const std::string& type, const std::string& text) {
   return "10:11:12.345|" + type + "|  1234|some_file.cpp|  12| SomeClass::method | " + text + "\n";
@@ -53,13 +54,14 @@ protected:
                           record("ERR", "Error in ovConnect()!") + record("CRT", "Constructed.") +
                           record("CRT", "Logging::~Logging(): destructing ..."));
     mModules.write(kReader, "");
+    mModules.write(kModule, "");
     fs::copy(OV_LIBRARY, mModules.native());
     rig::setEnvironment("USERPROFILE", mHome.native());
     rig::setEnvironment("USERNAME", "Zaphod");
   }
   /// Returns the exit status; what it prints is in mOutput.
   int run(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), {"--module", mModules.native("OVAutoCAD2019.arx")});
+    arguments.insert(arguments.begin(), {"--module", mModules.native(kModule)});
     const int status = Process(OV_DOCTOR, arguments, mOther.native("doctor")).wait(60);
     mOutput = mOther.read("doctor");
     return status;
@@ -118,11 +120,13 @@ TEST_F(Doctor, NamesWhatIsBrokenAndTouchesNothing) {
       {"key missing", [&] { replaceIn(kSettings, "\ttmp .*\n", ""); }, "key missing", "lacks tmp"},
       {"blank line", [&] { replaceIn(kSettings, "(\tdebug .*\n)", "\n$1"); }, "key missing",
        "debug, tmp, fileToLog"},
-      {"divisor 0", [&] { replaceIn(kSettings, "20000", "0    "); }, "divisor zero", "transSensBase = 0"},
-      {"divisor -1", [&] { replaceIn(kSettings, "10000", "-1   "); }, "divisor negative", "rotSensBase = -1"},
-      {"threshold", [&] { replaceIn(kSettings, "(minThreshold *= )0    ", "$0132767"); },
-       "threshold too high", "32767"},
-      {"no time", [&] { replaceIn(kSettings, "500 ", "0   "); }, "no time to move", "maxContMoveTime = 0"},
+      {"divisor 0", [&] { replaceIn(kSettings, "20000", "0    "); }, "divisor odd", "transSensBase = 0"},
+      {"divisor -1", [&] { replaceIn(kSettings, "10000", "-1   "); }, "divisor odd", "rotSensBase = -1"},
+      {"threshold", [&] { replaceIn(kSettings, "(minThreshold *= )0    ", "$0132767"); }, "threshold odd",
+       "32767"},
+      {"threshold -1", [&] { replaceIn(kSettings, "(minThreshold *= )0    ", "$0165535"); }, "threshold odd",
+       "never lets"},
+      {"no time", [&] { replaceIn(kSettings, "500 ", "0   "); }, "time odd", "maxContMoveTime = 0"},
       {"other", [&] { replaceIn(kSettings, "(useInt3dIntrfce *= )off", "$01on "); }, "other plug-in",
        "useInt3dIntrfce"},
       {"settings", [&] { mHome.remove(kSettings), mHome.makeFolder(kSettings); }, "unreadable",
@@ -133,9 +137,11 @@ TEST_F(Doctor, NamesWhatIsBrokenAndTouchesNothing) {
       {"two modes", [&] { replaceIn(kMenu, "Layout\n", ""); }, "modes missing", "2 modes"},
       {"menu cut", [&] { replaceIn(kMenu, "# c", ""); }, "menu cut short", "from line 10 on"},
       {"one error", [&] { addToLog("Error move3D()"), addToLog("ViewP could not be retrieved!", 500); },
-       "error in log", "500 times"},
+       "error in log", "count 500"},
       {"two causes", [&] { replaceIn(kSettings, "20000", "0    "), mHome.remove(kMenu); }, "menu missing",
        "no menu"},
+      {"long line", [&] { addToLog(std::string(300000, '\0')); }, "error in log", "count 1"},
+      {"module missing", [&] { mModules.remove(kModule); }, "module missing", kModule},
       {"log missing", [&] { mHome.remove(kLog); }, "never loaded", "no log"},
       {"reader missing", [&] { mModules.remove(kReader); }, "reader missing", kReader},
       {"daemon absent", [&] { rig::setEnvironment("OV_DEVLINK_PORT", "1"); }, "daemon absent", "port 1."},
@@ -150,6 +156,7 @@ TEST_F(Doctor, NamesWhatIsBrokenAndTouchesNothing) {
     mHome.write(kMenu, menu);
     mHome.write(kLog, log);
     mModules.write(kReader, "");
+    mModules.write(kModule, "");
     home.mBreak();
     const auto before = everythingIn(mHome);
     EXPECT_EQ(run({"--json"}), home.mStatus);
@@ -189,7 +196,8 @@ int numberAt(const std::string& bytes, std::size_t place) {
 }
 
 TEST_F(Doctor, ReportNamesNobody) {
-  addToLog("Menu file '" + mHome.backslashed("autocad.mnu") + "' of ZAPHOD in " + mHome.native());
+  addToLog("Menu file '" + mHome.backslashed("autocad.mnu") + "' of ZAPHOD, not zaphods, in " +
+           mHome.native());
   EXPECT_EQ(run({"report", mOther.native("a.zip")}), 1) << mOutput;
   const std::string zip = mOther.read("a.zip");
   std::map<std::string, std::string> files;
@@ -209,7 +217,7 @@ TEST_F(Doctor, ReportNamesNobody) {
   EXPECT_EQ(files["autocad.mnu"], mHome.read(kMenu));
   EXPECT_EQ(files["autocad_addin.ini"], mHome.read(kSettings));
   EXPECT_THAT(files["findings.txt"],
-              HasSubstr("Menu file '%USERPROFILE%\\autocad.mnu' of %NAME% in %USERPROFILE%"));
+              HasSubstr("Menu file '%USERPROFILE%\\autocad.mnu' of %NAME%, not zaphods, in %USERPROFILE%"));
   for (const std::string& name :
        {mHome.native(), mHome.backslashed(), std::string("ZAPHOD"), std::string("Zaphod")})
     EXPECT_EQ(zip.find(name), std::string::npos) << name;
@@ -220,9 +228,10 @@ TEST_F(Doctor, WatchDisturbsNoSession) {
   std::set<std::string> samples, bars;
   for (int i = 0; i < 5; ++i) {
     const std::string sample = "0 0 " + std::to_string(100 * (i + 1)) + " 0 0 0";
-    const std::string start = std::to_string(4 + i);
-    session += start + ".0 device motion " + sample + "\n" + start + ".3 device motion 0 0 0 0 0 0\n";
-    session += start + ".6 device key 0\n";
+    const int second = 4 + 2 * i;
+    session += std::to_string(second) + " device motion " + sample + "\n";
+    session += std::to_string(second + 1) + " device motion 0 0 0 0 0 0\n";
+    session += std::to_string(second + 1) + ".5 device key 0\n";
     samples.insert("[" + std::regex_replace(sample, std::regex(" "), ",") + "]");
   }
   DaemonProcess daemon(mOther, session);

@@ -60,24 +60,24 @@ std::vector<json> framesOf(const json& report, const std::array<int, 6>& sample)
 
 TEST_F(EndToEnd, SessionMovesViewAndObjects) {
   const int status = runBoth("0.6 device motion 0 0 0 0 500 0\n"
-                             "1.0 device motion 0 0 0 0 0 0\n"
-                             "1.2 device motion 0 0 1000 0 0 0\n"
-                             "1.6 device motion 0 0 0 0 0 0\n"
-                             "1.8 device view front\n"
-                             "2.4 device key 0\n"
-                             "2.8 host select 1\n"
-                             "2.8 host type OV_Toggle_Object_Move_Mode\n"
-                             "3.2 device motion 0 4 0 0 0 0\n"
-                             "4.4 device motion 0 0 0 0 0 0\n"
-                             "4.8 host type OV_Toggle_Object_Move_Mode\n"
-                             "5.0 host pointer list\n"
-                             "5.2 device motion 0 0 310 0 0 0\n"
-                             "5.6 device motion 0 0 0 0 0 0\n"
-                             "5.8 host pointer view\n"
-                             "5.8 host layout on\n"
-                             "6.2 device motion 300 0 0 0 0 0\n"
-                             "6.6 device motion 0 0 0 0 0 0\n"
-                             "6.8 host caption The end\n");
+                             "1.2 device motion 0 0 0 0 0 0\n"
+                             "1.4 device motion 0 0 1000 0 0 0\n"
+                             "2.0 device motion 0 0 0 0 0 0\n"
+                             "2.2 device view front\n"
+                             "2.8 device key 0\n"
+                             "3.2 host select 1\n"
+                             "3.2 host type OV_Toggle_Object_Move_Mode\n"
+                             "4.0 device motion 0 4 0 0 0 0\n"
+                             "5.2 device motion 0 0 0 0 0 0\n"
+                             "5.6 host type OV_Toggle_Object_Move_Mode\n"
+                             "5.8 host pointer list\n"
+                             "6.2 device motion 0 0 310 0 0 0\n"
+                             "7.0 device motion 0 0 0 0 0 0\n"
+                             "7.2 host pointer view\n"
+                             "7.2 host layout on\n"
+                             "8.2 device motion 300 0 0 0 0 0\n"
+                             "9.4 device motion 0 0 0 0 0 0\n"
+                             "9.6 host caption The end\n");
   ASSERT_EQ(status, 0) << mOutput;
   EXPECT_THAT(mOutput, HasSubstr("Device events  12 (10 motion"));
   const json session = report();
