@@ -1,5 +1,8 @@
 // The module under real Windows: its exports and imports, its dialog, and its log while others read it.
 
+#include <atomic>
+#include <cstdlib>
+#include <iostream>
 #include <set>
 #include <string>
 #include <thread>
@@ -85,14 +88,19 @@ TEST_F(ModuleLife, LoadWaitsForDialog) {
   std::wstring text;
   std::thread user([&] {
     HWND dialog = nullptr;
-    for (int i = 0; i < 1000 && !dialog; ++i) {
+    for (int i = 0; i < 6000 && !dialog; ++i) {
       Sleep(10);
       dialog = FindWindowW(nullptr, kDialogTitle);
+    }
+    if (!dialog) {
+      std::cerr << "no dialog within a minute" << std::endl;
+      std::_Exit(1); // it would wait for ever
     }
     Sleep(300);
     isLoadedEarly = isLoaded;
     EnumChildWindows(dialog, collectText, reinterpret_cast<LPARAM>(&text));
-    PostMessageW(dialog, WM_COMMAND, IDOK, 0);
+    for (; !isLoaded; Sleep(1000)) // again, should the first come too early
+      PostMessageW(dialog, WM_COMMAND, IDOK, 0);
   });
   EXPECT_EQ(mModule.send(1, nullptr), 0);
   isLoaded = true;
