@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cmath>
+#include <regex>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -147,6 +148,18 @@ TEST_F(EndToEnd, SessionMovesViewAndObjects) {
 #endif
 }
 
+/// Returns the lines of a session that counts passes, counted from the first sample: one more pass comes before if
+/// the menu file is there late.
+std::string fromFirstSample(const std::string& session) {
+  std::smatch first;
+  std::regex_search(session, first, std::regex("\np([0-9]+) +device"));
+  const std::regex line("p([0-9]+) +(.*)");
+  std::string out;
+  for (std::sregex_iterator i(session.begin(), session.end(), line), end; i != end; ++i)
+    out += std::to_string(std::max(0, std::stoi((*i)[1]) - std::stoi(first[1]))) + ' ' + (*i)[2].str() + '\n';
+  return out;
+}
+
 // What a run left as a session that counts passes ends at the same view, to the last bit, and leaves the same.
 TEST_F(EndToEnd, CountedSessionRepeatsExactly) {
   ASSERT_EQ(runBoth("0.0 host setting minThreshold 3\n"
@@ -182,7 +195,7 @@ TEST_F(EndToEnd, CountedSessionRepeatsExactly) {
   mFolder.write("a.session", saved);
   ASSERT_EQ(runHost(OV_MODULE, {"--device", daemon.line("device")}), 0) << mOutput;
   EXPECT_THAT(mOutput, HasSubstr(" 0 not observable, 0 contradicted"));
-  EXPECT_EQ(mFolder.read("out/saved.session"), saved);
+  EXPECT_EQ(fromFirstSample(mFolder.read("out/saved.session")), fromFirstSample(saved));
   const json again = report();
   for (const char* const key : {"eye", "target", "up", "field", "sample", "centre", "height"})
     EXPECT_EQ(again["frames"].back().value(key, json()), first["frames"].back().value(key, json())) << key;
