@@ -54,6 +54,9 @@ double median(std::vector<double> values);
 /// Passes over the samples of turnSample(), by the plug-in and by the bare host calls.
 void passOurs(int count);
 void passBare(int count);
+/// Begin and end a movement for such passes, on a fresh host.
+void startPasses();
+void endPasses();
 
 // Each file of rows registers its own.
 void addLogRows();

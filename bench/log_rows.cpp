@@ -8,7 +8,6 @@
 #include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/spdlog.h>
 
-#include "host.h"
 #include "logging.h"
 #include "surroundings.h"
 
@@ -93,13 +92,10 @@ void addLogRows() {
   pass.start = [] {
     setDefaultLog();
     startSpdlog();
-    host::reset();
-    showHost();
-    passOurs(1); // no pass is a deflection's first
+    startPasses();
   };
   pass.stop = [] {
-    setSample(0, 0, 0, 0, 0, 0);
-    engine().handleDeviceCap();
+    endPasses();
     gSpdlogP.reset();
   };
   pass.ours = passOurs;

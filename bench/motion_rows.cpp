@@ -25,6 +25,17 @@ void passBare(int count) {
   }
 }
 
+void startPasses() {
+  host::reset();
+  showHost();
+  passOurs(1); // no pass is a deflection's first
+}
+
+void endPasses() {
+  setSample(0, 0, 0, 0, 0, 0);
+  engine().handleDeviceCap();
+}
+
 namespace {
 
 constexpr char kBare[] = "the bare host calls and arithmetic";
@@ -53,14 +64,9 @@ void addMotionRows() {
   row.prepare = resetView;
   row.start = [] {
     setQuietLog();
-    host::reset();
-    showHost();
-    passOurs(1); // no pass is a deflection's first
+    startPasses();
   };
-  row.stop = [] {
-    setSample(0, 0, 0, 0, 0, 0);
-    engine().handleDeviceCap();
-  };
+  row.stop = endPasses;
   row.ours = passOurs;
   row.theirs = passBare;
   add(row);

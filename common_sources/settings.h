@@ -8,8 +8,8 @@
 
 class Cnfg;
 
-constexpr std::int32_t kDefaultTraSensBase = 20000; // device counts
-constexpr std::int32_t kDefaultRotSensBase = 10000; // device counts
+constexpr std::int32_t kDefaultTraSensBase = 20000; // device counts, as in kProgramParameters
+constexpr std::int32_t kDefaultRotSensBase = 10000; // the same
 
 /// What the user may change, and the file that keeps it from run to run.
 ///

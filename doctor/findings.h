@@ -49,7 +49,7 @@ void checkLog(Report& report);
 /// Shows what the device sends, until the program is ended: the axes as bars, keys by name. Every client of
 /// the daemon gets all events, so nobody is disturbed.
 [[noreturn]] void watch(Report& report);
-/// Writes the settings file anew, with the defaults. Keeps the old one beside it, under the first of ".bak",
+/// Writes a settings file with the defaults. Keeps the old one beside it, under the first of ".bak",
 /// ".bak2", ... that is free.
 void writeDefaults(const Report& report);
 /// Packs log, settings, menu file and what was found into a ZIP, without the user's name and home folder.
