@@ -219,6 +219,9 @@ TEST_F(EndToEnd, SecondDrawingOpensInMidMovement) {
       << mOutput;
   EXPECT_THAT(mOutput, HasSubstr("3.2 s  (house.dxf is locked)")) << "its unlocking met the other drawing";
   const json session = report();
+  ASSERT_EQ(session["drawings"].size(), 2u);
+  for (const json& drawing : session["drawings"])
+    EXPECT_EQ(drawing["entities"], 77) << drawing["name"];
   std::vector<json> parts; // drawing, whether objects move, first and last view
   for (const json& frame : session["frames"]) {
     const json part = {frame["drawing"], !frame["moved"].empty()};

@@ -108,7 +108,9 @@ TEST(SleepMutexTest, TimeoutTakesLockByForce) {
   rig::StreamCapture out(std::cout);
   SleepMutex mutex("Name");
   EXPECT_EQ(0, mutex.lock());
-  out.take();
+  EXPECT_EQ("SleepMutex::SleepMutex(): 'Name' constructed by thread " + std::to_string(Util::getThreadId()) +
+                ".\n",
+            out.take());
   EXPECT_EQ(0, mutex.lock());
   EXPECT_EQ(200u, desktop::sleeps().size());
   EXPECT_EQ("SleepMutex::lock(): 'Name' forced to unlock due to timeout, called by thread " +
