@@ -66,22 +66,24 @@ void showFrame(bool is2d) {
   State& s = state();
   Document& d = document();
   d.isRedrawPending = false;
-  const auto asked = std::chrono::steady_clock::now();
+  if (s.frameSink) {
+    Frame frame{is2d, d.view, layout(), {}};
+    for (const auto& [number, transform] : d.moved)
+      frame.moved.push_back({number, transform});
+    d.moved.clear();
+    const auto sink = s.frameSink; // it may set another one
+    sink(frame);
+  }
   if (s.refreshRate > 0)
     waitForRefresh();
-  if (!s.frameSink)
-    return;
-  Frame frame{is2d, d.view, layout(), {}, asked};
-  for (const auto& [number, transform] : d.moved)
-    frame.moved.push_back({number, transform});
-  d.moved.clear();
-  const auto sink = s.frameSink; // it may set another one
-  sink(frame);
+  if (s.onShown)
+    s.onShown();
 }
 
-void setFrameSink(std::function<void(const Frame&)> sink) {
+void setFrameSink(std::function<void(const Frame&)> sink, std::function<void()> onShown) {
   document().moved.clear();
   state().frameSink = std::move(sink);
+  state().onShown = std::move(onShown);
 }
 
 void setRefreshRate(double hz) {

@@ -1,7 +1,6 @@
 #ifndef HOST_H
 #define HOST_H
 
-#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <functional>
@@ -152,12 +151,12 @@ struct Frame {
   bool is2d = false; // the layout is shown, as in layout
   ViewState view;
   LayoutState layout;
-  std::vector<Moved> moved;                    // in the order of their numbers
-  std::chrono::steady_clock::time_point asked; // before the wait for the display
+  std::vector<Moved> moved; // in the order of their numbers
 };
 
-/// Sets the function that receives each frame shown, or null. Motion is recorded only while there is one.
-void setFrameSink(std::function<void(const Frame&)> sink);
+/// Sets the function that receives each frame once it is drawn, or null, and the function that is called when
+/// the display has shown it. Motion is recorded only while there is the former.
+void setFrameSink(std::function<void(const Frame&)> sink, std::function<void()> onShown = nullptr);
 /// Sets the refresh rate of the display, in Hz. A frame waits for the next refresh. 0, the default: no
 /// waiting.
 void setRefreshRate(double hz);

@@ -52,6 +52,7 @@ struct State {
   std::vector<HistoryLine> history;
   std::int64_t sentTexts = 0;
   std::function<void(const Frame&)> frameSink;
+  std::function<void()> onShown;
   double refreshRate = 0;
   std::int64_t lastRefresh = 0; // number of the last one that showed a frame
   std::string menuText;         // empty: the host's own menu

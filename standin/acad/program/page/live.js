@@ -3,7 +3,6 @@
 
 const kStripSeconds = 30;
 const kRefreshMs = 250;
-const kSlowStrips = 4; // refreshes until the strips are drawn again, without a graphics card
 const kViews = ['front', 'right', 'back', 'left', 'top', 'bottom'];
 const kRotations = ['objscreen', 'objorigin', 'camstandard', 'camtarget', 'camhover'];
 const kCommands = ['OV_Toggle_Rotation_Center', 'OV_Toggle_Rotation_Axis', 'OV_Toggle_Scroll_Mode', 'OV_Toggle_Object_Move_Mode'];
@@ -128,9 +127,13 @@ function playLive({host}) {
     const {frames} = live, index = frames.length - 1, frame = frames[index];
     if (!frame) return;
     const t = hostTime(), line = lineAt(frames, index, t);
-    live.isWarm = !!line || (frame.moved || []).length > 0;
+    live.isWarm = !!line || ((frame.moved || []).length > 0 && t - frame.t < kJustMoved);
     live.drawing = drawingOf(frame.drawing);
     live.view.show({drawing: live.drawing, frame, index: frame.n, t, selected: live.selected, line});
+    showState(frame, t);
+  }
+  // What needs no picture.
+  function showState(frame, t) {
     showBadges([...badgesOf(frame, live.drawing, live.drawings), ...[...live.states].filter(s => s[1]).map(s => [s[0], true]), ...(live.said ? [[live.said, false]] : [])]);
     if (live.hand && live.hand.last.every(v => v === 0)) drawCap(t - frame.t < kLongestGap ? frame.sample : kRest);
     if (live.perspective !== !!frame.perspective) { // not before the host has answered a click
@@ -140,12 +143,14 @@ function playLive({host}) {
   }
   function refresh() {
     const {frames, samples} = live, last = frames[frames.length - 1], t = hostTime();
-    if (live.isWarm || live.hand.last.every(v => v === 0)) showLatest(); // a line and colours that have had their time go
     if (!last) return;
+    if (live.isWarm) showLatest(); // a line and colours that have had their time go
+    else showState(last, t);
     showNow(last, live.selected, [['rotation', byId('rotation').value + (byId('horizon').checked ? ', horizon kept' : '')],
       ['frame', last.ms ? number(last.ms, 3) + ' ms' : '–'], ['sample', last.sample.join(' ')]]);
     const isResting = t - last.t > kLongestGap;
-    if (!live.view.isSlow || ++live.refreshes % kSlowStrips === 0) live.strips.fill(isResting ? [...samples, {t: last.t + 0.05, sample: kRest}] : samples, frames, Math.max(0, t - kStripSeconds), t);
+    // Without a graphics card one strip at a time, so that none holds up a picture.
+    live.strips.fill(isResting ? [...samples, {t: last.t + 0.05, sample: kRest}] : samples, frames, Math.max(0, t - kStripSeconds), t, live.view.isSlow ? live.refreshes++ : null);
     const took = live.latency.settle(), second = frames.filter(f => f.t > last.t - 1);
     const values = [count(last.n + 1), isResting ? '0' : String(second.length), took ? took.median.toFixed(0) : '–', took ? took.p99.toFixed(0) : '–'];
     Object.values(live.facts).forEach((b, i) => { b.textContent = values[i]; });

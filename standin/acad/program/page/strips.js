@@ -73,8 +73,9 @@ class Strips {
     g.restore();
   }
 
-  // samples [{t, sample}], a level holds until the next; frames [{t, ms, plugInMs}]; all in order of time.
-  fill(samples, frames, from, to) {
+  // samples [{t, sample}], a level holds until the next; frames [{t, ms, plugInMs}]; all in order of time. `turn`
+  // counts the calls that draw one strip each; null draws all.
+  fill(samples, frames, from, to, turn = null) {
     this.from = from;
     this.to = Math.max(to, from + 0.001);
     const most = samples.reduce((m, s) => Math.max(m, ...s.sample.map(Math.abs)), 0);
@@ -83,12 +84,14 @@ class Strips {
     this.top = [0.1, 0.2, 0.5, 1, 2, 5, 10, 20, 50, 100, 500].find(ms => ms >= longest) || longest;
     const held = [{t: from, sample: kRest}, ...samples, {t: to, sample: samples.length ? samples[samples.length - 1].sample : kRest}]
       .filter((s, i, all) => !i || s.t >= all[i - 1].t);
-    const times = held.map(s => s.t), axis = i => held.map(s => s.sample[i]);
-    this.charts.pushes.setData([times, axis(0), axis(1), axis(2)]);
-    this.charts.turns.setData([times, axis(3), axis(4), axis(5)]);
-    const frameTimes = frames.map(f => f.t);
-    this.charts.pace.setData([frameTimes, frames.map(f => f.ms > 0 ? Math.min(f.ms, 40) : null)]);
-    this.charts.share.setData([frameTimes, frames.map(f => f.plugInMs > 0 ? f.plugInMs : null)]);
+    const times = held.map(s => s.t), axis = i => held.map(s => s.sample[i]), frameTimes = frames.map(f => f.t);
+    const rows = {
+      pushes: () => [times, axis(0), axis(1), axis(2)],
+      turns: () => [times, axis(3), axis(4), axis(5)],
+      pace: () => [frameTimes, frames.map(f => f.ms > 0 ? Math.min(f.ms, 40) : null)],
+      share: () => [frameTimes, frames.map(f => f.plugInMs > 0 ? f.plugInMs : null)],
+    };
+    Object.entries(rows).forEach(([name, data], i, all) => { if (turn === null || turn % all.length === i) this.charts[name].setData(data()); });
   }
 
   mark(t) {

@@ -105,7 +105,7 @@ std::vector<Timestamped<std::vector<ScrollState>>> ScrollWatch::scrolls() const 
 Recorder::Recorder(Controls& controls) : mControls(controls), mStart(unixNow()), mScrollWatch(controls) {
   mFrames.push_back({mStart, host::documentNumber(), host::isLayout(), host::view(), host::layout(), {}, 0});
   takeNewObjects(0);
-  host::setFrameSink([this](const host::Frame& frame) { onFrame(frame); });
+  host::setFrameSink([this](const host::Frame& frame) { onFrame(frame); }, [this] { handOver(); });
 }
 
 Recorder::~Recorder() {
@@ -118,12 +118,13 @@ void Recorder::begin() {
 }
 
 void Recorder::onFrame(const host::Frame& frame) {
+  double plugInSeconds = std::chrono::duration<double>(Steady::now() - mHandedOver).count();
   const double now = unixNow();
   mControls.show(frame);
   ++mShownFrames;
-  double plugInSeconds = 0;
-  if (!mIsTyping) {
-    plugInSeconds = std::chrono::duration<double>(frame.asked - mHandedOver).count();
+  if (mIsTyping) {
+    plugInSeconds = 0;
+  } else {
     if (mPlugInTimes.size() < kMaxFrames)
       mPlugInTimes.push_back(plugInSeconds);
     const double gap = now - mLastCapFrame;
@@ -142,7 +143,6 @@ void Recorder::onFrame(const host::Frame& frame) {
   // Only the state of what is shown comes with a frame.
   keep({now, host::documentNumber(), frame.is2d, frame.is2d ? host::view() : frame.view,
         frame.is2d ? frame.layout : host::layout(), grouped(frame.moved), plugInSeconds});
-  handOver();
 }
 
 void Recorder::keep(RecordedFrame frame) {
