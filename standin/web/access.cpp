@@ -18,19 +18,6 @@ bool isLoopback(std::string_view authority) {
   return isNumber && (name == "127.0.0.1" || name == "localhost");
 }
 
-std::string_view tokenIn(std::string_view target) {
-  constexpr std::string_view kName = "token=";
-  const std::string_view path = pathOf(target);
-  std::string_view query = target.substr(std::min(path.size() + 1, target.size()));
-  while (!query.empty()) {
-    const std::string_view part = query.substr(0, query.find('&'));
-    if (part.substr(0, kName.size()) == kName)
-      return part.substr(kName.size());
-    query.remove_prefix(std::min(part.size() + 1, query.size()));
-  }
-  return {};
-}
-
 /// Takes equally long wherever the two differ.
 bool isSame(std::string_view a, std::string_view b) {
   unsigned difference = a.size() == b.size() ? 0 : 1;
@@ -48,7 +35,8 @@ std::string refusal(const Request& request, std::string_view token) {
   if (!request.mOrigin.empty() && (request.mOrigin.substr(0, kScheme.size()) != kScheme ||
                                    !isLoopback(request.mOrigin.substr(kScheme.size()))))
     return "foreign origin";
-  if (token.empty() || !isSame(tokenIn(request.mTarget), token))
+  const std::string_view query = request.mTarget.substr(pathOf(request.mTarget).size());
+  if (token.empty() || !isSame(query, "?token=" + std::string(token)))
     return "wrong token";
   return {};
 }

@@ -1,12 +1,11 @@
 #include "client.h"
 
-#include <boost/asio/connect.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/websocket.hpp>
 
+#include <cstdlib>
 #include <deque>
-#include <optional>
 #include <stdexcept>
 
 namespace web {
@@ -39,38 +38,25 @@ struct Client::State {
 };
 
 Client::Client(const std::string& address, const std::string& origin) : mStateP(std::make_unique<State>()) {
-  const std::size_t name = address.find("//") + 2;
-  const std::size_t colon = address.find(':', name);
-  const std::size_t slash = address.find('/', name);
-  if (colon == std::string::npos || slash == std::string::npos || colon > slash)
-    throw std::runtime_error("no address of a WebSocket: " + address);
+  const std::size_t name = address.find("//") + 2, slash = address.find('/', name);
   const std::string host = address.substr(name, slash - name);
+  const std::size_t colon = host.find(':');
+  if (slash == std::string::npos || colon == std::string::npos)
+    throw std::runtime_error("no address of a WebSocket: " + address);
+  const auto port = static_cast<std::uint16_t>(std::atoi(host.c_str() + colon + 1));
   auto& stream = mStateP->mStream;
-  beast::error_code error;
-  tcp::resolver resolver(mStateP->mIo);
-  const auto found = resolver.resolve(address.substr(name, colon - name),
-                                      address.substr(colon + 1, slash - colon - 1), error);
-  if (!error)
-    boost::asio::connect(stream.next_layer(), found, error);
-  websocket::response_type response;
+  stream.next_layer().connect({boost::asio::ip::address_v4::loopback(), port});
+  stream.next_layer().set_option(tcp::no_delay(true));
   stream.set_option(websocket::stream_base::decorator([&origin](websocket::request_type& request) {
     if (!origin.empty())
       request.set(beast::http::field::origin, origin);
   }));
-  if (!error) {
-    stream.next_layer().set_option(tcp::no_delay(true), error);
-    stream.handshake(response, host, address.substr(slash), error);
-  }
-  if (error == websocket::error::upgrade_declined)
-    throw std::runtime_error(std::to_string(response.result_int()) + " " + response.body());
-  if (error)
-    throw std::runtime_error(error.message());
+  stream.handshake(host, address.substr(slash));
   stream.read_message_max(0); // a first message may be long
   mStateP->read();
 }
 
 Client::~Client() = default;
-Client::Client(Client&&) noexcept = default;
 
 bool Client::send(const std::string& line) {
   beast::error_code error;
@@ -78,7 +64,7 @@ bool Client::send(const std::string& line) {
   return !error;
 }
 
-bool Client::receive(std::string& text, std::chrono::milliseconds limit) {
+std::string Client::next(std::chrono::milliseconds limit) {
   State& state = *mStateP;
   const auto end = std::chrono::steady_clock::now() + limit;
   state.mIo.restart();
@@ -86,10 +72,10 @@ bool Client::receive(std::string& text, std::chrono::milliseconds limit) {
   while (state.mReceived.empty() && state.mIsOpen && state.mIo.run_one_until(end) != 0)
     ;
   if (state.mReceived.empty())
-    return false;
-  text = std::move(state.mReceived.front());
+    return "(nothing)";
+  const std::string text = std::move(state.mReceived.front());
   state.mReceived.pop_front();
-  return true;
+  return text;
 }
 
 bool Client::isOpen() const {
@@ -98,9 +84,7 @@ bool Client::isOpen() const {
 
 std::string Client::closeReason() const {
   const websocket::close_reason& reason = mStateP->mStream.reason();
-  if (reason.code == websocket::close_code::none)
-    return {};
-  return std::to_string(reason.code) + (reason.reason.empty() ? "" : " ") + reason.reason.c_str();
+  return std::to_string(reason.code) + ' ' + reason.reason.c_str();
 }
 
 } // namespace web

@@ -113,8 +113,12 @@ void playSession(HostPlayer& player, PassGate* gateP, Live* liveP, Recorder& rec
 
 /// Connects to the daemon's door; what is returned sends a line of the device there.
 std::function<bool(const std::string&)> deviceAt(const std::string& address) {
-  const auto clientP = std::make_shared<web::Client>(address);
-  return [clientP](const std::string& line) { return clientP->send(line); };
+  try {
+    const auto clientP = std::make_shared<web::Client>(address);
+    return [clientP](const std::string& line) { return clientP->send(line); };
+  } catch (const std::exception& error) {
+    throw std::runtime_error(address + ": " + error.what());
+  }
 }
 
 bool tookEvents(const std::vector<DeviceEvent>& events, const Options& options, const Recorder& recorder) {

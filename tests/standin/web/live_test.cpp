@@ -44,7 +44,7 @@ TEST(LiveTest, SilentPageReleasesCap) {
     driver.reset();
     EXPECT_THAT(saidAfter(150ms), testing::ElementsAre(deflected, released)) << "gone while it drives";
     watcher.send("motion 1 2");
-    for (std::string text; watcher.receive(text, 1s);)
+    while (watcher.next(1s) != "(nothing)")
       ;
     EXPECT_EQ(watcher.closeReason(), "1008 z is missing");
   }
