@@ -49,8 +49,8 @@ std::vector<std::string> recordsIn(const std::string& text, const std::string& t
 
 PassCheck::PassCheck(const std::filesystem::path& home, Explained explained, Outside outside)
     : mLog(home / "Orvaner" / kLogName), mThreadColumn(std::to_string(GetCurrentThreadId())),
-      mFolder(home.string() + "\\Orvaner\\Applications"), mStart(unixNow()), mExplained(std::move(explained)),
-      mOutside(std::move(outside)) {
+      mFolder(Util::getHomeDir() + "\\Orvaner\\Applications"), mStart(unixNow()),
+      mExplained(std::move(explained)), mOutside(std::move(outside)) {
   call_log::noteBrackets([this](bool isEnd) { return logNote(isEnd); });
   call_log::startTrace([this](call_log::Record&& record) { take(record); });
 }

@@ -18,7 +18,7 @@ namespace program {
 class PassCheck {
 public:
   /// Starts the trace; to be made before the plug-in's load message.
-  /// home       the user's folder, as USERPROFILE has it
+  /// home       the user's folder, which USERPROFILE names
   /// explained  gets each frame's number, and the sample that explains it: that of the pass which showed it,
   ///            of the last one before for a frame between passes. On the trace's thread; may be empty
   /// outside    gets each call outside of ticks, its entry and its end. On the trace's thread; may be empty
@@ -54,7 +54,7 @@ private:
   std::string mThreadColumn;
 
   // Of the trace's thread.
-  std::string mFolder; // of settings and menu file
+  std::string mFolder; // of settings and menu file, in the bytes of the environment, as the plug-in has it
   double mStart = 0;
   std::unique_ptr<model::Check> mCheckP;
   model::Tick mTick;

@@ -12,6 +12,7 @@
 #include "pass_gate.h"
 #include "recorder.h"
 #include "session_settings.h"
+#include "util.h"
 #include "wide_text.h"
 #ifdef _WIN32
 #include "recorded_imports.h"
@@ -176,7 +177,7 @@ bool openAlone(const std::string& path) {
 
 int runSession(const Options& options, const session::Session& session) {
   const Folders folders = Folders::make(options.mOut, options.mHome);
-  writeSettings(session, folders.mHome.string());
+  writeSettings(session);
   host::setRefreshRate(options.mRefresh);
   const std::unique_ptr<Controls> controlsP = makeControls();
   controlsP->point(session::Pointer::view);
@@ -230,7 +231,7 @@ int runSession(const Options& options, const session::Session& session) {
     LiveSources sources;
     sources.mDevice = options.mDevice;
     sources.mLog = folders.log();
-    sources.mMenu = folders.mHome.string() + "\\Orvaner\\Applications\\autocad.mnu";
+    sources.mMenu = Util::getHomeDir() + "\\Orvaner\\Applications\\autocad.mnu";
     sources.mSoFar = [&](bool isReport, MovedWriter& moved) {
       if (isReport) {
         gather(input, recorder, folders, options);

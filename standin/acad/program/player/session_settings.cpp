@@ -24,8 +24,8 @@ constexpr char kDefaults[] =
 
 } // namespace
 
-void writeSettings(const session::Session& session, const std::string& home) {
-  const std::string path = home + "\\Orvaner\\Applications\\autocad_addin.ini";
+void writeSettings(const session::Session& session) {
+  const std::string path = Util::getHomeDir() + "\\Orvaner\\Applications\\autocad_addin.ini";
   Cnfg file;
   for (const session::Action& action : session.actionsOf(session::Who::host)) {
     if (action.mVerb != session::Verb::setting)

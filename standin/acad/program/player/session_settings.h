@@ -3,14 +3,11 @@
 
 #include "session.h"
 
-#include <string>
-
 namespace program {
 
-/// Writes a session's settings to the plug-in's settings file, which is made if there is none. Not while the plug-in
-/// is loaded. Throws Error.
-/// home  the user's folder, as USERPROFILE has it
-void writeSettings(const session::Session& session, const std::string& home);
+/// Writes a session's settings to the plug-in's settings file below USERPROFILE, which is made if there is none. Not
+/// while the plug-in is loaded. Throws Error.
+void writeSettings(const session::Session& session);
 
 } // namespace program
 
