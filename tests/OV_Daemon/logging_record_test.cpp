@@ -127,6 +127,9 @@ TEST_F(LoggingRecord, FailureLosesOneRecord) {
   const auto thrower = []() -> int { throw std::runtime_error("no text"); };
   EXPECT_NO_THROW(OV_LOG(INF, "Class", "Class::method", "begun " << thrower()));
   OV_LOG(INF, "Class", "Class::method", "next");
+  gLogging.mOs->exceptions(std::ios::failbit);
+  gLogging.mOs->setstate(std::ios::badbit); // the prefix throws
+  OV_LOG(INF, "Class", "Class::method", "lost");
   OV_LOG(INF, "Class", "Class::method", "last " << 255);
   EXPECT_EQ((Texts{"next", "last 255"}), texts());
 }
