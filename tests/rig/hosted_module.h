@@ -13,7 +13,11 @@
 #include "host.h"
 #include "temp_folder.h"
 
-#ifndef _WIN32
+#ifdef _WIN32
+#include <windows.h>
+
+#include <tlhelp32.h>
+#else
 #include <dlfcn.h>
 
 #include "desktop.h"
@@ -57,11 +61,17 @@ inline bool isMapped(const char* path) {
   return GetModuleHandleA(path) != nullptr;
 }
 
-/// Returns how much the process holds: handles, of which each thread has some.
+/// Returns how much the process holds: threads. Handles can't be counted: the compiler's thread library leaves a few of
+/// its own whenever a module is unmapped, and GetProcessHandleCount says 0 under Wine.
 inline long holdings() {
-  DWORD handles = 0;
-  GetProcessHandleCount(GetCurrentProcess(), &handles);
-  return static_cast<long>(handles);
+  const HANDLE all = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+  THREADENTRY32 entry{};
+  entry.dwSize = sizeof entry;
+  long count = 0;
+  for (BOOL isFound = Thread32First(all, &entry); isFound; isFound = Thread32Next(all, &entry))
+    count += entry.th32OwnerProcessID == GetCurrentProcessId();
+  CloseHandle(all);
+  return count;
 }
 
 #else
