@@ -16,7 +16,7 @@ using Work = std::function<void(int count)>;
 struct Row {
   std::string what;
   std::string reference;
-  double goal = 0;  // ours / reference, at most; 0 if the row only informs
+  double goal = 0;  // largest ours / reference; 0: no goal
   int batch = 100;  // operations in one measurement
   int pairs = 300;  // measurements of each side
   double share = 1; // parts of one operation: objects in a sample, say

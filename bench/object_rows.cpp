@@ -31,7 +31,7 @@ void move2d(int count) {
     engine().transformSelection2d(i % 2 ? 300 : -300, 0);
 }
 
-/// Opens each selected object, lets the action use it, and closes it.
+/// Opens each selected object for the action, which closes it.
 template <class Action> void forEach(ads_name set, AcDb::OpenMode mode, const Action& action) {
   Adesk::Int32 length = 0;
   acedSSLength(set, &length);

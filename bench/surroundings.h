@@ -7,8 +7,8 @@
 #include "ov_auto_cad.h"
 #include "temp_folder.h"
 
-/// What the rows need: a user's folder, a host with a view, a desktop with the host's windows, and the engine
-/// of the plug-in, constructed once, without a daemon.
+/// What the rows need: a user's folder, a host with a view, a desktop with the host's windows, and the plug-in's
+/// engine, constructed without a daemon.
 namespace bench {
 
 /// A port without a daemon.
@@ -17,7 +17,7 @@ constexpr char kNoDaemon[] = "1";
 /// Returns a user's home folder, with the plug-in's files. Removed at the end.
 rig::TempFolder& home();
 
-/// Returns the engine, constructed at the first call with default settings.
+/// Returns the engine. Constructs it with default settings if there is none.
 OvAutoCad& plugin();
 inline AutoCadProxy& engine() {
   return *plugin().mAutoCadProxyP;

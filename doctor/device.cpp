@@ -33,7 +33,7 @@ struct DeviceLibrary {
   }
   template <class Function>
   bool take(Function& function, [[maybe_unused]] UINT_PTR ordinal, [[maybe_unused]] const char* name) {
-#ifdef _WIN32 // the names don't stand in the library there
+#ifdef _WIN32 // the library has ordinals only there
     name = reinterpret_cast<const char*>(ordinal);
 #endif
     function = reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
@@ -51,7 +51,7 @@ struct DeviceLibrary {
   decltype(&ovSetApplMode) setMode = nullptr; // not called: the plug-in alone announces modes
 };
 
-/// Asks the daemon over an open link, and closes it.
+/// Lists devices and rotation settings over an open link, then closes the link.
 void listDevices(Report& report, const DeviceLibrary& library, Json& data) {
   constexpr const char* kWords[] = {"scene about the point looked at", "scene about the drawing's origin",
                                     "camera about the eye", "camera about the point looked at"};
@@ -129,7 +129,7 @@ void watch(Report& report) {
     int code = 0, unused = 0;
     while (isConnected && library.fetchEvent(0, axes, axes + 1, axes + 2, axes + 3, axes + 4, axes + 5,
                                              &unused, &unused, &code, &unused, &unused) == 0) {
-      std::string line; // the bars stay in the last line, and keys stand above
+      std::string line; // the bars stay in the last line, keys go above it
       if (code >= 0 && code != kAnnounceModeEvent)
         line = nameOf(code, report.mKeyNames) + std::string(40, ' ') + '\n';
       for (std::size_t i = 0; i < 6; ++i) {

@@ -64,7 +64,7 @@ void checkSection(Report& report, Cnfg& cnfg, const char* section, const Table& 
     if (!isThere)
       missing += (missing.empty() ? "" : ", ") + std::string(key);
     std::int32_t number = field.index() == 2 ? Util::isOn(value) : toNumber(value);
-    if (key == std::string("minThreshold")) // of which the plug-in takes 16 bits
+    if (key == std::string("minThreshold")) // the plug-in uses its lower 16 bits
       number = static_cast<std::int16_t>(static_cast<std::uint16_t>(number));
     for (const Oddity& odd : kOddities) {
       if (isThere && std::string(key).find(odd.mKey) != std::string::npos && number >= odd.mFrom &&
@@ -136,7 +136,7 @@ namespace {
 struct Advice {
   const char* mStart; // of the error's text
   const char* mNext;
-  bool mIsSeenToday = false; // another check has looked whether it is so now
+  bool mIsSeenToday = false; // another check reports whether it is so now
 };
 
 constexpr Advice kAdvice[] = {

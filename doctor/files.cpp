@@ -34,7 +34,7 @@ std::string folded(std::string text) {
   return text;
 }
 
-/// Replaces a name wherever it stands, unless as a part of a word, in any case and with either slash.
+/// Replaces each occurrence of a name that isn't part of a word, in any case and with either slash.
 void replace(std::string& text, const std::string& name, const std::string& by) {
   std::string search = folded(text);
   const auto isInWord = [&](std::size_t i) { return i < search.size() && std::isalnum(search[i] & 0xFF); };
@@ -75,8 +75,8 @@ std::string zipOf(const Files& files) {
   for (const auto& [name, bytes] : files) {
     boost::crc_32_type crc;
     crc.process_bytes(bytes.data(), bytes.size());
-    // Version 2.0, flags, stored, time and day: the first that a ZIP knows, since the files themselves say
-    // when. Then check sum, both sizes, length of the name, no extra field.
+    // Version 2.0, flags, stored, time and day: the earliest of a ZIP, since the files themselves hold their
+    // times. Then check sum, both sizes, length of the name, no extra field.
     const std::string facts = words({20, 0, 0, 0, 0x21}) + twoWords(crc.checksum()) + twoWords(bytes.size()) +
                               twoWords(bytes.size()) + words({name.size(), 0});
     // Comment, disk, attributes; then where the file's own header is.

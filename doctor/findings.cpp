@@ -61,7 +61,7 @@ std::string lineOf(const Json& node) {
   return line;
 }
 
-/// Writes names and values, a line each; of a list each element in one line.
+/// Writes names and values, one a line; of a list, one element a line.
 void print(std::ostream& os, const Json& node, const std::string& indent) {
   for (const auto& [name, value] : node.items()) {
     os << indent << padded(name, 16) << (value.is_structured() ? "" : lineOf(value)) << '\n';

@@ -17,13 +17,13 @@ struct Report {
   /// module  the plug-in's file; empty: beside this program
   explicit Report(const std::string& module);
 
-  /// Returns the bytes of a file, nothing if it isn't there. One that is there and can't be read is a finding.
+  /// Returns the bytes of a file, nothing if it can't be read. Adds a finding if it exists and can't be read.
   std::optional<std::string> read(const std::string& path);
   /// Adds a finding.
   /// code  one of the table in findings.cpp, which also says what to do
   /// next  what to do, if the table doesn't say it
   void find(const std::string& code, const std::string& cause, const char* next = nullptr);
-  /// Runs all checks and adds the verdict. Opens files for reading alone. Returns 0 if all is well, 1 if
+  /// Runs all checks and adds the verdict. Opens files for reading only. Returns 0 if all is well, 1 if
   /// something was found, 2 if something couldn't be looked at.
   int examine();
   /// Returns the report for a person.
@@ -47,7 +47,7 @@ void checkLog(Report& report);
 // The commands throw std::runtime_error with the reason if they can't do their work.
 
 /// Shows what the device sends, until the program is ended: the axes as bars, keys by name. Every client of
-/// the daemon gets all events, so nobody is disturbed.
+/// the daemon gets all events, so the plug-in misses none.
 [[noreturn]] void watch(Report& report);
 /// Writes a settings file with the defaults. Keeps the old one beside it, under the first of ".bak",
 /// ".bak2", ... that is free.

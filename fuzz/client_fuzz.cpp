@@ -1,5 +1,5 @@
 // The seven functions of the device library, called by two threads in any order with any arguments, while a daemon
-// says anything and hangs up at any time. Each call returns, writes what its result allows and nothing beside it. A
+// sends anything and hangs up at any time. Each call returns, writes what its result allows and nothing beside it. A
 // movement ends when the link does, and a good daemon then finds a library that works.
 //
 // Input: how the daemon greets; for each thread the number of its calls and a byte for each; then the daemon's pieces,
@@ -30,7 +30,7 @@ constexpr char kFill = 0x5A;
 const std::string kWelcome("\6\0\x81\0OVLK\2\0", 10);
 const std::string kKeyEvent("\4\0\x87\0\x21\0\2\0", 8);
 
-/// Says its pieces, and hangs up on a client that stays silent.
+/// Sends its pieces, and hangs up on a client that stays silent.
 class Daemon {
 public:
   Daemon(std::vector<std::string> pieces, int patienceMs)
@@ -72,7 +72,7 @@ private:
   std::thread mThread;
 };
 
-/// Fetches as the plug-in does; false if there is no event.
+/// Fetches as the plug-in does. Returns false if there is no event.
 bool fetch(int device, std::array<short, 6>& axes, int& code) {
   const std::array<short, 6> before = axes;
   const bool isFound = ovFetchEvent(device, &axes[0], &axes[1], &axes[2], &axes[3], &axes[4], &axes[5],
@@ -88,7 +88,8 @@ void ask(int (*question)(int, void*), std::size_t size, int device, bool isNull)
   require(record.back() == kFill && ((result == 0 && !isNull) || untouched == long(size + 1)), "its record");
 }
 
-/// isDeflected  whether the last sample fetched was a deflection; null: this thread doesn't fetch
+/// Makes the calls that the orders choose.
+/// isDeflected  set if the last sample fetched was a deflection; null: this thread doesn't fetch
 void play(const std::string& orders, bool* isDeflected) {
   const std::string names[] = {"fuzz", "", std::string(65, 'x'), "a\nb", std::string(401, 'x'), "\xFF"};
   const int devices[] = {0, 1, -1, INT_MIN};

@@ -13,8 +13,8 @@ using fuzz::requireSame;
 
 namespace {
 
-/// Returns the program's folder, which is written to for each input: it belongs where memory is the disk, and
-/// scripts/fuzz chooses the place with TMPDIR.
+/// Returns the program's folder. It is written to for each input, so scripts/fuzz chooses a place in memory with
+/// TMPDIR.
 rig::TempFolder& scratch() {
   static rig::TempFolder folder;
   return folder;

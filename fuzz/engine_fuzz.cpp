@@ -1,4 +1,4 @@
-// The engine between any device and any host, held against the model: the sequences of tests/model, with the
+// The engine between any device and any host, compared with the model: the sequences of tests/model, with the
 // fuzzer's choices.
 //
 // Input: the choices in turn, each a byte, or two for those among more than 256.

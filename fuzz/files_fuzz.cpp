@@ -17,7 +17,7 @@ using fuzz::requireSame;
 
 namespace {
 
-// ---- The rules of such files a second time, without a file, a position or an error code
+// ---- A second implementation of the rules, without a file, a position or an error code
 
 using Parameters = std::vector<std::pair<std::string, std::string>>;
 
@@ -26,7 +26,7 @@ std::string trimmed(std::string text) {
   return text.substr(std::min(text.find_first_not_of(" \t"), text.size()));
 }
 
-/// Takes a line apart; false if it has no name.
+/// Splits a line. Returns false if it has no name.
 bool cut(const std::string& line, std::string& name, std::string& value) {
   const std::string rest = line.substr(std::min(line.find_first_not_of(" \t"), line.size()));
   const std::size_t separator = std::min(rest.find_first_of("=\t"), rest.size());
@@ -37,7 +37,7 @@ bool cut(const std::string& line, std::string& name, std::string& value) {
   return !name.empty() && name[0] != '#' && name[0] != '[';
 }
 
-/// Name of the section that a line begins; false if it begins none.
+/// Sets the name of the section that a line begins. Returns false if it begins none.
 bool isSection(const std::string& line, std::string& name) {
   const std::string text = trimmed(line);
   const std::size_t close = text.find(']');
@@ -134,14 +134,14 @@ void tryConfig(const std::string& text) {
 
 // ---- Settings: the values are those of the file, or all are the defaults
 
-/// The file that a run of the plug-in leaves.
+/// Returns the file that a run of the plug-in leaves.
 std::string afterRun(const std::string& text) {
   rig::home().write(rig::kSettingsFile, text);
   { const Settings settings; }
   return rig::home().read(rig::kSettingsFile);
 }
 
-/// A value as the settings write it; what it is, the default says.
+/// Returns a value as the settings write it. The default determines its type.
 std::string canonical(const std::string& value, const std::string& usual) {
   if (usual == "on" || usual == "off")
     return value.find("on") != std::string::npos ? "on" : "off";
@@ -191,7 +191,7 @@ void tryMenu(const std::string& text, AutoCadProxy& engine) {
   host::runQueue();
 }
 
-/// The plug-in, made once for the program, without a log file that would grow. Each call resets it and its host.
+/// Returns the plug-in, made once, without a log file that would grow. Each call resets it and its host.
 OvAutoCad& freshEngine() {
   static const std::unique_ptr<OvAutoCad> sPluginP = [] {
     rig::useOwnHome();

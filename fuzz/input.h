@@ -6,7 +6,7 @@
 
 namespace fuzz {
 
-/// Takes an input apart from left to right. What isn't there any more reads as 0 or empty.
+/// Reads an input from left to right. Past its end, numbers are 0 and texts empty.
 class Input {
 public:
   Input(const std::uint8_t* data, std::size_t size) : mNext(data), mEnd(data + size) {}
@@ -21,7 +21,7 @@ public:
     return static_cast<std::uint16_t>(low | static_cast<unsigned>(byte()) << 8);
   }
 
-  /// A text of at most that many bytes.
+  /// Returns a text of at most that number of bytes.
   std::string text(std::size_t size) {
     const std::size_t taken = size < left() ? size : left();
     std::string found(reinterpret_cast<const char*>(mNext), taken);

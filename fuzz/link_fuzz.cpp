@@ -34,7 +34,7 @@ struct PlainMessage {
     return found;
   }
   bool isGreeting(unsigned ofKind) const { return kind == ofKind && payload.compare(0, 6, kGreeting) == 0; }
-  /// Takes a text off the payload; false if it is incomplete, too long or has control characters.
+  /// Removes a text from the payload. Returns false if it is incomplete, too long or has control characters.
   bool cutText(std::size_t maxBytes, std::string& text) {
     const std::size_t size = number(0, 2);
     if (payload.size() < 2 + size || size > maxBytes)
@@ -48,7 +48,7 @@ struct PlainMessage {
   }
 };
 
-/// Takes the first message off a stream. False if it is incomplete, or too long, which sets isBroken.
+/// Removes the first message from a stream. Returns false if it is incomplete, or too long, which sets isBroken.
 bool cut(std::string& stream, PlainMessage& message, bool& isBroken) {
   const PlainMessage header{0, stream.substr(0, 4)};
   const std::size_t size = header.number(0, 2);
@@ -61,7 +61,7 @@ bool cut(std::string& stream, PlainMessage& message, bool& isBroken) {
   return true;
 }
 
-/// What an end should make of a stream: take() says whether a message is good.
+/// What one end is expected to make of a stream. take() returns whether a message is good.
 template <class End> struct Plain : End {
   bool isBroken = false;
   std::string stream;

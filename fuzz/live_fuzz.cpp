@@ -1,5 +1,5 @@
-// What a page may send and what it is sent: lines of device and host, and text that becomes JSON. A device's line that
-// is taken is the same line when it is written and read again. Whatever text there is, the message is good JSON.
+// What a page may send and what it is sent: lines of device and host, requests, and text that becomes JSON. A device's
+// line that is taken is the same line when it is written and read again. Any text makes a message of valid JSON.
 //
 // Input: what is tested; the line or the text.
 

@@ -1,8 +1,8 @@
-// The module's entry points under any order of messages, ticks, commands and the device's events; messages also from
-// inside of a tick. The engine and its commands are there from the load message to the unload message and at no other
-// time, a message inside of a tick is refused, and nothing is left at the end.
+// The module's entry points under any order of messages, ticks and the device's events; messages also from inside a
+// tick. The engine and its commands are there from the load message to the unload message and at no other time. Load
+// and unload messages inside a tick are refused. Nothing is left at the end.
 //
-// Input: steps, each a byte, and another one with a message's code.
+// Input: steps, each a byte; for a tick another one, with the code of the message inside it.
 
 #include <chrono>
 #include <functional>
@@ -69,7 +69,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   host::add(std::make_unique<AcDbCircle>(AcGePoint3d(5, 5, 0), AcGeVector3d(0, 0, 1), 2.0));
   Messages messages;
   static const std::ptrdiff_t before =
-      [&messages] { // a sanitizer's own thread comes with the first other one
+      [&messages] { // a sanitizer's own thread starts with the first other one
         messages.send(kInit);
         messages.send(kUnload);
         std::this_thread::sleep_for(std::chrono::milliseconds(200));

@@ -31,7 +31,7 @@ TEST(FuzzReplay, OV_FUZZ_TARGET) {
   const std::vector<std::filesystem::path> regressions = filesIn(home / "regressions" / target);
   files.insert(files.end(), regressions.begin(), regressions.end());
   for (const auto& path : files) {
-    std::cerr << path.filename().string() << '\n'; // the last one is the one at which a crash struck
+    std::cerr << path.filename().string() << '\n'; // at a crash, the last name printed is the culprit's
     std::ifstream file(path, std::ios::binary);
     ASSERT_TRUE(file);
     // A block of the exact size, so that a sanitizer sees a step beyond it.

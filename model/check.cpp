@@ -50,7 +50,7 @@ void Check::printed(const std::wstring& text) {
       *toggleP = !*toggleP;
 }
 
-/// Chooses one of some, 0 first, and other ones once all has started over after advance().
+/// Chooses one of that number, 0 first. After advance() and a fresh start, the next ones.
 int Check::pick(int count) {
   if (count < 2)
     return 0;
@@ -59,7 +59,7 @@ int Check::pick(int count) {
   return mChoices[mNext++].first;
 }
 
-/// Goes on to the next choices in turn; false if there are none.
+/// Advances to the next combination of choices. Returns false if there is none.
 bool Check::advance() {
   mChoices.resize(mNext);
   while (mChoices.size() > mFrozen && ++mChoices.back().first == mChoices.back().second)
@@ -67,14 +67,15 @@ bool Check::advance() {
   return mChoices.size() > mFrozen;
 }
 
-/// Returns when the engine is at work: between the last call's end and the next one's entry.
+/// Returns the interval in which the engine is now: between the last call's end and the next one's entry.
 std::pair<std::int64_t, std::int64_t> Check::now() const {
   const std::size_t next = mReplayP->position();
   return {next == 0 ? mTickP->entered : mTickP->calls[next - 1].order,
           next == mTickP->calls.size() ? mTickP->ended : mTickP->calls[next].entered};
 }
 
-/// Reads what is certainly stored or what came after it, the newest first. All axes come from one event if that fits.
+/// Chooses among the last value that is certainly stored and the later ones, the newest first. All axes come from
+/// one event if that fits.
 int Check::read(std::size_t input) {
   const auto [from, to] = now();
   const auto& stored = mStored.at(input);
@@ -91,8 +92,8 @@ int Check::read(std::size_t input) {
   return mTried.passes.back().values[input] = stored[newest - (isCommon ? mCommonEvent : pick(count))].value;
 }
 
-/// Of the events that may be pending, if something is served now, chooses one, the newest first. A pass begins
-/// with the question for a key, and what has been chosen before explains those before.
+/// Chooses one of the events that may be pending, the newest first, if something is served now. A pass begins with
+/// the question for a key; the choices before that are final, since they explain the earlier passes.
 int Check::pending(Slot slot) {
   if (slot == KEY) {
     Pass& before = mTried.passes.back();
@@ -127,7 +128,7 @@ void Check::tick(const Tick& tick) {
   }
   mTickP = &tick;
   mChoices.clear();
-  std::size_t begun = 0, furthest = 0; // passes, counted from the one before the tick; calls
+  std::size_t begun = 0, furthest = 0; // passes, including the one before the tick; calls
   std::string reason;
   for (std::size_t tries = 0; tries == 0 || (tries < MOST_TRIES * begun && advance()); ++tries) {
     mTried = mKnown;

@@ -8,7 +8,7 @@
 
 namespace model {
 
-/// Returns what a rotation code of the device says: the inputs from ROT_MODE on.
+/// Returns the inputs from ROT_MODE on, as a rotation code of the device sets them.
 std::vector<int> rotationValues(int code, bool zoomAllAfterView);
 
 /// One tick of the timer: its calls and the records that it left.
@@ -19,30 +19,30 @@ struct Tick {
   double seconds = 0;                  // since the session's start
 };
 
-/// What a pass was given, by the choice that explains it: of several the one that takes the newest.
+/// What a pass was given, by the choice that explains it; of several choices, the one with the newest values.
 struct Pass {
   std::array<int, INPUTS> values{}; // as the engine used them; what it didn't read is as in the pass before
   std::int64_t entered = 0, ended = 0; // in the order of all entries and ends
   std::vector<int> served;             // codes of the events
   bool isIdle = false;   // its tick only read the time and the mode, and left the engine as it was
-  bool endsTick = false; // whose time was up
+  bool endsTick = false; // because the tick's time was up
 
   /// Returns a rotation code that says the same as the values.
   int rotationCode() const;
 };
 
-/// Holds the ticks of a session against the model. What other threads wrote meanwhile is chosen so that it
-/// fits. The first contradiction ends the check: what the plug-in's state is then isn't known.
+/// Compares the ticks of a session with the model. What other threads wrote meanwhile is chosen so that it
+/// fits. The first contradiction ends the check, since the plug-in's state is unknown from then on.
 class Check : private Inputs {
 public:
   /// onPass  called with each pass of a tick that is explained, in order
   explicit Check(const Settings& settings, std::function<void(const Pass&)> onPass);
 
-  // What comes before a tick and during it, in the order of its ends.
-  /// A thread was given the values of a sample, or those of a rotation code.
+  // Calls before a tick and during it, in the order of their ends.
+  /// A thread received the values of a sample, or those of a rotation code.
   void delivered(int thread, std::int64_t order, Input first, const std::vector<int>& values);
   void eventDelivered(std::int64_t order, int code);
-  /// The thread makes another call: what it was given before is stored.
+  /// The thread makes another call, so it has stored what it received before.
   void entered(int thread, std::int64_t order);
   /// The first timer, which is armed outside of any tick.
   void timerArmed(double id) { mKnown.engine.timerId = id; }

@@ -5,7 +5,7 @@
 
 namespace model {
 
-/// Does some work; returns whether the host threw nothing.
+/// Does some work. Returns false if the host threw.
 bool Engine::succeeds(const Work& work) {
   try {
     work();
@@ -15,7 +15,7 @@ bool Engine::succeeds(const Work& work) {
   }
 }
 
-/// Does an operation's work, and expects its record if the host throws. Returns whether it didn't.
+/// Does an operation's work, and expects its record if the host throws. Returns false then.
 bool Engine::guarded(const char* operation, const Work& work) {
   const bool isDone = succeeds(work);
   if (!isDone)

@@ -24,7 +24,7 @@ struct MenuFile {
   std::vector<std::string> modes, values;
 };
 
-/// What other threads write, value by value: the sample, X to C, and what a rotation code says.
+/// What other threads write, value by value: the sample, X to C, and the values of a rotation code.
 enum Input : std::size_t { X, ROT_MODE = 6, KEEP_HORIZON, HOVER_MODE, ZOOM_ALL_AFTER_VIEW, INPUTS };
 /// Where they leave events.
 enum Slot : std::size_t { KEY, SPECIAL };
@@ -48,7 +48,7 @@ struct Inputs {
 class Engine {
 public:
   explicit Engine(Inputs& inputs) : mInputsP(&inputs) { readSettings(); }
-  /// Takes over the settings that the engine copies when it is made.
+  /// Copies the settings that the engine copies at its construction.
   void readSettings();
   void timerProc(Replay& replay);
   bool handleDeviceCap(Replay& replay);

@@ -7,7 +7,7 @@
 namespace model {
 
 /// A point or a vector.
-/// scale  the largest operand that went into it, 0 for one that is as the host gave it
+/// scale  the largest operand that went into it, 0 for one as the host returned it
 struct Vec3 {
   double x = 0, y = 0, z = 0, scale = 0;
 
@@ -29,12 +29,12 @@ struct Vec3 {
   friend double length(const Vec3& a) { return std::sqrt(dot(a, a)); }
   /// Returns whether a vector is long enough to have a direction.
   friend bool hasDirection(const Vec3& a) { return length(a) > 1e-12; }
-  /// Scales a vector to length 1; leaves one without direction, as the host does.
+  /// Returns the vector with length 1, or unchanged if it has no direction, as the host does.
   friend Vec3 normalized(const Vec3& a) {
     const double size = hasDirection(a) ? length(a) : 1;
     return {a.x / size, a.y / size, a.z / size};
   }
-  /// Turns a vector by the right-hand rule; a zero axis leaves it.
+  /// Rotates a vector by the right-hand rule; about a zero axis, returns it unchanged.
   friend Vec3 rotateBy(const Vec3& v, double angle, const Vec3& axis) {
     const double size = length(axis), c = std::cos(angle);
     const Vec3 a = axis * (1 / size);

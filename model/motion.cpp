@@ -78,7 +78,7 @@ void Engine::moveXYZ(const Sample& sample) {
   });
 }
 
-/// Rotates the view about the selection or what the mode says. A selected line is the axis, and gets its
+/// Rotates the view about the selection or the mode's centre. A selected line is the axis, and takes its
 /// share of the values.
 void Engine::rotateABC(const Sample& sample) {
   std::array<int, 3> values{sample[3], sample[4], sample[5]};

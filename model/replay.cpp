@@ -24,7 +24,7 @@ std::string shown(const std::string& name, const Args& in, const std::wstring& w
 
 } // namespace
 
-/// Says that what is recorded next isn't as expected.
+/// Throws Contradiction, with what was expected and what is recorded next.
 void Replay::contradict(const std::string& expected) const {
   const auto shownCall = [](const Call& c) { return shown(c.name, {c.in.begin(), c.in.end()}, c.text); };
   throw Contradiction(text("call ", mCall, ", record ", mRecord, ": expected ", expected, "; recorded ",

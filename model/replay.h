@@ -21,7 +21,7 @@ template <typename... Parts> std::string text(const Parts&... parts) {
   return os.str();
 }
 
-/// The plug-in did something else than the model.
+/// The plug-in did something other than the model.
 using Contradiction = std::runtime_error;
 
 /// Thrown by Replay::call where the recorded call ended in an exception of the host.
@@ -47,7 +47,7 @@ using Args = std::vector<Arg>;
 class Replay {
 public:
   /// records      of the main thread, as in "INF Cap moving."
-  /// loggedTypes  those of the records that reach the log, as "INF"; others are expected nowhere
+  /// loggedTypes  types of the records that reach the log, as "INF"; no others are expected
   Replay(const std::vector<Call>& calls, const std::vector<std::string>& records,
          const std::set<std::string>& loggedTypes)
       : mCalls(calls), mRecords(records), mLoggedTypes(loggedTypes) {}
@@ -55,7 +55,7 @@ public:
   /// Takes the next recorded call, which has to have this name and these arguments, and returns it. Throws
   /// Contradiction if it differs, HostException if the recorded call threw.
   const Call& call(const char* name, const Args& in = {}, const std::wstring& text = {});
-  /// Takes the next record, which has to be this one; nothing if records of the type don't reach the log.
+  /// Takes the next record, which has to be this one. Does nothing if the type doesn't reach the log.
   void log(const std::string& type, const std::string& text);
   /// Returns the name of the next recorded call, empty at the end.
   std::string next() const { return mCall < mCalls.size() ? mCalls[mCall].name : std::string(); }

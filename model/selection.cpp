@@ -27,7 +27,7 @@ void Engine::withSet(double given, const std::function<void(double set)>& work) 
     holding("acedSSFree", out(got, 1), [&] { work(out(got, 1)); });
 }
 
-/// Works on an object of a set, unless it can't be opened; returns its name, 0 if it has none.
+/// Works on an object of a set, unless it can't be opened. Returns its name, 0 if it has none.
 double Engine::withObject(double set, int index, double mode,
                           const std::function<void(const Call& opened)>& work) {
   const Call& name = call("acedSSName", {set, double(index)});
@@ -38,7 +38,7 @@ double Engine::withObject(double set, int index, double mode,
   return out(name, 1);
 }
 
-/// Sets selAxisVector and selCenterPoint to the selected line; true if one line is selected and nothing else.
+/// Sets selAxisVector and selCenterPoint to the selected line. Returns whether one line is selected and nothing else.
 bool Engine::getSelObjectAxis() {
   if (capIsMoving)
     return selAxisValid;
@@ -63,8 +63,8 @@ bool Engine::getSelObjectAxis() {
   return isDone && selAxisValid;
 }
 
-/// Sets the centre to the mean of the midpoints of the objects' extents; true if there is one.
-/// given  the caller's set; 0: the objects selected now, looked at once per movement
+/// Sets the centre to the mean of the midpoints of the objects' extents. Returns whether there is one.
+/// given  the caller's set; 0: the objects selected now, read at a movement's first sample only
 bool Engine::getSelObjectsCenter(double given, Vec3& centre) {
   if (capIsMoving && given == 0)
     return selCenterValid;
@@ -93,7 +93,7 @@ bool Engine::getSelObjectsCenter(double given, Vec3& centre) {
   return isDone && selCenterValid;
 }
 
-/// Returns what moves the objects of a set: the entries of a matrix, row by row.
+/// Returns the matrix that moves the objects of a set, row by row.
 Args Engine::placement(const Sample& sample, double set, bool hoverMode, bool keepHorizon) {
   Vec3 shift{sample[0] * 0.00005, sample[1] * 0.00005, 0};
   std::array<Vec3, 4> placed{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {0, 0, 0}}}; // three directions, the origin
@@ -123,7 +123,7 @@ Args Engine::placement(const Sample& sample, double set, bool hoverMode, bool ke
   return entries;
 }
 
-/// Moves the selected objects; true if there are any.
+/// Moves the selected objects. Returns whether there are any.
 bool Engine::transformSelection(const Sample& sample, bool hoverMode, bool keepHorizon) {
   bool isTaken = false;
   const auto transform = [&] {
