@@ -7,7 +7,7 @@
 namespace call_log::detail {
 
 extern std::atomic<bool> gIsTracing;
-/// Sets gIsActive as recording, counting, orders and the trace need it.
+/// Sets gIsActive as recording, counting, ordered faults and the trace need it.
 void refreshActive();
 
 } // namespace call_log::detail

@@ -33,7 +33,7 @@ struct State {
   bool isCounting = false;
   std::vector<std::string> journal;
   std::int64_t count = 0;
-  std::multimap<std::string, Order> orders; // by operation; without a name: for any
+  std::multimap<std::string, Order> orders; // by operation; empty: any
   std::string lastFault;
 };
 

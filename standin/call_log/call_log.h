@@ -17,11 +17,11 @@
 /// What is called in the stand-ins: a journal in text, a trace with all numbers, and the faults that tests
 /// order.
 ///
-/// Each operation of a stand-in makes a Call before it does anything else. At rest, with no recording and no
-/// order, that costs one relaxed load. Everything here may be called from any thread.
+/// Each operation of a stand-in makes a Call before it does anything else. With no recording, count, trace or
+/// ordered fault, that costs one relaxed load. Everything here may be called from any thread.
 namespace call_log {
 
-/// What an operation throws when it was told to throw.
+/// What an operation throws when a test has ordered that.
 class InjectedFault : public std::runtime_error {
 public:
   using std::runtime_error::runtime_error;
@@ -29,15 +29,16 @@ public:
 
 /// Whose code a thread is in.
 enum class Code { PlugIn, StandIn };
-/// The calling thread's. It is followed only while there is a recording, a count, a trace or an order.
+/// Returns the calling thread's. Kept up to date only during a recording, a count or a trace, or while a fault is
+/// ordered.
 Code currentCode();
 
-/// One call of the trace, or the entry into one, which calls make that no bracket encloses: order and `entered`
-/// are equal then.
+/// One call of the trace, or the entry into one. Entries are recorded of brackets and of calls outside of brackets;
+/// their order and `entered` are equal.
 struct Record : RecordedCall {
   int thread = 0;           // counted from 1
   double seconds = 0;       // at the entry, unix time
-  bool isBracketed = false; // made directly beneath a bracket
+  bool isBracketed = false; // made directly in a bracket
   bool isBracket = false;   // the bracket itself
   std::string note;         // at the end of a bracket: what noteBrackets() asked for
   bool isEntry() const { return entered == order; }
@@ -46,14 +47,14 @@ struct Record : RecordedCall {
 namespace detail {
 
 extern std::atomic<bool> gIsActive;
-/// Gives what it was before.
+/// Returns the one before.
 Code setCurrentCode(Code code);
-/// Writes the journal's line and tells whether the call must fail; throws InjectedFault if it must throw.
+/// Writes the journal's line. Returns whether the call must fail; throws InjectedFault if it must throw.
 bool enterActive(const char* operation, const std::string& arguments);
 /// Returns the record of a call that begins now, null if it isn't wanted. Sets isEntered if endCall() has to be
 /// called.
 Record* beginCall(const char* name, bool& isEntered);
-/// The arguments of the record stand.
+/// The record's arguments are complete.
 void enterCall(const Record& record);
 void endCall(Record* record, bool threw);
 bool openBracket(const char* name);
@@ -75,7 +76,7 @@ inline void append(std::vector<double>& numbers, std::wstring& text, const wchar
 
 } // namespace detail
 
-/// An argument that the journal shows behind the operation's name.
+/// An argument that the journal shows after the operation's name.
 template <class Value> struct Shown { Value value; };
 template <class Value> Shown<Value> shown(Value value) {
   return {value};
@@ -95,12 +96,13 @@ struct Quoted {
   const wchar_t* value;
 };
 
-/// Text on one line, byte by byte: a line feed as \n, Escape as \e, what has no byte as a question mark.
+/// Returns a text on one line, byte by byte: a line feed as \n, Escape as \e, characters above 0xFF as question
+/// marks.
 std::string escaped(std::wstring_view text);
 
 namespace detail {
 
-/// The trace has the value alone of what says how the journal shows it.
+/// Of an argument with a format for the journal, the trace takes the value only.
 template <class Argument>
 auto append(std::vector<double>& numbers, std::wstring& text, const Argument& argument)
     -> decltype(static_cast<void>(argument.value)) {
@@ -129,7 +131,7 @@ inline void show(std::ostream& os, const wchar_t* text) {
 
 } // namespace detail
 
-/// Stands where a thread goes over into other code, until it is back. Calls and brackets hold one.
+/// Marks the calling thread as in other code while the object lives. Calls and brackets hold one.
 class Entered {
 public:
   explicit Entered(Code code)
@@ -169,7 +171,7 @@ public:
   Traced(const Traced&) = delete;
   Traced& operator=(const Traced&) = delete;
 
-  /// Writes result and outputs down, and gives the result back. A text goes to outText.
+  /// Records result and outputs, and returns the result. A text goes to outText.
   template <class Result, class... Out> Result returns(Result result, const Out&... out) {
     using detail::append;
     if (mRecordP) {
@@ -187,16 +189,16 @@ private:
   int mExceptions = std::uncaught_exceptions();
 };
 
-/// A call that stands in the journal as well, and that tests can make fail.
+/// A call that the journal shows as well, and that tests can make fail.
 class Call : public Traced {
 public:
-  /// Throws InjectedFault if the call was told to throw.
+  /// Throws InjectedFault if a test has ordered that.
   template <class... In>
   explicit Call(const char* name, const In&... in) : Traced(name, in...), mMustFail(report(name, in...)) {}
-  /// True: the operation does nothing and gives back its failure value, where it has one.
+  /// Returns whether the operation must do nothing and return its failure value, if it has one.
   bool mustFail() const { return mMustFail; }
 
-  /// Only what the constructor tells the journal and hears from the tests.
+  /// Writes the journal's line and returns whether the call must fail, without a record in the trace.
   template <class... In> static bool report(const char* name, const In&... in) {
     if (!detail::gIsActive.load(std::memory_order_relaxed))
       return false;
@@ -211,8 +213,8 @@ private:
   const bool mMustFail;
 };
 
-/// Stands around a callback of the plug-in. The trace marks the calls that are made directly beneath it; what
-/// those call in turn, and what a callback beneath them calls, isn't in the trace.
+/// Encloses a callback of the plug-in. The trace marks the calls that are made directly in it. What those call in
+/// turn, and what a callback inside them calls, isn't in the trace.
 class Bracket {
 public:
   explicit Bracket(const char* name)
@@ -229,18 +231,17 @@ private:
   const Entered mEntered{Code::PlugIn}; // once the trace has noted the bracket
 };
 
-/// Hands the trace to the sink from now on, call by call in the order of their ends, on a thread of its own.
-/// Up to some thousand records wait for that thread; a call waits while there are more. Ends a trace that was
-/// on.
+/// Hands the trace to the sink from now on, record by record in their order, on a thread of its own. Up to some
+/// thousand records wait for that thread; a call waits while there are more. Ends a trace that was on.
 void startTrace(std::function<void(Record&&)> sink);
 /// Takes a place in the order of entries and ends, for what isn't a call: the moment of a frame, say.
 std::int64_t takeOrder();
-/// Waits until the sink has had all that was recorded up to now.
+/// Waits until the sink has received all that was recorded up to now.
 void flushTrace();
-/// Ends the trace, when the sink has had all of it.
+/// Ends the trace when the sink has received all of it.
 void stopTrace();
-/// From now on a bracket's record holds what this gives at its end. It is called at the beginning as well,
-/// with false. On the bracket's thread.
+/// From now on a bracket's record holds what this returns at its end. It is called at the beginning as well, with
+/// false. On the bracket's thread.
 void noteBrackets(std::function<std::string(bool isEnd)> note);
 
 /// Starts a new, empty journal.
@@ -253,13 +254,13 @@ std::vector<std::string> stopRecording();
 /// operation  empty: any
 void failAt(const std::string& operation, std::int64_t nth, int times = 1);
 void throwAt(const std::string& operation, std::int64_t nth, int times = 1);
-/// Counts the calls from now on, with no fault ordered; count() tells how many there were.
+/// Counts the calls from now on; count() returns their number.
 void startCounting();
 std::int64_t count();
-/// Name of the operation at which the last fault struck; empty if none has since the last clear().
+/// Returns the operation at which the last fault struck; empty if none has since the last clear().
 std::string lastFault();
 
-/// Takes back all orders and ends recording and counting; a trace goes on.
+/// Cancels all ordered faults and ends recording and counting; a trace goes on.
 void clear();
 
 } // namespace call_log

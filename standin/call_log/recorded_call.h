@@ -8,10 +8,11 @@
 namespace call_log {
 
 /// One call that was made: its name, arguments, and result.
-/// in    arguments, out the result and what the call wrote, both as model/calls.md lists them; pointers and
-///       handles are identities, 0 for null
-/// threw true: the call ended in an exception; out is empty then
-/// order counts entries and ends of all threads: the call's own place, and in `entered` that of its entry
+/// in       arguments; as in model/calls.md, pointers and handles as numbers, 0 for null
+/// out      the result and what the call wrote, likewise
+/// threw    true: the call ended in an exception; out is empty then
+/// entered  place of the call's entry in the order of the entries and ends of all threads
+/// order    place of its end
 struct RecordedCall {
   std::string name;
   std::vector<double> in;

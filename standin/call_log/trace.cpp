@@ -21,7 +21,7 @@ struct Waiting {
   std::condition_variable isToEndNow; // for the worker
   std::condition_variable isEmptied;  // for callers and flushTrace()
   std::vector<Record> records;        // in the order in which they came
-  bool isWorking = false;             // the worker has taken records that the sink hasn't had yet
+  bool isWorking = false;             // the worker holds records that the sink hasn't received yet
   bool isToEnd = false;
   bool isWarm = false; // the worker has waited once
   std::function<void(Record&&)> sink;

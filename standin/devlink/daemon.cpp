@@ -21,10 +21,9 @@ using Seconds = std::chrono::duration<double>;
 constexpr std::size_t kMaxPeers = 16;
 /// Pause before the next attempt when a connection can't be taken or the port can't be had again.
 constexpr std::chrono::milliseconds kRetryPause{100};
-/// How long a daemon that has been away waits for its clients before it takes them for gone; they look every
-/// 2 s.
+/// How long a daemon that has been away waits for its clients, which look every 2 s.
 constexpr std::chrono::seconds kReturnPatience{5};
-/// How often play() looks whether there is still somebody who plays.
+/// How often play() checks whether run() has ended.
 constexpr std::chrono::milliseconds kPlayCheck{50};
 
 std::chrono::nanoseconds ticks(double seconds) {
@@ -82,8 +81,8 @@ void Daemon::run() {
 void Daemon::listen() {
   mAcceptor.open(tcp::v4());
 #ifndef _WIN32
-  // After a restart the port is in use by the connections of before. Windows understands the option
-  // otherwise: there it would let two daemons have the port.
+  // After a restart, earlier connections still use the port. On Windows the option means something else: it would
+  // let two daemons have the port.
   mAcceptor.set_option(tcp::acceptor::reuse_address(true));
 #endif
   mAcceptor.bind(tcp::endpoint(asio::ip::address_v4::loopback(), mPort));
@@ -94,7 +93,7 @@ void Daemon::accept() {
   mAcceptor.async_accept([this](const asio::error_code& error, tcp::socket socket) {
     if (!mAcceptor.is_open() || error == asio::error::operation_aborted)
       return; // away, or at the end
-    // No descriptors left, for instance. To ask again at once would only burn time.
+    // No descriptors left, for instance. An immediate retry would fail again.
     if (error)
       return wait(mRetryTimer, kRetryPause, [this] {
         if (mAcceptor.is_open())
@@ -113,7 +112,7 @@ void Daemon::onGreeted(Peer& peer) {
   report("client connected: " + peer.name(), "client connected " + peer.name());
   if (mCap)
     peer.giveMotion(*mCap);
-  // The client is at rest in its wait for events, perhaps for long, and tells its mode between two of them.
+  // The client sends its mode between two events only, and may wait long for the next one.
   peer.giveEvent(session::kEventAnnounceMode);
   startClock();
 }
@@ -132,7 +131,7 @@ void Daemon::startClock() {
     return;
   mIsRunning = true;
   mStart = Clock::now();
-  // Not from here: who starts the clock may be in the middle of a peer's greeting.
+  // Not from here: the caller may be in the middle of a peer's greeting.
   asio::post(mIo, [this] { playDue(); });
 }
 
@@ -193,7 +192,7 @@ void Daemon::comeBack() {
   try {
     listen();
   } catch (const std::system_error&) {
-    // Somebody else has taken the port; it is ours again as soon as they leave.
+    // Another program has taken the port; try again until it has left.
     asio::error_code ignored;
     mAcceptor.close(ignored);
     return wait(mReturnTimer, kRetryPause, [this] { comeBack(); });
@@ -218,7 +217,7 @@ void Daemon::checkEnd() {
     mIo.stop();
 }
 
-/// Says and records a line, if it isn't empty.
+/// Says and records a line each, unless it is empty.
 void Daemon::report(const std::string& said, const std::string& recorded) {
   if (mOptions.mSay && !said.empty())
     mOptions.mSay(said);

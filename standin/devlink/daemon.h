@@ -28,7 +28,7 @@ struct DaemonOptions {
   /// with run(); without, everything comes through play().
   bool mHasSession = false;
   std::vector<session::Action> mActions;
-  /// Lines that set the panel and the rotation settings before any client comes.
+  /// Lines that set the panel and the rotation settings before the first client comes.
   std::vector<session::Action> mPanel;
   bool mStartsOnConnect = true;
   /// Stays after the last line, when no client is left.
@@ -36,23 +36,23 @@ struct DaemonOptions {
   /// run() ends at SIGINT and SIGTERM.
   bool mStopsAtSignals = false;
 
-  /// Gets each line of the record, without line feed, on the thread of run(); may be empty.
+  /// Receives each line of the record, without line feed, on the thread of run(); may be empty.
   /// "<unix seconds> motion x y z a b c", "... event CODE", "... mode NAME", "... client connected NAME",
-  /// "... client gone NAME", "... away SECONDS", "... back". Motion and events stand there when they go to at
-  /// least one client.
+  /// "... client gone NAME", "... away SECONDS", "... back". Motion and events are recorded if at least one
+  /// client gets them.
   std::function<void(const std::string&)> mRecord;
-  /// Gets what a person wants to see: "mode: NAME", clients that come and go; same thread, may be empty.
+  /// Receives what a person wants to see: "mode: NAME", clients that come and go; same thread, may be empty.
   std::function<void(const std::string&)> mSay;
-  /// Says also each event and why clients were dropped.
+  /// mSay also receives each event, and why connections ended.
   bool mIsVerbose = false;
 };
 
 /// The device and its daemon: one device, any program on this machine as a client, sixteen of them at most.
 ///
-/// A client gets all events from its greeting on, and first the cap's last position, if the cap has moved
-/// before, and the question for its mode; neither stands in the record. What a client sends is checked in
-/// every field. One that breaks the protocol, doesn't greet within two seconds or lets 65536 events pile up
-/// is dropped; the others don't notice.
+/// A client first gets the cap's last position, if the cap has moved before, and the question for its mode;
+/// neither is recorded. From then on it gets all events. What a client sends is checked in every field. One that
+/// breaks the protocol, doesn't greet within two seconds or falls 65536 events behind is dropped; the others
+/// aren't affected.
 class Daemon : private PeerOwner {
 public:
   /// Opens the port. Throws std::system_error if it can't be had.
@@ -60,18 +60,18 @@ public:
   /// run() must have ended.
   ~Daemon() override = default;
 
-  /// The port it listens on.
+  /// Returns the port on which it listens.
   std::uint16_t port() const { return mPort; }
 
-  /// Serves until the end: stop(), or the last line has been played and the last client has left. Clients are
-  /// hung up on at its return. Not a second time.
+  /// Serves until stop(), or until the last line has been played and the last client has left. Then closes all
+  /// connections. To be called once.
   void run();
-  /// Ends run(), also one that begins later. Any thread.
+  /// Ends run(), even if it begins later. Any thread.
   void stop();
-  /// Plays one action of the device now, whatever its time; returns when it has gone out. False if run() has
-  /// ended before. Any thread but that of run().
+  /// Plays one action of the device now, whatever its time, and waits until it has gone out. Returns false if
+  /// run() has ended before. Any thread but that of run().
   bool play(const session::Action& action);
-  /// There will be no more play(): run() ends when the clients that were there have left. Any thread.
+  /// Notes that no more play() will come: run() ends when the clients have left. Any thread.
   void endOfInput();
 
 private:

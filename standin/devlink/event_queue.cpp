@@ -13,7 +13,7 @@ void EventQueue::addMotion(const Axes& axes) {
   } else if (mNewest == kRelease) {
     mHasRelease = true;
   }
-  // A release that comes last says all that the one before it said.
+  // A release that comes last makes an earlier one needless.
   if (axes == kRelease)
     mHasRelease = false;
   mNewest = axes;

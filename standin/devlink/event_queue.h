@@ -11,7 +11,7 @@ namespace devlink {
 
 /// One event of the device, as a client receives it.
 struct Event {
-  /// kMotionCode or 0 and more.
+  /// kMotionCode, or 0 or more.
   std::int32_t mCode = 0;
   /// Device counts; zeros unless it is a motion sample.
   Axes mAxes{};
@@ -21,21 +21,20 @@ constexpr std::int32_t kMotionCode = -1;
 
 /// Events on their way, on either side of the link. Not for several threads at once.
 ///
-/// Motion is a level: a sample that hasn't gone out yet is overwritten by the next one, and keeps its place
-/// in the order. Only a release (six zeros) isn't overwritten by the deflection after it, but goes out before
-/// that, so that whoever counts movements sees each of them end. All other events go out one by one, as they
-/// came.
+/// Motion is a level: a sample that hasn't gone out yet is overwritten by the next one, which takes its place in
+/// the order. Only a release (six zeros) isn't overwritten by the deflection after it: it goes out first, so that
+/// whoever counts movements sees the movement end. All other events go out one by one, in order.
 ///
-/// What is held is bounded: two samples, and kMaxEvents other events. A reader who is so far behind is not
-/// coming back; the owner of the queue then ends the connection rather than lose events silently.
+/// It holds two samples and kMaxEvents other events at most. A reader that is so far behind isn't coming back; the
+/// owner of the queue then ends the connection rather than lose events silently.
 class EventQueue {
 public:
   static constexpr std::size_t kMaxEvents = 65536;
 
   void addMotion(const Axes& axes);
-  /// Gives false, and keeps nothing, if the queue is full.
+  /// Returns false, and drops the event, if the queue is full.
   bool add(std::int32_t code);
-  /// Takes the oldest event; false if there is none.
+  /// Removes the oldest event. Returns false if there is none.
   bool take(Event& event);
 
   bool isEmpty() const { return !mHasMotion && mEvents.empty(); }

@@ -33,7 +33,7 @@ void Link::connect(std::uint16_t port) {
     mSocket.non_blocking(true, error);
   if (error)
     return drop();
-  // Asio's own connect() waits without a limit. Whether this one succeeds shows at the hello.
+  // Asio's own connect() waits without a limit. Whether this one succeeded shows when the hello is sent.
   ::connect(mSocket.native_handle(), daemon.data(), static_cast<socklen_t>(daemon.size()));
 }
 
@@ -53,7 +53,7 @@ std::uint32_t Link::ask(Kind kind, const std::function<void(MessageWriter&)>& ad
   return number;
 }
 
-/// A daemon that doesn't take even this little hasn't read for long; that ends the link.
+/// Sends a message. A socket that doesn't take it whole ends the link: the daemon hasn't read for long.
 void Link::send(const Bytes& bytes) {
   asio::error_code error;
   if (mState != State::down && (mSocket.write_some(asio::buffer(bytes), error) != bytes.size() || error))
@@ -80,7 +80,7 @@ void Link::read() {
   }
 }
 
-/// False if this is no daemon that we can talk to.
+/// Takes a message. Returns false if it isn't valid.
 bool Link::takeMessage(const Message& message) {
   MessageReader payload(message);
   if (mState == State::opening) {
@@ -114,7 +114,7 @@ bool Link::takeAnswer(const Message& message) {
     return false;
   const auto found = mQuestions.find(number);
   if (found == mQuestions.end())
-    return true; // came too late, nobody waits for it any more
+    return true; // too late: nobody waits for it any more
   Question& question = found->second;
   if (question.mAnswerKind != message.mKind || question.mIsAnswered)
     return false;
@@ -122,7 +122,7 @@ bool Link::takeAnswer(const Message& message) {
   return true;
 }
 
-/// Another thread that waits for the socket still needs it, and closes it.
+/// A thread in await() still needs the socket, and closes it itself.
 void Link::drop() {
   mState = State::down;
   asio::error_code ignored;

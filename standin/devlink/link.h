@@ -30,20 +30,20 @@ public:
     Bytes mRecord;
   };
 
-  /// Begins to connect. The socket becomes writable once that is decided.
+  /// Begins to connect. The socket becomes writable once that has succeeded or failed.
   void connect(std::uint16_t port);
   /// Sends the hello. The link is up when the welcome has been read.
   void greet(const std::string& clientName);
   /// Sends a question, and adds it to mQuestions, where the owner removes it. Returns its number.
   /// addArguments  appends what follows the number
   std::uint32_t ask(Kind kind, const std::function<void(MessageWriter&)>& addArguments);
-  /// Takes what the socket holds into mEvents and mQuestions; doesn't wait. Whatever isn't valid ends the
-  /// link.
+  /// Reads what the socket holds, a few buffers at most, into mEvents and mQuestions; doesn't wait. Invalid data
+  /// ends the link.
   void read();
-  /// Ends the link, and any await(). Events that have come stay.
+  /// Ends the link, and any await(). Events that have arrived stay.
   void drop();
-  /// Waits until the socket can be read (or written to: the connection has been made or refused) or has
-  /// ended, at most until the deadline. Gives the owner's lock up meanwhile; one thread at a time.
+  /// Waits until the socket can be read (or written to: the connection has been made or refused) or has ended, at
+  /// most until the deadline. Releases the owner's lock meanwhile. One thread at a time.
   void await(std::unique_lock<std::mutex>& lock, bool isToWrite, Clock::time_point deadline);
 
   State mState = State::opening;

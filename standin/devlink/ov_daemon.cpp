@@ -1,4 +1,4 @@
-// The device and its daemon as a program: plays a session, or what it is told on standard input.
+// The device and its daemon as a program: plays a session, or lines from standard input or a page.
 
 #include "daemon.h"
 #include "live_door.h"
@@ -67,7 +67,7 @@ void declare(CLI::App& app, Arguments& arguments, devlink::DaemonOptions& option
   app.add_flag("--verbose", options.mIsVerbose, "Print each event and why connections end");
 }
 
-/// Texts of clients may have any code page; only what is printable for sure gets to the terminal.
+/// Replaces characters outside ASCII: texts of clients may have any code page.
 std::string printable(std::string text) {
   for (char& c : text)
     if (static_cast<unsigned char>(c) > 0x7E)
@@ -75,7 +75,7 @@ std::string printable(std::string text) {
   return text;
 }
 
-/// Others wait for the file and read it at once, so it appears complete or not at all.
+/// Writes a file that appears complete or not at all, since others wait for it and read it at once.
 bool writeWhole(const std::string& path, const std::string& line) {
   const std::string temporary = path + ".new";
   {
@@ -89,7 +89,7 @@ bool writeWhole(const std::string& path, const std::string& line) {
   return !failure;
 }
 
-/// Plays standard input, and says what it didn't understand.
+/// Plays standard input, and reports invalid lines.
 void playInput(devlink::Daemon& daemon) {
   std::string line;
   for (int number = 1; std::getline(std::cin, line); ++number) {
@@ -105,7 +105,7 @@ void playInput(devlink::Daemon& daemon) {
   daemon.endOfInput();
 }
 
-/// Reads the panel's file. Returns false after saying what is wrong with it.
+/// Reads the panel's file. Returns false if it is invalid, and prints why.
 bool readPanel(const std::string& path, std::vector<session::Action>& panel) {
   std::ifstream file(path);
   std::string line;
@@ -164,7 +164,7 @@ int serve(const Arguments& arguments, std::ofstream& recordFile, devlink::Daemon
   if (!arguments.mLiveFile.empty() && !writeWhole(arguments.mLiveFile, liveP->address()))
     return complain("can't write " + arguments.mLiveFile);
 
-  // Nothing ends a thread that waits for input, so it is left behind, with its share of the daemon.
+  // Nothing ends a thread that waits for input, so it is detached, with a share of the daemon.
   if (!options.mHasSession)
     std::thread([daemon] { playInput(*daemon); }).detach();
   daemon->run();
@@ -216,7 +216,7 @@ int main(int argc, char** argv) {
   } catch (const std::exception& error) {
     complain(error.what());
   }
-  // Without the clean-up at exit: the thread that waits for input may be using what it would take away.
+  // Without the clean-up at exit: the thread that waits for input may be using what that would destroy.
   std::cout.flush();
   std::_Exit(status);
 }

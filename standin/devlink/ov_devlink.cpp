@@ -12,9 +12,9 @@
 #include <new>
 #include <thread>
 
-// Each function but ovFetchEvent reports itself to the journal of calls. That one is called as often as the
-// link and the clock decide, and would make counts of calls depend on them. The trace knows all of them, with
-// what ovFetchEvent and ovGetAdvancedSettings delivered.
+// Each function but ovFetchEvent writes to the journal of calls. How often that one is called depends on the link and
+// the clock, so counts of calls would, too. The trace records all of them, with what ovFetchEvent and
+// ovGetAdvancedSettings delivered.
 
 namespace {
 
@@ -33,14 +33,13 @@ constexpr milliseconds kOpenTimeout{1000};
 constexpr milliseconds kRequestTimeout{500};
 /// How long ovFetchEvent waits for a link to appear.
 constexpr milliseconds kNoLinkWait{100};
-/// Events at which a fetch no longer looks whether the socket has newer motion: the flood has to go out
-/// first.
+/// With this number of waiting events a fetch no longer reads the socket for newer motion: they have to go out first.
 constexpr std::size_t kEnoughEvents = 1024;
 
 void addNothing(MessageWriter&) {}
 
-/// The library's whole state, behind one lock. There is no thread: of the callers that wait for something,
-/// one reads the socket for all of them, and the others wait until it has found something.
+/// The library's whole state, behind one lock. It has no thread: of the callers that wait for something, one reads
+/// the socket for all of them, and the others wait until it has read something.
 class Client {
 public:
   bool connect(std::uint16_t port, const std::string& name);
@@ -52,7 +51,7 @@ public:
 
 private:
   using Lock = std::unique_lock<std::mutex>;
-  using LinkPointer = std::shared_ptr<Link>; // who waits at a socket holds it open
+  using LinkPointer = std::shared_ptr<Link>; // a thread that waits at a socket keeps it alive
 
   bool isFetchable() const {
     return mLinkP && (mLinkP->mState == Link::State::up || !mLinkP->mEvents.isEmpty());
@@ -71,7 +70,7 @@ private:
   bool mIsDeflected = false;
 };
 
-/// Waits until isDone(), which is asked with the lock held; false at the deadline or at the link's end.
+/// Waits until isDone(), called with the lock held. Returns false at the deadline or at the link's end.
 template <class IsDone>
 bool Client::waitFor(Lock& lock, const LinkPointer& link, Clock::time_point deadline, IsDone isDone) {
   while (!isDone()) {
@@ -86,7 +85,7 @@ bool Client::waitFor(Lock& lock, const LinkPointer& link, Clock::time_point dead
     }
     link->await(lock, false, deadline);
     link->read();
-    mChanged.notify_all(); // something may be for them, and one of them reads next
+    mChanged.notify_all(); // something may be for the others, and one of them reads next
   }
   return true;
 }
@@ -95,7 +94,7 @@ bool Client::connect(std::uint16_t port, const std::string& name) {
   Lock lock(mMutex);
   const auto deadline = Clock::now() + kOpenTimeout;
   while (const LinkPointer old = mLinkP) {
-    if (old->mState == Link::State::opening) { // another thread is at it
+    if (old->mState == Link::State::opening) { // another thread is connecting
       mChanged.wait_until(lock, deadline, [&] { return old->mState != Link::State::opening; });
       return old->mState == Link::State::up;
     }
@@ -149,7 +148,7 @@ bool Client::fetch(Event& event) {
     waitFor(lock, link, Clock::time_point::max(), [&] { return !link->mEvents.isEmpty(); });
     isFound = link->mEvents.take(event);
   }
-  // With the link gone nobody would ever end the movement. A newer link has got its release at its start.
+  // With the link gone nobody would ever end the movement. A newer link has a release as its first event.
   if (!isFound && mIsDeflected && (!mLinkP || mLinkP == link)) {
     event = {devlink::kMotionCode, {}};
     isFound = true;
@@ -177,15 +176,15 @@ bool Client::askOver(Lock& lock, const LinkPointer& link, Kind kind, const AddAr
   return answer.mIsAnswered;
 }
 
-/// A thread that was ended by force may hold the lock for good; the system closes the socket then.
+/// A thread that was ended by force may still hold the lock. The system closes the socket then.
 void Client::closeAtUnload() {
   const Lock lock(mMutex, std::try_to_lock);
   if (lock.owns_lock() && mLinkP)
     close();
 }
 
-/// A thread may still be in the library while the process ends, so the state isn't destroyed: its memory is
-/// part of the library's, and goes with it.
+/// Returns the state. It is never destroyed, since a thread may still be in the library while the process ends; its
+/// memory is part of the library's, and goes with it.
 Client& client() {
   alignas(Client) static unsigned char memory[sizeof(Client)];
   static Client* const only = new (memory) Client;
@@ -197,8 +196,8 @@ struct CloserAtUnload {
   ~CloserAtUnload() { client().closeAtUnload(); }
 } gCloserAtUnload;
 
-/// Reports the call and keeps exceptions inside, be they ours or ordered by a test.
-/// out  what the trace shows behind the status, as it is after the call
+/// Reports the call and catches all exceptions, ours and those that a test has ordered.
+/// out  what the trace shows after the status, as it is after the call
 template <class Operation, class... Out>
 int guarded(const char* name, Operation operation, const Out&... out) {
   try {
@@ -210,7 +209,7 @@ int guarded(const char* name, Operation operation, const Out&... out) {
   }
 }
 
-/// Asks for one of the records of a device; false leaves the caller's record as it was.
+/// Asks for one of a device's records. On failure the caller's record isn't changed.
 bool askRecord(Kind question, int deviceIndex, void* record) {
   Link::Question answer;
   const auto addIndex = [=](MessageWriter& message) {

@@ -7,13 +7,13 @@
 namespace devlink {
 
 /// The device's control panel: what a user sets for their own hand. A sample passes through it before it leaves the
-/// daemon: axes are swapped, then each loses its dead zone, then all but the strongest may go, then each is
-/// multiplied by its gain.
+/// daemon: axes are swapped, then each loses its dead zone, then, if that is on, all but the strongest become 0,
+/// then each is multiplied by its gain.
 class Panel {
 public:
   /// Takes a setting. Returns false for other lines of the device.
   bool take(const session::Action& action);
-  /// Returns the sample as clients get it. Values beyond 16 bits end at their limit.
+  /// Returns the sample as clients get it. Values are limited to 16 bits.
   Axes apply(const Axes& hand) const;
 
   /// By axis, a factor.

@@ -17,7 +17,7 @@ constexpr std::chrono::seconds kHelloTimeout{2};
 /// Small, so that motion samples wait in the queue, where newer ones overwrite them, rather than in the
 /// system.
 constexpr int kSendBufferBytes = 32 * 1024;
-/// What is handed to the system in one go, about.
+/// About how much is handed to the system at once.
 constexpr std::size_t kBatchBytes = 4096;
 
 constexpr char kDeviceName[] = "Orvaner 6-axis hand controller";
@@ -33,7 +33,7 @@ Peer::Peer(tcp::socket socket, PeerOwner& owner)
     : mSocket(std::move(socket)), mHelloTimer(mSocket.get_executor()), mOwner(owner) {}
 
 void Peer::start() {
-  asio::error_code ignored; // a connection that is gone already shows at the first read
+  asio::error_code ignored; // if the connection is gone already, the first read fails
   mSocket.set_option(tcp::no_delay(true), ignored);
   mSocket.set_option(asio::socket_base::send_buffer_size(kSendBufferBytes), ignored);
   mHelloTimer.expires_after(kHelloTimeout);
@@ -48,7 +48,7 @@ void Peer::close(const std::string& reason) {
   if (mIsClosed)
     return;
   mIsClosed = true;
-  const auto self = shared_from_this(); // the owner lets go of it below
+  const auto self = shared_from_this(); // the owner drops its reference below
   asio::error_code ignored;
   mHelloTimer.cancel();
   mSocket.shutdown(tcp::socket::shutdown_both, ignored);
@@ -92,7 +92,7 @@ void Peer::takeMessages() {
   if (next == MessageBuffer::Next::bad)
     return close("broke the protocol");
   write();
-  // Whoever asks without taking the answers isn't read any further, so that answers don't pile up.
+  // A client that asks without reading the answers isn't read any further, so that answers don't pile up.
   if (!mIsClosed && mAnswers.empty())
     read();
 }

@@ -12,7 +12,7 @@
 
 namespace devlink {
 
-/// What the daemon tells about its device.
+/// What the daemon reports of its device.
 struct DeviceState {
   std::int32_t mRotationCode = 0;
   bool mZoomsAfterView = false;
@@ -25,10 +25,10 @@ class PeerOwner {
 public:
   virtual ~PeerOwner() = default;
   virtual const DeviceState& device() const = 0;
-  /// The client has said hello, and has got its welcome.
+  /// The client has sent a valid hello.
   virtual void onGreeted(Peer& peer) = 0;
   virtual void onMode(const std::string& mode) = 0;
-  /// The last that is heard of a peer; reason is for a person.
+  /// The connection has ended; the last call for a peer. reason is for a person.
   virtual void onGone(Peer& peer, const std::string& reason) = 0;
 };
 
@@ -39,7 +39,7 @@ public:
   Peer(asio::ip::tcp::socket socket, PeerOwner& owner);
 
   void start();
-  /// Hangs up; onGone follows before it returns, unless that was before.
+  /// Closes the connection and calls onGone, unless it is closed already.
   void close(const std::string& reason);
 
   bool isGreeted() const { return !mName.empty(); }

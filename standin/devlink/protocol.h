@@ -8,13 +8,13 @@
 #include <string_view>
 #include <vector>
 
-/// What client library and daemon say to each other, over one TCP connection on this machine.
+/// The protocol between client library and daemon, over one TCP connection on this machine.
 ///
 /// Each message is: length of the payload (16 bits), kind (16 bits), payload. All numbers are
 /// little-endian, a text is its length (16 bits) and its bytes. The client opens with hello, the daemon
-/// answers with welcome; both carry magic and version, and whoever finds another one there hangs up. After
-/// that the client asks, each question with a number of its own that the answer repeats, and the daemon sends
-/// events as they come. Neither side trusts the other: whatever doesn't fit exactly ends the connection.
+/// answers with welcome; both carry magic and version, and a side that finds others hangs up. After that the client
+/// asks, each question with a number of its own that the answer repeats, and the daemon sends events as they come.
+/// Neither side trusts the other: a message that isn't exactly valid ends the connection.
 namespace devlink {
 
 constexpr std::uint16_t kDefaultPort = 27104;
@@ -75,7 +75,7 @@ constexpr std::size_t recordBytes(Kind answer) {
 using Axes = std::array<std::int16_t, 6>;
 using Bytes = std::vector<std::uint8_t>;
 
-/// Appends one message to a buffer, filled from left to right; whole after each step.
+/// Appends one message to a buffer, from left to right. The message is valid after each step.
 class MessageWriter {
 public:
   MessageWriter(Bytes& out, Kind kind);
@@ -97,7 +97,7 @@ struct Message {
   std::size_t mSize = 0;
 };
 
-/// Takes a payload apart from left to right. What isn't there reads as 0 or empty and spoils isGood().
+/// Reads a payload from left to right. What is missing reads as 0 or empty, and isGood() is false from then on.
 class MessageReader {
 public:
   explicit MessageReader(const Message& message) : mNextP(message.mPayloadP), mLeft(message.mSize) {}
@@ -105,11 +105,11 @@ public:
   std::uint16_t number16();
   std::uint32_t number32();
   std::int32_t signed32() { return static_cast<std::int32_t>(number32()); }
-  /// A text of at most maxBytes that passes isText().
+  /// Returns a text of at most maxBytes that passes isText().
   std::string text(std::size_t maxBytes);
   Bytes record(std::size_t size);
 
-  /// True if everything that was asked for was there and valid, and nothing is left over.
+  /// Returns true if everything that was read was there and valid, and nothing is left over.
   bool isGood() const { return mIsGood && mLeft == 0; }
 
 private:
@@ -120,17 +120,17 @@ private:
   bool mIsGood = true;
 };
 
-/// Cuts a stream of bytes into messages. Holds at most one buffer full, whatever the peer sends.
+/// Cuts a stream of bytes into messages. Holds one buffer at most, whatever the peer sends.
 class MessageBuffer {
 public:
-  /// Where the next bytes go, and how many fit: never 0 after next() has given Next::incomplete.
-  /// Payloads given before are void from here on.
+  /// Returns where the next bytes go, and how many fit: never 0 after next() has returned Next::incomplete. Earlier
+  /// payloads are invalid from then on.
   std::uint8_t* room(std::size_t& size);
   /// Notes that this number of bytes was put there.
   void added(std::size_t size) { mEnd += size; }
 
   enum class Next { message, incomplete, bad };
-  /// bad: the length is out of bounds; there is no way to find the next message then.
+  /// bad: the length is out of bounds, so the next message can't be found.
   Next next(Message& message);
 
 private:
@@ -139,11 +139,11 @@ private:
   std::size_t mEnd = 0;
 };
 
-/// True for up to maxBytes bytes without control characters (so without a null, too). The code page is the
-/// sender's affair.
+/// Returns true for up to maxBytes bytes without control characters, null included. The code page is up to the
+/// sender.
 bool isText(std::string_view text, std::size_t maxBytes);
 
-/// A port number from a text; 0 if it isn't one from 1 to 65535.
+/// Returns the port number in a text; 0 if it isn't one from 1 to 65535.
 std::uint16_t portFrom(std::string_view text);
 
 } // namespace devlink

@@ -5,10 +5,10 @@
 
 namespace program {
 
-/// The main thread's message loop, with a beat of its own so that the host gets its turn while nothing
-/// happens. Ends also when someone posts WM_QUIT.
-/// handOver  called in front of each message, whose receiver may be the plug-in
-/// step      called at each beat and after each message; false ends the loop. Its exceptions end it too.
+/// Runs the main thread's message loop, with a timer so that the host gets its turn while nothing happens. Ends
+/// also when someone posts WM_QUIT.
+/// handOver  called before each message, whose receiver may be the plug-in
+/// step      called after each message; false ends the loop. Its exceptions end it too.
 void runMessageLoop(const std::function<void()>& handOver, const std::function<bool()>& step);
 
 } // namespace program

@@ -24,7 +24,7 @@ struct Options {
   /// Serve a page.
   bool mIsLive = false;
   web::ServerOptions mLive;
-  /// Gets the page's address; empty: none.
+  /// File for the page's address; empty: none.
   std::string mLiveFile;
   /// Empty: "home" in mOut.
   std::string mHome;
@@ -34,7 +34,7 @@ struct Options {
   double mHold = 1;
   /// Read drawing and session, report what is wrong with them, and end.
   bool mIsDryRun = false;
-  /// Hold each pass of the plug-in against the model.
+  /// Compare each pass of the plug-in with the model.
   bool mIsToCheck = true;
 };
 

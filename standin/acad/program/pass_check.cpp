@@ -20,14 +20,14 @@ namespace {
 constexpr char kLogName[] = "autocad_addin_log.txt";
 constexpr double kFirstInterval = 100; // of the plug-in's first timer, milliseconds
 
-/// Returns a file's text from a position on; all of it if the file is shorter.
+/// Returns a file's text from a position on; empty if the file is shorter.
 std::string textFrom(const std::filesystem::path& path, std::uintmax_t start) {
   std::ifstream file(path, std::ios::binary);
   file.seekg(static_cast<std::streamoff>(start));
   return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-/// The records of one thread: time, type, thread and more columns, then the text.
+/// Returns the records of one thread. A record has time, type, thread and more columns, then the text.
 std::vector<std::string> recordsIn(const std::string& text, const std::string& thread) {
   constexpr std::size_t kType = 13, kThread = 17, kThreadEnd = 23, kText = 82;
   std::vector<std::string> records;
@@ -166,7 +166,7 @@ void PassCheck::endTick(const call_log::Record& bracket) {
   mTick = model::Tick();
 }
 
-/// The plug-in has read its settings when it makes the calls that count here.
+/// Returns the check. Made at the first call that counts, when the plug-in has read its settings.
 model::Check& PassCheck::check() {
   if (!mCheckP)
     mCheckP = std::make_unique<model::Check>(readSettings(),
@@ -177,7 +177,7 @@ model::Check& PassCheck::check() {
 model::Settings PassCheck::readSettings() {
   model::Settings s;
   Cnfg file;
-  // In a home without the folder all is at its default.
+  // In a home without the folder all settings have their defaults.
   if (file.open(mFolder + "\\autocad_addin.ini") != Cnfg::kOk)
     return s;
   const auto text = [&file](const char* key, const char* section) {

@@ -14,14 +14,14 @@
 
 namespace program {
 
-/// Holds every tick and pass of the plug-in against the model while a session runs, on the trace's thread.
+/// Compares every tick and pass of the plug-in with the model while a session runs, on the trace's thread.
 class PassCheck {
 public:
   /// Starts the trace; to be made before the plug-in's load message.
   /// home       the user's folder, which USERPROFILE names
-  /// explained  gets each frame's number, and the sample that explains it: that of the pass which showed it,
-  ///            of the last one before for a frame between passes. On the trace's thread; may be empty
-  /// outside    gets each call outside of ticks, its entry and its end. On the trace's thread; may be empty
+  /// explained  receives each frame's number and the sample that explains it: that of the pass which showed it,
+  ///            or, for a frame between passes, of the last pass. On the trace's thread; may be empty
+  /// outside    receives each call outside of ticks, its entry and its end. On the trace's thread; may be empty
   using Explained = std::function<void(std::size_t frame, const std::array<short, 6>& sample)>;
   using Outside = std::function<void(const call_log::Record&)>;
   explicit PassCheck(const std::filesystem::path& home, Explained explained = nullptr,
@@ -30,9 +30,9 @@ public:
   PassCheck(const PassCheck&) = delete;
   PassCheck& operator=(const PassCheck&) = delete;
 
-  /// A frame is shown now: on the main thread, in the call that asks for it.
+  /// Notes that a frame is shown now. On the main thread, in the call that asks for it.
   void frameShown(std::size_t number);
-  /// Returns what was done up to the end of the last tick as a session that counts passes. Not during a tick.
+  /// Returns what happened up to the end of the last tick, as a session that counts passes. Not during a tick.
   std::string countedSession();
   /// Ends the trace, and returns what was found.
   const model::Check& finish();

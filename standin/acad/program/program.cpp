@@ -36,7 +36,7 @@ namespace fs = std::filesystem;
 
 /// Lines of the log that go into the report.
 constexpr std::size_t kLogLines = 20000;
-/// The latest frames, which a page gets that comes in the middle: those that its strips show.
+/// Latest frames that a page gets when it comes later: those that its strips show.
 constexpr std::size_t kLiveFrames = 2400;
 
 /// Set by Ctrl-C, or when the program is asked to end: the session ends early, but in order.
@@ -56,7 +56,7 @@ std::string readFile(const std::string& path) {
 /// The plug-in's life, from its load message to its unloading.
 class PlugIn {
 public:
-  /// tickSource  says what GetTickCount gives it; empty: the truth
+  /// tickSource  returns what GetTickCount returns to it; empty: the system's count
   PlugIn(const std::string& path, [[maybe_unused]] bool isRecorded, std::function<DWORD()> tickSource)
       : mModule(path) {
 #ifdef _WIN32
@@ -74,7 +74,7 @@ public:
       throw Error("plug-in " + path + " refused to be loaded");
     mModule.send(AcRx::kLoadDwgMsg);
   }
-  /// True if the plug-in and the system both agreed.
+  /// Returns true if plug-in and system both accepted.
   bool unload() {
     mModule.send(AcRx::kUnloadDwgMsg);
     const bool isTaken = mModule.send(AcRx::kUnloadAppMsg);
@@ -86,6 +86,7 @@ private:
   ArxModule mModule;
 };
 
+/// Plays the session, or lets the user act, to the end.
 /// gateP  null: the session's time is in seconds
 /// liveP  null: there is no page
 void playSession(HostPlayer& player, PassGate* gateP, Live* liveP, Recorder& recorder, Controls& controls,
@@ -112,7 +113,7 @@ void playSession(HostPlayer& player, PassGate* gateP, Live* liveP, Recorder& rec
   runMessageLoop([&recorder] { recorder.handOver(); }, step);
 }
 
-/// Connects to the daemon's door; what is returned sends a line of the device there.
+/// Connects to the daemon's door. Returns a function that sends a line of the device there.
 std::function<bool(const std::string&)> deviceAt(const std::string& address) {
   try {
     const auto clientP = std::make_shared<web::Client>(address);
@@ -133,7 +134,7 @@ bool tookEvents(const std::vector<DeviceEvent>& events, const Options& options, 
   return false;
 }
 
-/// Takes down what others wrote down up to now.
+/// Collects what was recorded up to now.
 void gather(SessionInput& input, const Recorder& recorder, const Folders& folders, const Options& options) {
   input.mEnd = unixNow();
   if (!options.mDeviceRecord.empty())
@@ -163,8 +164,8 @@ std::unique_ptr<Live> openDoor(const Options& options, LiveSources sources, Reco
   return liveP;
 }
 
-/// Makes a drawing the host's only one; an empty path stands for an empty one. Returns false and says why if that
-/// can't be done.
+/// Makes a drawing the host's only one; an empty path stands for an empty drawing. Returns false, and prints why,
+/// if it can't be read.
 bool openAlone(const std::string& path) {
   host::reset();
   const dxf::Result drawing = path.empty() ? dxf::Result() : loadDrawing(path);

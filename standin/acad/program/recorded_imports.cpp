@@ -10,7 +10,7 @@ namespace {
 
 using call_log::Traced;
 
-TIMERPROC gTimerProc = nullptr; // the module's own; it has but one
+TIMERPROC gTimerProc = nullptr; // the module's only one
 std::function<DWORD()> gTickSource;
 
 void CALLBACK bracketedTimerProc(HWND window, UINT message, UINT_PTR id, DWORD time) {

@@ -7,10 +7,10 @@
 
 namespace program {
 
-/// Leads a loaded module's calls of Windows through the trace of calls, those alone that the model knows. Its
-/// timer callbacks are bracketed. Lasts until the module is unloaded. For Windows: the stand-in's calls trace
+/// Redirects a loaded module's Windows calls through the trace of calls, as far as the model knows them. Its timer
+/// callbacks are bracketed. Lasts until the module is unloaded. For Windows only: the stand-in's calls trace
 /// themselves.
-/// tickSource  says what GetTickCount gives the module; empty: the truth
+/// tickSource  returns what GetTickCount returns to the module; empty: the system's count
 void recordImports(HMODULE module, std::function<DWORD()> tickSource);
 
 } // namespace program

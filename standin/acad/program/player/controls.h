@@ -37,8 +37,8 @@ struct ScrollState {
   }
 };
 
-/// The one interface between the program and a desktop, be it one of records or a real one. Belongs to the
-/// main thread; the windows go with the object.
+/// The one interface between the program and a desktop, simulated or real. Belongs to the main thread; the windows
+/// are closed with the object.
 class Controls {
 public:
   virtual ~Controls() = default;

@@ -1,4 +1,4 @@
-// The host's windows on a desktop of records, for systems that have no Windows.
+// The host's windows on the simulated desktop, for systems that aren't Windows.
 #include "controls.h"
 
 #include "desktop.h"

@@ -25,7 +25,7 @@ void setBothViews(const host::ViewState& view) {
   host::view() = host::storedView() = view;
 }
 
-/// The vector across the line of sight that leans most towards world Z.
+/// Returns the unit vector perpendicular to the line of sight that is nearest to world Z.
 AcGeVector3d uprightFor(const AcGeVector3d& look) {
   const AcGeVector3d sideways = AcGeVector3d(0, 0, 1).crossProduct(look);
   return look.crossProduct(sideways).normalize();
@@ -103,7 +103,7 @@ void HostPlayer::select(const session::Action& action) {
   mRecorder.selection();
 }
 
-/// Opens one, switches to another or closes the current one.
+/// Opens a drawing, switches to another or closes the current one.
 void HostPlayer::changeDrawing(const session::Action& action) {
   if (action.mVerb == session::Verb::open) {
     host::openDocument();
@@ -179,7 +179,7 @@ void HostPlayer::perform(const session::Action& action) {
   default: // others do nothing here, or are the device's
     break;
   }
-  // Now, and not with what is typed later: so a session that counts passes can say when it ran.
+  // Now, and not with what is typed later, so that a session that counts passes can say when it ran.
   host::runQueue();
 }
 

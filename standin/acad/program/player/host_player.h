@@ -17,13 +17,13 @@ constexpr char kHostLine[] = "host line";
 /// Does at the host what a session's host lines say, each when its time has come. Belongs to the main thread.
 class HostPlayer {
 public:
-  /// log  hears one line for each caption, and for each line of the session that had no effect
+  /// log  receives a line for each caption, and for each line of the session that had no effect
   HostPlayer(const session::Session& session, Controls& controls, Recorder& recorder, std::ostream& log);
 
   /// Does the lines that are due.
   /// nextPass  number of the pass that comes next, where the session counts them
   void play(double seconds, std::int64_t nextPass = 0);
-  /// Does one line now, and what it typed. Between two ticks.
+  /// Does one line now, and runs what it typed. Between two ticks.
   void perform(const session::Action& action);
   /// Time of the session's last line, the device's lines and absences included.
   double end() const { return mEnd; }

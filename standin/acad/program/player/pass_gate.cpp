@@ -10,7 +10,7 @@ namespace {
 constexpr std::chrono::seconds kPatience{10};
 
 bool isDelivery(const call_log::Record& record, const session::Action& action) {
-  constexpr std::size_t kCode = 7; // behind the status and six axes
+  constexpr std::size_t kCode = 7; // after the status and six axes
   if (record.out.size() <= kCode)
     return false;
   if (action.mVerb != session::Verb::motion)

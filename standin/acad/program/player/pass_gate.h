@@ -15,8 +15,8 @@
 namespace program {
 
 /// Replays a session that counts passes. A pass begins only once the plug-in's reading thread has stored what the
-/// pass saw, and a tick's time is up when it was. For that the plug-in reads its tick count here: at a tick's
-/// start, and before each of its passes.
+/// pass saw, and a tick ends where it ended. For that the plug-in reads its tick count here: at a tick's start, and
+/// at the start of each of its passes.
 class PassGate {
 public:
   /// send  plays a line of the device; false if nobody takes it
@@ -24,19 +24,19 @@ public:
            std::function<bool(const std::string& line)> send);
 
   // The main thread.
-  /// Returns the tick count; before a pass, waits until that may begin.
+  /// Returns the tick count; at a pass's start, waits until the pass may go on.
   DWORD tickCount();
   /// Says that no tick runs.
   void betweenTicks() { mIsInTick = false; }
   /// Number of the pass that comes next.
   std::int64_t next() const { return mNext; }
   bool isOver() const { return mNext >= mEnd || hasFailed(); }
-  /// A line of the device didn't arrive; standard error has said so.
+  /// Returns true if a line of the device didn't arrive, which standard error has reported.
   bool hasFailed() const { return mHasFailed; }
   /// The device's lines, with the seconds at which they were played.
   const std::vector<session::Action>& played() const { return mActions; }
 
-  /// Gets the calls outside of ticks, their entries and ends. The trace's thread.
+  /// Receives the calls outside of ticks, their entries and ends. The trace's thread.
   void hear(const call_log::Record& record);
 
 private:

@@ -23,7 +23,8 @@ struct DeviceEvent {
   std::string mText;
 };
 
-/// Reads a record's motions, events and modes. A last line that was cut off when the daemon ended is passed over. The events come in order of time. A missing file is an empty record.
+/// Reads a record's motions, events and modes, in order of time. Skips invalid lines, such as a last one that was
+/// cut off when the daemon ended. A missing file is an empty record.
 std::vector<DeviceEvent> readDeviceRecord(const std::string& path);
 
 /// Returns the number of events of a kind.

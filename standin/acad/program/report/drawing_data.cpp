@@ -44,14 +44,14 @@ public:
   std::size_t kept() const { return mKept; }
 
 private:
-  /// Longer ones stay, of the others each mStep-th.
+  /// Longer ones stay, and each mStep-th of the others.
   double mLimit = -1;
   std::size_t mStep = 1;
   std::size_t mOthers = 0;
   std::size_t mKept = 0;
 };
 
-/// A line without the segments that don't stay; falls into pieces where some are missing.
+/// Adds a line without the segments that don't stay, in pieces where some are missing.
 void addKept(const AcDbStroke& line, Thinning& thinning, json& lines) {
   json piece = json::array();
   const auto addPoint = [&piece](const AcGePoint3d& p) { piece.insert(piece.end(), {p.x, p.y, p.z}); };
@@ -69,7 +69,7 @@ void addKept(const AcDbStroke& line, Thinning& thinning, json& lines) {
     lines.push_back(std::move(piece));
 }
 
-/// An object with those of its segments that stay, if any.
+/// Adds an object with those of its segments that stay, if any.
 void addObject(const DrawnObject& object, Thinning& thinning, json& objects) {
   json lines = json::array();
   for (const AcDbStroke& line : object.mLines)

@@ -16,7 +16,7 @@ template <class Xyz> nlohmann::json xyz(const Xyz& v) {
   return {v.x, v.y, v.z};
 }
 
-/// One object of the drawing as it stood when the host opened or drew it.
+/// One object of the drawing, as it was when the host opened or drew it.
 struct DrawnObject {
   int mNumber = 0;
   /// "face", "mesh", "block", "line" or "curve".
@@ -32,7 +32,7 @@ public:
   /// Takes in the objects of the host's current drawing that it hasn't seen yet.
   void takeNew(double seconds);
   /// Returns the picture, thinned out to about that number of segments: half of them are the longest ones, which
-  /// give a drawing its shape, the rest evenly of the others.
+  /// give a drawing its shape, the rest an even choice of the others.
   nlohmann::json toJson(std::size_t budget) const;
 
   /// Returns the objects from an index on, in full, as toJson() has them.

@@ -36,7 +36,7 @@ void setUserProfile(const fs::path& home) {
     throw Error("can't set USERPROFILE");
 }
 
-/// A text on one line: line ends and Escape as signs.
+/// Returns a text on one line, with marks for Enter and Escape.
 std::string oneLine(const std::wstring& text) {
   std::string out;
   for (const char c : narrowed(text)) {
@@ -94,7 +94,7 @@ Folders Folders::make(const std::string& out, const std::string& home) {
   Folders folders;
   folders.mOut = fs::absolute(fs::u8path(out)).lexically_normal();
   folders.mHome = home.empty() ? folders.mOut / "home" : fs::absolute(fs::u8path(home)).lexically_normal();
-  // A home that is there already stays as it is: what is missing in it is missing for the plug-in, too.
+  // An existing home stays as it is: what it lacks, the plug-in lacks too.
   const bool isOwnHome = home.empty() || !fs::is_directory(folders.mHome);
   makeFolder(folders.mOut);
   if (isOwnHome)

@@ -24,7 +24,7 @@ struct Folders {
 /// Writes a whole file. Throws Error.
 void writeFile(const std::filesystem::path& path, const std::string& text);
 
-/// Writes session.json, command_line.txt and report.html. Throws Error.
+/// Writes session.json, command_line.txt, report.html and, if passes were checked, saved.session. Throws Error.
 void writeOutputs(const Folders& folders, const Recorder& recorder, const SessionInput& input);
 
 /// Prints what happened, for a person.

@@ -7,15 +7,15 @@ namespace program {
 
 namespace {
 
-/// Without a display's pace there may be any number of frames. This many a second are kept, and some more
-/// while it was quiet before; of the others each is joined to the one before it.
+/// Without a display's pace there may be any number of frames. This number a second is kept, more for a moment
+/// after rest; each other one is joined to the one before it.
 constexpr double kFramesPerSecond = 250;
 constexpr double kMostAtOnce = 500;
 /// A longer gap than this between frames is rest, seconds.
 constexpr double kLongestGap = 0.25;
 /// How often the controls are looked at.
 constexpr std::chrono::milliseconds kScrollInterval{33};
-/// More frames than this are not kept: an hour and a half of motion at 60 Hz.
+/// Frames that are kept at most, nearly an hour and a half of motion at 60 Hz; later ones are joined to the last.
 constexpr std::size_t kMaxFrames = 300000;
 
 bool isSamePoint(const AcGePoint3d& a, const AcGePoint3d& b) {
@@ -30,7 +30,8 @@ bool isSameEntries(const AcGeMatrix3d& a, const AcGeMatrix3d& b) {
   return std::equal(&a.entry[0][0], &a.entry[0][0] + 16, &b.entry[0][0]);
 }
 
-/// Objects that were moved by one and the same matrix, together. A selection moves as one, so there are few.
+/// Groups objects that follow each other and were moved by the same matrix. A selection moves as one, so there are
+/// few groups.
 std::vector<MovedGroup> grouped(const std::vector<host::Moved>& moved) {
   std::vector<MovedGroup> groups;
   for (const host::Moved& m : moved) {
@@ -140,7 +141,7 @@ void Recorder::onFrame(const host::Frame& frame) {
       (frame.is2d ? !isSameLayout(frame.layout, last.mLayout) : !isSameView(frame.view, last.mView)))
     mHasViewMoved = true;
   mHaveObjectsMoved = mHaveObjectsMoved || !frame.moved.empty();
-  // Only the state of what is shown comes with a frame.
+  // A frame holds only the state of what is shown.
   keep({now, host::documentNumber(), frame.is2d, frame.is2d ? host::view() : frame.view,
         frame.is2d ? frame.layout : host::layout(), grouped(frame.moved), plugInSeconds});
 }

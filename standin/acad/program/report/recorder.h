@@ -31,7 +31,7 @@ struct MovedGroup {
   AcGeMatrix3d mTransform;
 };
 
-/// Adds a later motion to an earlier one.
+/// Appends a later motion to an earlier one.
 void joinMotion(std::vector<MovedGroup>& earlier, const std::vector<MovedGroup>& later);
 
 struct RecordedFrame {
@@ -63,9 +63,9 @@ public:
 
   /// Looks now. May be called from any thread.
   void look();
-  /// Where the controls stood, whenever one had moved. May be called from any thread.
+  /// Returns the controls' positions each time that one had moved. May be called from any thread.
   std::vector<Timestamped<std::vector<ScrollState>>> scrolls() const;
-  /// Calls this from now on when a control has moved, on the thread that saw it.
+  /// Calls the listener from now on when a control has moved, on the thread that saw it.
   void onScrolled(std::function<void(const std::vector<ScrollState>&)> listener);
 
 private:
@@ -80,17 +80,17 @@ private:
   std::thread mThread;
 };
 
-/// Writes down what there is to see while a session runs: frames, captions, the pointer, the selection,
+/// Records what there is to see while a session runs: frames, captions, the pointer, the selection,
 /// scroll positions, new objects. Belongs to the main thread.
 class Recorder {
 public:
-  /// Starts with the view as it is, and hears the host's frames from then on.
+  /// Starts with the view as it is, and receives the host's frames from then on.
   explicit Recorder(Controls& controls);
   ~Recorder();
   Recorder(const Recorder&) = delete;
   Recorder& operator=(const Recorder&) = delete;
 
-  /// The session starts now: the device's clock has just been set going by the plug-in's connection.
+  /// Starts the session's time: the plug-in's connection has just started the device's clock.
   void begin();
   /// Looks for what changes without a frame: views set by commands, the tab, new objects, scrolled controls.
   void look();
@@ -103,26 +103,26 @@ public:
   /// the end of a frame, until the next frame.
   void handOver() { mHandedOver = Steady::now(); }
 
-  /// Calls this from now on with a frame's number, its index in frames(), when it is shown; again when another
-  /// one is joined to it.
+  /// Calls the listener from now on with a frame's number, its index in frames(), when it is shown, and again when
+  /// another frame is joined to it.
   void onShown(std::function<void(std::size_t number)> listener) { mOnShown = std::move(listener); }
 
   double start() const { return mStart; }
   const std::vector<RecordedFrame>& frames() const { return mFrames; }
-  /// Frames that the host showed, also those that came too fast to be kept.
+  /// Returns the number of frames that the host showed, including those that came too fast to be kept.
   std::int64_t shownFrames() const { return mShownFrames; }
-  /// Frames that came of the cap.
+  /// Returns the number of frames that the cap caused.
   std::int64_t capFrames() const { return mCapFrames; }
-  /// Frames a second while frames of the cap followed each other; 0 if they never did.
+  /// Returns the frames a second while frames of the cap followed each other; 0 if they never did.
   double framesPerSecond() const { return mBusySeconds > 0 ? mBusyFrames / mBusySeconds : 0; }
-  /// What each frame of the cap took of the plug-in's time, with the host's calls that it makes but for the
-  /// drawing and its wait, seconds.
+  /// Returns the plug-in's time for each frame of the cap, seconds. It includes the host calls, but not the drawing
+  /// and its wait.
   const std::vector<double>& plugInTimes() const { return mPlugInTimes; }
-  /// Whether a frame showed another view than the one before it.
+  /// Returns whether a frame showed another view than the one before it.
   bool hasViewMoved() const { return mHasViewMoved; }
-  /// Whether a frame showed an object elsewhere than the one before it.
+  /// Returns whether a frame showed an object elsewhere than the one before it.
   bool haveObjectsMoved() const { return mHaveObjectsMoved; }
-  /// Those that have been opened, by number - 1; closed ones stay.
+  /// Returns the drawings that have been opened, by number - 1; closed ones stay.
   const std::vector<DrawingData>& drawings() const { return mDrawings; }
   const std::vector<Timestamped<std::string>>& captions() const { return mCaptions; }
   const std::vector<Timestamped<session::Pointer>>& pointers() const { return mPointers; }
@@ -163,7 +163,7 @@ private:
   ScrollWatch mScrollWatch;
 };
 
-/// Whether two pictures are the same.
+/// Returns whether two views are the same.
 bool isSameView(const host::ViewState& a, const host::ViewState& b);
 
 } // namespace program

@@ -7,10 +7,10 @@
 
 namespace program {
 
-/// The page with data, as it stands: a session, or {"live": {"host": ADDRESS}}.
+/// Returns the complete page with its data: a session, or {"live": {"host": ADDRESS}}.
 std::string pageWith(const nlohmann::json& data);
 
-/// Returns the text of a value; what isn't UTF-8 in it is replaced.
+/// Returns the JSON text of a value. Invalid UTF-8 is replaced.
 std::string jsonText(const nlohmann::json& value);
 
 } // namespace program

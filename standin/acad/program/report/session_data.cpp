@@ -15,7 +15,7 @@ namespace {
 
 using nlohmann::json;
 
-/// Segments of the drawing in the report: a page that a browser moves without effort.
+/// Segments of each drawing in the report, few enough for a browser to draw smoothly.
 constexpr std::size_t kSegmentBudget = 60000;
 /// Longer lists of objects that move together are written once, under a number.
 constexpr std::size_t kLongList = 24;
@@ -130,8 +130,8 @@ std::string rotationName(int code) {
   return name;
 }
 
-/// Settings that the session changed, over time: what the toggle commands printed, and the device's rotation
-/// mode.
+/// Returns the settings that the session changed, over time: what the toggle commands printed, and the device's
+/// rotation mode.
 json statesJson(const SessionInput& input, double start) {
   json rotation = json::array({{0.0, rotationName(0)}});
   for (const session::Action& action : input.mDeviceActions) {

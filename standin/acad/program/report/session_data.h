@@ -25,7 +25,7 @@ struct Outcome {
   bool mMovedObjects = false;
   bool mScrolled = false;
   bool mTyped = false;
-  /// Null: no pass was held against the model.
+  /// Null: no pass was compared with the model.
   const model::Check* mCheckP = nullptr;
 
   /// Returns what came of the events as a list of words; empty if nothing did.
@@ -34,24 +34,24 @@ struct Outcome {
   bool isContradicted() const { return mCheckP && mCheckP->contradicted > 0; }
 };
 
-/// Everything there is to say of a session that has ended.
+/// What is known of a session, at its end or so far.
 struct SessionInput {
   /// The file's name, without folders.
   std::string mSessionName;
-  /// Texts that the plug-in sent while it was loaded.
+  /// Number of texts that had been sent when the plug-in was loaded.
   std::int64_t mSentAtStart = 0;
-  /// The session's end, unix seconds.
+  /// The session's end, or now, unix seconds.
   double mEnd = 0;
   std::vector<DeviceEvent> mEvents;
-  /// Frames before this one aren't told; what they moved is told with it.
+  /// Earlier frames are left out; what they moved comes with this one.
   std::size_t mFirstFrame = 0;
-  /// By the frame's number, the sample that explains it. For others the daemon's record says by time which
-  /// sample had been delivered: the next one already, at a change.
+  /// By the frame's number, the sample that explains it. Other frames get the sample that had been delivered last by
+  /// the daemon's record; at a change that may already be the next one.
   std::map<std::size_t, std::array<short, 6>> mSamples;
   std::vector<session::Action> mDeviceActions;
   /// What was done, as a session that counts passes; empty if no pass was checked.
   std::string mCounted;
-  /// Times in unix seconds.
+  /// The command line; times in unix seconds.
   std::vector<host::HistoryLine> mHistory;
   std::vector<std::string> mLog;
   std::vector<ControlInfo> mControls;
@@ -70,13 +70,13 @@ private:
   std::vector<std::vector<int>> mLists;
 };
 
-/// The session as session.json holds it. Times are in seconds since its start, `unix` is that start.
+/// Returns the session as session.json holds it. Times are in seconds since its start, `unix` is that start.
 /// moved  knows the lists of objects from here on
 nlohmann::json sessionData(const Recorder& recorder, const SessionInput& input, MovedWriter& moved);
 
-/// A frame as session.json holds it.
+/// Returns a frame as session.json holds it.
 nlohmann::json frameData(const RecordedFrame& frame, double start, MovedWriter& moved);
-/// A line of the command line as session.json holds it.
+/// Returns a line of the command line as session.json holds it.
 nlohmann::json lineData(const host::HistoryLine& line, double start);
 /// Returns the setting that a toggle command printed, and whether it is on now; nothing for other lines.
 std::optional<std::pair<std::string, bool>> readToggle(const host::HistoryLine& line);

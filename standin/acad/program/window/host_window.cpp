@@ -175,7 +175,7 @@ void HostWindow::show() {
   UpdateWindow(mView);
 }
 
-/// True if the picture has changed since the last call.
+/// Returns true if the picture has changed since the last call.
 bool HostWindow::takeChange() {
   Seen now{host::isLayout(), host::view(), host::selected(), host::entityCount()};
   const bool isSame = now.isLayout == mSeen.isLayout && isSameView(now.view, mSeen.view) &&
@@ -245,7 +245,7 @@ void HostWindow::press(int button) {
 LRESULT CALLBACK HostWindow::onFrameMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   switch (message) {
   case WM_CLOSE:
-    PostQuitMessage(0); // the session ends in order, and takes the window along
+    PostQuitMessage(0); // the session ends in order, and closes the window
     return 0;
   case WM_COMMAND:
     if (gWindowP && HIWORD(wParam) == BN_CLICKED)

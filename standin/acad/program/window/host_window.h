@@ -10,9 +10,9 @@
 
 namespace program {
 
-/// The host's main window on a real desktop: the view, a tree, a list, an edit field and a wheel window at
-/// its side, the command line below. A click in the view selects the object there (with Shift, adds it), a
-/// text in the input field and Enter types it at the command line; buttons change the tab and the projection.
+/// The host's main window on a real desktop: the view, a tree, a list, an edit field and a wheel window at its
+/// side, the command line below. A click in the view selects the object there; with Shift it adds the object.
+/// Enter in the input field types its text at the command line. Buttons change the tab and the projection.
 ///
 /// Belongs to the main thread, which has to run a message loop. Closing the window posts WM_QUIT.
 class HostWindow {
@@ -24,7 +24,7 @@ public:
 
   /// Paints a frame now.
   void show();
-  /// Paints what has changed without a frame, and takes new lines of the command line over.
+  /// Paints what has changed without a frame, and shows new lines of the command line.
   void refresh();
 
   HWND view() const { return mView; }

@@ -9,9 +9,10 @@ namespace program {
 
 namespace {
 
-constexpr double kNearest = 0.02;  // of the distance of eye and target: what is closer to the eye isn't drawn
-constexpr double kPickRadius = 6;  // pixels
-constexpr double kFarAway = 30000; // pixels; GDI's lines end before numbers overflow there
+constexpr double kNearest = 0.02; // of the distance of eye and target: what is closer to the eye isn't drawn
+constexpr double kPickRadius = 6; // pixels
+constexpr double kFarAway =
+    30000; // pixels; what is farther out isn't drawn, so that GDI's coordinates don't overflow
 constexpr COLORREF kPaper = RGB(250, 250, 248);
 constexpr COLORREF kInk = RGB(40, 56, 78);
 constexpr COLORREF kSelected = RGB(214, 96, 0);
