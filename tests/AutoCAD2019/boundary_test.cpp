@@ -1,5 +1,5 @@
-// The module's boundary: loaded, sent messages, freed and ended, in order and out of order. The system says what
-// is left of it.
+// The module's boundary: loaded, sent messages, freed and ended, in order and out of order. Afterwards the system
+// is asked for what is left of it.
 
 #include <atomic>
 #include <cstdlib>
@@ -62,7 +62,7 @@ protected:
     rig::setEnvironment("OV_DEVLINK_PORT", "1"); // nobody listens there
     static bool sIsWarm = false;
     if (!sIsWarm)
-      live(); // takes what the process keeps for good
+      live(); // so that what the process keeps for good is counted
     sIsWarm = true;
     mHoldings = rig::holdings();
   }
@@ -76,8 +76,8 @@ protected:
     mSetting = answer.find(L"  on") != std::wstring::npos ? "on" : "off";
     EXPECT_NE(answer.find(L"=> Scroll Trees and Lists: "), std::wstring::npos);
   }
-  /// The connection watch looks every two seconds, and an unload waits for it; natively the clock is held
-  /// meanwhile, which ends its sleep.
+  /// Sends the unload message, which waits for the connection watch's sleep of two seconds. Natively the clock is held
+  /// meanwhile, which ends the sleep.
   int sendUnload() {
 #ifdef _WIN32
     return send(2, nullptr);
@@ -92,7 +92,7 @@ protected:
     ASSERT_EQ(sendUnload(), 0);
     free();
   }
-  /// From load to unload, in order.
+  /// Loads and unloads, in order.
   void live() {
     load();
     expectToggles();
@@ -100,7 +100,7 @@ protected:
     unload();
   }
   void startDaemon(const std::string& session) {
-    mDaemon.reset(); // its files are written again
+    mDaemon.reset(); // the new one writes the same files
     mDaemon = std::make_unique<DaemonProcess>(mHome, session, "0", std::vector<std::string>{"--linger"});
     rig::setEnvironment("OV_DEVLINK_PORT", mDaemon->port());
   }
@@ -109,19 +109,19 @@ protected:
     const double x = host::view().target.x;
     return rig::loopUntil(seconds, [x] { return host::view().target.x != x; }) >= 0;
   }
-  /// For a moment when the module is at work: sends both messages.
+  /// Sends both messages, while the module is at work.
   void expectRefusals() {
     EXPECT_EQ(send(1, nullptr), AcRx::kRetError);
     EXPECT_EQ(send(2, nullptr), AcRx::kRetError);
     ++mMoments;
   }
-  /// Nothing of the module is left. That it can be loaded again the next test shows.
+  /// Expects that nothing of the module is left. The next test shows that it can be loaded again.
   void expectGone() {
     ASSERT_FALSE(rig::isMapped(OV_MODULE));
     EXPECT_FALSE(rig::isMapped(OV_DEVLINK));
     EXPECT_FALSE(mDaemon && doesViewMove(0.3));
     mDaemon.reset();
-    rig::loopUntil(1, [this] { return rig::holdings() == mHoldings; }); // a thread ends after what it freed
+    rig::loopUntil(1, [this] { return rig::holdings() == mHoldings; }); // the freeing thread ends last
     EXPECT_EQ(rig::holdings(), mHoldings);
     rig::runLoop(150);     // a timer that is left would call what isn't there,
     host::closeDocument(); // and so would a reactor
@@ -140,7 +140,7 @@ protected:
   std::unique_ptr<DaemonProcess> mDaemon;
   long mHoldings = 0;
   int mMoments = 0;
-  std::string mSetting; // what the last command made of it
+  std::string mSetting; // of the scroll mode, after the last command
 };
 
 TEST_F(Boundary, FreedWithoutMessageWorksOn) {
@@ -159,7 +159,7 @@ TEST_F(Boundary, UnloadMessageAfterFreeReturns) {
   expectToggles();
   free();
   EXPECT_EQ(send(2, nullptr),
-            0); // not with the clock held: the library is freed after a sleep that has to last
+            0); // the clock isn't held: the library is freed after a sleep that has to last
   EXPECT_GE(rig::loopUntil(5, [] { return !rig::isMapped(OV_MODULE); }), 0);
   expectGone();
 }
@@ -205,7 +205,7 @@ TEST_F(Boundary, UnloadedByMessageLeavesNothing) {
 
 TEST_F(Boundary, ProcessEndsWithoutMessage) {
   rig::setEnvironment("ASAN_OPTIONS", "detect_leaks=0"); // nothing is given back at such an end
-  std::string keys; // each makes a record of the reading thread, which so is nearly always inside one
+  std::string keys; // each makes the reading thread write a record, so that it is nearly always inside one
   for (const char* const line : {"0.0 device key 0\n", "5.0 device key 0\n"}) // later for a second connection
     for (int i = 0; i < 40000; ++i)
       keys += line;
@@ -237,7 +237,7 @@ int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
   if (argc == 1)
     return RUN_ALL_TESTS();
-  // This is the process that ends, once its reading thread is among the keys.
+  // This is the process that ends, once its reading thread handles the keys.
   std::atomic<int> keys{0};
   call_log::startTrace([&keys](call_log::Record&& record) {
     keys += record.name == "ovFetchEvent" && record.out.size() > 7 && record.out[7] == 0x20020;

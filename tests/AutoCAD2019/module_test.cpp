@@ -36,7 +36,7 @@ protected:
     free();
   }
 
-  /// Returns whether a text typed at the command line makes the plug-in or the host print that.
+  /// Returns whether a text typed at the command line makes the plug-in or the host print the answer.
   static bool prints(const std::wstring& text, const std::wstring& answer) {
     const std::size_t before = host::printed().size();
     host::type(text);
@@ -57,7 +57,7 @@ TEST_F(Module, RegistersFirstAndRemovesFirst) {
   for (const int code : {-1, 0, 3, 4, 6, 15, 16, 1000}) // no engine is needed for these
     EXPECT_EQ(send(code, nullptr), 0) << code;
   EXPECT_EQ(send(5, nullptr), AcRx::kRetError) << "there is no function to invoke";
-  // The steps in their order; what the menu reader's start does depends on whether it is beside the module.
+  // The steps in their order, but for the menu reader's start, which depends on whether it is beside the module.
   const auto heard = [this](int code) {
     const std::map<std::string, std::string> steps = {
         {"unlockApplication", "unlock "}, {"registerAppMDIAware", "register "},

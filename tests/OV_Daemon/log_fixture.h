@@ -12,7 +12,7 @@
 #include "temp_folder.h"
 
 /// The global log with a folder of its own and all types on. The log is off after the test. The folder is the
-/// current one meanwhile, so that even a log that takes a wrong path leaves its file there.
+/// current one meanwhile, so that even a log with a wrong path leaves its file there.
 class LogFixture : public testing::Test {
 protected:
   using Texts = std::vector<std::string>;
@@ -48,7 +48,7 @@ protected:
       all.push_back(line);
     return all;
   }
-  /// Returns what follows the columns of a record.
+  /// Returns the text after the columns of a record.
   static std::string textOf(const std::string& line) {
     return line.size() < kTextColumn ? "no record: " + line : line.substr(kTextColumn);
   }

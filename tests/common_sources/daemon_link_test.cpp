@@ -1,5 +1,5 @@
-// The link to the device daemon: what is asked when, what each failure leaves, what each event does, when the
-// daemon is sent the mode; and how the engine starts and stops with its threads.
+// The link to the device daemon: the order of its calls, the state after each failure, the effect of each event, when
+// the mode is sent; and how the engine starts and stops with its threads.
 
 #include <algorithm>
 #include <chrono>
@@ -30,8 +30,8 @@ bool waitFor(const std::function<bool()>& isDone) {
   return isDone();
 }
 
-/// The link without the watch, so that a test alone decides when it is looked after. The reading thread waits
-/// in ovFetchEvent, and has announced "Unknown".
+/// The link without the watch, so that only the test checks and mends it. The reading thread waits in
+/// ovFetchEvent, and has announced "Unknown".
 class DaemonLink : public EngineTest {
 protected:
   void SetUp() override {
@@ -56,7 +56,7 @@ protected:
     OvAutoCad& p = plugin();
     return {p.mCapX, p.mCapY, p.mCapZ, p.mCapA, p.mCapB, p.mCapC};
   }
-  /// Does what a menu file with these names does. The reading thread waits in ovFetchEvent meanwhile.
+  /// Sets the modes as a menu file does. The reading thread waits in ovFetchEvent meanwhile.
   void setModes(const Lines& names) {
     proxy().mModes = names;
     proxy().mMenuIsLoaded = true;
@@ -65,7 +65,7 @@ protected:
   static int announcements() { return fake_devlink::state()->counts["ovSetApplMode"]; }
   static Lines takeModes() { return std::exchange(fake_devlink::state()->modes, {}); }
   static Lines takeLinkCalls() { return std::exchange(fake_devlink::state()->calls, {}); }
-  /// Records of this thread or of the reading thread since the last call.
+  /// Returns the records of all threads since the last call.
   Lines takeLinkRecords() {
     Lines found;
     for (const Record& record : rig::allRecords(mLogMark))
@@ -115,7 +115,7 @@ TEST_F(DaemonLink, ConnectStopsAtTheFirstFailure) {
     EXPECT_EQ(proxy().mRotMode, c.rotMode);
     EXPECT_EQ(proxy().mKeepHorizon && proxy().mHoverMode && proxy().mZoomAllAfterView, c.rotMode != 0);
     EXPECT_EQ(proxy().mKeepHorizon || proxy().mHoverMode || proxy().mZoomAllAfterView, c.rotMode != 0);
-    // The link stays open, so the next look finds it alive, without a connection being made.
+    // The link stays open, so the next check finds it alive without connecting.
     EXPECT_TRUE(link().checkConnection());
     EXPECT_TRUE(link().mIsConnected);
     EXPECT_EQ(takeLinkCalls(), Lines{});
@@ -226,7 +226,7 @@ TEST_F(DaemonLink, FailedFetchStillSendsTheMode) {
 
 // ---- the watch, and the engine's start and end ----
 
-/// Records of the main thread at the engine's start and end, with the source file in front.
+/// Returns the main thread's records of the engine's start and end, with the source file in front.
 Lines lifeRecords(std::size_t from) {
   const std::vector<Record> all = rig::allRecords(from);
   const auto main = std::find_if(all.begin(), all.end(),
@@ -292,7 +292,7 @@ TEST_F(EngineTest, StartsAndStopsInOrder) {
 TEST_F(EngineTest, LogUsesTheUsersParameters) {
   const char* const keys[] = {"logToFile", "logToCnsl", "warning", "creation", "trace",
                               "devcom",    "intcom",    "info",    "debug",    "tmp"};
-  for (unsigned bit = 1; bit < 16; bit *= 2) { // no two keys have the same value each time
+  for (unsigned bit = 1; bit < 16; bit *= 2) { // any two keys differ at least once
     std::vector<std::pair<std::string, std::string>> changes = {
         {"logFile", "other.txt"}, {"maxSize", "77"}, {"fileToLog", "none.cpp"}};
     for (unsigned i = 0; i < std::size(keys); ++i)

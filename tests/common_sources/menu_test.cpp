@@ -77,7 +77,7 @@ TEST_F(MenuReader, LoadsFromThePlugInFolder) {
   const std::string command = "(command \"netload\" \"" + slashed + "/OvScribe2018.dll\")";
   const std::string file = folder + "\\OVAutoCAD2019.arx";
   call_log::startRecording();
-  // The record of the command holds its line feed, and so is on two lines, of which the second is no record.
+  // The command's record contains a line feed, so it takes two lines. The second isn't a record by itself.
   EXPECT_EQ(start(file),
             (Lines{"TRC charPath: '" + file + "'", "TRC dllPath: '" + folder + "\\OvScribe2018.dll'",
                    "TRC totalCmd: '" + command}));
@@ -102,7 +102,7 @@ TEST_F(MenuReader, LogSaysWhatIsMissing) {
   host::setHasDocumentManager(false);
   EXPECT_EQ(start(file), Lines{});
   EXPECT_EQ(mBoxes, 0);
-  // A missing folder is shown to the user, who can do something about it.
+  // A missing folder is reported to the user, who can make it.
   plugin().mApplicationsDirPath = rig::home().backslashed(rig::kSettingsFile);
   proxy().StartDotNETPlugin();
   EXPECT_EQ(takeRecords(), Lines{});

@@ -10,7 +10,7 @@ namespace {
 using Pump = EngineTest;
 
 TEST_F(Pump, ServesKeysAndSamplesBetweenPasses) {
-  plugin().mScrollTreeAndList = false; // whatever is under the pointer
+  plugin().mScrollTreeAndList = false; // something may be under the pointer
   proxy().mMenuEntries = {"A"};
   proxy().mMaxContMoveTime = 0xFFFFFFFF; // milliseconds; below zero if it were signed
   std::vector<double> places;
@@ -41,7 +41,7 @@ TEST_F(Pump, TickNeedsAnEngine) {
   {
     auto olderP = std::make_unique<AutoCadProxy>(&plugin());
     const AutoCadProxy newer(&plugin());
-    olderP.reset(); // leaves the pointer to the other one
+    olderP.reset(); // doesn't clear the pointer to the newer one
     EXPECT_EQ(gAutoCadProxyP, &newer);
   }
   call_log::startRecording();

@@ -3,8 +3,8 @@
 
 #include "comparison.h"
 
-/// Scripts of the engine in tests/fixtures: cases, each a list of lines. The heads of the files say what the
-/// words mean.
+/// Scripts of the engine in tests/fixtures: cases, each a list of lines. The comment at the top of each file
+/// explains the words.
 
 struct ScriptLine {
   int number = 0; // in its file
@@ -23,13 +23,12 @@ using Values = std::vector<std::pair<std::string, std::string>>;
 #ifndef _WIN32
 constexpr bool kHasDesktop = true;
 #else
-constexpr bool kHasDesktop =
-    false; // the windows are their owners' affair, and calls of Windows leave no record
+constexpr bool kHasDesktop = false; // the windows aren't ours, and calls of Windows leave no record
 #endif
 
-/// Full path of a script.
+/// Returns the full path of a script.
 std::string scriptPath(const std::string& file);
-/// The cases of some files that can be played on this system, without comments and empty lines.
+/// Returns the cases of some files that can be played on this system, without comments and empty lines.
 std::vector<ScriptCase> playableCases(std::initializer_list<const char*> files);
 void PrintTo(const ScriptCase& scriptCase, std::ostream* os);
 
@@ -40,7 +39,7 @@ protected:
 
   /// Does what a line says. Fails the test if it isn't understood.
   void play(const std::string& text);
-  /// The positions of all scroll bars.
+  /// Returns the positions of all scroll bars.
   Values barPositions() const;
 
   rig::ModelInputs mInputs;

@@ -1,6 +1,6 @@
-// Plays the scripts of tests/fixtures. Traces hold what each pass leaves, after the bars; besides, each pass
-// is held against the model. With OV_RENEW_TRACES set, outcomes that differ are written into the files.
-// Transcripts hold the calls of host and Windows that are made, in their order.
+// Plays the scripts of tests/fixtures. Traces hold what each pass changes, after vertical bars; each pass is also
+// compared with the model. With OV_RENEW_TRACES set, outcomes that differ are written into the files. Transcripts
+// hold the calls of host and Windows that are made, in their order.
 
 #include <algorithm>
 #include <cmath>
@@ -17,7 +17,7 @@ namespace {
 
 // ---- traces ----
 
-/// True if two texts have the same words, with numbers equal but for rounding.
+/// Returns true if two texts have the same words, with numbers equal but for rounding.
 bool isSame(const std::string& a, const std::string& b) {
   std::istringstream as(a), bs(b);
   std::string x, y;
@@ -36,13 +36,13 @@ std::string joined(std::initializer_list<double> values) {
   std::ostringstream os;
   os << std::setprecision(15);
   for (const double value : values)
-    os << (std::fabs(value) < 1e-14 ? 0.0 : value) << ' '; // what a sum leaves that should be zero
+    os << (std::fabs(value) < 1e-14 ? 0.0 : value) << ' '; // rounding leaves a little where 0 is exact
   std::string text = os.str();
   text.pop_back();
   return text;
 }
 
-/// Returns what a call did as a trace names it; empty if it does not.
+/// Returns what a call did as a trace names it; empty if traces don't name it.
 std::string noteOf(const model::Call& call) {
   std::ostringstream os;
   const auto in = [&call](std::size_t i) { return static_cast<std::uint64_t>(call.in.at(i)); };
@@ -71,7 +71,7 @@ protected:
   std::string played(const std::string& text);
 
 private:
-  /// What a pass may change.
+  /// Returns what a pass may change.
   Values state();
 
   std::optional<model::Engine> mExpected;
@@ -87,7 +87,7 @@ std::string Trace::played(const std::string& text) {
                 [&](model::Replay& replay) { EXPECT_EQ(mExpected->handleDeviceCap(replay), mIsHandled); }),
             "");
   Lines parts = {head, mIsHandled ? "handled" : "not handled"};
-  // What has changed by no more than rounding is named if the line names it.
+  // A change within rounding is named only if the line names it.
   const auto addChanges = [&](const Values& from, const Values& to) {
     for (std::size_t i = 0; i < to.size(); ++i)
       if (!isSame(from[i].second, to[i].second) || text.find("| " + to[i].first + ' ') != std::string::npos)
@@ -166,7 +166,7 @@ INSTANTIATE_TEST_SUITE_P(Engine, Trace, testing::ValuesIn(playableCases({"engine
 
 // ---- transcripts ----
 
-/// A line of the journal as a transcript has it.
+/// Returns a line of the journal as a transcript has it.
 std::string transcribed(std::string call) {
   static const std::set<std::string> kOfWindows = {
       "Beep",          "GetClassNameW",   "GetCursorPos",       "GetModuleFileNameW", "GetParent",

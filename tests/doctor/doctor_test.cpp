@@ -1,4 +1,4 @@
-// The doctor as its users run it: over homes that are broken in one way each, beside a session, and its reports.
+// The doctor as its users run it: on homes that are broken in one way each, during a session, and its reports.
 
 #include <map>
 #include <regex>
@@ -30,7 +30,7 @@ std::string record(const std::string& type, const std::string& text) {
   return "10:11:12.345|" + type + "|  1234|some_file.cpp|  12| SomeClass::method | " + text + "\n";
 }
 
-/// Returns each file and folder with its bytes and time.
+/// Returns each file and folder by name, with its bytes and time.
 std::map<std::string, std::pair<std::string, fs::file_time_type>>
 everythingIn(const rig::TempFolder& folder) {
   std::map<std::string, std::pair<std::string, fs::file_time_type>> out;

@@ -10,7 +10,7 @@
 #include "process.h"
 #include "temp_folder.h"
 
-/// The daemon's program. Plays a session to its first client; killed with the object.
+/// The daemon's program. Plays a session from its first client's connection on. The destructor kills it.
 class DaemonProcess : public Process {
 public:
   /// port  0 takes any free one
@@ -51,7 +51,7 @@ private:
     folder.remove("record");
     return folder.native("a.session");
   }
-  /// Returns what the daemon has written to a file so far. Windows may refuse to open a file that is being made.
+  /// Returns what the daemon has written to a file so far. Windows may refuse to open a file that is being created.
   std::string written(const std::string& name) const {
     try {
       return mFolder.read(name);

@@ -106,7 +106,7 @@ TEST_F(EndToEnd, SessionMovesViewAndObjects) {
   for (std::size_t i = 1; i < zoomed.size(); ++i)
     EXPECT_NEAR(zoomed[i - 1]["field"][0].get<double>() / zoomed[i]["field"][0].get<double>(), 1.05, 1e-9);
 
-  // No frame carries the sample that had come by the time it was shown, in place of the one it was made of.
+  // Each frame carries the sample that it was made from, not one that arrived before it was shown.
   const json& frames = session["frames"];
   for (std::size_t i = 1; i < frames.size() && frames[i]["t"] < 0.85; ++i) {
     if (frames[i]["sample"] == json({0, 0, 0, 0, 0, 0})) {
@@ -141,15 +141,15 @@ TEST_F(EndToEnd, SessionMovesViewAndObjects) {
     EXPECT_NEAR(panned[i]["centre"][0].get<double>() - panned[i - 1]["centre"][0].get<double>(),
                 -300.0 / 20000 * 150, 1e-9);
 #ifndef _WIN32
-  // There the desktop has controls: the list has moved down, and the view hasn't.
+  // The simulated desktop has controls: the list has moved down, and the view hasn't.
   EXPECT_TRUE(framesOf(session, {0, 0, 310, 0, 0, 0}).empty());
   EXPECT_EQ(session["controls"][1]["name"], "list");
   EXPECT_GT(session["controls"][1]["positions"].back()[1].get<int>(), 0);
 #endif
 }
 
-/// Returns the lines of a session that counts passes, counted from the first sample: one more pass comes before if
-/// the menu file is there late.
+/// Returns the lines of a session that counts passes, counted from the first sample, since the number of passes
+/// before it depends on when the menu file appears.
 std::string fromFirstSample(const std::string& session) {
   std::smatch first;
   std::regex_search(session, first, std::regex("\np([0-9]+) +device"));
@@ -160,7 +160,7 @@ std::string fromFirstSample(const std::string& session) {
   return out;
 }
 
-// What a run left as a session that counts passes ends at the same view, to the last bit, and leaves the same.
+// A saved session that counts passes ends at the same view, to the last bit, and is saved the same way again.
 TEST_F(EndToEnd, CountedSessionRepeatsExactly) {
   ASSERT_EQ(runBoth("0.0 host setting minThreshold 3\n"
                     "0.3 device motion 3 0 0 20 50 0\n"
@@ -203,7 +203,7 @@ TEST_F(EndToEnd, CountedSessionRepeatsExactly) {
     EXPECT_EQ(again["controls"][i]["positions"].back()[1], first["controls"][i]["positions"].back()[1]);
 }
 
-// A drawing's view, selection and lock are its own, also while the cap is held. Host lines wait for a tick's end.
+// Each drawing has its own view, selection and lock, also while the cap is held. Host lines wait for a tick's end.
 TEST_F(EndToEnd, SecondDrawingOpensInMidMovement) {
   ASSERT_EQ(runBoth("0.2 host select 1\n"
                     "0.2 host type OV_Toggle_Object_Move_Mode\n"

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-/// A program run by a test. It is ended with the object if it still runs then.
+/// A program run by a test. The destructor ends it if it still runs.
 class Process {
 public:
   /// Starts the program. What it prints goes to the file.

@@ -76,7 +76,7 @@ TEST_F(Log, SurvivesFullDisk) {
       write(6);
     }
     write(3);
-    // The record after a torn one goes on in its line. The two after that are whole.
+    // The record after a cut one continues its line. The two after that are whole.
     const Texts all = lines();
     const std::size_t fitted = room >= length ? 1 : 0;
     trial.count("room for " + std::to_string(room) + " bytes", all.size() == kHeaderLines + fitted + 3 &&
@@ -87,7 +87,7 @@ TEST_F(Log, SurvivesFullDisk) {
 
 TEST_F(Log, SurvivesKill) {
   Trial trial("A process is killed while it writes and rotates its log");
-  // The system cuts a write that a kill meets between two of its pages.
+  // A kill during a write may cut it where a page of the file ends.
   constexpr std::size_t kPage = 4096;
   int cut = 0;
   start(50000);
@@ -196,7 +196,7 @@ TEST_F(SettingsFile, SurvivesKill) {
     const bool isOn = round % 2 == 1;
     save(isOn);
     const int file = open(mHome.native(kFile).c_str(), O_RDONLY);
-    fsync(file); // emptying what is on the disk takes longer
+    fsync(file); // emptying a file that is on the disk takes longer
     close(file);
     killAtWork(8000, [](const auto& ready) {
       Settings settings;

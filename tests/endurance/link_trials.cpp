@@ -26,8 +26,8 @@ constexpr int kKeys = 20;
 
 /// The plug-in with the real client library, a port of its own and a menu of keys that type KEY0, KEY1, ...
 ///
-/// The test holds the clock: the connection watch, which looks every two seconds, looks every real
-/// millisecond then.
+/// The test holds the clock, so that the connection watch, which looks every two seconds, looks every real
+/// millisecond.
 class Link : public testing::Test {
 protected:
   Link() {
@@ -62,7 +62,7 @@ protected:
     desktop::runMessages();
     host::runQueue();
   }
-  /// Returns false if that doesn't happen within half a minute.
+  /// Ticks until something holds. Returns false if that takes more than half a minute.
   bool pumpUntil(const std::function<bool()>& holds) {
     for (const auto start = Clock::now(); !holds(); std::this_thread::yield()) {
       if (secondsSince(start) > 30)
@@ -245,7 +245,7 @@ TEST_F(Link, RestCostsLittle) {
       trial.count("half second " + std::to_string(i), Usage().timers == before.timers);
     }
     const double share = static_cast<double>(std::clock() - busy) / CLOCKS_PER_SEC / secondsSince(start);
-    // Natively it is a tenth of that; sanitizers and other programs add theirs.
+    // Natively it is about 0.1 %; sanitizers and other programs add to it.
     trial.count("share of a core", share < 0.03);
     desktop::holdClock();
     trial.count("usage", isBackTo(before));

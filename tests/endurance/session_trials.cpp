@@ -1,4 +1,4 @@
-// Whole sessions, from load to unload, for as long as wished.
+// Whole sessions, from load to unload, in any number.
 
 #include "session.h"
 #include "trial.h"

@@ -16,7 +16,7 @@ struct Usage {
   std::ptrdiff_t timers = static_cast<std::ptrdiff_t>(desktop::activeTimers().size());
   std::int64_t heap = static_cast<std::int64_t>(mallinfo2().uordblks + mallinfo2().hblkhd); // bytes
 
-  /// Returns whether this is no more than before, but for what queues and buffers keep.
+  /// Returns whether no more is used than before, except for memory that queues and buffers keep.
   bool isBackTo(const Usage& before) const {
     constexpr std::int64_t kHeapRoom = 256 * 1024;
     return threads == before.threads && descriptors <= before.descriptors && timers == before.timers &&

@@ -1,8 +1,8 @@
 // Sessions in which the n-th allocation of the plug-in fails, alone or with all that follow until it is
 // unloaded, for each n: on the main thread, and on the reading thread and the connection watch.
 //
-// The host lives, has everything back, and the settings file is whole. A session after that, with memory,
-// comes out as the first one did.
+// The host survives, everything is given back to it, and the settings file is complete. A later session, with memory,
+// ends as the first one did.
 
 #include <atomic>
 #include <chrono>
@@ -20,7 +20,7 @@
 namespace {
 
 #ifdef _WIN32
-constexpr int kEvery = 50; // of the n is tried; the sleeps are real ones there
+constexpr int kEvery = 50; // step of n; sleeps take real time there
 #else
 constexpr int kEvery = 7;
 #endif
@@ -107,7 +107,7 @@ protected:
   }
 
   void failEach(const char* what, bool isOfMainThread, const std::function<void(Session&)>& play) {
-    call_log::startCounting(); // so that it is known who allocates
+    call_log::startCounting(); // so that currentCode() is kept up to date
     const call_log::Entered standIn(call_log::Code::StandIn);
     tIsMainThread = true;
     gIsOfMainThread = isOfMainThread;
@@ -151,7 +151,7 @@ private:
     gIsForGood = isForGood;
     gNth = nth;
     play(session);
-    // One failure stops the pump only in the menu file.
+    // A single failure stops the pump only while the menu file is read.
     const bool isStopToldOf = hasError("Error TimerProc()");
     EXPECT_TRUE(!session.mIsLoaded || session.isPumpRunning() || isForGood || isStopToldOf);
     if (session.mIsLoaded) {

@@ -29,7 +29,7 @@ constexpr char kTickTime[] = "1"; // milliseconds, of the real clock
 constexpr char kTickTime[] = "150";
 #endif
 
-/// A scripted session through every path of the plug-in, as the host has it, its timer ticking by hand.
+/// A scripted session through every path of the plug-in, as the host loads it. The session makes its timer tick.
 class Session {
 public:
   explicit Session(bool isLogging = false) {
@@ -68,7 +68,7 @@ public:
     return mIsLoaded;
   }
 
-  /// Everything that counts for the k of an ordered fault.
+  /// Plays the calls among which the k-th fails.
   void play() {
     if (!load())
       return;
@@ -227,7 +227,7 @@ private:
   }
 };
 
-/// A test of sessions. The first one is clean, and its outcome is what later clean ones must come to.
+/// A test of sessions. The first one is clean, and later clean ones must have the same outcome.
 class SessionTest : public testing::Test {
 protected:
   void SetUp() override {

@@ -11,7 +11,8 @@
 
 namespace rig {
 
-/// What the model asks for: what the engine never writes from the plug-in itself, the rest from the test.
+/// The model's inputs. The settings come from the plug-in, since the engine never writes them; the rest comes from
+/// the test.
 class ModelInputs : public model::Inputs {
 public:
   const model::Settings& settings() override {
@@ -43,8 +44,8 @@ public:
   model::MenuFile mMenu{home().native() + "\\Orvaner\\Applications\\autocad.mnu", {}, {}};
 };
 
-/// Runs an action of the plug-in as the host does, then the model's on the calls and records that it made.
-/// Returns what differed first; empty if nothing did. The calls go to `calls`.
+/// Runs an action of the plug-in as the host does, then the model's action on the calls and records that it made.
+/// Returns the first difference, empty if there is none. The calls go to `calls`.
 template <class Action, class Expected>
 std::string contradiction(std::vector<model::Call>& calls, const Action& action, const Expected& expected) {
   calls.clear();

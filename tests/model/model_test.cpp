@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kSequences = 700;
 
-/// Plays a sequence that is the same with every compiler. Returns what differed first; empty: nothing.
+/// Plays a sequence, which is the same with every compiler. Returns the first difference, empty if there is none.
 std::string play(int seed) {
   std::mt19937 numbers(static_cast<unsigned>(seed));
   rig::Sequence sequence([&numbers](unsigned count) { return static_cast<unsigned>(numbers() % count); });

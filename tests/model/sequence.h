@@ -19,7 +19,7 @@ constexpr int kLeast = std::numeric_limits<int>::min(), kMost = std::numeric_lim
 /// The choices of a sequence.
 class Dice {
 public:
-  /// Returns a number from 0 up, below the count.
+  /// Returns a number from 0 to count - 1.
   using Source = std::function<unsigned(unsigned count)>;
   explicit Dice(Source source) : mSource(std::move(source)) {}
   int below(int count) { return static_cast<int>(mSource(static_cast<unsigned>(count))); }
@@ -28,7 +28,7 @@ public:
     return choices.begin()[below(static_cast<int>(choices.size()))];
   }
   double real() { return oneIn(3) ? below(2001) * 0.01 - 10 : of({0.0, 0.0, 1.0, -1.0, 100.0, 1e6, 1e-11}); }
-  /// One of the choices, once in a while NaN or infinity.
+  /// Returns one of the choices, now and then NaN or infinity.
   double size(std::initializer_list<double> choices) {
     const double none =
         oneIn(2) ? std::numeric_limits<double>::quiet_NaN() : std::numeric_limits<double>::infinity();
@@ -40,8 +40,8 @@ private:
   Source mSource;
 };
 
-/// A sequence of ticks on random settings, drawings and windows, most of them with faults of the host. The
-/// plug-in's engine has to make the calls and records, and to end in the state, that the model expects.
+/// A sequence of ticks with random settings, drawings and windows, and mostly with faults of the host. The plug-in's
+/// engine must make the calls and records, and end in the state, that the model expects.
 class Sequence : private ModelInputs {
 public:
   explicit Sequence(Dice::Source source) : mDice(std::move(source)), mIsToFail(!mDice.oneIn(3)) {
@@ -64,7 +64,7 @@ public:
     host::add(std::make_unique<AcDbPoint>(mDice.point()));
   }
 
-  /// Plays a tick. Returns what differed first; empty: nothing.
+  /// Plays a tick. Returns the first difference, empty if there is none.
   std::string tick() {
     changeSurroundings();
     mExpected->isPumpRunning = proxy().mIsPumpRunning = !mDice.oneIn(50);
@@ -78,7 +78,7 @@ public:
         mNames.push_back(call.name);
     return found.empty() ? difference(*mExpected) : found;
   }
-  /// Unloads the plug-in. Returns what is left of it; empty: nothing.
+  /// Unloads the plug-in. Returns what it has left behind, empty if nothing.
   std::string end() {
     mOwnPluginP.reset();
     const host::Held held = host::held();
@@ -239,19 +239,18 @@ private:
       orderFault();
   }
 
-  /// Orders a fault of an operation that the last tick called, or that any tick did.
+  /// Orders a fault of an operation that the last tick called, or that any tick did; often of acedSSFree, which is
+  /// called rarely.
   void orderFault() {
     const bool isOld = mCalls.empty() || mDice.oneIn(2);
     const auto size = static_cast<int>(isOld ? mNames.size() : mCalls.size());
     const auto at = static_cast<std::size_t>(mDice.below(size));
-    const std::string name = mDice.oneIn(8) ? "acedSSFree"
-                             : isOld        ? mNames[at]
-                                            : mCalls[at].name; // it is rare
+    const std::string name = mDice.oneIn(8) ? "acedSSFree" : isOld ? mNames[at] : mCalls[at].name;
     const int nth = mDice.of({1, 1, 1, 2, 4});
     (mDice.oneIn(2) ? call_log::throwAt : call_log::failAt)(name, nth, mDice.of({1, 1, 2, 9}));
   }
 
-  /// Returns how the engine's state differs from the expected one; empty: it doesn't.
+  /// Returns how the engine's state differs from the expected one, empty if it doesn't.
   std::string difference(const model::Engine& m) {
     using State = std::tuple<int, int, int, bool, bool, bool, double, double, int, bool, bool>;
     const AutoCadProxy& e = proxy();

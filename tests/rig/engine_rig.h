@@ -15,11 +15,11 @@
 #include "fake_devlink.h"
 #include "temp_folder.h"
 
-/// What tests of the whole engine need: a home folder of their own, a fresh host, the fake of the device
-/// library, and where Windows is a stand-in a fresh desktop with the manual clock.
+/// What tests of the whole engine need: a home folder of their own, a fresh host, the fake of the device library, and,
+/// where Windows is a stand-in, a fresh desktop with the manual clock.
 namespace rig {
 
-/// Clears ordered faults, and resets the host and, where Windows is a stand-in, the desktop with the clock held.
+/// Clears ordered faults, and resets the host and, where Windows is a stand-in, the desktop. Holds its clock.
 void freshSurroundings();
 /// Makes the home folder of this test program and points USERPROFILE there. Idempotent.
 void useOwnHome();
@@ -33,23 +33,23 @@ constexpr char kSettingsFile[] = "Orvaner/Applications/autocad_addin.ini";
 /// keys changed: {"transSensBase", "0"}.
 std::string settingsText(const std::vector<std::pair<std::string, std::string>>& changes = {});
 
-/// A record of any thread; a file name that is too long for its column shows with its end.
+/// A record of any thread. Of a file name that is too long for its column, the end is kept.
 struct Record {
   std::string type, thread, file, text;
 };
 /// Returns the records in the log file from a position on, in order.
 std::vector<Record> allRecords(std::size_t from);
-/// Returns this thread's, each as "ERR text", without those of the device link.
+/// Returns this thread's records, each as "ERR text", without those of the device link.
 std::vector<std::string> records(std::size_t from);
 std::size_t logSize();
 
-/// A line entity for host::add.
+/// Returns a line entity for host::add.
 std::unique_ptr<AcDbLine> line(AcGePoint3d start, AcGePoint3d end);
 
 } // namespace rig
 
-/// A test with a running engine. The engine is made once for a suite, since each unload waits for the
-/// connection watch, and is set back between tests; restart() makes a new one on other settings.
+/// A test with a running engine. The engine is made once for a suite, since each unload waits for the connection
+/// watch, and is reset between tests; restart() makes a new one with other settings.
 class EngineTest : public ::testing::Test {
 protected:
   static void TearDownTestSuite() { stop(); }

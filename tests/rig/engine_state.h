@@ -18,14 +18,14 @@ inline void setSample(OvAutoCad& plugin, int x, int y, int z, int a = 0, int b =
   plugin.mCapC = static_cast<std::int16_t>(c);
 }
 
-/// Forgets what earlier movements have kept of the view and of the selection.
+/// Clears what earlier movements have kept of view and selection.
 inline void forgetMovement() {
   motion::movement = motion::Movement();
   motion::viewP = nullptr;
   motion::cvportNumber = 0;
 }
 
-/// Sets a running engine back to how it starts on the default settings, with its cap at rest and no menu.
+/// Resets a running engine to its state at the start with default settings, with the cap at rest and no menu.
 inline void resetEngine(OvAutoCad& plugin) {
   setSample(plugin, 0, 0, 0);
   plugin.mPendingKey = -1;

@@ -6,7 +6,7 @@
 
 namespace rig {
 
-/// Sets a variable for this process and those that it starts.
+/// Sets an environment variable for this process and those that it starts.
 inline void setEnvironment(const char* name, const std::string& value) {
 #ifdef _WIN32
   _putenv_s(name, value.c_str());

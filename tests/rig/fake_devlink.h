@@ -27,7 +27,7 @@ struct Failure {
   bool isThrow = false;
 };
 
-/// What the daemon is like, what it has to say, and what it was asked.
+/// State of the scripted daemon: what it answers and sends, and the calls that it got.
 struct State {
   bool isPresent = true; // if not, all but ovDisconnect fail
   bool isLinkUp = false;
@@ -49,7 +49,7 @@ struct Fake : State {
 };
 Fake& fake();
 
-/// The fake's state, locked until the statement's end. Whoever waits for a change is then woken.
+/// The fake's state, locked until the statement's end. Waiting threads are then woken.
 struct Locked {
   ~Locked() { fake().changed.notify_all(); }
   State* operator->() const { return &fake(); }
@@ -65,12 +65,12 @@ inline void fail(const std::string& function, const Failure& failure = {}) {
   state()->failures[function] = failure;
 }
 
-/// A daemon that is there, with one device, rotation code 0 and no event; all records empty.
+/// Resets to a daemon that is there, with one device, rotation code 0 and no event; clears all records.
 void reset();
 /// Queues an event for ovFetchEvent.
 void pushMotion(const std::array<short, 6>& axes, std::int32_t code = -1);
 void pushEvent(std::int32_t code);
-/// Waits until the reading loop has taken all events and asks for more. False after some seconds.
+/// Waits until the reading loop has taken all events and asks for more. Returns false after some seconds.
 bool waitUntilTaken();
 
 } // namespace fake_devlink

@@ -5,7 +5,7 @@
 
 #include <sys/resource.h>
 
-/// The largest file that this process may write while the object lives, as on a disk that is full.
+/// Limits the size of the files that this process writes while the object lives, as a full disk does.
 class FileLimit {
 public:
   explicit FileLimit(rlim_t bytes) {

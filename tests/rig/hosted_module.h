@@ -35,8 +35,8 @@ inline void freshHost(const TempFolder& home) {
   setEnvironment("USERPROFILE", home.native());
 }
 
-/// A plug-in as its host has it: the library's handle, and the function that takes messages. The host may
-/// free the library and call the function as long as the library is mapped.
+/// A plug-in as its host holds it: the library's handle, and the function that takes messages. The host may free the
+/// library, and call the function for as long as the library is mapped.
 struct HostedModule {
   void load(const std::string& path) {
     mHandle = LoadLibraryA(path.c_str());

@@ -17,7 +17,7 @@ inline double secondsSince(std::chrono::steady_clock::time_point start) {
 
 inline bool gIsLoopOver = false;
 
-/// Runs the host's message loop for some milliseconds, asleep while there is nothing to do, and then what was
+/// Runs the host's message loop for some milliseconds, which sleeps while there is nothing to do. Then runs what was
 /// typed meanwhile. On the main thread.
 inline void runLoop(UINT milliseconds) {
   gIsLoopOver = false;

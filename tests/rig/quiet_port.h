@@ -8,8 +8,8 @@
 
 namespace rig {
 
-/// A port of this program's own, also while nobody listens there. Ports that the system chooses are from
-/// 32768 up, and it may give one to another test program as soon as the listener is gone; these are below.
+/// Returns a free port that stays this program's own even while nobody listens there. The system chooses ports from
+/// 32768 up, and may give one to another test program as soon as its listener is gone; these are below.
 inline std::uint16_t quietPort() {
   static std::uint32_t next = std::random_device()();
   for (;;) {

@@ -10,8 +10,7 @@
 
 namespace rig {
 
-/// A new, empty folder with blanks in its name, as users have them; it goes with all that is in it when the
-/// object goes.
+/// A new, empty folder with blanks in its name, as users have them. The destructor removes it and its content.
 ///
 /// Names below the folder may hold backslashes on every system; an empty name is the folder itself.
 class TempFolder {
@@ -30,9 +29,9 @@ public:
   TempFolder(const TempFolder&) = delete;
   TempFolder& operator=(const TempFolder&) = delete;
 
-  /// Full path with the separators of this system.
+  /// Returns the full path with the separators of this system.
   std::string native(const std::string& name = {}) const { return below(name).string(); }
-  /// Full path with nothing but backslashes, as the plug-in joins its paths.
+  /// Returns the full path with backslashes only, as the plug-in joins its paths.
   std::string backslashed(const std::string& name = {}) const {
     std::string path = native(name);
     std::replace(path.begin(), path.end(), '/', '\\');

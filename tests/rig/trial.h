@@ -15,13 +15,13 @@
 #include <nlohmann/json.hpp>
 
 #ifdef _WIN32
-inline void alarm(unsigned) {} // there the round's own time limit is the only one
+inline void alarm(unsigned) {} // only the test run's own time limit applies
 #endif
 
 /// One endurance trial: how many cases were tried and how many the system survived.
 ///
-/// Its end expects the two to be equal, and leaves them as a line of JSON in the results folder: $OV_RESULTS,
-/// or else the build's own. A case that takes too long ends the program: a stall is no survival either.
+/// The destructor expects the two to be equal, and writes them as a line of JSON to the results folder: $OV_RESULTS,
+/// or else the build's own. A case that takes too long ends the program, since a stall isn't survival.
 class Trial {
 public:
   /// what  one plain sentence; the table of all trials knows the trial by it
@@ -32,7 +32,7 @@ public:
     std::filesystem::create_directories(folder);
     mFile = folder / (std::string(infoP->test_suite_name()) + "." + infoP->name() + ".json");
     alarm(kLongestCase);
-    std::filesystem::remove(mFile); // a run that dies leaves no line, not an old one
+    std::filesystem::remove(mFile); // so that a run that dies doesn't leave an old line
   }
   ~Trial() {
     // What went wrong outside of the cases counts as one more.

@@ -99,7 +99,7 @@ TEST_F(ModuleLife, LoadWaitsForDialog) {
     Sleep(300);
     isLoadedEarly = isLoaded;
     EnumChildWindows(dialog, collectText, reinterpret_cast<LPARAM>(&text));
-    for (; !isLoaded; Sleep(1000)) // again, should the first come too early
+    for (; !isLoaded; Sleep(1000)) // repeated, in case the first comes too early
       PostMessageW(dialog, WM_COMMAND, IDOK, 0);
   });
   EXPECT_EQ(mModule.send(1, nullptr), 0);

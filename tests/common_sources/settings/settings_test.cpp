@@ -16,8 +16,8 @@ namespace {
 using Texts = std::vector<std::string>;
 constexpr char kFile[] = "Orvaner/Applications/autocad_addin.ini";
 
-/// A user's home folder with the folders in it that the device's driver makes. The log goes to a captured
-/// console when a test turns it on.
+/// A user's home folder, with the folders that the device's driver makes. The log goes to a captured console when a
+/// test turns it on.
 class SettingsTest : public testing::Test {
 protected:
   SettingsTest() : mOut(std::cout) {

@@ -4,8 +4,8 @@
 #include "dxf_reader.h"
 #include "host_test.h"
 
-// Drawings that others made, with both kinds of line ends, with blanks and comments; damaged ones are the fuzzer's.
-// The package that holds them is among what the project installs.
+// Drawings made by others, with both kinds of line ends, blanks and comments. The fuzzer covers damaged ones.
+// scripts/install installs the package that holds them.
 TEST_F(HostTest, LoadsLibraryOfParts) {
   int count = 0;
   std::set<std::string> empty;

@@ -11,7 +11,7 @@ protected:
     mFolder.write("some.dxf", text);
     return dxf::load(mPath);
   }
-  /// "0 LINE 10 1.5" becomes lines of codes and values.
+  /// Turns "0 LINE 10 1.5" into lines of codes and values.
   static std::string lines(std::string words) {
     for (char& c : words)
       if (c == ' ')

@@ -1,5 +1,5 @@
-// What the trace holds while several threads make calls. A wrong name, argument or result of a call would
-// contradict the model, so that needs no test here.
+// The trace's order while several threads make calls. A wrong name, argument or result of a call would contradict
+// the model, and needs no test here.
 
 #include <thread>
 

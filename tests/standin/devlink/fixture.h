@@ -21,7 +21,7 @@ inline void usePort(const std::string& port) {
   rig::setEnvironment(devlink::kPortVariable, port);
 }
 
-/// A daemon on a thread of its own; the client library is pointed at it.
+/// A daemon on a thread of its own. Points the client library at it.
 class RunningDaemon {
 public:
   explicit RunningDaemon(std::uint16_t port = 0) {
@@ -48,7 +48,7 @@ public:
     ASSERT_TRUE(session::parseDeviceLine(line, action, reason)) << reason;
     ASSERT_TRUE(mDaemon->play(action));
   }
-  /// Whether a line, without its time, has been recorded.
+  /// Returns whether a line, without its time, has been recorded.
   bool hasRecorded(const std::string& line) {
     const std::lock_guard<std::mutex> lock(mMutex);
     return std::find(mRecord.begin(), mRecord.end(), line) != mRecord.end();
@@ -69,8 +69,8 @@ private:
   std::thread mThread;
 };
 
-/// What the client library delivered: "motion x y z a b c", "event CODE", or "failure". The question for the
-/// mode, which comes with each connection, is passed over.
+/// Returns what the client library delivers: "motion x y z a b c", "event CODE", or "failure". Skips the question
+/// for the mode, which comes with each connection.
 inline std::string fetched() {
   short v[6] = {};
   int code = session::kEventAnnounceMode;
@@ -104,7 +104,7 @@ inline devlink::Bytes half(devlink::Bytes whole) {
   return whole;
 }
 
-/// A message of numbers, texts and records.
+/// Returns a message of numbers, texts and records.
 template <class... Parts> devlink::Bytes message(devlink::Kind kind, const Parts&... parts) {
   devlink::Bytes out;
   devlink::MessageWriter writer(out, kind);
@@ -124,7 +124,7 @@ template <class... Parts> devlink::Bytes message(devlink::Kind kind, const Parts
 }
 const devlink::Bytes kWelcome = message(devlink::Kind::welcome, devlink::kMagic, devlink::kVersion);
 
-/// A connected socket that the test speaks through; reading ends with the connection.
+/// A connected socket of the test; reading ends with the connection.
 class RawEnd {
 public:
   explicit RawEnd(asio::ip::tcp::socket socket) : mSocket(std::move(socket)) {}
@@ -134,13 +134,13 @@ public:
     send(first);
   }
 
-  /// False if the other end has hung up.
+  /// Returns false if the other end has hung up.
   bool send(const devlink::Bytes& data) {
     asio::error_code error;
     asio::write(mSocket, asio::buffer(data), error);
     return !error;
   }
-  /// The next message's kind and payload; nothing at the end of the connection.
+  /// Returns the next message's kind and payload; nothing at the end of the connection.
   std::optional<std::pair<devlink::Kind, devlink::Bytes>> receive() {
     std::uint8_t header[devlink::kHeaderBytes];
     asio::error_code error;
@@ -152,7 +152,7 @@ public:
       return std::nullopt;
     return std::make_pair(static_cast<devlink::Kind>(header[2] | header[3] << 8), payload);
   }
-  /// Reads on until the other end hangs up.
+  /// Reads until the other end hangs up.
   void drain() {
     while (receive())
       ;
@@ -163,8 +163,8 @@ private:
   asio::ip::tcp::socket mSocket;
 };
 
-/// Something at the daemon's port that follows a script, once for each connection, on a thread of its own. A
-/// script has to leave when the client hangs up.
+/// A fake at the daemon's port that runs a script for each connection, on a thread of its own. The script must
+/// return when the client hangs up.
 class FakeDaemon {
 public:
   explicit FakeDaemon(std::function<void(RawEnd&)> script, std::uint16_t port = 0)

@@ -1,5 +1,5 @@
-// Whatever answers at the daemon's port, the client library survives it and says so. Whatever a client sends,
-// the daemon drops it, and its other clients don't notice.
+// Whatever answers at the daemon's port, the client library survives and reports failures. Whatever a client sends, the
+// daemon drops it, and its other clients aren't affected.
 
 #include "fixture.h"
 
@@ -101,7 +101,7 @@ TEST_F(LinkTest, LazyClientIsDroppedAlone) {
   EXPECT_GT(played, 60000) << "that was no backlog yet";
   daemon.play("key 2");
   reading.join();
-  EXPECT_EQ(received, 2 + played); // the welcome and the question for the mode are two more
+  EXPECT_EQ(received, 2 + played); // the welcome and the question for the mode come first
 }
 
 TEST_F(LinkTest, UnreadAnswersEndReading) {

@@ -7,7 +7,7 @@ using std::chrono::milliseconds;
 
 namespace {
 
-/// What comes next is this.
+/// Expects these events next, in order.
 void expectEvents(const std::vector<std::string>& events) {
   for (const std::string& event : events)
     EXPECT_EQ(fetched(), event);
@@ -69,7 +69,7 @@ TEST_F(LinkTest, EndOfLinkReleasesCap) {
   for (const char* motion : {"motion 2 0 0 0 0 0", "motion 3 0 0 0 0 0"}) {
     ASSERT_EQ(ovConnect(0, "acad"), 0);
     daemon->play(motion);
-    expectEvents({kRelease, motion}); // the daemon's, then one for the link that nobody saw end
+    expectEvents({kRelease, motion}); // the daemon's; then one for the link whose end nobody noticed
     daemon.emplace(port);
   }
 }

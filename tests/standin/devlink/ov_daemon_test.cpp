@@ -21,14 +21,14 @@ protected:
     }
   }
 
-  /// Starts the program with its output and its errors in files; we write its input.
+  /// Starts the program with its output and errors in files, and its input in mInput.
   void start(const std::string& arguments) {
     const auto program = std::filesystem::read_symlink("/proc/self/exe").parent_path() / "ov_daemon";
     const std::string command = "cd '" + mFolder.native() + "'; echo $$ >id; exec '" + program.string() +
                                 "' " + arguments + " >output 2>errors";
     mInput = popen(command.c_str(), "we");
   }
-  /// Starts it at any port, and waits until the client library can find it there.
+  /// Starts it at any port, and connects the client library to it.
   void startListening(const std::string& arguments) {
     mFolder.remove("port");
     start(arguments + " --port 0 --port-file port");
@@ -40,7 +40,7 @@ protected:
     ASSERT_EQ(ovConnect(0, "acad"), 0);
   }
   pid_t id() const { return std::stoi(mFolder.read("id")); }
-  /// Ends its input and waits for its end. Gives the exit status, -1 at a signal.
+  /// Ends its input and waits for its end. Returns the exit status, -1 after a signal.
   int end() {
     const int status = pclose(mInput);
     mInput = nullptr;

@@ -1,4 +1,4 @@
-// Timers: one that came late, or after its end, would fake what the pump does.
+// Timers: a late one, or one after its end, would falsify what the pump does.
 
 #include "desktop.h"
 

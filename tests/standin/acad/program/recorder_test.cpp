@@ -19,7 +19,7 @@ public:
   std::vector<program::ControlInfo> mInfos;
 };
 
-// The plug-in's time is what passes while it has the control, not what the display takes.
+// The plug-in's time is the time while it has control, without the display's.
 TEST(RecorderTest, PlugInTimeExcludesDisplayWait) {
   host::reset();
   NoControls controls;
