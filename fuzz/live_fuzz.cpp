@@ -5,9 +5,11 @@
 
 #include "access.h"
 #include "input.h"
-#include "live_messages.h"
+#include "report_page.h"
 #include "require.h"
 #include "session.h"
+
+#include <nlohmann/json.hpp>
 
 using fuzz::require;
 
@@ -32,8 +34,7 @@ void fuzzHost(const std::string& line) {
 }
 
 void fuzzMessage(const std::string& text) {
-  const std::string message = program::JsonMessage("printed", {{"t", 1}, {"text", text}}).text();
-  require(nlohmann::json::accept(message), "good JSON");
+  require(nlohmann::json::accept(program::jsonText({{"t", 1}, {"text", text}})), "good JSON");
 }
 
 void fuzzRequest(const std::string& text) {

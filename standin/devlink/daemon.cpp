@@ -230,11 +230,22 @@ void Daemon::stop() {
 }
 
 bool Daemon::play(const Action& action) {
-  const auto played = std::make_shared<std::promise<void>>();
-  std::future<void> result = played->get_future();
-  asio::post(mIo, [this, action, played] {
-    playNow(action);
-    played->set_value();
+  return runThere([this, action] { playNow(action); });
+}
+
+Daemon::Settings Daemon::settings() {
+  const auto settings = std::make_shared<Settings>();
+  runThere([this, settings] { *settings = {mPanel, mDevice}; });
+  return *settings;
+}
+
+/// Does something on the thread of run(); returns when it is done. False if run() has ended before.
+bool Daemon::runThere(std::function<void()> work) {
+  const auto done = std::make_shared<std::promise<void>>();
+  std::future<void> result = done->get_future();
+  asio::post(mIo, [work = std::move(work), done] {
+    work();
+    done->set_value();
   });
   while (result.wait_for(kPlayCheck) != std::future_status::ready)
     if (mIo.stopped())

@@ -71,6 +71,13 @@ public:
   /// Plays one action of the device now, whatever its time, and waits until it has gone out. Returns false if
   /// run() has ended before. Any thread but that of run().
   bool play(const session::Action& action);
+  /// What panel and device are set to.
+  struct Settings {
+    Panel mPanel;
+    DeviceState mDevice;
+  };
+  /// Returns the settings as they are now, or the default ones if run() has ended before. Any thread but that of run().
+  Settings settings();
   /// Notes that no more play() will come: run() ends when the clients have left. Any thread.
   void endOfInput();
 
@@ -85,6 +92,7 @@ private:
   void accept();
   void startClock();
   void playDue();
+  bool runThere(std::function<void()> work);
   void playNow(const session::Action& action);
   void goAway(double seconds);
   void comeBack();

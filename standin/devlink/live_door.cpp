@@ -2,8 +2,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <cstdlib>
-
 namespace devlink {
 
 namespace {
@@ -12,7 +10,9 @@ using nlohmann::json;
 
 web::MessageP message(const char* key, const json& value) {
   // Modes' names may have any code page.
-  return web::textMessage(json{{key, value}}.dump(-1, ' ', false, json::error_handler_t::replace));
+  return web::message([=] {
+    return json{{key, value}}.dump(-1, ' ', false, json::error_handler_t::replace);
+  });
 }
 
 web::ServerOptions withPath(web::ServerOptions options) {
@@ -22,29 +22,18 @@ web::ServerOptions withPath(web::ServerOptions options) {
 
 } // namespace
 
-LiveDoor::LiveDoor(web::ServerOptions options, const std::vector<session::Action>& panel, Daemon& daemon)
-    : mDaemon(daemon), mSettings(panel), mServer(withPath(std::move(options)), *this) {}
-
-LiveDoor::Settings::Settings(const std::vector<session::Action>& lines) {
-  for (const session::Action& line : lines)
-    take(line);
-}
-
-void LiveDoor::Settings::take(const session::Action& line) {
-  mPanel.take(line);
-  if (line.mVerb == session::Verb::rotation)
-    mRotation = line;
-}
+LiveDoor::LiveDoor(web::ServerOptions options, Daemon& daemon)
+    : mDaemon(daemon), mServer(withPath(std::move(options)), *this) {}
 
 void LiveDoor::onOpened(web::ClientId client, bool isDriver) {
   mServer.send(message("driver", isDriver), client);
-  const Panel& panel = mSettings.mPanel;
+  const auto [panel, device] = mDaemon.settings();
   mServer.send(message("panel", {{"gain", panel.mGain},
                                  {"deadzone", panel.mDeadZone},
                                  {"axes", panel.mSource},
                                  {"dominant", panel.mIsDominant},
-                                 {"rotation", mSettings.mRotation.mRotationCode},
-                                 {"zoomall", mSettings.mRotation.mIsOn}}),
+                                 {"rotation", device.mRotationCode},
+                                 {"zoomall", device.mZoomsAfterView}}),
                client);
 }
 
@@ -54,7 +43,6 @@ std::string LiveDoor::onLine(web::ClientId, bool isDriver, const std::string& li
   const bool isAction = session::parseDeviceLine(line, action, reason);
   if (!isAction || !isDriver)
     return reason;
-  mSettings.take(action);
   if (action.mVerb == session::Verb::motion)
     mIsDeflected = action.mAxes != Axes{};
   mDaemon.play(action);
@@ -76,10 +64,8 @@ void LiveDoor::said(const std::string& text) {
 
 void LiveDoor::recorded(const std::string& line) {
   const std::string text = line.substr(line.find(' ') + 1); // behind the time
-  if (text.compare(0, 5, "away ") == 0)
-    mServer.send(message("away", std::atof(text.c_str() + 5)));
-  else if (text == "back")
-    mServer.send(message("back", true));
+  if (text.compare(0, 5, "away ") == 0 || text == "back")
+    mServer.send(message("absence", text));
 }
 
 } // namespace devlink

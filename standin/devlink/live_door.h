@@ -4,7 +4,6 @@
 #include "daemon.h"
 #include "server.h"
 
-#include <atomic>
 #include <string>
 
 namespace devlink {
@@ -14,9 +13,8 @@ namespace devlink {
 class LiveDoor : private web::Door {
 public:
   /// Opens the port. Throws std::system_error if it can't be had.
-  /// panel   as in DaemonOptions
   /// daemon  plays what comes; must outlive the door
-  LiveDoor(web::ServerOptions options, const std::vector<session::Action>& panel, Daemon& daemon);
+  LiveDoor(web::ServerOptions options, Daemon& daemon);
 
   std::string address() const { return mServer.socketAddress(); }
 
@@ -31,16 +29,7 @@ private:
   std::string onLine(web::ClientId client, bool isDriver, const std::string& line) override;
   void onSilent() override;
 
-  /// What pages show of the device's own settings.
-  struct Settings {
-    explicit Settings(const std::vector<session::Action>& lines);
-    void take(const session::Action& line);
-    Panel mPanel;
-    session::Action mRotation;
-  };
-
   Daemon& mDaemon;
-  Settings mSettings;
   /// A page has deflected the cap.
   bool mIsDeflected = false;
   web::Server mServer; // last: its thread uses what is above

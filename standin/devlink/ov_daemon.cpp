@@ -154,7 +154,7 @@ int serve(const Arguments& arguments, std::ofstream& recordFile, devlink::Daemon
     daemon = std::make_shared<devlink::Daemon>(options);
     port = std::to_string(arguments.mLive.mPort);
     if (arguments.mIsLive)
-      liveP = std::make_unique<devlink::LiveDoor>(arguments.mLive, options.mPanel, *daemon);
+      liveP = std::make_unique<devlink::LiveDoor>(arguments.mLive, *daemon);
   } catch (const std::system_error& error) {
     return complain("can't listen on port " + port + ": " + error.code().message());
   }

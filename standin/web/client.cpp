@@ -37,7 +37,7 @@ struct Client::State {
   }
 };
 
-Client::Client(const std::string& address, const std::string& origin) : mStateP(std::make_unique<State>()) {
+Client::Client(const std::string& address) : mStateP(std::make_unique<State>()) {
   const std::size_t name = address.find("//") + 2, slash = address.find('/', name);
   const std::string host = address.substr(name, slash - name);
   const std::size_t colon = host.find(':');
@@ -47,10 +47,6 @@ Client::Client(const std::string& address, const std::string& origin) : mStateP(
   auto& stream = mStateP->mStream;
   stream.next_layer().connect({boost::asio::ip::address_v4::loopback(), port});
   stream.next_layer().set_option(tcp::no_delay(true));
-  stream.set_option(websocket::stream_base::decorator([&origin](websocket::request_type& request) {
-    if (!origin.empty())
-      request.set(beast::http::field::origin, origin);
-  }));
   stream.handshake(host, address.substr(slash));
   stream.read_message_max(0); // a first message may be long
   mStateP->read();

@@ -12,7 +12,7 @@ class Client {
 public:
   /// Connects. Throws an exception derived from std::exception, with the reason.
   /// address  as in "ws://127.0.0.1:PORT/device?token=T"
-  explicit Client(const std::string& address, const std::string& origin = {});
+  explicit Client(const std::string& address);
   /// Hangs up without a word.
   ~Client();
 

@@ -74,13 +74,8 @@ void Connection::takeRequest(const Error& error) {
   if (error)
     return respond(http::status::bad_request, error.message());
   const auto& request = mParser->get();
-  const auto text = [&request](http::field field) {
-    const auto value = request[field];
-    return std::string(value.data(), value.size());
-  };
-  const std::string target(request.target().data(), request.target().size());
-  const std::string host = text(http::field::host);
-  const std::string origin = text(http::field::origin);
+  const std::string target(request.target()), host(request[http::field::host]);
+  const std::string origin(request[http::field::origin]);
   const std::string reason = refusal({target, host, origin}, mOwner.options().mToken);
   if (!reason.empty())
     return respond(http::status::forbidden, reason);

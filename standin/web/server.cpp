@@ -25,19 +25,16 @@ constexpr std::chrono::milliseconds kRetryPause{100};
 /// How long the end waits for what is on its way.
 constexpr std::chrono::milliseconds kEndPatience{1000};
 
-class Text : public Message {
-public:
-  explicit Text(std::string text) : mText(std::move(text)) {}
-  std::string text() const override { return mText; }
-
-private:
-  std::string mText;
+struct MadeMessage : Message {
+  explicit MadeMessage(std::function<std::string()> makeText) : mMakeText(std::move(makeText)) {}
+  std::string text() const override { return mMakeText(); }
+  const std::function<std::string()> mMakeText;
 };
 
 } // namespace
 
-MessageP textMessage(std::string text) {
-  return std::make_shared<Text>(std::move(text));
+MessageP message(std::function<std::string()> makeText) {
+  return std::make_shared<MadeMessage>(std::move(makeText));
 }
 
 /// The server's side of its thread.

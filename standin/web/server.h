@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
@@ -29,7 +30,8 @@ public:
   virtual std::shared_ptr<const Message> joinedTo(const Message&) const { return nullptr; }
 };
 using MessageP = std::shared_ptr<const Message>;
-MessageP textMessage(std::string text);
+/// A message that takes no other's place.
+MessageP message(std::function<std::string()> makeText);
 
 /// What the server needs from its program. All on the server's thread.
 class Door {

@@ -32,7 +32,7 @@ TEST(LiveTest, SilentPageReleasesCap) {
   devlink::Daemon daemon(options);
   std::thread running([&] { daemon.run(); });
   {
-    devlink::LiveDoor door({}, {}, daemon);
+    devlink::LiveDoor door({}, daemon);
     auto driver = std::make_unique<web::Client>(door.address());
     web::Client watcher(door.address());
     watcher.send("key 5");
@@ -53,21 +53,19 @@ TEST(LiveTest, SilentPageReleasesCap) {
 }
 
 TEST(LiveTest, JoinedFramesKeepMotion) {
-  const auto frame = [](int n, int object, int cosine, double x) {
-    const json turn = {cosine, cosine - 1, 0, x, 1 - cosine, cosine, 0, 0, 0, 0, 1, 0};
+  const auto frame = [](int n, const json& moved) {
     return std::make_shared<program::FrameMessage>(
-        json{{"n", n}, {"moved", {{{"objects", {object}}, {"count", 1}, {"matrix", turn}}}}});
+        std::make_shared<const json>(json{{"n", n}, {"moved", moved}}));
   };
-  const auto joinedP = frame(3, 2, 1, 7)->joinedTo(*frame(2, 1, 1, 5)->joinedTo(*frame(1, 1, 0, 1)));
+  const auto joinedP = frame(3, {"c"})->joinedTo(*frame(2, {"b"})->joinedTo(*frame(1, {"a"})));
   const json found = json::parse(joinedP->text())["frame"];
   EXPECT_EQ(found["n"], 3);
-  ASSERT_EQ(found["moved"].size(), 2U);
-  EXPECT_EQ(found["moved"][0]["matrix"], json({0, -1, 0, 6, 1, 0, 0, 0, 0, 0, 1, 0}));
-  EXPECT_EQ(found["moved"][1]["objects"], json({2}));
-  const auto againP = frame(1, 1, 1, 5)->joinedTo(*frame(1, 1, 1, 3));
-  EXPECT_EQ(json::parse(againP->text())["frame"]["moved"][0]["matrix"][3], 5)
-      << "of a frame that comes again";
-  EXPECT_EQ(frame(1, 1, 1, 0)->joinedTo(program::JsonMessage("log", {})), nullptr);
+  EXPECT_EQ(found["moved"], json({"c"}));
+  EXPECT_EQ(found["movedBefore"], json({"a", "b"}));
+  const json again = json::parse(frame(3, {"c", "d"})->joinedTo(*joinedP)->text())["frame"];
+  EXPECT_EQ(again["moved"], json({"c", "d"})) << "of a frame that comes again";
+  EXPECT_EQ(again["movedBefore"], json({"a", "b"}));
+  EXPECT_EQ(frame(1, {})->joinedTo(*web::message([] { return std::string(); })), nullptr);
 }
 
 } // namespace

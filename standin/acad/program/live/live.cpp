@@ -33,30 +33,21 @@ json numbersOf(const std::vector<AcDbObjectId>& ids) {
   return numbers;
 }
 
-/// The report, made when it goes out.
-class ReportMessage : public web::Message {
-public:
-  explicit ReportMessage(json session) : mSession(std::move(session)) {}
-  std::string text() const override {
-    return jsonText(json{{"file", {{"name", "report.html"}, {"text", pageWith(mSession)}}}});
-  }
-
-private:
-  const json mSession;
-};
-
 } // namespace
 
 Live::Live(web::ServerOptions options, LiveSources sources, Recorder& recorder, const Controls& controls)
     : mSources(std::move(sources)), mRecorder(recorder), mControls(controls.infos()),
-      mServer(forHost(std::move(options)), *this) {}
+      mServer(forHost(std::move(options)), *this) {
+  for (const DrawingData& drawing : recorder.drawings()) // a page that comes is told of these
+    mObjects.push_back(drawing.objects().size());
+}
 
 Live::~Live() {
   send("end", true);
 }
 
-template <class Value> void Live::send(const char* key, Value&& value, web::ClientId to) {
-  mServer.send(std::make_shared<JsonMessage>(key, std::forward<Value>(value)), to);
+void Live::send(const char* key, json value, web::ClientId to) {
+  mServer.send(web::message([data = json{{key, std::move(value)}}] { return jsonText(data); }), to);
 }
 
 // On the server's thread.
@@ -75,7 +66,13 @@ std::string Live::onLine(web::ClientId client, bool isDriver, const std::string&
       send("file", json{{"name", "saved.session"}, {"text", mSources.mSavedSession()}}, client);
     });
   if (line == "save report")
-    return put([this, client](HostPlayer&) { sendReport(client); });
+    return put([this, client](HostPlayer&) {
+      MovedWriter moved;
+      auto text = [session = mSources.mSoFar(true, moved)] {
+        return jsonText({{"file", {{"name", "report.html"}, {"text", pageWith(session)}}}});
+      };
+      mServer.send(web::message(std::move(text)), client);
+    });
   session::Action action;
   std::string reason;
   if (!session::parseHostLine(line, action, reason) || !isDriver)
@@ -100,23 +97,14 @@ std::string Live::put(Asked asked) {
 void Live::explained(std::size_t number, const std::array<short, 6>& sample) {
   const std::lock_guard<std::mutex> lock(mMutex);
   mSample = sample;
-  if (mIsWatched)
-    mExplained.push_back({number, sample});
+  mExplained.push_back({number, sample});
 }
 
 void Live::scrolled(const std::vector<ScrollState>& states) {
-  json changes = json::array();
-  {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    mScrolled.resize(states.size());
-    for (std::size_t i = 0; i < states.size(); ++i) {
-      if (!(mScrolled[i] == states[i]))
-        changes.push_back({mControls[i].mName, states[i].mVertical, states[i].mHorizontal});
-    }
-    mScrolled = states;
-  }
-  if (!changes.empty())
-    send("controls", std::move(changes));
+  json positions = json::array();
+  for (std::size_t i = 0; i < states.size(); ++i)
+    positions.push_back({mControls[i].mName, states[i].mVertical, states[i].mHorizontal});
+  send("controls", std::move(positions));
 }
 
 // On the main thread.
@@ -131,13 +119,7 @@ void Live::doLines(HostPlayer& player) {
     asked(player);
 }
 
-void Live::sendReport(web::ClientId client) {
-  MovedWriter moved;
-  mServer.send(std::make_shared<ReportMessage>(mSources.mSoFar(true, moved)), client);
-}
-
 void Live::sayHello(web::ClientId client, bool isDriver) {
-  mIsWatched = true;
   mRecorder.look();
   look();
   json data = mSources.mSoFar(false, mMoved);
@@ -150,7 +132,6 @@ void Live::sayHello(web::ClientId client, bool isDriver) {
             {"data", std::move(data)}},
        client);
   send("selected", numbersOf(mSelected), client);
-  send("layout", mIsLayout, client);
 }
 
 void Live::sendLists() {
@@ -162,8 +143,6 @@ void Live::sendLists() {
 }
 
 void Live::frameShown(std::size_t number) {
-  if (!mIsWatched)
-    return;
   sendNewObjects();
   json frame = frameData(mRecorder.frames()[number], mRecorder.start(), mMoved);
   sendLists();
@@ -172,7 +151,7 @@ void Live::frameShown(std::size_t number) {
     const std::lock_guard<std::mutex> lock(mMutex);
     frame["sample"] = mSample;
   }
-  mServer.send(std::make_shared<FrameMessage>(std::move(frame)));
+  mServer.send(std::make_shared<FrameMessage>(std::make_shared<const json>(std::move(frame))));
 }
 
 void Live::look() {
@@ -182,10 +161,6 @@ void Live::look() {
   if (mSelected != host::selected()) {
     mSelected = host::selected();
     send("selected", numbersOf(mSelected));
-  }
-  if (mIsLayout != host::isLayout()) {
-    mIsLayout = host::isLayout();
-    send("layout", mIsLayout);
   }
   json pairs = json::array();
   {
@@ -200,7 +175,7 @@ void Live::sendNewObjects() {
   mObjects.resize(mRecorder.drawings().size());
   for (std::size_t i = 0; i < mObjects.size(); ++i) {
     const DrawingData& drawing = mRecorder.drawings()[i];
-    if (mIsWatched && mObjects[i] < drawing.objects().size())
+    if (mObjects[i] < drawing.objects().size())
       send("drawing",
            json{{"number", i + 1}, {"name", drawing.name()}, {"objects", drawing.objectsFrom(mObjects[i])}});
     mObjects[i] = drawing.objects().size();

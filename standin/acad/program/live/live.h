@@ -8,7 +8,6 @@
 #include <nlohmann/json.hpp>
 
 #include <array>
-#include <atomic>
 #include <filesystem>
 #include <functional>
 #include <mutex>
@@ -51,7 +50,7 @@ public:
   void frameShown(std::size_t number);
   /// The sample that explains a frame is known. Any thread.
   void explained(std::size_t number, const std::array<short, 6>& sample);
-  /// A control has been scrolled. Any thread.
+  /// A control has been scrolled; all positions. Any thread.
   void scrolled(const std::vector<ScrollState>& states);
 
 private:
@@ -65,18 +64,15 @@ private:
 
   std::string put(Asked asked);
   void sayHello(web::ClientId client, bool isDriver);
-  void sendReport(web::ClientId client);
   void sendLists();
   void sendNewObjects();
   void lookAtHistory();
   void lookAtLog();
-  template <class Value> void send(const char* key, Value&& value, web::ClientId to = web::kEveryone);
+  void send(const char* key, nlohmann::json value, web::ClientId to = web::kEveryone);
 
   const LiveSources mSources;
   Recorder& mRecorder;
   const std::vector<ControlInfo> mControls;
-  /// A page has come.
-  std::atomic<bool> mIsWatched{false};
 
   // What the pages know.
   MovedWriter mMoved;
@@ -85,7 +81,6 @@ private:
   /// Number of objects by drawing.
   std::vector<std::size_t> mObjects;
   std::vector<AcDbObjectId> mSelected;
-  bool mIsLayout = false;
   /// The last lines of the plug-in's log.
   std::vector<std::string> mLog;
   /// Bytes of the log file that have been read, whole lines.
@@ -98,7 +93,6 @@ private:
   nlohmann::json mExplained = nlohmann::json::array();
   /// The last sample that is known.
   std::array<short, 6> mSample{};
-  std::vector<ScrollState> mScrolled;
 
   web::Server mServer; // last: its thread uses what is above
 };

@@ -11,27 +11,20 @@
 /// What the host's door sends.
 namespace program {
 
-/// Puts data down when it goes out, so that only the server's thread takes the time.
-class JsonMessage : public web::Message {
-public:
-  JsonMessage(const char* key, nlohmann::json value) : mKey(key), mValue(std::move(value)) {}
-  std::string text() const override;
-
-private:
-  const char* const mKey;
-  const nlohmann::json mValue;
-};
-
 /// A frame. One that hasn't gone out when the next one comes is left out; what it moved isn't.
 class FrameMessage : public web::Message {
 public:
-  /// frame  as session.json has it, with its number as "n"
-  explicit FrameMessage(nlohmann::json frame) : mFrame(std::move(frame)) {}
+  using FrameP = std::shared_ptr<const nlohmann::json>;
+  /// frame    as session.json has it, with its number as "n"
+  /// leftOut  frames before it; what they moved goes out as "movedBefore"
+  explicit FrameMessage(FrameP frame, std::vector<FrameP> leftOut = {})
+      : mFrameP(std::move(frame)), mLeftOut(std::move(leftOut)) {}
   std::string text() const override;
   web::MessageP joinedTo(const web::Message& earlier) const override;
 
 private:
-  nlohmann::json mFrame;
+  const FrameP mFrameP;
+  const std::vector<FrameP> mLeftOut;
 };
 
 /// Returns the names of the device's keys in order: the items of a menu file that type something.

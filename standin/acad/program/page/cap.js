@@ -12,10 +12,8 @@ const axisRows = kAxisNames.map((name, i) => {
 });
 byId('cap_note').textContent = 'full scale ' + kFull + ' counts';
 
-let shownSample = '';
 function drawCap(sample) {
-  if (shownSample === sample.join()) return;
-  shownSample = sample.join();
+  if (!isNews('cap', sample)) return;
   const [x, y, z, a, b, c] = sample.map(shareOf);
   byId('cap').classList.toggle('active', sample.some(v => v !== 0));
   byId('cap_body').setAttribute('transform', 'translate(' + (120 + x * 30) + ' ' + (120 - y * 26) + ') rotate(' + -c * 25 +

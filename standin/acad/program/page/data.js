@@ -27,7 +27,7 @@ function coordinates(values, size) {
   const places = Number.isFinite(order) ? Math.min(12, Math.max(0, 4 - order)) : 4;
   return values.map(v => v.toFixed(places).replace(/^-(?=[0.]*$)/, '')).join(', '); // no -0
 }
-const count = n => (n || 0).toLocaleString('en');
+const count = n => n.toLocaleString('en');
 
 // Makes an element; what is null in `more` is left out.
 function make(tag, more = {}, ...children) {
@@ -40,14 +40,17 @@ function make(tag, more = {}, ...children) {
   return e;
 }
 
-// The colours of the style sheet, for what CSS doesn't reach.
-function colours() {
-  const style = getComputedStyle(document.documentElement), out = {};
-  for (const name of ['ink', 'soft', 'edge', 'panel', 'stage', 'line', 'grid', 'face', 'paper', 'accent', 'select', 'x', 'y', 'z'])
-    out[name] = style.getPropertyValue('--' + name).trim();
-  return out;
+// A colour of the style sheet, for what CSS doesn't reach; it changes with the scheme.
+const paint = name => getComputedStyle(document.documentElement).getPropertyValue('--' + name).trim();
+const colourScheme = matchMedia('(prefers-color-scheme: dark)');
+
+// Whether a thing is to be shown in another state than when this was asked last.
+const shownStates = new Map();
+function isNews(thing, ...state) {
+  const text = JSON.stringify(state), isNew = shownStates.get(thing) !== text;
+  shownStates.set(thing, text);
+  return isNew;
 }
-let paint = colours();
 
 // Lines of the command line as a person reads them.
 const visibleText = text => text.replace(/\x1b/g, '⎋').replace(/\n+$/, ' ⏎').replace(/^\n+/, '');

@@ -2,7 +2,7 @@
 // Edges, faces and points of all objects share three buffers, so that the picture is three draws whatever their number.
 
 const L = libraries;
-const kWidths = {edges: 2, faces: 3, points: 1}; // corners of one piece
+const kParts = ['edges', 'faces', 'dots']; // of the drawing, and of each object: where its corners' coordinates begin
 
 // Puts a point through twelve numbers, three rows of four.
 function through(m, x, y, z) {
@@ -27,9 +27,12 @@ class Drawing {
     this.byNumber = new Map();
     this.moved = new Set(); // objects that have been moved at some time
     this.buffers = {};
-    for (const name of Object.keys(kWidths)) this.buffers[name] = new L.BufferGeometry();
+    for (const name of kParts) this.buffers[name] = new L.BufferGeometry();
     this.add(data.objects || []);
-    // Size and middle are those of what was there at the start.
+  }
+
+  // Size and middle are those of what was there at the start.
+  measure() {
     const low = [Infinity, Infinity, Infinity], high = [-Infinity, -Infinity, -Infinity];
     const first = this.objects.filter(o => !o.from);
     for (const o of first.length ? first : this.objects)
@@ -38,10 +41,8 @@ class Drawing {
     this.floor = Number.isFinite(low[2]) ? low[2] : 0;
     this.reach = Math.max(Math.hypot(...high.map((v, i) => v - low[i])) / 2 || 0, 1e-9);
     this.origin = this.middle;
-    this.layOut();
   }
 
-  // Takes new objects, or others in the place of those of the same number.
   add(list) {
     for (const {id, kind, t, lines} of list) {
       const points = [], edges = [], faces = [], dots = [];
@@ -52,56 +53,59 @@ class Drawing {
         if (line.length === 6 && line[0] === line[3] && line[1] === line[4] && line[2] === line[5]) dots.push(start);
         else for (let i = start; i + 3 < end; i += 3) edges.push(i, i + 3);
       }
-      const known = this.byNumber.get(id);
       this.byNumber.set(id, {id, kind, from: t || 0, points: Float64Array.from(points), edges, faces, dots, at: {},
-        steps: known ? known.steps : [], matrix: known ? known.matrix : null, movedAt: -Infinity, colour: ''});
+        steps: [], matrix: null, movedAt: -Infinity, colour: ''});
     }
+    const isFirst = !this.objects || !this.objects.length;
     this.objects = [...this.byNumber.values()]; // in drawing order
-    if (this.origin) this.layOut();
+    if (isFirst) this.measure();
+    this.layOut();
   }
 
-  // Follows the objects that frame n moved. Objects that have always moved together share their matrices.
-  follow(n, frame, keepsAll) {
-    for (const group of frame.moved || []) {
-      const known = new Map();
+  // Follows the objects that groups moved in frame n. Objects that have always moved together share their matrices.
+  follow(n, t, groups, keepsAll) {
+    for (const group of groups) {
       if (group.drawing !== this.number) continue;
-      for (const id of group.objects || this.lists[group.list] || []) {
+      const known = new Map();
+      for (const id of group.objects || this.lists[group.list]) {
         const o = this.byNumber.get(id);
         if (!o) continue;
-        if (o.steps.length && o.steps[o.steps.length - 1].n === n) o.steps.pop(); // a frame that comes again, with more
-        const before = o.steps.length ? o.steps[o.steps.length - 1].matrix : null;
+        const last = o.steps.at(-1), before = last ? last.matrix : null;
         if (!known.has(before)) known.set(before, before ? times(group.matrix, before) : group.matrix);
-        o.steps.push({n, t: frame.t, matrix: known.get(before)});
+        if (last && last.n === n) o.steps.pop(); // moved twice in this frame
+        o.steps.push({n, t, matrix: known.get(before)});
         if (!keepsAll && o.steps.length > 2) o.steps.shift();
         this.moved.add(o);
       }
     }
   }
 
+  // Forgets what frame n moved.
+  forget(n) {
+    for (const o of this.moved) if (o.steps.length && o.steps.at(-1).n === n) o.steps.pop();
+  }
+
   // Gives each object its place in the buffers, in the order of their numbers: what comes later stands behind.
   layOut() {
-    const all = this.objects, sources = {edges: 'edges', faces: 'faces', points: 'dots'};
-    for (const [name, source] of Object.entries(sources)) {
+    for (const name of kParts) {
       let size = 0;
-      for (const o of all) { o.at[name] = size; size += o[source].length; }
+      for (const o of this.objects) { o.at[name] = size; size += o[name].length; }
       const geometry = this.buffers[name];
       geometry.dispose();
       for (const attribute of ['position', 'color'])
         geometry.setAttribute(attribute, new L.BufferAttribute(new Float32Array(size * 3), 3));
-      geometry.owners = all.filter(o => o[source].length);
+      geometry.owners = this.objects.filter(o => o[name].length);
     }
-    for (const o of all) { this.place(o); o.colour = ''; }
+    for (const o of this.objects) { this.place(o); o.colour = ''; }
     this.stride = 0;
   }
 
-  pieces(o) { return [['edges', o.edges], ['faces', o.faces], ['points', o.dots]]; }
-
   place(o) {
     const [x, y, z] = this.origin;
-    for (const [name, corners] of this.pieces(o)) {
-      if (!corners.length) continue;
+    for (const name of kParts) {
+      if (!o[name].length) continue;
       const {position} = this.buffers[name].attributes;
-      corners.forEach((c, i) => {
+      o[name].forEach((c, i) => {
         const p = through(o.matrix, o.points[c], o.points[c + 1], o.points[c + 2]);
         position.setXYZ(o.at[name] + i, p[0] - x, p[1] - y, p[2] - z);
       });
@@ -113,10 +117,10 @@ class Drawing {
   colour(o, key, line, face) {
     if (o.colour === key) return false;
     o.colour = key;
-    for (const [name, corners] of this.pieces(o)) {
-      if (!corners.length) continue;
+    for (const name of kParts) {
+      if (!o[name].length) continue;
       const {color} = this.buffers[name].attributes, c = name === 'faces' ? face : line;
-      for (let i = 0; i < corners.length; ++i) color.setXYZ(o.at[name] + i, c.r, c.g, c.b);
+      for (let i = 0; i < o[name].length; ++i) color.setXYZ(o.at[name] + i, c.r, c.g, c.b);
       color.needsUpdate = true;
     }
     return true;
@@ -139,7 +143,7 @@ class Drawing {
   // Only what had been drawn at t is shown, and of more edges than `most` every second, third ... alone.
   showUntil(t, most) {
     const next = this.objects.find(o => o.from > t), {edges} = this.buffers;
-    for (const name of Object.keys(kWidths)) this.buffers[name].setDrawRange(0, next ? next.at[name] : Infinity);
+    for (const name of kParts) this.buffers[name].setDrawRange(0, next ? next.at[name] : Infinity);
     const segments = edges.attributes.position.count / 2, stride = Math.max(1, Math.ceil(segments / most));
     if (stride !== this.stride) {
       this.stride = stride;

@@ -9,14 +9,32 @@ const kCommands = ['OV_Toggle_Rotation_Center', 'OV_Toggle_Rotation_Axis', 'OV_T
 
 function playLive({host}) {
   const live = {frames: [], samples: [], selected: new Set(), states: new Map(), positions: new Map(), pointer: 'view',
-    latency: new Latency(), refreshes: 0, facts: {}, said: '', hostTime, recolour() { if (live.view) { live.view.setColours(); live.strips.redraw(); } }};
+    latency: new Latency(), refreshes: 0, said: '', hostTime};
   const say = text => { byId('connection').textContent = text; };
+  const fromHost = {
+    hello: start, frame: takeFrame, explained: explain, controls: takeControls, file: save,
+    driver: isDriver => setDriver('host', isDriver),
+    drawing: ({number, name, objects}) => drawingOf(number, name).add(objects),
+    lists: lists => live.lists.push(...lists),
+    selected: numbers => { live.selected = new Set(numbers); showLatest(); },
+    command: line => live.commands.add([{...line, kind: 'typed'}]),
+    printed: line => live.commands.add([line]),
+    log: lines => live.log.add(lines),
+    state: states => { for (const [name, isOn] of Object.entries(states)) live.states.set(name, isOn); },
+    end: () => { live.hasEnded = true; setDriver('device', false); say('The host has ended.'); },
+  };
+  const fromDevice = {
+    driver: isDriver => setDriver('device', isDriver),
+    panel: settings => live.panel.show(settings),
+    say: text => { live.said = text; },
+    absence: text => say(text === 'back' ? '' : 'The daemon is away for ' + parseFloat(text.slice(5)) + ' s.'),
+  };
   say('Connecting …');
-  live.host = connect(host, hear, 'host');
+  live.host = connect(host, fromHost, 'host');
 
-  function connect(address, onMessage, name) {
+  function connect(address, hears, name) {
     const socket = new WebSocket(address);
-    socket.onmessage = e => { for (const [key, value] of Object.entries(JSON.parse(e.data))) onMessage(key, value); };
+    socket.onmessage = e => { for (const [key, value] of Object.entries(JSON.parse(e.data))) hears[key](value); };
     socket.onclose = e => {
       if (live.hasEnded) return;
       live.hasEnded = true;
@@ -35,33 +53,7 @@ function playLive({host}) {
     if (!live.hasEnded) say(live.deviceDriver !== false ? '' : 'Watching: another page holds the cap.');
   }
 
-  function hear(key, value) {
-    if (key === 'hello') start(value);
-    else if (key === 'frame') takeFrame(value);
-    else if (key === 'explained') explain(value);
-    else if (key === 'driver') setDriver('host', value);
-    else if (key === 'drawing') { if (live.drawings[value.number - 1]) drawingOf(value.number).add(value.objects); else drawingOf(value.number, value); }
-    else if (key === 'lists') live.lists.push(...value);
-    else if (key === 'selected') { live.selected = new Set(value); showLatest(); }
-    else if (key === 'command') live.commands.add([{...value, kind: 'typed'}]);
-    else if (key === 'printed') live.commands.add([value]);
-    else if (key === 'log') live.log.add(value);
-    else if (key === 'controls') takeControls(value);
-    else if (key === 'state') for (const [name, isOn] of Object.entries(value)) live.states.set(name, isOn);
-    else if (key === 'layout') setLayout(value);
-    else if (key === 'file') save(value);
-    else if (key === 'end') { live.hasEnded = true; setDriver('device', false); say('The host has ended.'); }
-  }
-  function hearDevice(key, value) {
-    if (key === 'driver') setDriver('device', value);
-    else if (key === 'panel') live.panel.show(value);
-    else if (key === 'say') live.said = value;
-    else if (key === 'away') say('The daemon is away for ' + value + ' s.');
-    else if (key === 'back') say('');
-  }
-
-  function start(hello) {
-    const {data} = hello;
+  function start({driver, device, keys, data}) {
     live.lists = data.lists;
     live.drawings = data.drawings.map((d, i) => new Drawing(d, live.lists, i + 1));
     live.drawing = live.drawings[0];
@@ -72,46 +64,53 @@ function playLive({host}) {
     live.view.sheet = data.layout;
     live.view.onDrawn = n => live.latency.draw(n);
     live.strips = new Strips(null);
-    live.controls = new Controls(data.controls || [], name => {
+    live.controls = new Controls(data.controls, name => {
       if (live.pointer !== name) tell('pointer ' + name);
       live.pointer = name;
     });
     live.commands = new TimedList('commands', fillWithTime, null);
-    live.log = new Log(data.unix || 0, null);
-    live.commands.add([...(data.commands || []).map(c => ({...c, kind: 'typed'})), ...(data.printed || [])].sort((a, b) => a.t - b.t));
-    live.log.add(data.log || []);
-    for (const s of data.states || []) if (s.rest === false) live.states.set(s.name, s.changes[s.changes.length - 1][1]);
-    const chosen = (data.selection || []).slice(-1)[0];
-    live.selected = new Set(chosen ? chosen.objects : []);
-    for (const name of ['frames', 'frames a second', 'ms hand to picture, median', 'ms hand to picture, p99'])
-      live.facts[name] = addFact('–', name);
-    byId('share_note').textContent = 'milliseconds of a frame of 16.7, the host\'s drawing apart';
-    (data.frames || []).forEach((frame, n) => takeFrame({n, ...frame}));
+    live.log = new Log(data.unix, null);
+    live.commands.add(commandLines(data));
+    live.log.add(data.log);
+    for (const s of data.states) if (s.rest === false) live.states.set(s.name, s.changes.at(-1)[1]);
+    live.facts = ['frames', 'frames a second', 'ms hand to picture, median', 'ms hand to picture, p99'].map(name => addFact('–', name));
     live.hand = new Hand(sample => { drive('motion ' + sample.join(' ')); live.latency.send(sample); drawCap(sample); });
-    setUpKeys(hello.keys || []);
+    data.frames.forEach((frame, n) => takeFrame({n, ...frame}));
+    takeControls(data.controls.map(c => [c.name, ...c.positions.at(-1).slice(1)]));
+    setUpKeys(keys);
     setUpHost();
-    setDriver('host', hello.driver);
-    live.device = connect(hello.device, hearDevice, 'device');
+    setDriver('host', driver);
+    live.device = connect(device, fromDevice, 'device');
     setInterval(refresh, kRefreshMs);
   }
 
   // A drawing by its number; one without objects comes without a message.
-  const drawingOf = (n, data = {}) => live.drawings[n - 1] || (live.drawings[n - 1] = new Drawing(data, live.lists, n));
+  function drawingOf(n, name) {
+    return live.drawings[n - 1] || (live.drawings[n - 1] = new Drawing({name}, live.lists, n));
+  }
 
   // The host's clock: seconds since the session began.
   function hostTime() { return live.clock === undefined ? 0 : performance.now() / 1000 + live.clock; }
 
   function takeFrame(frame) {
     const {frames, samples} = live;
-    if (frames.length && frames[frames.length - 1].n === frame.n) { frames.pop(); samples.pop(); } // it comes again
-    const before = frames[frames.length - 1];
+    const drawings = live.drawings.filter(Boolean);
+    if (frames.length && frames.at(-1).n === frame.n) { // it comes again, with more
+      frames.pop();
+      samples.pop();
+      for (const d of drawings) d.forget(frame.n);
+    }
+    const before = frames.at(-1);
     live.clock = frame.t - performance.now() / 1000;
     const gap = before ? frame.t - before.t : Infinity;
-    if (frame.ms === undefined && gap < kLongestGap) frame.ms = gap * 1000;
+    if (gap < kLongestGap) frame.ms = gap * 1000;
     if (before && gap > kLongestGap) samples.push({t: before.t + 0.05, sample: kRest});
     samples.push(frame);
     frames.push(frame);
-    for (const d of live.drawings) if (d) d.follow(frame.n, frame, false);
+    for (const d of drawings) {
+      d.follow(frame.n - 0.5, frame.t, frame.movedBefore || [], false); // by frames left out
+      d.follow(frame.n, frame.t, frame.moved, false);
+    }
     const old = frame.t - kStripSeconds;
     for (const list of [frames, samples]) while (list.length > 2 && list[1].t < old) list.shift();
     showLatest();
@@ -124,45 +123,47 @@ function playLive({host}) {
     live.latency.explained.push(...pairs);
   }
   function showLatest() {
-    const {frames} = live, index = frames.length - 1, frame = frames[index];
-    if (!frame) return;
-    const t = hostTime(), line = lineAt(frames, index, t);
-    live.isWarm = !!line || ((frame.moved || []).length > 0 && t - frame.t < kJustMoved);
+    const {frames} = live, index = frames.length - 1, frame = frames[index], t = hostTime(), line = lineAt(frames, index, t);
+    live.isWarm = !!line || (frame.moved.length > 0 && t - frame.t < kJustMoved);
     live.drawing = drawingOf(frame.drawing);
     live.view.show({drawing: live.drawing, frame, index: frame.n, t, selected: live.selected, line});
     showState(frame, t);
   }
   // What needs no picture.
   function showState(frame, t) {
-    showBadges([...badgesOf(frame, live.drawing, live.drawings), ...[...live.states].filter(s => s[1]).map(s => [s[0], true]), ...(live.said ? [[live.said, false]] : [])]);
-    if (live.hand && live.hand.last.every(v => v === 0)) drawCap(t - frame.t < kLongestGap ? frame.sample : kRest);
-    if (live.perspective !== !!frame.perspective) { // not before the host has answered a click
-      live.perspective = !!frame.perspective;
-      byId('perspective').checked = live.perspective;
-    }
+    const settings = [...live.states].filter(([, isOn]) => isOn), said = live.said ? [[live.said, false]] : [];
+    showBadges(frame, live.drawing, live.drawings, [...settings, ...said]);
+    if (live.hand.last.every(v => v === 0)) drawCap(t - frame.t < kLongestGap ? frame.sample : kRest);
+    if (!isNews('host', frame.mode, frame.perspective)) return; // not before the host has answered a click
+    byId('perspective').checked = frame.perspective;
+    byId('tab_model').setAttribute('aria-pressed', frame.mode !== 1);
+    byId('tab_layout').setAttribute('aria-pressed', frame.mode === 1);
   }
   function refresh() {
-    const {frames, samples} = live, last = frames[frames.length - 1], t = hostTime();
-    if (!last) return;
+    const {frames, samples, view} = live, last = frames.at(-1), t = hostTime(), isResting = t - last.t > kLongestGap;
     if (live.isWarm) showLatest(); // a line and colours that have had their time go
     else showState(last, t);
     showNow(last, live.selected, [['rotation', byId('rotation').value + (byId('horizon').checked ? ', horizon kept' : '')],
       ['frame', last.ms ? number(last.ms, 3) + ' ms' : '–'], ['sample', last.sample.join(' ')]]);
-    const isResting = t - last.t > kLongestGap;
+    const levels = isResting ? [...samples, {t: last.t + 0.05, sample: kRest}] : samples;
     // Without a graphics card one strip at a time, so that none holds up a picture.
-    live.strips.fill(isResting ? [...samples, {t: last.t + 0.05, sample: kRest}] : samples, frames, Math.max(0, t - kStripSeconds), t, live.view.isSlow ? live.refreshes++ : null);
-    const took = live.latency.settle(), second = frames.filter(f => f.t > last.t - 1);
-    const values = [count(last.n + 1), isResting ? '0' : String(second.length), took ? took.median.toFixed(0) : '–', took ? took.p99.toFixed(0) : '–'];
-    Object.values(live.facts).forEach((b, i) => { b.textContent = values[i]; });
-    takeControls([]);
+    live.strips.fill(levels, frames, Math.max(0, t - kStripSeconds), t, view.isSlow ? live.refreshes++ : null);
+    const took = live.latency.settle(), second = isResting ? [] : frames.filter(f => f.t > last.t - 1);
+    const ms = took ? [took.median.toFixed(0), took.p99.toFixed(0)] : ['–', '–'];
+    [count(last.n + 1), second.length, ...ms].forEach((value, i) => { live.facts[i].textContent = value; });
+    showControls();
   }
-  function takeControls(changes) {
-    const {positions} = live, now = performance.now();
-    for (const [name, vertical, horizontal] of changes) positions.set(name, {vertical, horizontal, at: now});
-    for (const name of live.controls.boxes.keys()) {
-      const {vertical, horizontal, at} = positions.get(name) || {vertical: 0, horizontal: 0, at: -Infinity};
-      live.controls.show(name, vertical, horizontal, now - at < 300, live.pointer === name);
+  function takeControls(positions) {
+    for (const [name, vertical, horizontal] of positions) {
+      const old = live.positions.get(name);
+      if (old && old.vertical === vertical && old.horizontal === horizontal) continue;
+      live.positions.set(name, {vertical, horizontal, at: old ? performance.now() : -Infinity});
     }
+    showControls();
+  }
+  function showControls() {
+    for (const [name, {vertical, horizontal, at}] of live.positions)
+      live.controls.show(name, vertical, horizontal, performance.now() - at < 300, live.pointer === name);
   }
 
   function setUpKeys(macros) {
@@ -217,10 +218,6 @@ function playLive({host}) {
       if (byId('typed').value.trim()) tell('type ' + byId('typed').value.trim());
       byId('typed').value = '';
     });
-  }
-  function setLayout(isOn) {
-    byId('tab_model').setAttribute('aria-pressed', !isOn);
-    byId('tab_layout').setAttribute('aria-pressed', isOn);
   }
   function save({name, text}) {
     const address = URL.createObjectURL(new Blob([text], {type: 'text/plain'}));

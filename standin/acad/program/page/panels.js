@@ -6,46 +6,43 @@ function addFact(value, text, isBad) {
   return b;
 }
 
-let shownBadges = '';
-function showBadges(names) {
-  if (shownBadges === names.join()) return;
-  shownBadges = names.join();
-  byId('badges').replaceChildren(...names.map(([name, isOn]) => make('span', {class: isOn ? 'on' : null}, name)));
+// Badges of what the frame says, and others: names, with whether they stand out.
+function showBadges(frame, drawing, drawings, others) {
+  const names = frame.mode === 1 ? [['layout, flat', true]]
+    : [['model', false], frame.perspective ? ['perspective', true] : ['parallel', false]];
+  if (drawings.length > 1) names.unshift([drawing.name, false]);
+  if (drawing.isThinned) names.push(['thinned while it moves', false]);
+  names.push(...others);
+  if (isNews('badges', names))
+    byId('badges').replaceChildren(...names.map(([name, isOn]) => make('span', {class: isOn ? 'on' : null}, name)));
 }
-const badgesOf = (frame, drawing, drawings) => [...drawings.length > 1 ? [[drawing.name, false]] : [], ...frame.mode === 1 ? [['layout, flat', true]]
-  : [['model', false], [frame.perspective ? 'perspective' : 'parallel', !!frame.perspective]],
-...drawing.isThinned ? [['thinned while it moves', false]] : []];
 
-const nowCells = new Map();
 function showNow(frame, selected, more = []) {
   const chosen = selected.size ? selected.size > 8 ? count(selected.size) + ' objects' : [...selected].join(', ') : 'nothing';
   const rows = frame.mode === 1
     ? [['centre', coordinates(frame.centre, frame.height)], ['height', number(frame.height, 6)]]
-    : [['eye', coordinates(frame.eye, frame.field[0])], ['target', coordinates(frame.target, frame.field[0])], ['up', coordinates(frame.up, 1)],
-      ['field', frame.field.map(v => number(v, 6)).join(' × ')]];
+    : [['eye', coordinates(frame.eye, frame.field[0])], ['target', coordinates(frame.target, frame.field[0])],
+      ['up', coordinates(frame.up, 1)], ['field', frame.field.map(v => number(v, 6)).join(' × ')]];
   rows.push(['selected', chosen], ...more);
-  const names = rows.map(r => r[0]).join();
-  if (nowCells.names !== names) {
-    nowCells.names = names;
-    byId('now').replaceChildren(...rows.flatMap(([name]) => {
-      nowCells.set(name, make('dd'));
-      return [make('dt', {}, name), nowCells.get(name)];
-    }));
-  }
-  for (const [name, value] of rows) if (nowCells.get(name).textContent !== value) nowCells.get(name).textContent = value;
+  if (isNews('now', rows))
+    byId('now').replaceChildren(...rows.flatMap(([name, value]) => [make('dt', {}, name), make('dd', {}, value)]));
 }
 
 // The controls as boxes with rows and scroll bars where they stood. In the live page the pointer rests on one while
 // the browser's pointer is over it, or after a click until another element is chosen; onPointer hears the name.
 class Controls {
   constructor(list, onPointer) {
-    byId('controls_note').textContent = onPointer ? 'the cap scrolls the one under the pointer, or chosen by a click' : 'the pointer rests on the one with the dot';
+    byId('controls_note').textContent = onPointer ? 'the cap scrolls the one under the pointer, or chosen by a click'
+      : 'the pointer rests on the one with the dot';
     this.boxes = new Map();
     for (const c of list) {
       const rows = make('div', {class: 'rows'}), value = make('span', {class: 'value'});
       const bars = ['vertical', 'horizontal'].filter(way => c[way] && c[way].max > c[way].min)
         .map(way => ({way, range: c[way], thumb: make('i')}));
-      for (let i = 0; i < 40; ++i) rows.append(make('i', {style: 'width:' + (20 + i * 13 % 7 * 10) + '%;margin-left:' + (c.name === 'tree' ? i * 7 % 3 * 8 : 0) + 'px'}));
+      for (let i = 0; i < 40; ++i) {
+        const indent = c.name === 'tree' ? i * 7 % 3 * 8 : 0;
+        rows.append(make('i', {style: 'width:' + (20 + i * 13 % 7 * 10) + '%;margin-left:' + indent + 'px'}));
+      }
       const box = make('div', {class: 'control', 'data-name': c.name, tabindex: onPointer ? 0 : null,
         role: 'group', 'aria-label': 'Control ' + c.name},
       make('h3', {}, c.name), make('div', {class: 'inside'}, rows, ...bars.map(b => make('span', {class: 'scroll ' + b.way}, b.thumb)), value));
@@ -62,11 +59,8 @@ class Controls {
     }
   }
   show(name, vertical, horizontal, isMoving, hasPointer) {
+    if (!isNews('control ' + name, vertical, horizontal, isMoving, hasPointer)) return;
     const c = this.boxes.get(name);
-    if (!c) return;
-    const state = [vertical, horizontal, isMoving, hasPointer].join();
-    if (c.state === state) return;
-    c.state = state;
     c.box.classList.toggle('moving', isMoving);
     c.box.classList.toggle('pointed', hasPointer);
     for (const {way, range, thumb} of c.bars) {
@@ -111,6 +105,8 @@ class TimedList {
   }
 }
 
+// What was typed and printed, in order of time.
+const commandLines = ({commands, printed}) => [...commands.map(c => ({...c, kind: 'typed'})), ...printed].sort((a, b) => a.t - b.t);
 const fillWithTime = (node, e) => node.append(make('i', {}, e.t.toFixed(1)), visibleText(e.text));
 
 // The log, with those lines alone that hold the filter's text.

@@ -4,11 +4,11 @@ const kRates = [1, 2, 4, 0.25, 0.5];
 const kListLimit = 3000;
 
 function playRecorded(session) {
-  const frames = session.frames || [], captions = session.captions || [], events = session.events || [];
-  const duration = Math.max(session.seconds || 0, frames.length ? frames[frames.length - 1].t : 0, 0.001);
-  const motions = events.filter(e => e.kind === 'motion'), controls = (session.controls || []).filter(c => c.positions);
-  const drawings = (session.drawings || [{}]).map((d, i) => new Drawing(d, session.lists, i + 1)), view = new View(drawings[0]);
-  frames.forEach((frame, n) => { for (const d of drawings) d.follow(n, frame, true); });
+  const {frames, captions, events} = session;
+  const duration = Math.max(session.seconds, frames.at(-1).t, 0.001);
+  const motions = events.filter(e => e.kind === 'motion'), {controls} = session;
+  const drawings = session.drawings.map((d, i) => new Drawing(d, session.lists, i + 1)), view = new View(drawings[0]);
+  frames.forEach(({t, moved}, n) => { for (const d of drawings) d.follow(n, t, moved, true); });
   view.sheet = session.layout;
   let now = 0, isPlaying = false, rate = 1, stamp = 0;
 
@@ -19,32 +19,28 @@ function playRecorded(session) {
   const modes = new TimedList('modes', (node, e) => node.append(e.name, make('i', {}, ' ' + Math.max(0, e.t).toFixed(1))), t => goTo(t));
   modes.add(events.filter(e => e.kind === 'mode').map(e => ({...e, kind: ''})));
   const commands = new TimedList('commands', fillWithTime, t => goTo(t));
-  commands.add([...(session.commands || []).map(c => ({...c, kind: 'typed'})), ...(session.printed || [])]
-    .sort((a, b) => a.t - b.t).slice(0, kListLimit));
-  const log = new Log(session.unix || 0, t => goTo(t));
-  log.add(session.log || []);
+  commands.add(commandLines(session).slice(0, kListLimit));
+  const log = new Log(session.unix, t => goTo(t));
+  log.add(session.log);
 
   function sampleAt(t, index) {
-    if (!motions.length) return frames[index] && t - frames[index].t < 0.3 ? frames[index].sample : kRest;
+    if (!motions.length) return t - frames[index].t < 0.3 ? frames[index].sample : kRest;
     const i = lastAt(motions, t);
     return i < 0 ? kRest : motions[i].sample;
   }
   function statesAt(t) {
-    return (session.states || []).flatMap(s => {
+    return session.states.flatMap(s => {
       const change = s.changes[lastAt(s.changes, t, c => c[0])];
       return !change || change[1] === s.rest ? [] : change[1] === true ? [[s.name, true]] : [[change[1], false]];
     });
   }
   function show() {
     const index = Math.max(0, lastAt(frames, now)), frame = frames[index];
-    const chosen = (session.selection || [])[lastAt(session.selection || [], now)];
+    const chosen = session.selection[lastAt(session.selection, now)], drawing = drawings[frame.drawing - 1];
     const selected = new Set(chosen ? chosen.objects : []);
-    if (frame) {
-      const drawing = drawings[frame.drawing - 1];
-      view.show({drawing, frame, index, t: now, selected, line: lineAt(frames, index, now)});
-      showBadges([...badgesOf(frame, drawing, drawings), ...statesAt(now)]);
-      showNow(frame, selected);
-    }
+    view.show({drawing, frame, index, t: now, selected, line: lineAt(frames, index, now)});
+    showBadges(frame, drawing, drawings, statesAt(now));
+    showNow(frame, selected);
     drawCap(sampleAt(now, index));
     const caption = captions[lastAt(captions, now)];
     byId('caption').textContent = caption ? caption.text : '';
@@ -52,9 +48,9 @@ function playRecorded(session) {
     byId('slider').value = now;
     byId('slider').setAttribute('aria-valuetext', now.toFixed(1) + ' seconds of ' + duration.toFixed(1));
     strips.mark(now);
-    const pointer = (session.pointer || [])[lastAt(session.pointer || [], now)];
+    const pointer = session.pointer[lastAt(session.pointer, now)];
     for (const c of controls) {
-      const at = t => c.positions[Math.max(0, lastAt(c.positions, t, p => p[0]))] || [0, 0, 0];
+      const at = t => c.positions[Math.max(0, lastAt(c.positions, t, p => p[0]))];
       const [, v, h] = at(now), before = at(now - 0.3);
       boxes.show(c.name, v, h, before[1] !== v || before[2] !== h, !!pointer && pointer.on === c.name);
     }
@@ -117,29 +113,27 @@ function playRecorded(session) {
   lookAround(view, null);
 
   recordedFacts(session, drawings, duration);
-  byId('marks').setAttribute('viewBox', '0 0 1000 10');
   byId('marks').append(make('path', {svg: true, d: captions.map(c => 'M' + c.t / duration * 1000 + ' 1V9').join('')}));
-  byId('speed').textContent = '1×';
-  byId('play').textContent = '▶';
   goTo(timeOfAddress());
-  return {recolour() { view.setColours(); strips.redraw(); }, view, drawing: drawings[0], frames};
+  return {frames};
 }
 
 function recordedFacts(session, drawings, duration) {
-  const c = session.counts || {}, r = session.result || {}, {check} = session, names = drawings.map(d => d.name).join(', ');
-  const sum = what => (session.drawings || []).reduce((n, d) => n + d[what], 0);
+  const {counts: c, result: r, check} = session, names = drawings.map(d => d.name).join(', ');
+  const sum = what => session.drawings.reduce((n, d) => n + d[what], 0);
   byId('title').textContent = names + ' – session replay';
   document.title = names + ' · Orvaner session';
-  byId('subtitle').textContent = [session.session, number(duration, 3) + ' s', count(sum('entities')) + ' objects',
-    sum('segments') > sum('shownSegments') ? count(sum('shownSegments')) + ' of ' + count(sum('segments')) + ' segments shown' : ''].filter(Boolean).join(' · ');
+  const thinned = sum('segments') > sum('shownSegments') && count(sum('shownSegments')) + ' of ' + count(sum('segments')) + ' segments shown';
+  byId('subtitle').textContent = [session.session, number(duration, 3) + ' s', count(sum('entities')) + ' objects', thinned]
+    .filter(Boolean).join(' · ');
   addFact(count(c.deviceEvents), 'device events', !c.deviceEvents);
   addFact(count(c.frames), 'frames', !c.frames);
-  addFact(number(c.framesPerSecond || 0, 3), 'frames a second');
+  addFact(number(c.framesPerSecond, 3), 'frames a second');
   addFact(count(c.typed), 'typed lines');
   if (check) addFact(count(check.explained), 'passes explained, ' + count(check.notObservable) + ' not observable, ' +
     count(check.contradicted) + ' contradicted', check.contradicted > 0);
-  const fault = !r.loaded ? 'not loaded' : !r.tookEvents ? 'no events' : !r.effects ? 'nothing came of the events' : !r.unloaded ? 'not unloaded' : '';
+  const fault = !r.loaded ? 'not loaded' : !r.tookEvents ? 'no events' : !r.effects ? 'nothing came of the events'
+    : !r.unloaded ? 'not unloaded' : '';
   addFact(fault || 'complete', fault ? 'outcome' : 'the plug-in ' + r.effects, !!fault);
-  byId('share_note').textContent = 'milliseconds of a frame of 16.7, the host\'s drawing apart' + (c.plugInMs
-    ? '; median ' + number(c.plugInMs.median, 2) + ', p99 ' + number(c.plugInMs.most, 2) : '');
+  byId('share_note').textContent = '; median ' + number(c.plugInMs.median, 2) + ', p99 ' + number(c.plugInMs.most, 2);
 }

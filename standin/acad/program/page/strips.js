@@ -8,38 +8,34 @@ const kFrameMs = 1000 / 60;
 class Strips {
   // onTime hears which time was clicked; null if time can't be chosen.
   constructor(onTime) {
-    this.onTime = onTime;
-    this.from = 0;
-    this.to = 1;
-    this.full = kFullScales[0];
-    this.keys = [];
-    const axes = i => kAxisNames.slice(i, i + 3).map((label, n) => ({label, stroke: () => paint[kAxisColours[n]], width: 1.5,
-      paths: uPlotPaths.stepped({align: 1}), points: {show: false}}));
+    Object.assign(this, {onTime, from: 0, to: 1, full: kFullScales[0], top: 1, now: 0, keys: []});
+    const axes = i => kAxisNames.slice(i, i + 3).map((label, n) => ({label, stroke: () => paint(kAxisColours[n]), width: 1.5,
+      paths: libraries.uPlot.paths.stepped({align: 1}), points: {show: false}}));
     const counts = {height: 96, distr: 4, asinh: 20, range: () => [-this.full, this.full],
-      splits: () => [-this.full, -50, 0, 50, this.full], values: v => v.map(String)};
-    const dots = (label, ink) => [{label, stroke: () => paint[ink], paths: () => null,
-      points: {show: true, size: 2.5, width: 0, fill: () => paint[ink]}}];
+      splits: () => [-this.full, -50, 0, 50, this.full]};
+    const dots = (label, ink) => [{label, stroke: () => paint(ink), paths: () => null,
+      points: {show: true, size: 2.5, width: 0, fill: () => paint(ink)}}];
     this.charts = {
       pushes: this.chart('pushes', {...counts, series: axes(0)}),
       turns: this.chart('turns', {...counts, series: axes(3)}),
-      pace: this.chart('pace', {height: 70, range: () => [0, 40], splits: () => [0, 16.7, 33.3], series: dots('ms', 'select'),
-        values: v => v.map(String)}),
+      pace: this.chart('pace', {height: 70, range: () => [0, 40], splits: () => [0, 16.7, 33.3], series: dots('ms', 'select')}),
       share: this.chart('share', {height: 70, range: () => [0, this.top], splits: () => [0, this.top / 2, this.top],
         values: v => v.map(ms => number(ms, 2) + (ms ? ' = ' + number(ms / kFrameMs * 100, 2) + ' %' : '')),
         series: dots('ms', 'accent')}),
     };
-    this.top = 1;
+    colourScheme.addEventListener('change', () => { for (const chart of Object.values(this.charts)) chart.redraw(false, true); });
   }
 
-  chart(id, {height, distr, asinh, range, splits, values, series}) {
-    const element = byId(id), soft = () => paint.soft, line = () => ({stroke: () => paint.edge, width: 1});
+  chart(id, {height, distr = 1, asinh, range, splits, values = v => v.map(String), series}) {
+    const element = byId(id), line = {stroke: () => paint('edge'), width: 1};
+    const axis = {stroke: () => paint('soft'), grid: line, ticks: {...line, size: 4}, font: '11px system-ui'};
     const chart = new libraries.uPlot({
       width: Math.max(50, element.clientWidth), height, series: [{}, ...series], legend: {show: false},
       padding: [id === 'pushes' ? 16 : 8, 16, 0, 0],
-      scales: {x: {time: false, range: () => [this.from, this.to]}, y: {distr: distr || 1, asinh, range}},
+      scales: {x: {time: false, range: () => [this.from, this.to]}, y: {distr, asinh, range}},
       cursor: {drag: {x: false, y: false}, points: {show: false}, y: false},
-      axes: [{stroke: soft, grid: line(), ticks: {...line(), size: 4}, gap: 2, size: 24, font: '11px system-ui', values: (u, v) => v.map(t => number(t, 6) + ' s')},
-        {stroke: soft, grid: line(), ticks: {...line(), size: 4}, gap: 3, size: 84, font: '11px system-ui', splits, filter: (u, all) => all, values: (u, v) => values(v)}],
+      axes: [{...axis, gap: 2, size: 24, values: (u, v) => v.map(t => number(t, 6) + ' s')},
+        {...axis, gap: 3, size: 84, splits, filter: (u, all) => all, values: (u, v) => values(v)}],
       hooks: {draw: [u => { this.placeMark(u); if (id === 'pushes') this.drawKeys(u); }]},
     }, [[0], ...series.map(() => [null])], element);
     if (this.onTime) {
@@ -59,7 +55,7 @@ class Strips {
   drawKeys(u) {
     const g = u.ctx, ratio = devicePixelRatio || 1;
     g.save();
-    g.fillStyle = g.strokeStyle = paint.select;
+    g.fillStyle = g.strokeStyle = paint('select');
     g.font = 10 * ratio + 'px system-ui'; g.textAlign = 'center'; g.textBaseline = 'middle'; g.lineWidth = ratio;
     let free = 0;
     for (const e of this.keys) {
@@ -99,8 +95,6 @@ class Strips {
     for (const chart of Object.values(this.charts)) this.placeMark(chart);
   }
   placeMark(chart) {
-    if (chart.mark) chart.mark.style.transform = 'translateX(' + chart.valToPos(this.now || 0, 'x') + 'px)';
+    if (chart.mark) chart.mark.style.transform = 'translateX(' + chart.valToPos(this.now, 'x') + 'px)';
   }
-  redraw() { for (const chart of Object.values(this.charts)) chart.redraw(false, true); }
 }
-const uPlotPaths = libraries.uPlot.paths;

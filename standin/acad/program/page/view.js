@@ -12,43 +12,43 @@ const kJustMoved = 0.35;      // seconds for which a moved object keeps its colo
 
 class View {
   constructor(drawing) {
-    this.drawing = drawing;
     this.canvas = byId('view');
     this.isSlow = isDrawnBySoftware();
     this.renderer = new L.WebGLRenderer({canvas: this.canvas, antialias: !this.isSlow, alpha: true});
     this.renderer.autoClear = false;
     this.scene = new L.Scene();
     this.cameras = {parallel: new L.OrthographicCamera(), perspective: new L.PerspectiveCamera()};
-    const {edges, faces, points} = drawing.buffers;
-    this.faces = new L.Mesh(faces, new L.MeshLambertMaterial({vertexColors: true, side: L.DoubleSide, flatShading: true,
+    // Their geometry is that of the drawing.
+    this.faces = new L.Mesh(undefined, new L.MeshLambertMaterial({vertexColors: true, side: L.DoubleSide, flatShading: true,
       polygonOffset: true, polygonOffsetFactor: 1, polygonOffsetUnits: 1}));
-    this.edges = new L.LineSegments(edges, new L.LineBasicMaterial({vertexColors: true}));
-    this.points = new L.Points(points, new L.PointsMaterial({vertexColors: true, size: 3, sizeAttenuation: false}));
+    this.edges = new L.LineSegments(undefined, new L.LineBasicMaterial({vertexColors: true}));
+    this.dots = new L.Points(undefined, new L.PointsMaterial({vertexColors: true, size: 3, sizeAttenuation: false}));
     this.ground = new L.LineSegments(new L.BufferGeometry(), new L.LineBasicMaterial({transparent: true, opacity: 0.4}));
     this.marked = thickLines({linewidth: 2.4, vertexColors: true});
     this.line = thickLines({linewidth: 2.4, dashed: true, depthTest: false, transparent: true});
     this.light = new L.DirectionalLight(0xffffff, 2.3);
-    this.scene.add(this.ground, this.faces, this.edges, this.points, this.marked, this.line, this.light,
+    this.scene.add(this.ground, this.faces, this.edges, this.dots, this.marked, this.line, this.light,
       new L.AmbientLight(0xffffff, 1.1));
     for (const part of this.scene.children) part.frustumCulled = false;
     this.line.renderOrder = 1;
-    this.markedKey = '';
+    this.setDrawing(drawing);
     this.home();
     this.setColours();
+    colourScheme.addEventListener('change', () => this.setColours());
     new ResizeObserver(() => this.draw()).observe(this.canvas);
     this.canvas.addEventListener('webglcontextrestored', () => this.draw());
   }
 
   setDrawing(drawing) {
     this.drawing = drawing;
-    for (const name of Object.keys(kWidths)) this[name].geometry = drawing.buffers[name];
+    for (const name of kParts) this[name].geometry = drawing.buffers[name];
     for (const o of drawing.objects) o.colour = '';
     this.groundOrigin = this.markedOrigin = null;
     byId('sheet').replaceChildren();
   }
 
   setColours() {
-    const colour = name => new L.Color(paint[name]);
+    const colour = name => new L.Color(paint(name));
     const tinted = name => [colour(name), colour('face').lerp(colour(name), 0.4)];
     this.looks = {plain: [colour('line'), colour('face')], selected: tinted('select'), moving: tinted('accent')};
     this.ground.material.color = colour('grid');
@@ -128,8 +128,7 @@ class View {
     const now = performance.now(), isCoarse = this.isSlow && now - this.drawnAt < kStillMs;
     this.drawnAt = now;
     const ratio = isCoarse ? kCoarseRatio : Math.min(window.devicePixelRatio || 1, 2);
-    if (this.size !== w + '/' + h + '/' + ratio) {
-      this.size = w + '/' + h + '/' + ratio;
+    if (isNews('picture', w, h, ratio)) {
       renderer.setPixelRatio(ratio);
       renderer.setSize(w, h, false);
     }
@@ -145,8 +144,6 @@ class View {
     this.colourObjects(t, selected, hasMoved);
     this.drawGround(isFlat);
     this.drawLine(line, frame);
-    renderer.setScissorTest(false);
-    renderer.setViewport(0, 0, w, h);
     renderer.setClearColor(0, 0);
     renderer.clear();
     this.box = isFlat ? this.placeSheet(frame, w, h) : {x: 0, y: 0, w, h};
@@ -254,9 +251,7 @@ class View {
     const svg = byId('axis_mark'), right = new L.Vector3(), up = new L.Vector3(), towards = new L.Vector3();
     this.camera.matrixWorld.extractBasis(right, up, towards);
     const ends = ['x', 'y', 'z'].map(name => ({name, x: right[name] * 30, y: -up[name] * 30, depth: towards[name]}));
-    const key = JSON.stringify(ends);
-    if (this.axisKey === key) return; // new elements cost more than the rest of a picture
-    this.axisKey = key;
+    if (!isNews('axes', ends)) return; // new elements cost more than the rest of a picture
     svg.replaceChildren(...ends.sort((a, b) => a.depth - b.depth).flatMap(e => [
       make('line', {svg: true, x2: e.x, y2: e.y, class: e.name}),
       make('text', {svg: true, x: e.x * 1.3, y: e.y * 1.3, class: e.name}, e.name.toUpperCase())]));
@@ -276,8 +271,8 @@ class View {
     caster.params.Line.threshold = caster.params.Points.threshold = this.camera.pixel * 6;
     const face = caster.intersectObject(this.faces)[0];
     const behind = face ? face.distance + this.camera.pixel * 12 : Infinity;
-    const hits = [['edges', this.edges], ['points', this.points]].flatMap(([name, part]) =>
-      caster.intersectObject(part).filter(hit => hit.distance < behind)
+    const hits = ['edges', 'dots'].flatMap(name =>
+      caster.intersectObject(this[name]).filter(hit => hit.distance < behind)
         .map(hit => ({name, index: hit.index, off: caster.ray.distanceSqToPoint(hit.point)})));
     hits.sort((a, b) => a.off - b.off);
     if (hits.length) return this.drawing.ownerOf(hits[0].name, hits[0].index).id;
@@ -307,9 +302,7 @@ function isDrawnBySoftware() {
   return !!info && /swiftshader|llvmpipe|software/i.test(gl.getParameter(info.UNMASKED_RENDERER_WEBGL));
 }
 
-function thickLines(look) {
-  return new L.LineSegments2(new L.LineSegmentsGeometry(), new L.LineMaterial(look));
-}
+const thickLines = look => new L.LineSegments2(new L.LineSegmentsGeometry(), new L.LineMaterial(look));
 function setLines(lines, positions, inks) {
   lines.geometry.dispose();
   lines.geometry = new L.LineSegmentsGeometry();
