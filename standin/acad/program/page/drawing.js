@@ -23,8 +23,9 @@ class Drawing {
   constructor(data, lists, number) {
     this.name = data.name || 'Drawing';
     this.number = number;
-    this.lists = lists || [];
+    this.lists = lists;
     this.byNumber = new Map();
+    this.objects = []; // in drawing order
     this.moved = new Set(); // objects that have been moved at some time
     this.buffers = {};
     for (const name of kParts) this.buffers[name] = new L.BufferGeometry();
@@ -33,9 +34,8 @@ class Drawing {
 
   // Size and middle are those of what was there at the start.
   measure() {
-    const low = [Infinity, Infinity, Infinity], high = [-Infinity, -Infinity, -Infinity];
-    const first = this.objects.filter(o => !o.from);
-    for (const o of first.length ? first : this.objects)
+    const low = [Infinity, Infinity, Infinity], high = [-Infinity, -Infinity, -Infinity], [first] = this.objects;
+    for (const o of this.objects.filter(other => !other.from || first.from))
       o.points.forEach((v, i) => { low[i % 3] = Math.min(low[i % 3], v); high[i % 3] = Math.max(high[i % 3], v); });
     this.middle = low.map((v, i) => Number.isFinite(v) ? (v + high[i]) / 2 : 0);
     this.floor = Number.isFinite(low[2]) ? low[2] : 0;
@@ -56,8 +56,8 @@ class Drawing {
       this.byNumber.set(id, {id, kind, from: t || 0, points: Float64Array.from(points), edges, faces, dots, at: {},
         steps: [], matrix: null, movedAt: -Infinity, colour: ''});
     }
-    const isFirst = !this.objects || !this.objects.length;
-    this.objects = [...this.byNumber.values()]; // in drawing order
+    const isFirst = !this.objects.length;
+    this.objects = [...this.byNumber.values()];
     if (isFirst) this.measure();
     this.layOut();
   }

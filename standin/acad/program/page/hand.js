@@ -32,8 +32,7 @@ class Hand {
       cap.addEventListener(event, e => { if (this.drags.delete(e.pointerId)) this.update(); });
     document.addEventListener('keydown', e => this.press(e));
     document.addEventListener('keyup', e => { if (this.keys.delete(e.key)) this.update(); });
-    window.addEventListener('blur', () => this.release());
-    window.addEventListener('pagehide', () => this.release());
+    for (const event of ['blur', 'pagehide']) window.addEventListener(event, () => this.release());
     document.addEventListener('visibilitychange', () => { if (document.hidden) this.release(); });
     setInterval(() => this.update(true), kRepeatMs);
   }

@@ -8,7 +8,7 @@ const kRotations = ['objscreen', 'objorigin', 'camstandard', 'camtarget', 'camho
 const kCommands = ['OV_Toggle_Rotation_Center', 'OV_Toggle_Rotation_Axis', 'OV_Toggle_Scroll_Mode', 'OV_Toggle_Object_Move_Mode'];
 
 function playLive({host}) {
-  const live = {frames: [], samples: [], selected: new Set(), states: new Map(), positions: new Map(), pointer: 'view',
+  const live = {frames: [], selected: new Set(), states: new Map(), positions: new Map(), pointer: 'view',
     latency: new Latency(), refreshes: 0, said: '', hostTime};
   const say = text => { byId('connection').textContent = text; };
   const fromHost = {
@@ -93,26 +93,22 @@ function playLive({host}) {
   function hostTime() { return live.clock === undefined ? 0 : performance.now() / 1000 + live.clock; }
 
   function takeFrame(frame) {
-    const {frames, samples} = live;
+    const {frames} = live;
     const drawings = live.drawings.filter(Boolean);
     if (frames.length && frames.at(-1).n === frame.n) { // it comes again, with more
       frames.pop();
-      samples.pop();
       for (const d of drawings) d.forget(frame.n);
     }
     const before = frames.at(-1);
     live.clock = frame.t - performance.now() / 1000;
     const gap = before ? frame.t - before.t : Infinity;
     if (gap < kLongestGap) frame.ms = gap * 1000;
-    if (before && gap > kLongestGap) samples.push({t: before.t + 0.05, sample: kRest});
-    samples.push(frame);
     frames.push(frame);
     for (const d of drawings) {
       d.follow(frame.n - 0.5, frame.t, frame.movedBefore || [], false); // by frames left out
       d.follow(frame.n, frame.t, frame.moved, false);
     }
-    const old = frame.t - kStripSeconds;
-    for (const list of [frames, samples]) while (list.length > 2 && list[1].t < old) list.shift();
+    while (frames.length > 2 && frames[1].t < frame.t - kStripSeconds) frames.shift();
     showLatest();
   }
   function explain(pairs) {
@@ -140,14 +136,13 @@ function playLive({host}) {
     byId('tab_layout').setAttribute('aria-pressed', frame.mode === 1);
   }
   function refresh() {
-    const {frames, samples, view} = live, last = frames.at(-1), t = hostTime(), isResting = t - last.t > kLongestGap;
+    const {frames, view} = live, last = frames.at(-1), t = hostTime(), isResting = t - last.t > kLongestGap;
     if (live.isWarm) showLatest(); // a line and colours that have had their time go
     else showState(last, t);
     showNow(last, live.selected, [['rotation', byId('rotation').value + (byId('horizon').checked ? ', horizon kept' : '')],
       ['frame', last.ms ? number(last.ms, 3) + ' ms' : '–'], ['sample', last.sample.join(' ')]]);
-    const levels = isResting ? [...samples, {t: last.t + 0.05, sample: kRest}] : samples;
     // Without a graphics card one strip at a time, so that none holds up a picture.
-    live.strips.fill(levels, frames, Math.max(0, t - kStripSeconds), t, view.isSlow ? live.refreshes++ : null);
+    live.strips.fill(levelsOf(frames, t), frames, Math.max(0, t - kStripSeconds), t, view.isSlow ? live.refreshes++ : null);
     const took = live.latency.settle(), second = isResting ? [] : frames.filter(f => f.t > last.t - 1);
     const ms = took ? [took.median.toFixed(0), took.p99.toFixed(0)] : ['–', '–'];
     [count(last.n + 1), second.length, ...ms].forEach((value, i) => { live.facts[i].textContent = value; });

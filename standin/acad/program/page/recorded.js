@@ -4,9 +4,9 @@ const kRates = [1, 2, 4, 0.25, 0.5];
 const kListLimit = 3000;
 
 function playRecorded(session) {
-  const {frames, captions, events} = session;
+  const {frames, captions, events, controls} = session;
   const duration = Math.max(session.seconds, frames.at(-1).t, 0.001);
-  const motions = events.filter(e => e.kind === 'motion'), {controls} = session;
+  const motions = events.filter(e => e.kind === 'motion');
   const drawings = session.drawings.map((d, i) => new Drawing(d, session.lists, i + 1)), view = new View(drawings[0]);
   frames.forEach(({t, moved}, n) => { for (const d of drawings) d.follow(n, t, moved, true); });
   view.sheet = session.layout;
@@ -14,7 +14,8 @@ function playRecorded(session) {
 
   const strips = new Strips(t => goTo(t));
   strips.keys = events.filter(e => e.kind === 'event');
-  strips.fill(motions.length ? motions : frames, frames, 0, duration);
+  const levels = [{t: 0, sample: kRest}, ...motions.length ? motions : levelsOf(frames, duration)];
+  strips.fill(levels, frames, 0, duration);
   const boxes = new Controls(controls, null);
   const modes = new TimedList('modes', (node, e) => node.append(e.name, make('i', {}, ' ' + Math.max(0, e.t).toFixed(1))), t => goTo(t));
   modes.add(events.filter(e => e.kind === 'mode').map(e => ({...e, kind: ''})));
@@ -23,11 +24,6 @@ function playRecorded(session) {
   const log = new Log(session.unix, t => goTo(t));
   log.add(session.log);
 
-  function sampleAt(t, index) {
-    if (!motions.length) return t - frames[index].t < 0.3 ? frames[index].sample : kRest;
-    const i = lastAt(motions, t);
-    return i < 0 ? kRest : motions[i].sample;
-  }
   function statesAt(t) {
     return session.states.flatMap(s => {
       const change = s.changes[lastAt(s.changes, t, c => c[0])];
@@ -41,7 +37,7 @@ function playRecorded(session) {
     view.show({drawing, frame, index, t: now, selected, line: lineAt(frames, index, now)});
     showBadges(frame, drawing, drawings, statesAt(now));
     showNow(frame, selected);
-    drawCap(sampleAt(now, index));
+    drawCap(levels[Math.max(0, lastAt(levels, now))].sample);
     const caption = captions[lastAt(captions, now)];
     byId('caption').textContent = caption ? caption.text : '';
     byId('clock').textContent = now.toFixed(2) + ' / ' + duration.toFixed(1) + ' s';

@@ -69,7 +69,7 @@ class Strips {
     g.restore();
   }
 
-  // samples [{t, sample}], a level holds until the next; frames [{t, ms, plugInMs}]; all in order of time. `turn`
+  // samples [{t, sample}], one at least, a level holds until the next; frames [{t, ms, plugInMs}]; all in order of time. `turn`
   // counts the calls that draw one strip each; null draws all.
   fill(samples, frames, from, to, turn = null) {
     this.from = from;
@@ -78,7 +78,7 @@ class Strips {
     this.full = kFullScales.find(f => f >= most) || kFullScales[3];
     const longest = frames.reduce((m, f) => Math.max(m, f.plugInMs || 0), 0.05);
     this.top = [0.1, 0.2, 0.5, 1, 2, 5, 10, 20, 50, 100, 500].find(ms => ms >= longest) || longest;
-    const held = [{t: from, sample: kRest}, ...samples, {t: to, sample: samples.length ? samples[samples.length - 1].sample : kRest}]
+    const held = [{t: from, sample: kRest}, ...samples, {t: to, sample: samples.at(-1).sample}]
       .filter((s, i, all) => !i || s.t >= all[i - 1].t);
     const times = held.map(s => s.t), axis = i => held.map(s => s.sample[i]), frameTimes = frames.map(f => f.t);
     const rows = {

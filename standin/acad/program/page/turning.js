@@ -31,6 +31,14 @@ function turningLine(before, after) {
   return {direction, angle, point: before.eye.map((v, i) => v + (across[i] + cot * aside[i]) / 2)};
 }
 
+// The samples of frames as levels in time: at rest where no frame follows soon.
+function levelsOf(frames, end) {
+  return frames.flatMap((frame, i) => {
+    const next = i + 1 < frames.length ? frames[i + 1].t : end;
+    return next - frame.t > kLongestGap ? [frame, {t: frame.t + 0.05, sample: kRest}] : [frame];
+  });
+}
+
 // A view at rest still shows what it turned about last, for a moment.
 function lineAt(frames, index, t) {
   return index > 0 && t - frames[index].t < kLongestGap ? turningLine(frames[index - 1], frames[index]) : null;
