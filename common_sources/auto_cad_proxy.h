@@ -26,8 +26,9 @@ constexpr std::int32_t kMode3D = 2; // everything else
 ///
 /// Owned by OvAutoCad, created and destroyed on the host's main thread. Every operation runs there, inside
 /// TimerProc, except where another thread is named. No exception reaches the host: it ends in the operation
-/// or in one further up, which logs "Error ", its own name and "()" and gives up the current step;
-/// scrollTreesAndLists logs nothing. An exception of loadMenufile ends in TimerProc and stops the pump.
+/// or in one further up, which logs "Error ", its own name and "()" and gives up the current step; both
+/// transformSelections log the same name, and scrollTreesAndLists logs nothing. An exception of loadMenufile
+/// ends in TimerProc and stops the pump.
 ///
 /// The cap is at rest or moving (mCapIsMoving, set and reset through handleDeviceCap):
 ///

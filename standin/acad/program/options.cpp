@@ -30,7 +30,8 @@ bool readOptions(int count, char** arguments, Options& options, int& exitStatus)
       ->check(CLI::ExistingFile);
   CLI::Option* const moduleP = app.add_option(
       "--module", options.mModule, "plug-in to load (default: OVAutoCAD2019.arx beside this program)");
-  app.add_option("--out", options.mOut, "folder for report.html, session.json and command_line.txt")
+  app.add_option("--out", options.mOut,
+                 "folder for report.html, session.json, saved.session and command_line.txt")
       ->capture_default_str();
   app.add_option("--device-record", options.mDeviceRecord, "the daemon's record, for the report");
   CLI::Option* const liveP =
