@@ -46,12 +46,12 @@ enum class Verb {
   mode,
   /// mEventCode, as given, 0 or more.
   event,
-  /// mValue: the daemon is gone for so many seconds.
+  /// mValue: the daemon is gone for that number of seconds.
   away,
   // device, its panel
   /// mAxis, mValue: the axis is multiplied by so much.
   gain,
-  /// mAxis, mValue: the axis is shortened by so many counts.
+  /// mAxis, mValue: the axis is shortened by that number of counts.
   deadzone,
   /// mAxis, mOtherAxis: each gets what the other had.
   swap,
@@ -110,7 +110,7 @@ constexpr std::int32_t kEventFirstKey = 0x20020;
 struct EventName {
   std::int32_t mCode;
   const char* mName;
-  /// The name stands behind the verb `view`; otherwise it is a verb.
+  /// The name follows the verb `view`; otherwise it is a verb.
   bool mIsView;
 };
 constexpr EventName kEventNames[] = {
@@ -187,8 +187,8 @@ Session read(const std::string& path);
 Session parse(std::string_view text, const std::string& fileName);
 
 /// Reads one line of a device without time and player, as in "motion 0 0 300 0 0 0"; so the daemon takes them
-/// from its standard input. Gives true and fills the action, or false and fills the error with the reason. A
-/// line that is empty or a comment gives false with an empty error.
+/// from its standard input. Returns true and fills the action, or false and fills the error with the reason. For
+/// an empty line or a comment it returns false with an empty error.
 bool parseDeviceLine(std::string_view line, Action& action, std::string& error);
 /// The same for a line of the host, as in "select 1 4".
 bool parseHostLine(std::string_view line, Action& action, std::string& error);

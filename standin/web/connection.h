@@ -36,8 +36,8 @@ struct Waiting {
   ClientId mTo = kEveryone;
 };
 
-/// Puts a message behind those that wait, or in the place of one. None takes the place of one before a message to
-/// a single client: that is a hello, which may tell of frames before it.
+/// Appends a message to those that wait, and removes the one that it replaces, if there is one. It replaces none from
+/// before a message to a single client: that is a hello, whose data may include those frames.
 void enqueue(std::deque<Waiting>& queue, Waiting entry);
 
 /// One client's connection, from its first byte on.

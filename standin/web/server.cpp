@@ -46,7 +46,7 @@ public:
     try {
       mAcceptor.open(tcp::v4());
 #ifndef _WIN32
-      // Windows understands the option otherwise: there it would let two programs have the port.
+      // On Windows the option would let two programs have the port.
       mAcceptor.set_option(tcp::acceptor::reuse_address(true));
 #endif
       mAcceptor.bind(tcp::endpoint(boost::asio::ip::address_v4::loopback(), mOptions.mPort));
@@ -145,7 +145,7 @@ private:
     mAcceptor.async_accept([this](const Error& error, tcp::socket socket) {
       if (!mAcceptor.is_open())
         return;
-      // No descriptors left, for instance. To ask again at once would only burn time.
+      // No descriptors left, for instance. Asking again at once would only take time.
       if (error) {
         mRetry.expires_after(kRetryPause);
         return mRetry.async_wait([this](const Error&) {

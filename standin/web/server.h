@@ -37,7 +37,7 @@ MessageP message(std::function<std::string()> makeText);
 class Door {
 public:
   virtual ~Door() = default;
-  /// A client has come. It hears what goes to everyone once it has been sent something of its own.
+  /// A client has come. It is sent what goes to everyone once it has been sent something of its own.
   virtual void onOpened(ClientId client, bool isDriver) = 0;
   /// The driver has gone, and this client drives now.
   virtual void onDriver(ClientId client) = 0;

@@ -24,7 +24,7 @@ struct LiveSources {
   std::filesystem::path mLog;
   /// Path of the menu file, as the plug-in has it.
   std::string mMenu;
-  /// All that is told of the session so far, for the report or, with the latest frames only, for a page that comes.
+  /// The session so far, for the report or, with the latest frames only, for a page that comes.
   /// For a page the log is left out.
   std::function<nlohmann::json(bool isReport, MovedWriter& moved)> mSoFar;
   std::function<std::string()> mSavedSession;

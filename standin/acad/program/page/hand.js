@@ -14,7 +14,7 @@ const kHandKeys = {
 };
 
 class Hand {
-  // send hears each level, six device counts.
+  // send is called with each level, six device counts.
   constructor(send) {
     this.send = send;
     this.drags = new Map();

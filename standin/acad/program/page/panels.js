@@ -29,7 +29,7 @@ function showNow(frame, selected, more = []) {
 }
 
 // The controls as boxes with rows and scroll bars where they stood. In the live page the pointer rests on one while
-// the browser's pointer is over it, or after a click until another element is chosen; onPointer hears the name.
+// the browser's pointer is over it, or after a click until another element is chosen; onPointer is called with its name.
 class Controls {
   constructor(list, onPointer) {
     byId('controls_note').textContent = onPointer ? 'the cap scrolls the one under the pointer, or chosen by a click'

@@ -6,7 +6,7 @@ const kFullScales = [350, 1000, 3500, 32767]; // device counts; the first that h
 const kFrameMs = 1000 / 60;
 
 class Strips {
-  // onTime hears which time was clicked; null if time can't be chosen.
+  // onTime is called with the time that was clicked; null if time can't be chosen.
   constructor(onTime) {
     Object.assign(this, {onTime, from: 0, to: 1, full: kFullScales[0], top: 1, now: 0, keys: []});
     const axes = i => kAxisNames.slice(i, i + 3).map((label, n) => ({label, stroke: () => paint(kAxisColours[n]), width: 1.5,

@@ -312,7 +312,7 @@ function setLines(lines, positions, inks) {
   if (inks) lines.geometry.setColors(inks);
 }
 
-// Drags and the wheel let the user look from elsewhere. `picks` hears what else the pointer does.
+// Drags and the wheel let the user look from elsewhere. `picks` gets what else the pointer does.
 function lookAround(view, picks) {
   const stage = byId('view'), held = new Map();
   let start = null;
