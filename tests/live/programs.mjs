@@ -61,7 +61,11 @@ export class Programs {
   }
   async openLive(isDriver = true) {
     const page = await this.open();
-    await page.waitForFunction(wanted => shown.frames.length && shown.deviceDriver === wanted, isDriver);
+    try {
+      await page.waitForFunction(wanted => shown.frames.length && shown.deviceDriver === wanted, isDriver);
+    } catch (error) {
+      throw new Error([error.message, ...page.faults, await page.locator('header, #connection').allInnerTexts()].join('\n'));
+    }
     return page;
   }
   record() {
