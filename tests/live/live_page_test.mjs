@@ -204,6 +204,16 @@ test('MovesWhatAWindowSelects', async () => {
   await toggle('OV_Toggle_Object_Move_Mode', 'Move Selected Object', false);
 });
 
+test('TwoMotionsOfAFrameAddUp', async () => {
+  const found = await page.evaluate(() => {
+    const drawing = new Drawing({objects: [{id: 1, kind: 'LINE', lines: [[0, 0, 0, 1, 0, 0]]}]}, [], 1);
+    const motion = matrix => ({drawing: 1, objects: [1], matrix});
+    drawing.follow(1, 0, [motion([0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0]), motion([1, 0, 0, 5, 0, 1, 0, 0, 0, 0, 1, 0])], true);
+    return drawing.byNumber.get(1).steps.map(step => step.matrix.join(' ')).join();
+  });
+  expect(found === '0 -1 0 5 1 0 0 0 0 0 1 0', found);
+});
+
 test('LayoutIsPannedAndZoomed', async () => {
   await page.locator('#tab_layout').click();
   await until('the layout is shown', async () => (await last()).mode === 1 && await page.locator('#tab_layout').getAttribute('aria-pressed') === 'true');
