@@ -26,28 +26,6 @@ TEST_F(LinkTest, SilentDaemonIsGivenUp) {
   EXPECT_EQ(closed, 1);
 }
 
-// An answer of the wrong kind ends the link; the fuzzer tries those.
-TEST_F(LinkTest, UnfitAnswersAreFailures) {
-  const FakeDaemon daemon([](RawEnd& end) {
-    end.send(kWelcome);
-    end.receive();
-    for (const int count : {-1, 17, 16}) {
-      end.receive();
-      end.send(message(Kind::devices, count == -1 ? 1 : count == 17 ? 2 : 3, count));
-    }
-    end.receive();
-    end.send(message(Kind::info, 4, 0, Bytes(96, 'n'))); // a name without an end
-    end.drain();
-  });
-  ASSERT_EQ(ovConnect(0, "acad"), 0);
-  int count = 77;
-  for (const bool isGood : {false, false, true})
-    EXPECT_EQ(ovGetDevNum(&count, nullptr, nullptr) == 0 && count == 16, isGood);
-  std::string record(96, 'x');
-  EXPECT_EQ(ovGetDevInfo(0, record.data()), 0);
-  EXPECT_EQ(record, std::string(95, 'n') + '\0');
-}
-
 TEST_F(LinkTest, UnfetchedFloodEndsLink) {
   std::atomic<bool> isDropped{false};
   const FakeDaemon daemon([&](RawEnd& end) {
