@@ -3,7 +3,6 @@
 #include "fixture.h"
 
 using namespace std::string_literals;
-using std::chrono::milliseconds;
 
 namespace {
 
@@ -71,39 +70,6 @@ TEST_F(LinkTest, EndOfLinkReleasesCap) {
     daemon->play(motion);
     expectEvents({kRelease, motion}); // the daemon's; then one for the link whose end nobody noticed
     daemon.emplace(port);
-  }
-}
-
-TEST_F(LinkTest, AllFunctionsRunAtOnce) {
-  RunningDaemon daemon;
-  std::atomic<bool> isOver{false};
-  std::atomic<int> successes[6] = {};
-  char record[148];
-  const std::function<bool()> calls[] = {[] { return ovConnect(0, "acad") == 0; },
-                                         [] { return ovConnect(0, "acad") == 0; },
-                                         isConnected,
-                                         [&] { return ovGetAdvancedSettings(0, record) == 0; },
-                                         [] { return ovSetApplMode("AutoCAD", "Model") == 0; },
-                                         [] { return fetched() != "failure"; }};
-  std::vector<std::thread> threads;
-  for (std::size_t i = 0; i < std::size(calls); ++i)
-    threads.emplace_back([&, i] {
-      while (!isOver)
-        successes[i] += calls[i]();
-    });
-  const auto hasFailed = [](const std::atomic<int>& count) { return count == 0; };
-  for (int i = 0; i < 500 || std::any_of(std::begin(successes), std::end(successes), hasFailed); ++i) {
-    daemon.play("key 1");
-    daemon.play("motion 0 0 " + std::to_string(i % 1000) + " 0 0 0");
-    std::this_thread::sleep_for(milliseconds(1));
-    if (i % 3 == 0)
-      ovDisconnect();
-  }
-  isOver = true;
-  for (std::size_t i = 0; i < threads.size(); ++i) {
-    if (i == 2)
-      ovDisconnect(); // nobody connects any more, and somebody waits for an event
-    threads[i].join();
   }
 }
 

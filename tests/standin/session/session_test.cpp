@@ -1,12 +1,9 @@
-#include "counted_writer.h"
 #include "session.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-using session::Action;
 using session::Verb;
-using session::Who;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -47,29 +44,6 @@ TEST(SessionTest, LinesMayCountPasses) {
                                      {"p8 device away 1", "has the samples that come of it"}})
     EXPECT_THAT(session::parse("p7 host wait\n" + std::string(line), "s").mErrors,
                 ElementsAre(AllOf(StartsWith("s:2: "), HasSubstr(reason))));
-}
-
-TEST(SessionTest, WrittenPassesReadBack) {
-  using Pass = session::CountedWriter::Pass;
-  session::CountedWriter writer;
-  writer.pass({{}, 0, false, {}, true, false});
-  writer.host("type _ZOOM #3 \xC3\xA4");
-  writer.pass({{0, 0, 300}, 0, false, {}, false, false});
-  writer.pass({{0, 0, 300}, 13, true, {0x20009, 0x20023, 0x2000C}, false, true});
-  writer.pass({{0, 1, 300}, 13, true, {}, false, false});
-  writer.pass(Pass());
-  const auto found = session::parse(writer.text(), "s");
-  ASSERT_TRUE(found.isGood()) << found.mErrors.front();
-  std::vector<std::string> lines;
-  for (const Action& one : found.mActions) {
-    lines.push_back(std::to_string(one.mPass) + " " + one.mSource);
-    if (one.mWho == Who::device) {
-      EXPECT_EQ(session::deviceLine(one), one.mSource);
-    }
-  }
-  EXPECT_THAT(lines, ElementsAre("1 type _ZOOM #3 \xC3\xA4", "1 motion 0 0 300 0 0 0",
-                                 "2 rotation 13 zoomall", "2 view front", "2 key 3", "2 zoom", "3 tick",
-                                 "3 motion 0 1 300 0 0 0", "4 rotation 0", "4 motion 0 0 0 0 0 0", "5 wait"));
 }
 
 } // namespace
