@@ -7,7 +7,6 @@
 #include <sys/wait.h>
 
 #include <cstdio>
-#include <regex>
 
 namespace {
 
@@ -52,29 +51,13 @@ protected:
   std::string mPort;
 };
 
-TEST_F(OvDaemonTest, PlaysAndRecordsSession) {
-  mFolder.write("s", "0 device key 7\n0 host wait\n0.02 device motion 0 0 300 0 0 0\n");
-  startListening("s --record record");
-  EXPECT_EQ(fetched(), "event 131111");
-  EXPECT_EQ(fetched(), "motion 0 0 300 0 0 0");
-  EXPECT_EQ(ovSetApplMode("AutoCAD", "Pl\xE4ne"), 0);
-  EXPECT_EQ(ovDisconnect(), 0);
-  EXPECT_EQ(fetched(), kRelease);
-  EXPECT_EQ(end(), 0);
-  EXPECT_EQ(mFolder.read("output"),
-            "Listening on port " + mPort + "\nclient connected: acad\nmode: Pl?ne\nclient gone: acad\n");
-  const std::string time = "[0-9]{10,}\\.[0-9]{3} ";
-  const std::regex expected(time + "client connected acad\n" + time + "event 131111\n" + time +
-                            "motion 0 0 300 0 0 0\n" + time + "mode Pl.ne\n" + time + "client gone acad\n");
-  EXPECT_TRUE(std::regex_match(mFolder.read("record"), expected)) << mFolder.read("record");
-}
-
 TEST_F(OvDaemonTest, PlaysInputAndNamesBadLines) {
   startListening("");
   std::fputs("# comment\nwobble\nkey 1\n", mInput);
   std::fflush(mInput);
   EXPECT_EQ(fetched(), "event 131105");
   EXPECT_EQ(mFolder.read("errors"), "standard input:2: unknown device verb \"wobble\"\n");
+  EXPECT_EQ(ovSetApplMode("AutoCAD", "Pl\xE4ne"), 0);
   std::thread leaving([] {
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     EXPECT_TRUE(isConnected()) << "the end of the input is not the end of the client";
@@ -82,6 +65,8 @@ TEST_F(OvDaemonTest, PlaysInputAndNamesBadLines) {
   });
   EXPECT_EQ(end(), 0);
   leaving.join();
+  EXPECT_EQ(mFolder.read("output"),
+            "Listening on port " + mPort + "\nclient connected: acad\nmode: Pl?ne\nclient gone: acad\n");
 }
 
 TEST_F(OvDaemonTest, PanelShapesSamples) {
